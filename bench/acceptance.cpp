@@ -1,0 +1,259 @@
+// Calls that must stay within a factor of a piece of plain work, or of another call.
+#include "arrays.hpp"
+#include "suites.hpp"
+
+#include <benchmark/benchmark.h>
+#include <zqspmatrix.h>
+
+#include <cstring>
+#include <numeric>
+#include <stdexcept>
+
+namespace zqsp::bench {
+
+namespace {
+
+void require(bool isGood)
+{
+    if (!isGood) {
+        throw std::runtime_error("a measured call failed");
+    }
+}
+
+/// A call that makes an array, or changes a copy of `target`.
+class Call : public Contender
+{
+  public:
+    using Make = std::function<spStatus(kxArray** result)>;
+    using Change = std::function<spStatus(kxArray* target)>;
+
+    explicit Call(Make make) : make_(std::move(make)) {}
+    Call(Array target, Change change) : target_(std::move(target)), change_(std::move(change)) {}
+
+    void prepare() override
+    {
+        if (target_ != nullptr) {
+            array_ = kxDuplicateArray(target_.get());
+        }
+    }
+    void run() override { require((target_ == nullptr ? make_(&array_) : change_(array_)) == spOK); }
+    void finish() override { kxDestroyArray(std::exchange(array_, nullptr)); }
+
+  private:
+    Make make_;
+    Array target_;
+    Change change_;
+    kxArray* array_ = nullptr;
+};
+
+/// memmove, by one place, of the values and the rows of so many entries; then, where asked for, one pass over the rows
+/// and one that writes column starts.
+class EntryMove : public Contender
+{
+  public:
+    explicit EntryMove(std::size_t entries, std::size_t times = 1, bool readsRows = false, std::size_t starts = 0)
+        : rows_(entries + 1, 1), values_(entries + 1, 1), times_(times), readsRows_(readsRows), starts_(starts)
+    {
+    }
+
+    void run() override
+    {
+        for (std::size_t t = 0; t < times_; ++t) {
+            std::memmove(rows_.data() + 1, rows_.data(), (rows_.size() - 1) * sizeof rows_[0]);
+            std::memmove(values_.data() + 1, values_.data(), (values_.size() - 1) * sizeof values_[0]);
+            benchmark::ClobberMemory();
+        }
+        if (readsRows_) {
+            unsigned sum = std::accumulate(rows_.begin(), rows_.end(), 0U);
+            benchmark::DoNotOptimize(sum);
+        }
+        std::fill(starts_.begin(), starts_.end(), 7U);
+        benchmark::ClobberMemory();
+    }
+
+  private:
+    std::vector<unsigned> rows_;
+    std::vector<double> values_;
+    std::size_t times_;
+    bool readsRows_;
+    std::vector<unsigned> starts_;
+};
+
+/// Operands are shared with the closures that use them, which must be copyable.
+using Shared = std::shared_ptr<kxArray>;
+
+Array scattered(unsigned m, unsigned n, std::uint64_t entries)
+{
+    return toArray(scatteredMatrix(m, n, entries, 31), Values::real);
+}
+
+Shared subscript(const char* name, unsigned extent)
+{
+    return toArray(dimensionSubscript(name, extent, 1));
+}
+
+Shared linear(const char* name, const Matrix& A)
+{
+    return toArray(linearSubscript(name, A, 1));
+}
+
+ContenderOwner change(Array target, Call::Change how)
+{
+    return std::make_unique<Call>(std::move(target), std::move(how));
+}
+
+ContenderOwner make(Call::Make how)
+{
+    return std::make_unique<Call>(std::move(how));
+}
+
+ContenderOwner moveEntries(std::size_t entries)
+{
+    return std::make_unique<EntryMove>(entries);
+}
+
+/// The work that a deletion from 1,000,000 entries may take, and writing as many new column starts.
+ContenderOwner deletionWork(std::size_t starts)
+{
+    return std::make_unique<EntryMove>(1000000, 2, true, starts);
+}
+
+/// 1,000,000 entries in a square whose cells a linear subscript can all reach.
+const Matrix& square()
+{
+    static const Matrix matrix = uniformMatrix(40000, 40000, 25);
+    return matrix;
+}
+
+ContenderOwner takeColumns(const char* name)
+{
+    const Shared A = toArray(workload("uniform", Values::real), Values::real);
+    return make([A, J = subscript(name, 100000)](kxArray** result) { return spRef4(A.get(), J.get(), result); });
+}
+
+ContenderOwner permuteRows()
+{
+    const Shared A = toArray(uniformMatrix(1000000, 200000, 5), Values::real);
+    return make(
+        [A, p = subscript("permutation", 1000000)](kxArray** result) { return spRef5(A.get(), p.get(), result); });
+}
+
+ContenderOwner permuteColumnsOfTranspose()
+{
+    const Array A = toArray(uniformMatrix(1000000, 200000, 5), Values::real);
+    const Shared T = Array(kxTranspose(A.get()));
+    return make(
+        [T, p = subscript("permutation", 1000000)](kxArray** result) { return spRef4(T.get(), p.get(), result); });
+}
+
+ContenderOwner deleteColumns()
+{
+    return change(toArray(square(), Values::real),
+                  [J = subscript("tenth", 40000)](kxArray* A) { return spDeleteColumns(A, J.get()); });
+}
+
+ContenderOwner deleteRows()
+{
+    return change(toArray(square(), Values::real),
+                  [I = subscript("tenth", 40000)](kxArray* A) { return spDeleteRows(A, I.get()); });
+}
+
+ContenderOwner deleteElements(const Matrix& matrix)
+{
+    return change(toArray(matrix, Values::real),
+                  [K = linear("stored-sorted", matrix)](kxArray* A) { return spDeleteElements(A, K.get()); });
+}
+
+ContenderOwner insertMany()
+{
+    const Shared v = scalarArray(2);
+    return change(toArray(square(), Values::real),
+                  [K = linear("new5", square()), v](kxArray* A) { return spAss3(A, v.get(), K.get()); });
+}
+
+ContenderOwner setRegion(Array A, Shared B, Shared I, Shared J)
+{
+    return change(std::move(A), [=](kxArray* target) { return spAss6(target, B.get(), I.get(), J.get()); });
+}
+
+/// 10,000 of 20,000 columns by 100 of m rows.
+ContenderOwner manyColumns(unsigned m)
+{
+    return setRegion(scattered(m, 20000, 1000000), scattered(100, 10000, 100000), subscript("hundred", m),
+                     subscript("half-sorted", 20000));
+}
+
+ContenderOwner setBlock()
+{
+    return setRegion(scattered(2000000, 100000, 1000000), scattered(10, 10, 100), subscript("ten", 2000000),
+                     subscript("ten", 100000));
+}
+
+/// A new element below the first one of the column.
+ContenderOwner insertOne(unsigned column)
+{
+    constexpr unsigned kSpare = 100;
+    const Matrix& A = workload("uniform", Values::real);
+    const unsigned first = A.jc[column];
+    require(A.ir[first + 1] != A.ir[first] + 1);
+    return setRegion(toArray(A, Values::real, kSpare), scalarArray(2), scalarArray(A.ir[first] + 2.0),
+                     scalarArray(column + 1.0));
+}
+
+struct Acceptance
+{
+    const char* slug;
+    const char* label;
+    const char* reference;
+    const char* limit; ///< how many times the reference the call may take
+    std::function<ContenderOwner()> measured;
+    std::function<ContenderOwner()> work;
+};
+
+const std::vector<Acceptance>& acceptances()
+{
+    constexpr double kHalfBytes = 500000 * 12.0 + 4 * 50001.0;
+    static const std::vector<Acceptance> all = {
+        {"columns-run", "A(:,J), half of 100,000 columns in a run", "memcpy of the result", "2",
+         [] { return takeColumns("half-run"); }, [] { return makeCopy(kHalfBytes); }},
+        {"columns-random", "A(:,J), half of 100,000 columns, random", "memcpy of the result and of J", "2",
+         [] { return takeColumns("half-random"); }, [] { return makeCopy(kHalfBytes + 8 * 50000); }},
+        {"permute-rows", "A(p,:), 1,000,000 rows, 5 entries per column", "A'(:,p)", "3", permuteRows,
+         permuteColumnsOfTranspose},
+        {"delete-columns", "A(:,J) = [], a tenth of 40,000, 1,000,000 entries", "two memmoves and a pass over the rows",
+         "1", deleteColumns, [] { return deletionWork(0); }},
+        {"delete-rows", "A(I,:) = [], a tenth of 40,000, 1,000,000 entries", "two memmoves and a pass over the rows",
+         "1", deleteRows, [] { return deletionWork(0); }},
+        {"delete-elements-column", "A(K) = [], a tenth of a column's 1,000,000 entries",
+         "two memmoves and a pass over the rows", "1",
+         [] { return deleteElements(uniformMatrix(100000000, 1, 1000000)); }, [] { return deletionWork(0); }},
+        {"delete-elements-matrix", "A(K) = [], a tenth of the 1,000,000 entries of 10,000-by-1,000",
+         "the same and writing 9,900,001 column starts", "1",
+         [] { return deleteElements(uniformMatrix(10000, 1000, 1000)); }, [] { return deletionWork(9900001); }},
+        {"insert-many", "A(K) = v, 100,000 new among 1,000,000", "memcpy of the matrix", "10", insertMany,
+         [] { return makeCopy(1000000 * 12.0 + 4 * 40001.0); }},
+        {"many-columns", "A(I,J) = B over 10,000 columns, 2,200,000 rows", "the same call on 2,000,000 rows", "3",
+         [] { return manyColumns(2200000); }, [] { return manyColumns(2000000); }},
+        {"block", "A(I,J) = B, ten by ten, 2,000,000 rows, 1,000,000 entries", "memmove of the entries", "3", setBlock,
+         [] { return moveEntries(1000000); }},
+        {"insert-front", "A(i,j) = v, new, in the first column of 1,000,000 entries", "memmove of the tail", "1.5",
+         [] { return insertOne(0); }, [] { return moveEntries(1000000); }},
+        {"insert-middle", "A(i,j) = v, new, in the middle of 1,000,000 entries", "memmove of the tail", "1.5",
+         [] { return insertOne(50000); }, [] { return moveEntries(500000); }}};
+    return all;
+}
+
+} // namespace
+
+void registerAcceptance()
+{
+    for (const Acceptance& acceptance : acceptances()) {
+        const std::string name = std::string("accept/") + acceptance.slug;
+        benchmark::AddCustomContext(name, std::string(acceptance.limit) + "\t" + acceptance.label + "\t" +
+                                              acceptance.reference);
+        registerSide(name + "/measured", acceptance.measured);
+        registerSide(name + "/reference", acceptance.work);
+    }
+}
+
+} // namespace zqsp::bench

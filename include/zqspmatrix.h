@@ -1,0 +1,128 @@
+/* Subscripted reference, assignment, deletion and reshape of sparse matrices in compressed columns.
+ *
+ * Every function has C linkage. A function that returns spStatus either completes (spOK), or returns the first
+ * failing check and leaves its operands byte for byte as they were. The few errors that are thrown instead are
+ * named beside the function; a thrown error, too, leaves the operands as they were. All size errors are
+ * fl::except::Exception<ZENTAR::legacy_two_part::pmaxsize, std::exception> unless stated otherwise.
+ *
+ * Subscripts (K: linear, I: rows, J: columns) are 1-based runtime arrays: numeric of any class (full, or sparse
+ * without zeros), logical masks (full or sparse), colon objects first:stride:last, or the bare colon.
+ * Arrays handed in stay the caller's. In-place calls may be given the target itself, or an array that shares its
+ * data, as subscript or right-hand side.
+ *
+ * m, n: rows and columns of A; nnz: its stored entries; k: number of subscripts; out: entries of the result. */
+#ifndef ZQSPMATRIX_H
+#define ZQSPMATRIX_H
+
+#define ZQSP_EXPORT __attribute__((visibility("default")))
+
+#ifdef __cplusplus
+class kxArray;
+#define ZQSP_ENUM_BASE : int
+extern "C" {
+#else
+#include <stdbool.h>
+typedef struct kxArray kxArray;
+#define ZQSP_ENUM_BASE
+#endif
+
+/* Answer of every worker; kxHandleSparseSubscriptError() turns it into an error of the runtime. */
+typedef enum spStatus ZQSP_ENUM_BASE
+{
+    spOK = 0,
+    spIndexAssignCountMismatch = 1, /* A(K) = B: B has neither one element nor as many as K */
+    spIndexBelowOne = 2,            /* a floating-point subscript below 1, or a sparse subscript holding zeros */
+    spCannotResize = 3,             /* A(K) = B into a true matrix, past its last element */
+    spIndexNotPositiveInteger = 4,  /* NaN, +Inf, a fraction, a complex subscript, an integer-class value below 1 */
+    spIndexToRemoveOutOfRange = 5,  /* deleting past the extent */
+    spEmptyAssignDisallowed = 6,    /* A(I,J) = [] */
+    spCannotResizeToRowVector = 7,  /* A(K) = [] on a matrix with more elements than a row vector can have */
+    spAssignDimMismatch = 8,        /* the shape of B does not fit the subscripts */
+    spIndexOutOfRange = 9,          /* a subscript past the extent (reference, assignment) */
+    spIndexExceedsMaxSize = 10      /* a subscript past the runtime's maximum number of elements */
+} spStatus;
+
+/* ---- Reference: *result becomes a new sparse array owned by the caller; untouched on failure. ---- */
+
+/* A(:): all elements as one column, (m*n)-by-1, nzmax = nnz. Always spOK; throws tooLargeForLinearIndex when m*n is
+ * no linear index. An all-zero imaginary part is kept. Cost: nnz. */
+ZQSP_EXPORT spStatus spRef2(const kxArray* A, kxArray** result);
+
+/* A(K): nzmax is the exact count. Statuses 2, 4, 9, 10. Cost: k log(entries of a column); ascending K: k + nnz. */
+ZQSP_EXPORT spStatus spRef3(const kxArray* A, const kxArray* K, kxArray** result);
+
+/* A(:,J): m-by-k, nzmax is the exact count. Statuses 2, 4, 9, 10. Cost: k + out. */
+ZQSP_EXPORT spStatus spRef4(const kxArray* A, const kxArray* J, kxArray** result);
+
+/* A(I,:): k-by-n; nzmax exact with a row map, an upper bound with a search. Statuses 2, 4, 9, 10.
+ * Cost: m + nnz + out, or n * k * log(entries of a column) where the rows are few. */
+ZQSP_EXPORT spStatus spRef5(const kxArray* A, const kxArray* I, kxArray** result);
+
+/* A(I,J): nzmax as for spRef5. I is converted before J. Statuses 2, 4, 9, 10.
+ * Cost: m + entries of the named columns + out, or columns * k * log(entries of a column). */
+ZQSP_EXPORT spStatus spRef6(const kxArray* A, const kxArray* I, const kxArray* J, kxArray** result);
+
+/* Reference for the runtime's own code, by 0-based lists in any order, repeats allowed. A null list selects all
+ * (rows null and cols null: no column at all). Returns a new array owned by the caller, complex whenever A is.
+ * Raises kxHandleSparseSubscriptError(spIndexOutOfRange). */
+ZQSP_EXPORT kxArray* kxSparseReference(const kxArray* A, const unsigned* rows, unsigned rowCount, const unsigned* cols,
+                                       unsigned colCount);
+
+/* The same by 1-based runs rowFirst:rowStride:rowLast and colFirst:colStride:colLast. Raises statuses 4 and 9. */
+ZQSP_EXPORT kxArray* kxSparseColonReference(const kxArray* A, int rowFirst, int rowStride, int rowLast, int colFirst,
+                                            int colStride, int colLast);
+
+/* ---- Assignment, in place: the target grows to cover its subscripts. ---- */
+
+/* A(K) = B, one index after another: the last of repeated indices wins. nzmax grows by ten entries at a time.
+ * Statuses 1, 2, 3, 4, 10 and those of spDeleteElements for B = []. Throws
+ * colon_index_assign_element_count_mismatch for A(:) = B, and the runtime's subscript error 1 for a complex or
+ * zero-holding sparse K. Cost: k log k + nnz + n. */
+ZQSP_EXPORT spStatus spAss3(kxArray* A, const kxArray* B, const kxArray* K);
+
+/* A(:,J) = B. Statuses 2, 4, 8, 9, 10 and those of spDeleteColumns for B = []. Cost: n + nnz + nnz(B). */
+ZQSP_EXPORT spStatus spAss4(kxArray* A, const kxArray* B, const kxArray* J);
+
+/* A(I,:) = B. Statuses 2, 4, 8, 10 and those of spDeleteRows for B = []. Cost: m + n + nnz + nnz(B). */
+ZQSP_EXPORT spStatus spAss5(kxArray* A, const kxArray* B, const kxArray* I);
+
+/* A(I,J) = B. Statuses 2, 4, 6, 8, 9, 10.
+ * Cost: entries of the named columns, entries that have to move, and the region's entries (+ log). */
+ZQSP_EXPORT spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J);
+
+/* ---- Deletion, in place: nothing is reallocated, nzmax stays. ---- */
+
+/* A(:,J) = []. Statuses 2, 4, 5, 10. Cost: n + entries that have to move. */
+ZQSP_EXPORT spStatus spDeleteColumns(kxArray* A, const kxArray* J);
+
+/* A(I,:) = []. Statuses 2, 4, 5, 10. Cost: m + nnz. */
+ZQSP_EXPORT spStatus spDeleteRows(kxArray* A, const kxArray* I);
+
+/* A(K) = []: a column stays a column, everything else becomes a row. Statuses 2, 4, 5, 7, 10. Cost: nnz + k. */
+ZQSP_EXPORT spStatus spDeleteElements(kxArray* A, const kxArray* K);
+
+/* ---- Reshape ---- */
+
+/* Whether an m-by-n matrix can be seen as newM-by-newN; right for every 32-bit shape. */
+ZQSP_EXPORT bool spReshapeOk(unsigned m, unsigned n, unsigned newM, unsigned newN);
+
+/* Reshapes A in place, column-major order kept. The shape must have passed spReshapeOk(). Cost: nnz + n + newN. */
+ZQSP_EXPORT void spReshape(kxArray* A, unsigned newM, unsigned newN);
+
+/* ---- Errors and identity ---- */
+
+/* Raises the runtime's error for a status; returns quietly for spOK and for values outside 1..10. */
+ZQSP_EXPORT void kxHandleSparseSubscriptError(spStatus status);
+
+/* "major.minor.patch.build". */
+ZQSP_EXPORT extern const char* const libzqspmatrix_version;
+/* The day of the build, such as "Jul 30 2015". */
+ZQSP_EXPORT extern const char* const libzqspmatrix_build_date;
+
+#ifdef __cplusplus
+}
+#endif
+
+#undef ZQSP_ENUM_BASE
+
+#endif

@@ -1,0 +1,19 @@
+// Raising the runtime's own errors.
+#ifndef KX_ERRORS_HPP
+#define KX_ERRORS_HPP
+
+#include <cstddef>
+#include <string>
+
+namespace kxrt {
+
+/// kx:outOfMemory for a block of this many bytes.
+[[noreturn]] void raiseOutOfMemory(std::size_t bytes);
+/// kx:sizeLimit; `what` names the offending numbers.
+[[noreturn]] void raiseSizeLimit(const std::string& what);
+/// kx:invalidOperand.
+[[noreturn]] void raiseInvalidOperand(const std::string& what);
+
+} // namespace kxrt
+
+#endif

@@ -1,0 +1,101 @@
+#include "record.hpp"
+
+#include "kx_runtime.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+// ---- Members of kxArray ----
+
+const unsigned* kxArray::get_dimensions() const
+{
+    const kxrt::ArrayRecord* self = kxrt::record(this);
+    return ndims > 2 ? self->manyDims : self->matrixDims;
+}
+
+bool kxArray::is_colon_index() const
+{
+    return kxrt::record(this)->bareColon;
+}
+
+kxClassID kxArray::_get_class_id_non_trivial() const
+{
+    return kxrt::classOf(this);
+}
+
+namespace kxrt {
+
+std::uint64_t productOf(std::span<const unsigned> dims)
+{
+    if (std::find(dims.begin(), dims.end(), 0U) != dims.end()) {
+        return 0;
+    }
+    std::uint64_t product = 1;
+    for (const unsigned dim : dims) {
+        if (__builtin_mul_overflow(product, dim, &product)) {
+            return std::numeric_limits<std::uint64_t>::max();
+        }
+    }
+    return product;
+}
+
+std::size_t elementsOf(const kxArray* array)
+{
+    return productOf(dimensions(array));
+}
+
+void ArrayRelease::operator()(kxArray* array) const noexcept
+{
+    freeContent(array);
+    record(array)->~ArrayRecord();
+    release(array);
+}
+
+ArrayOwner newRecord(kxClassID id, unsigned flags, unsigned m, unsigned n)
+{
+    auto* made = new (allocate(1, sizeof(ArrayRecord))) ArrayRecord;
+    made->class_id = id;
+    made->flags = flags;
+    made->matrixDims[0] = m;
+    made->matrixDims[1] = n;
+    return ArrayOwner(made);
+}
+
+bool storeDimensions(kxArray* array, std::span<const unsigned> dims) noexcept
+{
+    while (dims.size() > 2 && dims.back() == 1) {
+        dims = dims.first(dims.size() - 1);
+    }
+    unsigned* many = nullptr;
+    if (dims.size() > 2) {
+        many = static_cast<unsigned*>(matrix::detail::noninlined::kx_array_api::kxMallocEx(dims.size_bytes()));
+        if (many == nullptr) {
+            return false;
+        }
+    }
+    ArrayRecord* target = record(array);
+    std::copy(dims.begin(), dims.end(), many != nullptr ? many : target->matrixDims);
+    release(target->manyDims); // after the copy: `dims` may be the old dimensions themselves
+    target->manyDims = many;
+    target->ndims = static_cast<unsigned>(dims.size());
+    return true;
+}
+
+void freeContent(kxArray* array) noexcept
+{
+    release(array->pr);
+    release(array->pi);
+    release(array->ir);
+    release(array->jc);
+    release(record(array)->manyDims);
+}
+
+void hide_class(kxArray* array)
+{
+    if (array->class_id <= 16) {
+        array->class_id = static_cast<kxClassID>(array->class_id + kHiddenClassOffset);
+    }
+}
+
+} // namespace kxrt

@@ -1,0 +1,58 @@
+// Errors that the shell raises itself, beside those of the runtime and the library.
+#ifndef KXSH_ERROR_HPP
+#define KXSH_ERROR_HPP
+
+#include <cstddef>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace kxsh {
+
+/// A statement that cannot be carried out: a readable text and an identifier such as "kxsh:undefined".
+class Error : public std::runtime_error
+{
+  public:
+    Error(std::string identifier, const std::string& text)
+        : std::runtime_error(text), identifier_(std::move(identifier))
+    {
+    }
+
+    [[nodiscard]] const std::string& identifier() const noexcept { return identifier_; }
+
+  private:
+    std::string identifier_;
+};
+
+/// A text that is no statement. `incomplete` when more lines could still make it one (an open bracket).
+class SyntaxError : public Error
+{
+  public:
+    SyntaxError(const std::string& text, std::size_t offset, bool incomplete = false)
+        : Error("kxsh:syntax", text), offset_(offset), incomplete_(incomplete)
+    {
+    }
+
+    /// Where in the source the fault lies, in bytes.
+    [[nodiscard]] std::size_t offset() const noexcept { return offset_; }
+    [[nodiscard]] bool incomplete() const noexcept { return incomplete_; }
+
+  private:
+    std::size_t offset_;
+    bool incomplete_;
+};
+
+/// An error reduced to what is shown of it.
+struct ErrorReport
+{
+    std::string text;
+    std::string identifier;
+};
+
+/// Runs `action`; any error of the shell, the library, the runtime or the standard library is given to `report`.
+/// Returns whether there was none.
+bool reportingErrors(const std::function<void()>& action, const std::function<void(const ErrorReport&)>& report);
+
+} // namespace kxsh
+
+#endif

@@ -1,0 +1,164 @@
+#include "functions.hpp"
+
+#include "error.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace kxsh {
+
+namespace {
+
+/// Number of letters changed, added, left out or swapped with their neighbour that turn one name into the other.
+std::size_t distanceOf(std::string_view a, std::string_view b)
+{
+    // d[i][j]: the distance between the first i letters of a and the first j of b
+    std::vector<std::vector<std::size_t>> d(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+    for (std::size_t i = 0; i <= a.size(); ++i) {
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            if (i == 0 || j == 0) {
+                d[i][j] = i + j;
+                continue;
+            }
+            d[i][j] = std::min({d[i - 1][j] + 1, d[i][j - 1] + 1, d[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
+                d[i][j] = std::min(d[i][j], d[i - 2][j - 2] + 1);
+            }
+        }
+    }
+    return d.back().back();
+}
+
+constexpr std::string_view kLanguage =
+    R"(Statements
+  x = 3; z = 1 + 4i               a closing ; keeps a result from being printed
+  v = [1 2; 3 4]   s = 'text'     full arrays, strings   # starts a comment
+  1:5   10:-2:1                   ranges
+  A(3)  A(2,:)  A(:,[1 3])        reading by subscripts
+  A(end,1:end-1)  A(A > 0)        end is the last one; comparisons make masks
+  A(2,3) = 7   A(v > 1) = 0       writing; an array grows where it has to
+  A(:,2) = []                     deleting
+  + - * /   == ~= < <= > >=   A'  arithmetic, comparison, transpose
+  quit                            leaves the shell (also: exit, Ctrl-D)
+)";
+
+} // namespace
+
+std::span<const Topic> topics()
+{
+    static const std::array<Topic, 5> all = {{{"Making arrays", creationFunctions()},
+                                              {"Classes and parts", conversionFunctions()},
+                                              {"Looking at arrays", inspectionFunctions()},
+                                              {"Files and pictures", fileFunctions()},
+                                              {"The session", sessionFunctions()}}};
+    return all;
+}
+
+const Function* findFunction(std::string_view name)
+{
+    for (const Topic& topic : topics()) {
+        for (const Function& function : topic.functions) {
+            if (function.name == name) {
+                return &function;
+            }
+        }
+    }
+    return nullptr;
+}
+
+Value callFunction(const Function& function, Session& session, Arguments arguments)
+{
+    if (arguments.size() < function.leastArguments || arguments.size() > function.mostArguments) {
+        throw Error("kxsh:arguments", fmt::format("{} does not take {} argument{}; usage: {}", function.name,
+                                                  arguments.size(), arguments.size() == 1 ? "" : "s", function.usage));
+    }
+    for (const Value& argument : arguments) {
+        if (argument.isColon()) {
+            throw Error("kxsh:arguments", fmt::format("{} takes no ':'; usage: {}", function.name, function.usage));
+        }
+    }
+    return function.call(session, arguments);
+}
+
+std::string closestName(const Session& session, std::string_view name)
+{
+    std::string best;
+    std::size_t bestDistance = std::max<std::size_t>(1, name.size() / 3) + 1;
+    const auto consider = [&](std::string_view candidate) {
+        const std::size_t distance = distanceOf(name, candidate);
+        if (distance < bestDistance) {
+            bestDistance = distance;
+            best = candidate;
+        }
+    };
+    for (const auto& [variable, value] : session.variables) {
+        consider(variable);
+    }
+    for (const Topic& topic : topics()) {
+        for (const Function& function : topic.functions) {
+            consider(function.name);
+        }
+    }
+    return best;
+}
+
+std::string helpText(const Session& session, std::string_view topic)
+{
+    if (!topic.empty()) {
+        const Function* function = findFunction(topic);
+        if (function == nullptr) {
+            const std::string close = closestName(session, topic);
+            throw Error("kxsh:undefined",
+                        fmt::format("there is no function '{}'{}", topic,
+                                    findFunction(close) == nullptr ? std::string("; help lists them all")
+                                                                   : fmt::format("; did you mean '{}'?", close)));
+        }
+        std::string text = fmt::format("{}\n  {}.\n", function->usage, function->summary);
+        if (!function->details.empty()) {
+            text += fmt::format("  {}\n", function->details);
+        }
+        return text + fmt::format("  Example: {}\n", function->example);
+    }
+    std::string text(kLanguage);
+    for (const Topic& group : topics()) {
+        text += fmt::format("\n{}\n", group.title);
+        for (const Function& function : group.functions) {
+            text += fmt::format("  {:<24}  {}\n", function.usage, function.summary);
+        }
+    }
+    return text + "\nhelp NAME tells more about a function, with an example.\n";
+}
+
+double realScalar(const Value& value, std::string_view what)
+{
+    if (!value.isScalar() || value.isComplex()) {
+        throw Error("kxsh:arguments", fmt::format("{} must be one real number", what));
+    }
+    return firstNumber(value);
+}
+
+unsigned sizeArgument(const Value& value, std::string_view what)
+{
+    const double number = realScalar(value, what);
+    if (!(number >= 0) || number != std::floor(number)) {
+        throw Error("kxsh:arguments", fmt::format("{} must be a whole number from 0 up, not {}", what, number));
+    }
+    if (number > std::numeric_limits<unsigned>::max()) {
+        throw Error("kx:sizeLimit", fmt::format("{} is too large: {}", what, number));
+    }
+    return static_cast<unsigned>(number);
+}
+
+std::string textArgument(const Value& value, std::string_view what)
+{
+    if (!value.isText()) {
+        throw Error("kxsh:arguments", fmt::format("{} must be a string, such as 'name'", what));
+    }
+    return textOf(value);
+}
+
+} // namespace kxsh

@@ -1,0 +1,64 @@
+// The functions of the language: one table that calls, help and completion share.
+#ifndef KXSH_FUNCTIONS_HPP
+#define KXSH_FUNCTIONS_HPP
+
+#include "session.hpp"
+#include "value.hpp"
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kxsh {
+
+using Arguments = std::span<const Value>;
+
+struct Function
+{
+    std::string_view name;
+    std::size_t leastArguments;
+    std::size_t mostArguments;
+    std::string_view usage;
+    std::string_view summary; ///< fits the line of a list
+    std::string_view details; ///< what else there is to say; lines broken, may be empty
+    std::string_view example;
+    /// The empty handle where the function only acts.
+    Value (*call)(Session&, Arguments);
+};
+
+constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
+
+// The topics, in the order in which help lists them.
+std::span<const Function> creationFunctions();
+std::span<const Function> conversionFunctions();
+std::span<const Function> inspectionFunctions();
+std::span<const Function> fileFunctions();
+std::span<const Function> sessionFunctions();
+
+struct Topic
+{
+    std::string_view title;
+    std::span<const Function> functions;
+};
+std::span<const Topic> topics();
+
+/// Null for an unknown name.
+const Function* findFunction(std::string_view name);
+/// Calls with checked argument count. Raises kxsh:arguments.
+Value callFunction(const Function& function, Session& session, Arguments arguments);
+/// The known name closest to a mistyped one among functions and variables; empty when none is close.
+std::string closestName(const Session& session, std::string_view name);
+/// The text of `help` or `help topic`. Raises kxsh:undefined for an unknown topic.
+std::string helpText(const Session& session, std::string_view topic);
+
+// Arguments as C++ values; all raise kxsh:arguments, naming the argument as `what`.
+double realScalar(const Value& value, std::string_view what);
+/// A whole number from 0 to 2^32 - 1.
+unsigned sizeArgument(const Value& value, std::string_view what);
+std::string textArgument(const Value& value, std::string_view what);
+
+} // namespace kxsh
+
+#endif

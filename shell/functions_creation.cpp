@@ -1,0 +1,211 @@
+#include "functions.hpp"
+
+#include "assembly.hpp"
+#include "error.hpp"
+#include "indexing.hpp"
+#include "interrupt.hpp"
+#include "operand.hpp"
+#include "sampling.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace kxsh {
+
+namespace {
+
+struct Shape
+{
+    unsigned m;
+    unsigned n;
+};
+
+/// (n) for n-by-n or (m, n).
+Shape shapeOf(Arguments arguments)
+{
+    const unsigned m = sizeArgument(arguments[0], "the number of rows");
+    return {m, arguments.size() > 1 ? sizeArgument(arguments[1], "the number of columns") : m};
+}
+
+std::uint64_t seedOf(Arguments arguments, std::size_t at)
+{
+    return arguments.size() > at ? sizeArgument(arguments[at], "the seed") : 1;
+}
+
+/// The subscript as a 0-based index; `limit` 0 stands for no limit.
+unsigned indexAt(const Operand& operand, std::size_t i, unsigned limit, std::string_view what)
+{
+    const double v = operand.re(i);
+    if (operand.isComplex() || !(v >= 1) || v != std::floor(v)) {
+        throw Error("kx:subscript:notPositiveInteger", fmt::format("{} {} is no positive whole number", what, v));
+    }
+    const unsigned most = limit == 0 ? kx::kxGetMaxNumberOfElements() : limit;
+    if (v > most) {
+        throw Error("kx:subscript:outOfRange", fmt::format("{} {} is above {}", what, v, most));
+    }
+    return static_cast<unsigned>(v) - 1;
+}
+
+Value sparseFromEntries(Arguments arguments)
+{
+    const Operand i(arguments[0]);
+    const Operand j(arguments[1]);
+    const Operand v(arguments[2]);
+    const std::size_t count = std::max({i.count(), j.count(), v.count()});
+    const bool anyEmpty = i.count() == 0 || j.count() == 0 || v.count() == 0;
+    for (const Operand* operand : {&i, &j, &v}) {
+        if (operand->count() != 1 && operand->count() != count) {
+            throw Error("kxsh:arguments", "sparse takes as many rows as columns and values, or one number for all");
+        }
+    }
+    const bool sized = arguments.size() == 5;
+    Shape shape = sized ? shapeOf(arguments.subspan(3)) : Shape{0, 0};
+    Triplets triplets;
+    triplets.reserve(anyEmpty ? 0 : count, v.isComplex());
+    for (std::size_t k = 0; k < count && !anyEmpty; ++k) {
+        const unsigned row = indexAt(i, k, sized ? std::max(shape.m, 1U) : 0, "row");
+        const unsigned column = indexAt(j, k, sized ? std::max(shape.n, 1U) : 0, "column");
+        triplets.push(row, column, v.at(k).real());
+        if (v.isComplex()) {
+            triplets.im.push_back(v.at(k).imag());
+        }
+        if (!sized) {
+            shape = {std::max(shape.m, row + 1), std::max(shape.n, column + 1)};
+        }
+    }
+    if (!triplets.rows.empty() && (shape.m == 0 || shape.n == 0)) {
+        throw Error("kx:subscript:outOfRange", "an empty array holds no entries");
+    }
+    const kxClassID id = arguments[2].classId();
+    return converted(assemble(std::move(triplets), shape.m, shape.n), id == kxCHAR_CLASS ? kxDOUBLE_CLASS : id);
+}
+
+Value sparse(Session&, Arguments arguments)
+{
+    if (arguments.size() == 1) {
+        return asSparse(arguments[0]);
+    }
+    if (arguments.size() == 4) {
+        throw Error("kxsh:arguments", "sparse takes m and n together: sparse(i,j,v,m,n)");
+    }
+    if (arguments.size() == 2) {
+        const auto [m, n] = shapeOf(arguments);
+        return Value::sparse(m, n, 1);
+    }
+    return sparseFromEntries(arguments);
+}
+
+Value sprand(Session&, Arguments arguments)
+{
+    const auto [m, n] = shapeOf(arguments);
+    const double density = realScalar(arguments[2], "the density");
+    if (!(density >= 0 && density <= 1)) {
+        throw Error("kxsh:arguments", fmt::format("the density must lie between 0 and 1, not {}", density));
+    }
+    const double expected = std::round(density * static_cast<double>(std::uint64_t{m} * n));
+    if (expected > kx::kxGetMaxNumberOfElements()) {
+        throw Error("kx:sizeLimit", fmt::format("{} entries are too many for one sparse array", expected));
+    }
+    Sampler sampler(seedOf(arguments, 3));
+    const std::vector<std::uint64_t> places =
+        sampler.choose(static_cast<std::uint64_t>(expected), std::uint64_t{m} * n);
+    Triplets triplets;
+    triplets.reserve(places.size(), false);
+    for (const std::uint64_t place : places) {
+        triplets.push(static_cast<unsigned>(place % m), static_cast<unsigned>(place / m), sampler.fraction());
+    }
+    return assemble(std::move(triplets), m, n);
+}
+
+Value speye(Session&, Arguments arguments)
+{
+    const auto [m, n] = shapeOf(arguments);
+    const unsigned count = std::min(m, n);
+    Value result = Value::sparse(m, n, count);
+    std::iota(result.rowIndices(), result.rowIndices() + count, 0U);
+    std::fill_n(result.data<double>(), count, 1.0);
+    for (unsigned j = 0; j < n; ++j) {
+        result.starts()[j + 1] = std::min(j + 1, count);
+    }
+    return result;
+}
+
+Value zeros(Session&, Arguments arguments)
+{
+    const auto [m, n] = shapeOf(arguments);
+    return Value::full(m, n);
+}
+
+Value ones(Session&, Arguments arguments)
+{
+    const auto [m, n] = shapeOf(arguments);
+    Value result = Value::full(m, n);
+    std::fill_n(result.data<double>(), result.count(), 1.0);
+    return result;
+}
+
+template <bool Truth>
+Value truths(Session&, Arguments arguments)
+{
+    const auto [m, n] = arguments.empty() ? Shape{1, 1} : shapeOf(arguments);
+    Value result = Value::full(m, n, kxLOGICAL_CLASS);
+    std::fill_n(result.data<bool>(), result.count(), Truth);
+    return result;
+}
+
+Value randperm(Session&, Arguments arguments)
+{
+    const unsigned n = sizeArgument(arguments[0], "the length");
+    Sampler sampler(seedOf(arguments, 1));
+    Value result = Value::full(1, n);
+    auto* values = result.data<double>();
+    std::iota(values, values + n, 1.0);
+    for (unsigned left = n; left > 1; --left) {
+        if (left % (1U << 20) == 0) {
+            pollInterrupt();
+        }
+        std::swap(values[left - 1], values[sampler.below(left)]);
+    }
+    return result;
+}
+
+Value reshape(Session&, Arguments arguments)
+{
+    const auto [m, n] = shapeOf(arguments.subspan(1));
+    return reshaped(arguments[0], m, n);
+}
+
+constexpr Function kFunctions[] = {
+    {"sparse", 1, 5, "sparse(i,j,v,m,n)", "Sparse m-by-n array, v(k) at row i(k), column j(k)",
+     "Entries of one place are summed, zeros dropped. Without m and n, the largest\n"
+     "  row and column decide. sparse(m,n) is an all-zero array, sparse(F) the\n"
+     "  sparse form of F.",
+     "A = sparse([1 2 2], [1 2 3], [10 20 30], 3, 3)", sparse},
+    {"sprand", 3, 4, "sprand(m,n,density,seed)", "Random sparse m-by-n array",
+     "It has round(density*m*n) entries between 0 and 1. The same seed (1 when left\n"
+     "  out) gives the same array on every machine.",
+     "A = sprand(1000, 1000, 0.01, 7)", sprand},
+    {"speye", 1, 2, "speye(n)", "Sparse identity, n-by-n", "speye(m,n) is m-by-n.", "I = speye(4)", speye},
+    {"zeros", 1, 2, "zeros(m,n)", "Full array of zeros", "zeros(n) is n-by-n.", "f = zeros(5,1)", zeros},
+    {"ones", 1, 2, "ones(m,n)", "Full array of ones", "ones(n) is n-by-n.", "e = ones(1,3)", ones},
+    {"true", 0, 2, "true(m,n)", "Full logical array of trues", "true alone is one of them.",
+     "keep = true(6,1); keep([2 5]) = false", truths<true>},
+    {"false", 0, 2, "false(m,n)", "Full logical array of falses", "false alone is one of them.", "mask = false(1,4)",
+     truths<false>},
+    {"randperm", 1, 2, "randperm(n,seed)", "The numbers 1 to n in random order, as a row",
+     "The same seed (1 when left out) gives the same order on every machine.", "p = randperm(10, 3)", randperm},
+    {"reshape", 3, 3, "reshape(A,m,n)", "The elements of A, column by column, as m-by-n", "",
+     "B = reshape(speye(4), 2, 8)", reshape},
+};
+
+} // namespace
+
+std::span<const Function> creationFunctions()
+{
+    return kFunctions;
+}
+
+} // namespace kxsh

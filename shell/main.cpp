@@ -1,0 +1,95 @@
+// kxsh: a small interpreter that drives the library on real matrices.
+#include "interrupt.hpp"
+#include "runner.hpp"
+#include "terminal.hpp"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <zqspmatrix.h>
+
+#include <unistd.h>
+
+#include <clocale>
+#include <iostream>
+#include <string>
+
+namespace {
+
+using namespace kxsh;
+
+constexpr int kUsageError = 2;
+
+/// Lines of standard input where that is no terminal.
+class PlainInput : public LineSource
+{
+  public:
+    Event next(std::string& line, bool) override { return std::getline(std::cin, line) ? Event::kLine : Event::kEnd; }
+};
+
+bool runInteractively(Session& session)
+{
+    Runner runner(session, std::cerr);
+    if (::isatty(STDIN_FILENO) == 0) {
+        PlainInput input;
+        return runner.runLines(input);
+    }
+    installInterruptHandler();
+    std::cout << fmt::format("kxsh {}: sparse matrices by subscript. Type help for help, quit to leave.\n",
+                             libzqspmatrix_version)
+              << std::flush;
+    std::cout << std::unitbuf; // each statement of a line shows its result when it has one
+    Terminal terminal(session);
+    runner.runLines(terminal);
+    return true;
+}
+
+int runProgram(int argc, char** argv)
+{
+    std::ios::sync_with_stdio(false);
+
+    CLI::App app("Reads, changes and draws sparse matrices by subscripts. Without arguments, statements are read from "
+                 "standard input; type help there.");
+    app.set_version_flag("--version", std::string("kxsh ") + libzqspmatrix_version);
+    std::string script;
+    std::string statements;
+    CLI::Option* file = app.add_option("FILE", script, "a script to run");
+    CLI::Option* text = app.add_option("-e", statements, "statements to run");
+    text->type_name("STATEMENTS")->excludes(file);
+    file->type_name("");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kUsageError;
+    }
+
+    Session session(std::cout);
+    if (const unsigned width = terminalWidth()) {
+        session.width = width;
+    }
+    bool good = true;
+    if (*file) {
+        good = runScript(session, std::cerr, script) != Runner::Outcome::kFailed;
+    } else if (*text) {
+        good = Runner(session, std::cerr).run(statements) != Runner::Outcome::kFailed;
+    } else {
+        good = runInteractively(session);
+    }
+    if (!std::cout.flush()) {
+        std::cerr << "error: cannot write the output (kxsh:file)\n";
+        good = false;
+    }
+    return good ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    static_cast<void>(std::setlocale(LC_CTYPE, ""));
+    try {
+        return runProgram(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "error: " << error.what() << " (kxsh:internal)\n";
+        return 1;
+    }
+}

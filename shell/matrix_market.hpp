@@ -1,0 +1,24 @@
+// Matrix Market files.
+#ifndef KXSH_MATRIX_MARKET_HPP
+#define KXSH_MATRIX_MARKET_HPP
+
+#include "value.hpp"
+
+#include <filesystem>
+#include <string>
+
+namespace kxsh {
+
+/// Reads a coordinate file into a sparse array (double; logical for the pattern field) and an array file into a full
+/// double one. Symmetric, skew-symmetric and hermitian files give the whole matrix; entries of one place are summed.
+/// Raises kxsh:file when the file cannot be read, kxsh:matrixMarket with file and line when its content is wrong.
+Value readMatrixMarket(const std::filesystem::path& path);
+
+/// Writes sparse arrays in coordinate, full ones in array format, general symmetry; a sparse logical array as a
+/// pattern. Numbers are the shortest that read back to the same double. An existing file is replaced only once the new
+/// one is complete. Raises kxsh:file.
+void writeMatrixMarket(const std::filesystem::path& path, const Value& array);
+
+} // namespace kxsh
+
+#endif

@@ -1,0 +1,65 @@
+// Texts of statements carried out: scripts, -e, and lines as they come.
+#ifndef KXSH_RUNNER_HPP
+#define KXSH_RUNNER_HPP
+
+#include "interpreter.hpp"
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace kxsh {
+
+/// Where lines come from.
+class LineSource
+{
+  public:
+    enum class Event
+    {
+        kLine,
+        kInterrupted, ///< Ctrl-C at the prompt: what was typed is dropped
+        kEnd
+    };
+
+    LineSource() = default;
+    LineSource(const LineSource&) = delete;
+    LineSource& operator=(const LineSource&) = delete;
+    virtual ~LineSource() = default;
+    /// Reads the next line into `line`; `continued` inside an open bracket.
+    virtual Event next(std::string& line, bool continued) = 0;
+};
+
+class Runner
+{
+  public:
+    enum class Outcome
+    {
+        kDone,
+        kQuit,
+        kFailed
+    };
+
+    Runner(Session& session, std::ostream& errors) : interpreter_(session), out_(session.out), errors_(errors) {}
+
+    /// Carries out a whole text. Nothing is done when it is no list of statements; the first error ends it. Errors are
+    /// shown with the line, counted from `firstLine`.
+    Outcome run(std::string_view source, std::size_t firstLine = 1);
+
+    /// Carries out lines until they end or one quits; an error ends only its own line. Returns whether all went well.
+    bool runLines(LineSource& lines);
+
+  private:
+    void showError(std::string_view text, std::string_view identifier, std::size_t line, std::string_view source);
+
+    Interpreter interpreter_;
+    std::ostream& out_;
+    std::ostream& errors_;
+};
+
+/// Runs a script file. Raises nothing: an unreadable file is shown as an error.
+Runner::Outcome runScript(Session& session, std::ostream& errors, const std::filesystem::path& path);
+
+} // namespace kxsh
+
+#endif

@@ -1,0 +1,77 @@
+// Pictures of the pattern of a matrix.
+#ifndef KXSH_SPY_HPP
+#define KXSH_SPY_HPP
+
+#include "value.hpp"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace kxsh {
+
+/// Colours of a drawing, lightest cells first.
+constexpr unsigned kCellShades = 8;
+enum Paint : unsigned
+{
+    kPaper = 0,
+    kFirstShade = 1,
+    kInk = kFirstShade + kCellShades,
+    kFrame,
+    kPaintCount
+};
+/// 0xRRGGBB of a paint.
+unsigned colourOf(unsigned paint);
+
+struct Box
+{
+    int x;
+    int y;
+    int width;
+    int height;
+    unsigned paint;
+};
+
+enum class Anchor
+{
+    kStart,
+    kMiddle,
+    kEnd
+};
+
+/// One line of text; (x, y) is its start, middle or end on the base line.
+struct Label
+{
+    int x;
+    int y;
+    Anchor anchor;
+    std::string text;
+};
+
+/// What a picture shows, in units of about a pixel from the upper left corner.
+struct Drawing
+{
+    int width = 0;
+    int height = 0;
+    std::vector<Box> boxes; ///< in painting order
+    std::vector<Label> labels;
+};
+
+constexpr int kCharWidth = 9;   ///< units that a character of a label takes at most
+constexpr int kLineHeight = 16; ///< units from one line of text to the next
+
+/// The pattern of a matrix with ticks, axis titles and a caption with size and nnz. Up to 300 rows or columns are drawn
+/// one cell each; larger matrices are binned, and a bin is the darker the more entries it holds. Cost: entries +
+/// columns.
+Drawing drawPattern(const Value& matrix);
+
+/// Raise kxsh:file.
+void writeSvg(const std::filesystem::path& path, const Drawing& drawing);
+void writePng(const std::filesystem::path& path, const Drawing& drawing);
+
+/// drawPattern() into the format that the ending of the path names. Raises kxsh:arguments for other endings.
+void spyToFile(const Value& matrix, const std::filesystem::path& path);
+
+} // namespace kxsh
+
+#endif

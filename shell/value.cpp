@@ -1,0 +1,187 @@
+#include "value.hpp"
+
+#include "error.hpp"
+
+#include <fl_except.hpp>
+
+#include <algorithm>
+#include <array>
+
+namespace kxsh {
+
+namespace {
+
+struct ClassEntry
+{
+    kxClassID id;
+    std::string_view name;
+};
+
+constexpr std::array<ClassEntry, 12> kClasses = {{
+    {kxLOGICAL_CLASS, "logical"},
+    {kxCHAR_CLASS, "char"},
+    {kxDOUBLE_CLASS, "double"},
+    {kxSINGLE_CLASS, "single"},
+    {kxINT8_CLASS, "int8"},
+    {kxUINT8_CLASS, "uint8"},
+    {kxINT16_CLASS, "int16"},
+    {kxUINT16_CLASS, "uint16"},
+    {kxINT32_CLASS, "int32"},
+    {kxUINT32_CLASS, "uint32"},
+    {kxINT64_CLASS, "int64"},
+    {kxUINT64_CLASS, "uint64"},
+}};
+
+/// The result of a conversion that may be its own argument.
+Value resultOf(const Value& argument, kxArray* result)
+{
+    return result == argument.get() ? argument : Value(result);
+}
+
+/// The foundation's conversions between UTF-8 and UTF-16 are members of its exceptions.
+const fl::except::IUserException& unicodeConverter()
+{
+    static const fl::except::bad_alloc converter;
+    return converter;
+}
+
+} // namespace
+
+Value::Value(const Value& other) : array_(other.array_ == nullptr ? nullptr : kx::kxCreateSharedDataCopy(other.array_))
+{
+}
+
+Value::~Value()
+{
+    kx::kxDestroyArray(array_);
+}
+
+Value Value::number(double re)
+{
+    Value value = full(1, 1);
+    *value.data<double>() = re;
+    return value;
+}
+
+Value Value::complexNumber(double re, double im)
+{
+    Value value = full(1, 1, kxDOUBLE_CLASS, kxCOMPLEX);
+    *value.data<double>() = re;
+    *value.imagData<double>() = im;
+    return value;
+}
+
+Value Value::text(std::string_view utf8)
+{
+    const std::u16string units = unicodeConverter().convert_str(std::string(utf8));
+    if (units.size() > kx::kxGetMaxNumberOfElements()) {
+        throw Error("kx:sizeLimit", "the text is too long");
+    }
+    Value value = full(units.empty() ? 0 : 1, static_cast<unsigned>(units.size()), kxCHAR_CLASS);
+    std::copy(units.begin(), units.end(), value.data<char16_t>());
+    return value;
+}
+
+Value Value::truth(bool isTrue)
+{
+    Value value = full(1, 1, kxLOGICAL_CLASS);
+    *value.data<bool>() = isTrue;
+    return value;
+}
+
+Value Value::range(double start, double step, double stop)
+{
+    return Value(kx::kxCreateColonObject(start, step, stop));
+}
+
+Value Value::full(unsigned m, unsigned n, kxClassID id, kxComplexity complexity)
+{
+    const unsigned dims[2] = {m, n};
+    return Value(kx::kxCreateNumericArray(2, dims, id, complexity));
+}
+
+Value Value::sparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
+{
+    return Value(kx::kxCreateSparseNumericMatrix(m, n, nzmax, id, complexity));
+}
+
+kxClassID Value::classId() const
+{
+    return array_->class_id > 16 ? array_->_get_class_id_non_trivial() : array_->class_id;
+}
+
+bool Value::isComplex() const noexcept
+{
+    return (array_->flags & kxFLAG_MAY_BE_COMPLEX) != 0 && array_->pi != nullptr;
+}
+
+std::string_view className(kxClassID id)
+{
+    for (const ClassEntry& entry : kClasses) {
+        if (entry.id == id) {
+            return entry.name;
+        }
+    }
+    return "unset";
+}
+
+kxClassID classNamed(std::string_view name)
+{
+    for (const ClassEntry& entry : kClasses) {
+        if (entry.name == name) {
+            return entry.id;
+        }
+    }
+    return kxUNKNOWN_CLASS;
+}
+
+bool isIntegerClass(kxClassID id)
+{
+    return id >= kxINT8_CLASS && id <= kxUINT64_CLASS;
+}
+
+RangeBounds boundsOf(const Value& range)
+{
+    double values[3];
+    kx::kxGetColonObjValues(range.get(), values);
+    return {values[0], values[1], values[2]};
+}
+
+Value elementsOf(const Value& value)
+{
+    return value.isRange() ? asFull(value) : value;
+}
+
+Value converted(const Value& value, kxClassID id)
+{
+    const Value elements = elementsOf(value);
+    return resultOf(elements, kx::kxMustBe(elements.get(), id));
+}
+
+Value asFull(const Value& value)
+{
+    return resultOf(value, kx::kxMustBeFull(value.get()));
+}
+
+Value asSparse(const Value& value)
+{
+    const Value elements = elementsOf(value);
+    return resultOf(elements, kx::kxMustBeSparse(elements.get()));
+}
+
+std::string utf8Of(const std::u16string& text)
+{
+    return unicodeConverter().convert_str(text);
+}
+
+std::string textOf(const Value& value)
+{
+    return utf8Of({value.data<char16_t>(), value.count()});
+}
+
+double firstNumber(const Value& value)
+{
+    return kx::kxGetScalar(elementsOf(value).get());
+}
+
+} // namespace kxsh

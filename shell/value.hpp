@@ -1,0 +1,152 @@
+// Values of the language: an owning handle on a runtime array.
+#ifndef KXSH_VALUE_HPP
+#define KXSH_VALUE_HPP
+
+#include <kx_runtime.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace kxsh {
+
+namespace kx = matrix::detail::noninlined::kx_array_api;
+
+/// Owns one runtime array. A copy shares the data blocks; whoever changes an array in place first makes it private
+/// (kxrt::make_private). A range a:s:b stays a colon object until its elements are needed.
+class Value
+{
+  public:
+    Value() noexcept = default;
+    /// Takes ownership; null gives the empty handle.
+    explicit Value(kxArray* owned) noexcept : array_(owned) {}
+    Value(const Value& other);
+    Value(Value&& other) noexcept : array_(std::exchange(other.array_, nullptr)) {}
+    Value& operator=(Value other) noexcept
+    {
+        std::swap(array_, other.array_);
+        return *this;
+    }
+    ~Value();
+
+    static Value number(double re);
+    static Value complexNumber(double re, double im);
+    static Value truth(bool isTrue);
+    static Value text(std::string_view utf8);
+    static Value range(double start, double step, double stop);
+    /// Zeroed m-by-n full array.
+    static Value full(unsigned m, unsigned n, kxClassID id = kxDOUBLE_CLASS, kxComplexity complexity = kxREAL);
+    /// m-by-n sparse array with room for `nzmax` entries, zeroed column starts and unset entries.
+    static Value sparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id = kxDOUBLE_CLASS,
+                        kxComplexity complexity = kxREAL);
+
+    [[nodiscard]] kxArray* get() noexcept { return array_; }
+    [[nodiscard]] const kxArray* get() const noexcept { return array_; }
+    explicit operator bool() const noexcept { return array_ != nullptr; }
+
+    [[nodiscard]] unsigned rows() const { return array_->get_dimensions()[0]; }
+    [[nodiscard]] unsigned columns() const { return kx::kxGetN(array_); }
+    /// rows times columns, never saturated.
+    [[nodiscard]] std::uint64_t count() const { return std::uint64_t{rows()} * columns(); }
+    [[nodiscard]] kxClassID classId() const;
+    [[nodiscard]] bool isSparse() const noexcept { return (array_->flags & kxFLAG_SPARSE) != 0; }
+    [[nodiscard]] bool isColon() const { return array_->is_colon_index(); }
+    /// A lazily stored range, not the bare colon.
+    [[nodiscard]] bool isRange() const { return !isColon() && (array_->flags & kxFLAG_COLON_OBJECT) != 0; }
+    [[nodiscard]] bool isComplex() const noexcept;
+    [[nodiscard]] bool isScalar() const { return rows() == 1 && columns() == 1; }
+    [[nodiscard]] bool isText() const { return classId() == kxCHAR_CLASS && !isSparse(); }
+    [[nodiscard]] bool sameShape(const Value& other) const
+    {
+        return rows() == other.rows() && columns() == other.columns();
+    }
+
+    /// Stored entries of a sparse array.
+    [[nodiscard]] unsigned entries() const { return starts()[columns()]; }
+    /// Sparse arrays: columns() + 1 column starts, and the row of each entry.
+    [[nodiscard]] unsigned* starts() const noexcept { return array_->jc; }
+    [[nodiscard]] unsigned* rowIndices() const noexcept { return array_->ir; }
+    /// The elements (full) or stored values (sparse) as T, which must be the type of the class.
+    template <typename T>
+    [[nodiscard]] T* data() const noexcept
+    {
+        return static_cast<T*>(array_->pr);
+    }
+    /// Imaginary parts, or null.
+    template <typename T>
+    [[nodiscard]] T* imagData() const noexcept
+    {
+        return isComplex() ? static_cast<T*>(array_->pi) : nullptr;
+    }
+
+  private:
+    kxArray* array_ = nullptr;
+};
+
+/// "double", "int8" ...; also for sparse arrays.
+std::string_view className(kxClassID id);
+/// The class of a name, or kxUNKNOWN_CLASS.
+kxClassID classNamed(std::string_view name);
+bool isIntegerClass(kxClassID id);
+
+/// Start, step and stop of a range.
+struct RangeBounds
+{
+    double start;
+    double step;
+    double stop;
+};
+RangeBounds boundsOf(const Value& range);
+
+/// The value itself, or the elements of a lazy range as a full double row.
+Value elementsOf(const Value& value);
+/// Elements converted to another class, sparse staying sparse; a shared copy where nothing changes.
+Value converted(const Value& value, kxClassID id);
+Value asFull(const Value& value);
+Value asSparse(const Value& value);
+
+/// Calls f(std::type_identity<T>{}) with the element type of a class (bytes for logical, char16_t for char).
+template <typename F>
+decltype(auto) withElementType(kxClassID id, F&& f)
+{
+    switch (id) {
+    case kxLOGICAL_CLASS:
+        return f(std::type_identity<bool>{});
+    case kxCHAR_CLASS:
+        return f(std::type_identity<char16_t>{});
+    case kxSINGLE_CLASS:
+        return f(std::type_identity<float>{});
+    case kxINT8_CLASS:
+        return f(std::type_identity<std::int8_t>{});
+    case kxUINT8_CLASS:
+        return f(std::type_identity<std::uint8_t>{});
+    case kxINT16_CLASS:
+        return f(std::type_identity<std::int16_t>{});
+    case kxUINT16_CLASS:
+        return f(std::type_identity<std::uint16_t>{});
+    case kxINT32_CLASS:
+        return f(std::type_identity<std::int32_t>{});
+    case kxUINT32_CLASS:
+        return f(std::type_identity<std::uint32_t>{});
+    case kxINT64_CLASS:
+        return f(std::type_identity<std::int64_t>{});
+    case kxUINT64_CLASS:
+        return f(std::type_identity<std::uint64_t>{});
+    default:
+        return f(std::type_identity<double>{});
+    }
+}
+
+std::string utf8Of(const std::u16string& text);
+/// The text of a full char array in UTF-8, read in column order.
+std::string textOf(const Value& value);
+/// First element of a non-empty value as double.
+double firstNumber(const Value& value);
+
+} // namespace kxsh
+
+#endif

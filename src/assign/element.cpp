@@ -1,0 +1,40 @@
+#include "assign/element.hpp"
+
+#include "core/relay.hpp"
+#include "core/search.hpp"
+#include "core/values.hpp"
+
+#include <algorithm>
+
+namespace zqsp {
+
+namespace {
+
+Slot findSlot(const Columns& a, unsigned row, unsigned column)
+{
+    return column < a.n ? findRow(a.ir, a.jc[column], a.jc[column + 1], row) : Slot{a.nnz(), false};
+}
+
+} // namespace
+
+void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const Columns& b, bool isZero,
+                  unsigned grownCapacity)
+{
+    const Columns before(A);
+    const Slot slot = findSlot(before, row, column);
+    const unsigned at = slot.position;
+    const bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
+    Relay relay(A, {.capacity = isFull ? grownCapacity : before.nzmax,
+                    .columns = std::max(n, before.n),
+                    .imaginaryPart = !isZero && b.pi != nullptr});
+    const Patch patch = {column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};
+    const Columns after = relay.commit(std::span(&patch, 1));
+    if (!isZero) {
+        after.ir[at] = row;
+        withStorage(after, after, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
+    }
+    kxSetM(A, m);
+    kxSetN(A, n);
+}
+
+} // namespace zqsp

@@ -1,0 +1,102 @@
+#include "assign/linear_indices.hpp"
+
+#include "subscript/convert.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zqsp {
+
+namespace {
+
+/// 1-based positions of what a mask selects. They are formed in 64 bits: a sparse mask may reach beyond 32.
+Block<double> maskPositions(const kxArray* K, SubscriptKind kind, unsigned& count)
+{
+    unsigned written = 0;
+    if (kind == SubscriptKind::kMask) {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(kxGetLogicals(K));
+        const unsigned length = kxGetNumberOfElements(K);
+        count = countTrue(bytes, length);
+        auto values = Block<double>::make(count);
+        forEachTrue(bytes, length, [&](unsigned position) { values[written++] = position + 1.0; });
+        return values;
+    }
+    const unsigned m = rowsOf(K);
+    count = kxGetNumNonZeroEl(K);
+    auto values = Block<double>::make(count);
+    for (unsigned j = 0; j < kxGetN(K); ++j) {
+        for (unsigned e = K->jc[j]; e < K->jc[j + 1]; ++e) {
+            values[written++] = static_cast<double>(std::uint64_t{j} * m + K->ir[e]) + 1.0;
+        }
+    }
+    return values;
+}
+
+/// Raises the runtime's subscript error for a complex subscript, and for a sparse numeric one that holds zeros.
+void requireRealPositive(const kxArray* K, SubscriptKind kind)
+{
+    const bool holdsZeros =
+        kind == SubscriptKind::kNumeric && isSparse(K) && kxGetNumNonZeroEl(K) < kxGetNumberOfElements(K);
+    if (holdsZeros || isComplex(K)) {
+        kxHandleSubscriptError(kxSUBSCRIPT_NOT_POSITIVE_INTEGER);
+    }
+}
+
+} // namespace
+
+LinearIndices::LinearIndices(const kxArray* K) : converted_(K)
+{
+    const SubscriptKind kind = kindOf(K);
+    requireRealPositive(K, kind);
+    if (kind == SubscriptKind::kMask || kind == SubscriptKind::kSparseMask) {
+        fromMask_ = maskPositions(K, kind, count_);
+        values_ = fromMask_.get();
+        return;
+    }
+    if (kind == SubscriptKind::kColonObject) {
+        double range[3] = {0, 0, 0};
+        kxGetColonObjValues(K, range);
+        converted_.become(kxColonop(range[0], range[1], range[2], kxDOUBLE_CLASS));
+    } else {
+        converted_.become(kxMustBe(K, kxDOUBLE_CLASS));
+        requireRealPositive(converted_.get(), kind); // a stored zero is gone by now
+    }
+    values_ = static_cast<const double*>(converted_->pr);
+    count_ = kxGetNumNonZeroEl(converted_.get());
+}
+
+bool LinearIndices::anyAbove(double limit) const
+{
+    bool above = false;
+    for (unsigned t = 0; t < count_; ++t) {
+        above |= values_[t] > limit;
+    }
+    return above;
+}
+
+spStatus LinearIndices::toPositions(Block<unsigned>& positions) const
+{
+    positions = Block<unsigned>::make(count_);
+    const double highest = std::min(kxGetMaxNumberOfElements(), 0x7FFFFFFFU);
+    for (unsigned t = 0; t < count_; ++t) {
+        const double value = values_[t];
+        if (value >= 1 && value <= highest && value == static_cast<double>(static_cast<int>(value))) {
+            positions[t] = static_cast<unsigned>(static_cast<int>(value)) - 1;
+            continue;
+        }
+        if (!std::isfinite(value)) {
+            return spIndexNotPositiveInteger;
+        }
+        const unsigned index = kxCheckIndex(value);
+        if (static_cast<double>(index) != value) {
+            return spIndexNotPositiveInteger;
+        }
+        if (index == 0) {
+            return spIndexBelowOne;
+        }
+        positions[t] = index - 1;
+    }
+    return spOK;
+}
+
+} // namespace zqsp

@@ -1,0 +1,65 @@
+#include "assign/region_patches.hpp"
+
+namespace zqsp {
+
+RegionPatches::RegionPatches(const Columns& a, const Region& region, const RowFilter& filter, const RightSide& b)
+    : a_(a), region_(region), filter_(filter), b_(b), total_(a.nnz())
+{
+    constexpr std::uint64_t kEntriesPerRow = 16; // from there on a search for each row beats looking at each entry
+    const TargetIndices& columns = region.columns;
+    const unsigned rowCount = region.rows.count();
+    for (unsigned t = 0; t < columns.count(); ++t) {
+        const unsigned column = columns[t];
+        const unsigned sourceBegin = b.isScalar ? 0 : b.b.jc[t];
+        const unsigned sourceEnd = b.isScalar ? rowCount : b.b.jc[t + 1];
+        const EntrySpan span = filter.spanIn(a, column);
+        inTargetColumns_ += column < a.n ? a.length(column) : 0;
+        if (!region.rows.isRun() && span.length() > kEntriesPerRow * rowCount) {
+            addRowByRow(column, span, sourceBegin, sourceEnd);
+        } else {
+            addColumn(column, span, sourceBegin, sourceEnd);
+        }
+    }
+}
+
+/// One patch from the lowest to the highest target row of the column.
+void RegionPatches::addColumn(unsigned column, EntrySpan span, unsigned sourceBegin, unsigned sourceEnd)
+{
+    const unsigned others = filter_.countOthers(a_, span);
+    const unsigned brought = sourceEnd - sourceBegin;
+    if (brought > 0 || others < span.length()) {
+        add({{column, span.begin, span.end, others + brought}, sourceBegin, sourceEnd, others > 0});
+    }
+}
+
+/// A patch for each target row where something is stored or comes: few rows in a long column leave the rest of it
+/// alone.
+void RegionPatches::addRowByRow(unsigned column, EntrySpan span, unsigned sourceBegin, unsigned sourceEnd)
+{
+    unsigned at = span.begin;
+    unsigned source = sourceBegin;
+    for (unsigned i = 0; i < region_.rows.count(); ++i) {
+        at = gallop(a_.ir, at, span.end, region_.rows[i]);
+        const bool stored = at < span.end && a_.ir[at] == region_.rows[i];
+        const bool comes = source < sourceEnd && (b_.isScalar || b_.b.ir[source] == i);
+        if (stored || comes) {
+            add({{column, at, at + (stored ? 1U : 0U), comes ? 1U : 0U}, source, source + (comes ? 1U : 0U), false});
+        }
+        at += stored ? 1U : 0U;
+        source += comes ? 1U : 0U;
+    }
+}
+
+void RegionPatches::add(const RegionPatch& patch)
+{
+    const std::uint64_t dropped = patch.end - patch.begin;
+    total_ += patch.length;
+    total_ -= dropped;
+    inTargetColumns_ += patch.length;
+    inTargetColumns_ -= dropped;
+    rewritten_ += patch.length;
+    keepsOthers_ |= patch.keepsOthers;
+    patches_.add(patch);
+}
+
+} // namespace zqsp

@@ -1,0 +1,40 @@
+// The right-hand side of an assignment: what it means, and what it is turned into.
+#ifndef ZQSP_ASSIGN_RIGHT_SIDE_HPP
+#define ZQSP_ASSIGN_RIGHT_SIDE_HPP
+
+#include "core/columns.hpp"
+#include "core/owners.hpp"
+
+namespace zqsp {
+
+/// Whether B is the literal [] standing on its own, which turns an assignment into a deletion.
+bool isDeletionMarker(const kxArray* B);
+
+/// B with its dimensions of 1 left out, as a two-dimensional array that shares B's data: 1-by-1-by-5 becomes 5-by-1,
+/// 1-by-4-by-1-by-3 becomes 4-by-3. Null for more than two other dimensions.
+ArrayOwner squeezeToMatrix(const kxArray* B);
+
+/// The class that the target has, or takes from B where it has none.
+kxClassID targetClass(const kxArray* A, const kxArray* B);
+
+/// Whether every value of a scalar, full or sparse, is zero. NaN is not.
+bool isZeroScalar(const kxArray* B);
+
+/// What a region is filled with: a sparse matrix, or one value for every element.
+struct RightSide
+{
+    Columns b;
+    bool isScalar;
+
+    /// B: 1-by-1, of either storage, not zero.
+    static RightSide scalar(const kxArray* B) { return {B, true}; }
+    /// B: sparse. A matrix whose repeats have been resolved to one element is still a matrix, and may store nothing.
+    static RightSide matrix(const kxArray* B) { return {B, false}; }
+
+  private:
+    RightSide(const kxArray* B, bool isScalarValue) : b(B), isScalar(isScalarValue) {}
+};
+
+} // namespace zqsp
+
+#endif

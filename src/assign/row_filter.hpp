@@ -1,0 +1,83 @@
+// Which entries of a column lie in the rows that an assignment names.
+#ifndef ZQSP_ASSIGN_ROW_FILTER_HPP
+#define ZQSP_ASSIGN_ROW_FILTER_HPP
+
+#include "assign/target_indices.hpp"
+#include "core/columns.hpp"
+#include "core/search.hpp"
+
+#include <cstdint>
+
+namespace zqsp {
+
+/// The entries begin .. end-1.
+struct EntrySpan
+{
+    unsigned begin;
+    unsigned end;
+
+    [[nodiscard]] unsigned length() const { return end - begin; }
+};
+
+/// Tells the rows of a column that are targets from those that are not.
+class RowFilter
+{
+  public:
+    /// A table with one bit for each row from the lowest to the highest target is made where it is small beside the
+    /// entries of the target columns; else each row is searched in the list, so that a few rows far apart in a huge
+    /// matrix do not cost its height. Raises on exhausted memory.
+    RowFilter(const Columns& a, const TargetIndices& rows, const TargetIndices& columns);
+
+    /// The entries of a column between the lowest and the highest target row. A column that A does not have yet is
+    /// empty and lies behind all others.
+    [[nodiscard]] EntrySpan spanIn(const Columns& a, unsigned column) const
+    {
+        if (column >= a.n) {
+            return {a.nnz(), a.nnz()};
+        }
+        const unsigned begin = a.jc[column];
+        const unsigned end = a.jc[column + 1];
+        if (coversAll_) {
+            return {begin, end};
+        }
+        const unsigned first = lowerBound(a.ir, begin, end, lowest_);
+        if (lowest_ == highest_) {
+            return {first, first + (first < end && a.ir[first] == lowest_ ? 1U : 0U)};
+        }
+        return {first, lowerBound(a.ir, first, end, highest_ + 1)};
+    }
+
+    /// Whether a row within the span of the targets is one of them.
+    [[nodiscard]] bool isTarget(unsigned row) const
+    {
+        if (rows_.isRun()) {
+            return true;
+        }
+        if (bits_) {
+            const unsigned bit = row - lowest_;
+            return (bits_[bit / 64] >> (bit % 64) & 1U) != 0;
+        }
+        return findRow(rows_.list(), 0, rows_.count(), row).stored;
+    }
+
+    /// Entries of a span that do not lie in target rows.
+    [[nodiscard]] unsigned countOthers(const Columns& a, EntrySpan span) const
+    {
+        unsigned others = 0;
+        for (unsigned e = span.begin; e < span.end && !rows_.isRun(); ++e) {
+            others += isTarget(a.ir[e]) ? 0U : 1U;
+        }
+        return others;
+    }
+
+  private:
+    const TargetIndices& rows_;
+    unsigned lowest_;
+    unsigned highest_;
+    bool coversAll_;
+    Block<std::uint64_t> bits_;
+};
+
+} // namespace zqsp
+
+#endif

@@ -1,0 +1,121 @@
+// Scoped owners of what the runtime hands out: blocks, arrays, and conversions that may be their own argument.
+#ifndef ZQSP_CORE_OWNERS_HPP
+#define ZQSP_CORE_OWNERS_HPP
+
+#include "core/runtime.hpp"
+
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+namespace zqsp {
+
+/// Owns a block of `T` from the runtime's allocator.
+template <typename T>
+class Block
+{
+    static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
+
+  public:
+    Block() = default;
+    explicit Block(void* adopted) noexcept : data_(static_cast<T*>(adopted)) {}
+    Block(Block&& other) noexcept : data_(other.release()) {}
+    Block& operator=(Block&& other) noexcept
+    {
+        if (this != &other) {
+            kxFree(data_);
+            data_ = other.release();
+        }
+        return *this;
+    }
+    Block(const Block&) = delete;
+    Block& operator=(const Block&) = delete;
+    ~Block()
+    {
+        if (data_ != nullptr) {
+            kxFree(data_);
+        }
+    }
+
+    /// `count` uninitialised elements of a temporary; raises on exhausted memory. (Blocks that an array is to hold have
+    /// their 32-bit sizes checked by whoever makes them.)
+    static Block make(std::size_t count) { return Block(kxMalloc(count * sizeof(T))); }
+    /// `count` zeroed elements; raises on exhausted memory.
+    static Block zeroed(std::size_t count) { return Block(kxCalloc(count, sizeof(T))); }
+
+    [[nodiscard]] T* get() const noexcept { return data_; }
+    T& operator[](std::size_t i) const noexcept { return data_[i]; }
+    explicit operator bool() const noexcept { return data_ != nullptr; }
+    /// Hands the block over to an array or a caller.
+    [[nodiscard]] T* release() noexcept { return std::exchange(data_, nullptr); }
+
+  private:
+    T* data_ = nullptr;
+};
+
+/// Owns an array until it is handed out.
+class ArrayOwner
+{
+  public:
+    ArrayOwner() = default;
+    explicit ArrayOwner(kxArray* adopted) noexcept : array_(adopted) {}
+    ArrayOwner(ArrayOwner&& other) noexcept : array_(other.release()) {}
+    ArrayOwner& operator=(ArrayOwner&& other) noexcept
+    {
+        if (this != &other) {
+            kxDestroyArray(array_);
+            array_ = other.release();
+        }
+        return *this;
+    }
+    ArrayOwner(const ArrayOwner&) = delete;
+    ArrayOwner& operator=(const ArrayOwner&) = delete;
+    ~ArrayOwner()
+    {
+        if (array_ != nullptr) {
+            kxDestroyArray(array_);
+        }
+    }
+
+    [[nodiscard]] kxArray* get() const noexcept { return array_; }
+    kxArray* operator->() const noexcept { return array_; }
+    [[nodiscard]] kxArray* release() noexcept { return std::exchange(array_, nullptr); }
+
+    /// Replaces the whole content of `target`; nothing is raised.
+    void moveOnto(kxArray* target) noexcept { kxMoveArrayOntoHeader(target, release()); }
+
+  private:
+    kxArray* array_ = nullptr;
+};
+
+/// The current form of an operand: the caller's own array, or a conversion of it that is owned here.
+class Operand
+{
+  public:
+    explicit Operand(const kxArray* original) noexcept : current_(original) {}
+
+    /// Takes the next form. A conversion that gives its argument back changes nothing.
+    void become(kxArray* converted)
+    {
+        if (converted != current_) {
+            owned_ = ArrayOwner(converted);
+            current_ = converted;
+        }
+    }
+
+    /// The current form as an array of one's own: the conversion itself, or a copy of the caller's array.
+    [[nodiscard]] ArrayOwner take() { return owned_.get() != nullptr ? std::move(owned_) : copyOf(current_); }
+
+    [[nodiscard]] const kxArray* get() const noexcept { return current_; }
+    const kxArray* operator->() const noexcept { return current_; }
+
+  private:
+    static ArrayOwner copyOf(const kxArray* array) { return ArrayOwner(kxCreateDeepCopy(array)); }
+
+    const kxArray* current_;
+    ArrayOwner owned_;
+};
+
+} // namespace zqsp
+
+#endif

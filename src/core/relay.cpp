@@ -1,0 +1,63 @@
+#include "core/relay.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace zqsp {
+
+namespace {
+
+/// Exchanges the block of an array with the owned one.
+template <typename T, typename Setter>
+void exchange(Block<T>& owned, void* installed, Setter install)
+{
+    T* fresh = owned.release();
+    owned = Block<T>(installed);
+    install(fresh);
+}
+
+} // namespace
+
+Relay::Relay(kxArray* target, const Needs& needs)
+    : target_(target),
+      before_(target),
+      entries_(before_.nnz()),
+      needs_(needs),
+      inPlace_(!needs.freshBlocks && needs.capacity == before_.nzmax)
+{
+    const unsigned elementSize = before_.elementSize;
+    if (!inPlace_) {
+        needs_.capacity = std::max(needs.capacity, 1U);
+        ir_ = Block<unsigned>(kxMalloc(kxCheckMN(needs_.capacity, sizeof(unsigned), 1)));
+        const unsigned bytes = kxCheckMN(needs_.capacity, elementSize, 1);
+        pr_ = Block<std::byte>(kxMalloc(bytes));
+        if (before_.pi != nullptr || needs.imaginaryPart) {
+            pi_ = Block<std::byte>(kxMalloc(bytes));
+        }
+    } else if (needs.imaginaryPart && before_.pi == nullptr) {
+        pi_ = Block<std::byte>(kxCalloc(needs_.capacity, elementSize));
+    }
+    if (needs.columns > before_.n) {
+        jc_ = Block<unsigned>(kxMalloc((std::size_t{needs.columns} + 1) * sizeof(unsigned)));
+    }
+}
+
+void Relay::installBlocks()
+{
+    if (jc_) {
+        std::copy_n(before_.jc, std::size_t{before_.n} + 1, jc_.get());
+        std::fill(jc_.get() + before_.n + 1, jc_.get() + needs_.columns + 1, entries_);
+        exchange(jc_, target_->jc, [this](unsigned* jc) { kxSetJc(target_, jc); });
+        kxSetN(target_, needs_.columns);
+    }
+    if (!inPlace_) {
+        exchange(ir_, target_->ir, [this](unsigned* ir) { kxSetIr(target_, ir); });
+        exchange(pr_, target_->pr, [this](std::byte* pr) { kxSetData(target_, pr); });
+        target_->nzmax = needs_.capacity;
+    }
+    if (pi_) {
+        exchange(pi_, target_->pi, [this](std::byte* pi) { kxSetImagData(target_, pi); });
+    }
+}
+
+} // namespace zqsp

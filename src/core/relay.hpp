@@ -1,0 +1,171 @@
+// Rewriting stored entries of a target: all blocks are obtained first, then every stretch of entries that stays is
+// moved once, to its final place, with gaps where new entries belong.
+#ifndef ZQSP_CORE_RELAY_HPP
+#define ZQSP_CORE_RELAY_HPP
+
+#include "core/columns.hpp"
+#include "core/entry_moves.hpp"
+#include "core/owners.hpp"
+
+#include <span>
+
+namespace zqsp {
+
+/// A place where entries change: the entries begin .. end-1 of a column are replaced by `length` others. The patches of
+/// a relay ascend, and do not overlap; a column may have several. Columns that the target does not have yet lie behind
+/// all its entries.
+struct Patch
+{
+    unsigned column;
+    unsigned begin;
+    unsigned end;
+    unsigned length;
+
+    /// By how many entries what follows moves, modulo 2^32.
+    [[nodiscard]] unsigned growth() const { return length - (end - begin); }
+};
+
+/// What the target must be able to hold after the rewriting.
+struct Needs
+{
+    unsigned capacity;          ///< nzmax; blocks are replaced where it differs from the present one (at least 1 then)
+    unsigned columns;           ///< number of columns, at least the present one
+    bool imaginaryPart = false; ///< whether the target must become complex if it is not
+    bool freshBlocks = false;   ///< whether the entries are to be moved into fresh blocks in any case
+};
+
+/// One rewriting of one target, in two steps. The constructor obtains all memory and changes nothing; commit() cannot
+/// fail. `P`: Patch, or what derives from it.
+class Relay
+{
+  public:
+    /// Raises the runtime's errors for sizes and memory.
+    Relay(kxArray* target, const Needs& needs);
+
+    /// Whether the entries stay in their blocks: what is needed of entries that are replaced must then be saved before
+    /// commit().
+    [[nodiscard]] bool inPlace() const { return inPlace_; }
+    /// The target as it was: its entries until an in-place commit(), else as long as the relay lives. Its column starts
+    /// are not valid after a commit.
+    [[nodiscard]] const Columns& before() const { return before_; }
+
+    /// Moves the stretches between the patches, installs the new blocks and the column count (new columns are empty),
+    /// updates the column starts and gives the view to write the patches through. In place, stretches that move left go
+    /// first, in rising order, then those that move right, in falling order: a stretch is never written over before it
+    /// has moved, and no second buffer is needed.
+    template <typename P>
+    Columns commit(std::span<const P> patches)
+    {
+        if (inPlace_) {
+            moveLeft(patches);
+            moveRight(patches);
+            installBlocks();
+        } else {
+            installBlocks();
+            copyAll(patches);
+        }
+        const Columns after(target_);
+        updateColumnStarts(after, patches);
+        return after;
+    }
+
+    /// For a target that only grows.
+    void commitGrowth() { commit(std::span<const Patch>()); }
+
+  private:
+    void installBlocks();
+
+    template <typename P>
+    void moveLeft(std::span<const P> patches)
+    {
+        unsigned shift = 0;
+        for (std::size_t i = 0; i < patches.size(); ++i) {
+            shift += patches[i].growth();
+            const unsigned from = patches[i].end;
+            if (from + shift < from) {
+                moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
+            }
+        }
+    }
+
+    template <typename P>
+    void moveRight(std::span<const P> patches)
+    {
+        unsigned shift = 0;
+        for (const P& patch : patches) {
+            shift += patch.growth();
+        }
+        for (std::size_t i = patches.size(); i-- > 0; shift -= patches[i].growth()) {
+            const unsigned from = patches[i].end;
+            if (from + shift > from) {
+                moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
+            }
+        }
+    }
+
+    template <typename P>
+    void copyAll(std::span<const P> patches)
+    {
+        const Columns after(target_);
+        unsigned shift = 0;
+        copyEntries(after, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
+        for (std::size_t i = 0; i < patches.size(); ++i) {
+            shift += patches[i].growth();
+            const unsigned from = patches[i].end;
+            copyEntries(after, from + shift, before_, from, stretchEnd(patches, i) - from);
+        }
+    }
+
+    /// Where the stretch behind the i-th patch ends.
+    template <typename P>
+    [[nodiscard]] unsigned stretchEnd(std::span<const P> patches, std::size_t i) const
+    {
+        return i + 1 < patches.size() ? patches[i + 1].begin : entries_;
+    }
+
+    template <typename P>
+    static void updateColumnStarts(const Columns& after, std::span<const P> patches)
+    {
+        unsigned shift = 0;
+        for (std::size_t i = 0; i < patches.size(); ++i) {
+            shift += patches[i].growth();
+            const unsigned last = i + 1 < patches.size() ? patches[i + 1].column : after.n;
+            for (unsigned j = patches[i].column + 1; shift != 0 && j <= last; ++j) {
+                after.jc[j] += shift;
+            }
+        }
+    }
+
+    kxArray* target_;
+    Columns before_;
+    unsigned entries_; // stored before the commit
+    Needs needs_;
+    bool inPlace_;
+    Block<unsigned> ir_; // the blocks to come, and after the commit those that were replaced
+    Block<std::byte> pr_;
+    Block<std::byte> pi_;
+    Block<unsigned> jc_;
+};
+
+/// write(patch, at) for every patch, `at` being where its new entries begin after the commit.
+template <typename P, typename F>
+void forEachPatch(std::span<const P> patches, F&& write)
+{
+    unsigned shift = 0;
+    for (const P& patch : patches) {
+        write(patch, patch.begin + shift);
+        shift += patch.growth();
+    }
+}
+
+/// Grows the target to at least n columns; the new ones are empty. The target is unchanged where this raises.
+inline void growColumns(kxArray* target, unsigned n)
+{
+    if (n > kxGetN(target)) {
+        Relay(target, {.capacity = target->nzmax, .columns = n}).commitGrowth();
+    }
+}
+
+} // namespace zqsp
+
+#endif

@@ -1,0 +1,52 @@
+// The array library's names inside the library, and the few questions that every export asks of an array.
+#ifndef ZQSP_CORE_RUNTIME_HPP
+#define ZQSP_CORE_RUNTIME_HPP
+
+#include <kx_array.hpp>
+
+namespace zqsp {
+
+using namespace matrix::detail::noninlined::kx_array_api;
+
+/// The element class, asking the object where the stored id is not the true one.
+inline kxClassID classOf(const kxArray* array)
+{
+    constexpr unsigned kHighestPlainClass = 16;
+    return array->class_id > kHighestPlainClass ? array->_get_class_id_non_trivial() : array->class_id;
+}
+
+inline unsigned rowsOf(const kxArray* array)
+{
+    return array->get_dimensions()[0];
+}
+
+inline bool hasFlag(const kxArray* array, kxArrayFlag flag)
+{
+    return (array->flags & flag) != 0;
+}
+
+inline bool isSparse(const kxArray* array)
+{
+    return hasFlag(array, kxFLAG_SPARSE);
+}
+
+/// An array is complex when it may be and an imaginary part is there.
+inline bool isComplex(const kxArray* array)
+{
+    return hasFlag(array, kxFLAG_MAY_BE_COMPLEX) && array->pi != nullptr;
+}
+
+inline kxComplexity complexityOf(const kxArray* array)
+{
+    return isComplex(array) ? kxCOMPLEX : kxREAL;
+}
+
+/// An empty array that is not sparse yet: an assignment creates its content afresh.
+inline bool isUnset(const kxArray* array)
+{
+    return kxIsEmpty(array) && !isSparse(array);
+}
+
+} // namespace zqsp
+
+#endif

@@ -1,0 +1,199 @@
+// Storage policies: how the values of a sparse array are copied, moved, filled and tested, one policy for each kind
+// of element storage. withStorage() turns the kind of an array into a policy once per call, so that no loop asks.
+#ifndef ZQSP_CORE_VALUES_HPP
+#define ZQSP_CORE_VALUES_HPP
+
+#include "core/columns.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace zqsp {
+
+/// Copies `count` elements between disjoint blocks. Short runs, the usual length of a sparse column, are copied in
+/// place: a call to memcpy costs more than moving a handful of words.
+template <typename T>
+inline void copyRun(T* to, const T* from, std::size_t count)
+{
+    constexpr std::size_t kLongRun = 32;
+    constexpr std::size_t kStep = 4;
+    if (count > kLongRun) {
+        std::memcpy(to, from, count * sizeof(T));
+        return;
+    }
+    for (; count >= kStep; count -= kStep, to += kStep, from += kStep) {
+        std::memcpy(to, from, kStep * sizeof(T)); // a constant size: plain moves, no call
+    }
+    for (; count > 0; --count) {
+        *to++ = *from++;
+    }
+}
+
+/// Values held in one typed array: logical bytes or real doubles.
+template <typename T>
+struct PlainValues
+{
+    T* pr;
+
+    explicit PlainValues(const Columns& a) : pr(reinterpret_cast<T*>(a.pr)) {}
+
+    void copy(std::size_t to, const PlainValues& from, std::size_t source) const { pr[to] = from.pr[source]; }
+    void copyRun(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count) const
+    {
+        zqsp::copyRun(pr + to, from.pr + source, count);
+    }
+    void fill(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count) const
+    {
+        std::fill_n(pr + to, count, from.pr[source]);
+    }
+    [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == T{}; }
+};
+
+using LogicalValues = PlainValues<std::uint8_t>;
+using RealValues = PlainValues<double>;
+
+/// Real and imaginary doubles in two arrays. A real source gives imaginary zeros.
+struct ComplexValues
+{
+    double* pr;
+    double* pi;
+
+    explicit ComplexValues(const Columns& a) : pr(reinterpret_cast<double*>(a.pr)), pi(reinterpret_cast<double*>(a.pi))
+    {
+    }
+
+    void copy(std::size_t to, const ComplexValues& from, std::size_t source) const
+    {
+        pr[to] = from.pr[source];
+        pi[to] = from.pi[source];
+    }
+    void copy(std::size_t to, const RealValues& from, std::size_t source) const
+    {
+        pr[to] = from.pr[source];
+        pi[to] = 0.0;
+    }
+    void copyRun(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
+    {
+        zqsp::copyRun(pr + to, from.pr + source, count);
+        zqsp::copyRun(pi + to, from.pi + source, count);
+    }
+    void copyRun(std::size_t to, const RealValues& from, std::size_t source, std::size_t count) const
+    {
+        zqsp::copyRun(pr + to, from.pr + source, count);
+        std::fill_n(pi + to, count, 0.0);
+    }
+    void fill(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
+    {
+        std::fill_n(pr + to, count, from.pr[source]);
+        std::fill_n(pi + to, count, from.pi[source]);
+    }
+    void fill(std::size_t to, const RealValues& from, std::size_t source, std::size_t count) const
+    {
+        std::fill_n(pr + to, count, from.pr[source]);
+        std::fill_n(pi + to, count, 0.0);
+    }
+    [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == 0.0 && pi[at] == 0.0; }
+};
+
+/// Any other class: elements of a size known at run time, real or complex.
+struct GenericValues
+{
+    std::byte* pr;
+    std::byte* pi;
+    std::size_t size;
+    bool isSingle; // the one class here whose zero has two representations
+
+    explicit GenericValues(const Columns& a)
+        : pr(a.pr), pi(a.pi), size(a.elementSize), isSingle(a.classId == kxSINGLE_CLASS)
+    {
+    }
+
+    /// The element may be its own source.
+    void copy(std::size_t to, const GenericValues& from, std::size_t source) const
+    {
+        std::memmove(pr + to * size, from.pr + source * size, size);
+        if (pi != nullptr && from.pi != nullptr) {
+            std::memmove(pi + to * size, from.pi + source * size, size);
+        } else if (pi != nullptr) {
+            std::memset(pi + to * size, 0, size);
+        }
+    }
+    void copyRun(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
+    {
+        if (count == 0) {
+            return; // arrays without capacity may lack the blocks
+        }
+        std::memcpy(pr + to * size, from.pr + source * size, count * size);
+        if (pi != nullptr) {
+            if (from.pi != nullptr) {
+                std::memcpy(pi + to * size, from.pi + source * size, count * size);
+            } else {
+                std::memset(pi + to * size, 0, count * size);
+            }
+        }
+    }
+    void fill(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
+    {
+        for (std::size_t i = 0; i < count; ++i) {
+            copy(to + i, from, source);
+        }
+    }
+    [[nodiscard]] bool isZero(std::size_t at) const
+    {
+        return isZeroElement(pr + at * size) && (pi == nullptr || isZeroElement(pi + at * size));
+    }
+
+  private:
+    [[nodiscard]] bool isZeroElement(const std::byte* element) const
+    {
+        if (isSingle) {
+            float value = 0;
+            std::memcpy(&value, element, sizeof value);
+            return value == 0.0F;
+        }
+        return std::all_of(element, element + size, [](std::byte b) { return b == std::byte{0}; });
+    }
+};
+
+/// Calls f(values) with the policy of the array's storage.
+template <typename F>
+decltype(auto) withStorage(const Columns& a, F&& f)
+{
+    switch (a.classId) {
+    case kxLOGICAL_CLASS:
+        return f(LogicalValues(a));
+    case kxDOUBLE_CLASS:
+        return a.pi != nullptr ? f(ComplexValues(a)) : f(RealValues(a));
+    default:
+        return f(GenericValues(a));
+    }
+}
+
+/// Calls f(outValues, aValues, bValues) for an output that is filled from two sources of its class; it must be complex
+/// where a source is.
+template <typename F>
+decltype(auto) withStorage(const Columns& out, const Columns& a, const Columns& b, F&& f)
+{
+    switch (out.classId) {
+    case kxLOGICAL_CLASS:
+        return f(LogicalValues(out), LogicalValues(a), LogicalValues(b));
+    case kxDOUBLE_CLASS:
+        if (out.pi == nullptr) {
+            return f(RealValues(out), RealValues(a), RealValues(b));
+        }
+        if (a.pi == nullptr) {
+            return b.pi == nullptr ? f(ComplexValues(out), RealValues(a), RealValues(b))
+                                   : f(ComplexValues(out), RealValues(a), ComplexValues(b));
+        }
+        return b.pi == nullptr ? f(ComplexValues(out), ComplexValues(a), RealValues(b))
+                               : f(ComplexValues(out), ComplexValues(a), ComplexValues(b));
+    default:
+        return f(GenericValues(out), GenericValues(a), GenericValues(b));
+    }
+}
+
+} // namespace zqsp
+
+#endif

@@ -1,0 +1,122 @@
+#include "core/entry_moves.hpp"
+#include "core/operand_check.hpp"
+#include "core/search.hpp"
+#include "delete/deleted_set.hpp"
+#include "delete/deletion_target.hpp"
+#include "subscript/convert.hpp"
+#include "subscript/runs.hpp"
+
+#include <zqspmatrix.h>
+
+#include <algorithm>
+
+namespace zqsp {
+
+namespace {
+
+/// Whether the elements can be numbered, so that what is left of them fits a row vector.
+bool linearIndexable(const Columns& a)
+{
+    return a.n == 1 || kxCheckMN_nothrow(a.m, a.n, a.elementSize, nullptr);
+}
+
+/// Row indices become linear positions.
+void linearizeToColumn(const Columns& a)
+{
+    for (unsigned j = 1, offset = a.m; j < a.n; ++j, offset += a.m) {
+        for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
+            a.ir[e] += offset;
+        }
+    }
+}
+
+/// Deletes ascending positions from entries 0 .. nnz-1, whose ir are positions of one column: deleted entries go, the
+/// positions of the others close up. Values move in blocks, only where an entry was dropped before them.
+/// Returns the number of entries left.
+unsigned compactElements(const Columns& a, unsigned nnz, const Subscript& deleted)
+{
+    unsigned next = 0;    // first entry not looked at yet
+    unsigned kept = 0;    // entries that stay, of those looked at
+    unsigned removed = 0; // positions deleted so far
+    const auto keep = [&](unsigned end) {
+        const unsigned count = end - next;
+        moveEntries(a, kept, next, count);
+        for (unsigned e = kept; removed != 0 && e < kept + count; ++e) {
+            a.ir[e] -= removed;
+        }
+        kept += count;
+    };
+    forEachRun(deleted, [&](unsigned first, unsigned length) {
+        const unsigned begin = gallop(a.ir, next, nnz, first);
+        keep(begin);
+        next = gallop(a.ir, begin, nnz, first + length);
+        removed += length;
+    });
+    keep(nnz);
+    return kept;
+}
+
+/// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.
+void columnToRow(const Columns& a, unsigned count, unsigned length, unsigned* newJc)
+{
+    unsigned column = 0;
+    for (unsigned e = 0; e < count; ++e) {
+        while (column <= a.ir[e]) {
+            newJc[column++] = e;
+        }
+        a.ir[e] = 0;
+    }
+    std::fill(newJc + column, newJc + length + 1, count);
+}
+
+spStatus deleteElements(kxArray* A, const kxArray* K)
+{
+    const Columns a(A);
+    if (!linearIndexable(a)) {
+        return spCannotResizeToRowVector;
+    }
+    const unsigned elements = a.m * a.n;
+    const unsigned limit = kxGetNumberOfElements(A);
+    Subscript positions;
+    const spStatus status = convertSubscript(K, Extent::forDeletion(limit), positions);
+    if (status != spOK) {
+        return status;
+    }
+    const DeletedSet deleted(std::move(positions), limit);
+    const unsigned left = elements - deleted.count();
+    if (left == elements) {
+        return spOK;
+    }
+    if (a.n == 1 && a.m != 1) { // a column stays a column
+        a.jc[1] = compactElements(a, a.nnz(), deleted.positions());
+        kxSetM(A, left);
+        return spOK;
+    }
+    auto newJc = Block<unsigned>::make(left + 1); // the last thing that can fail
+    const unsigned nnz = a.nnz();
+    linearizeToColumn(a);
+    columnToRow(a, compactElements(a, nnz, deleted.positions()), left, newJc.get());
+    kxFree(a.jc);
+    kxSetJc(A, newJc.release());
+    kxSetN(A, left);
+    kxSetM(A, 1);
+    return spOK;
+}
+
+} // namespace
+
+} // namespace zqsp
+
+spStatus spDeleteElements(kxArray* A, const kxArray* K)
+{
+    using namespace zqsp;
+    checkOperands(A, K);
+    if (K->is_colon_index()) {
+        ArrayOwner(kxCreateEmptyCopy(A)).moveOnto(A);
+        return spOK;
+    }
+    if (kxIsEmpty(K)) {
+        return spOK;
+    }
+    return onDeletionTarget(A, K, [K](kxArray* target) { return deleteElements(target, K); });
+}

@@ -1,0 +1,31 @@
+// The gatherers of the reference exports: each builds a new sparse array from columns and rows of another.
+// Results are as the runtime delivers them: an all-zero imaginary part is the exports' to drop.
+#ifndef ZQSP_REFERENCE_GATHER_HPP
+#define ZQSP_REFERENCE_GATHER_HPP
+
+#include "core/columns.hpp"
+#include "core/owners.hpp"
+#include "subscript/forms.hpp"
+
+namespace zqsp {
+
+/// An empty m-by-n array of A's class and complexity with room for `nzmax` entries, its column starts all 0.
+ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned nzmax);
+
+/// A(:,columns): all rows of the selected columns, in subscript order. nzmax is the exact count.
+/// Cost: columns + entries written.
+ArrayOwner gatherColumns(const Columns& a, const Subscript& columns);
+
+/// Whether selecting `k` rows is done with a map from old to new rows (true) or by searching each column for each row
+/// (false). The rule is part of the interface, since it decides the capacity of the result: exact with a map, an upper
+/// bound with a search.
+bool useRowMap(const Columns& a, unsigned k);
+
+/// A(rows, columns). Rows come out sorted within each column, whatever the order and repeats of the subscripts.
+/// Cost: m + entries of the visited columns + entries written where useRowMap() holds, else, for each visited column,
+/// the shorter of its entries and the rows times the logarithm of the longer.
+ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns);
+
+} // namespace zqsp
+
+#endif

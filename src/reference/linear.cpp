@@ -1,0 +1,149 @@
+// A(K): finds the stored entries at the selected linear positions (a plan without values), then builds the result.
+#include "core/operand_check.hpp"
+#include "core/values.hpp"
+#include "reference/gather.hpp"
+#include "reference/linear_hits.hpp"
+#include "subscript/convert.hpp"
+
+#include <zqspmatrix.h>
+
+#include <algorithm>
+
+namespace zqsp {
+
+namespace {
+
+struct Shape
+{
+    unsigned m;
+    unsigned n;
+
+    [[nodiscard]] bool isVector() const { return m == 1 || n == 1; }
+};
+
+/// The result of a given shape, the selected positions laid out in it in column-major order: in that order the rows of
+/// every column come out sorted, whatever the order of the subscript.
+template <typename Hits>
+ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, const Hits& hits)
+{
+    ArrayOwner result = createLike(a, shape.m, shape.n, capacity);
+    const Columns out(result.get());
+    withStorage(a, [&](auto from) {
+        const decltype(from) to(out);
+        unsigned written = 0;
+        unsigned column = 0;
+        unsigned columnStart = 0;
+        hits.forEach([&](Hit hit) {
+            while (hit.ordinal - columnStart >= shape.m) {
+                out.jc[++column] = written;
+                columnStart += shape.m;
+            }
+            out.ir[written] = hit.ordinal - columnStart;
+            to.copy(written, from, hit.source);
+            ++written;
+        });
+        std::fill(out.jc + column + 1, out.jc + shape.n + 1, written);
+    });
+    return result;
+}
+
+/// The shape a mask stands for: a row where it has one row, else a column.
+Shape maskShape(const Columns& a, const kxArray* mask, unsigned selected)
+{
+    const Shape shape{rowsOf(mask), kxGetN(mask)};
+    const bool isScalar = shape.m == 1 && shape.n == 1;
+    const bool targetIsVector = (a.m == 1) != (a.n == 1);
+    const bool isNothing = shape.m == 0 && shape.n == 0;
+    if (selected == 0 && (isNothing || (isScalar && !targetIsVector))) {
+        return {0, 0};
+    }
+    return shape.m == 1 ? Shape{1, selected} : Shape{selected, 1};
+}
+
+/// The shape of A(K) before the orientation of A is looked at.
+Shape subscriptShape(const Columns& a, const kxArray* subscript, unsigned selected)
+{
+    switch (kindOf(subscript)) {
+    case SubscriptKind::kMask:
+    case SubscriptKind::kSparseMask:
+        return maskShape(a, subscript, selected);
+    case SubscriptKind::kNumeric:
+        return {rowsOf(subscript), kxGetN(subscript)};
+    case SubscriptKind::kColon:
+    case SubscriptKind::kColonObject:
+        break;
+    }
+    return {1, selected};
+}
+
+ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, const Subscript& positions)
+{
+    const unsigned k = countOf(positions);
+    Shape shape = subscriptShape(a, subscript, k);
+    if (shape.isVector() && a.m == 1 && a.n != 1) {
+        return gatherColumns(a, positions); // each position of a row vector is a column
+    }
+    if (shape.isVector() && a.n == 1 && a.m != 1) {
+        shape = {k, 1};
+    }
+    const auto* range = std::get_if<IndexRange>(&positions);
+    if (range != nullptr && range->isRun()) {
+        const RunHits hits(a, *range);
+        return buildFromHits(a, shape, hits.count(), hits);
+    }
+    const HitList hits = findHits(a, positions);
+    return buildFromHits(a, shape, hits.count(), hits);
+}
+
+/// A sparse mask over a matrix with more elements than a linear position can number. The capacity is the lesser of the
+/// two entry counts.
+spStatus referenceByLargeMask(const Columns& a, const kxArray* subscript, ArrayOwner& result)
+{
+    const SparseLogicalMask mask{subscript->ir, subscript->jc, rowsOf(subscript), kxGetN(subscript)};
+    const unsigned selected = mask.count();
+    if (selected == 0 || kxCheckMN_nothrow(mask.m, mask.n, 1, nullptr)) {
+        result = referenceConverted(a, subscript, mask);
+        return spOK;
+    }
+    HitList hits;
+    if (!findLargeMaskHits(a, mask, hits)) {
+        return spIndexOutOfRange;
+    }
+    result = buildFromHits(a, maskShape(a, subscript, selected), std::min(selected, a.nnz()), hits);
+    return spOK;
+}
+
+} // namespace
+
+} // namespace zqsp
+
+spStatus spRef3(const kxArray* A, const kxArray* K, kxArray** result)
+{
+    using namespace zqsp;
+    checkOperands(A, K);
+    if (K->is_colon_index()) {
+        return spRef2(A, result);
+    }
+    const Columns a(A);
+    unsigned limit = 0;
+    const bool countable = kxCheckMN_nothrow(a.m, a.n, 1, &limit);
+    ArrayOwner selected;
+    if (!countable && kindOf(K) == SubscriptKind::kSparseMask) {
+        const spStatus status = referenceByLargeMask(a, K, selected);
+        if (status != spOK) {
+            return status;
+        }
+    } else {
+        Extent extent = Extent::forReference(limit);
+        extent.countOverflowed = !countable;
+        Subscript positions;
+        const spStatus status = convertSubscript(K, extent, positions);
+        if (status != spOK) {
+            return status;
+        }
+        selected = referenceConverted(a, K, positions);
+    }
+    kxFreeImagIfZero(selected.get());
+    *result = selected.release();
+    return spOK;
+}

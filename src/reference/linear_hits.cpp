@@ -1,0 +1,220 @@
+#include "reference/linear_hits.hpp"
+
+#include "core/fast_divisor.hpp"
+#include "core/place_search.hpp"
+#include "core/search.hpp"
+
+#include <bit>
+
+namespace zqsp {
+
+namespace {
+
+/// Finds ascending positions by stepping along the columns and galloping within them.
+class AscendingFinder
+{
+  public:
+    explicit AscendingFinder(const Columns& a) : a_(a) {}
+
+    /// Where `position`, not below the one before, is stored in its column or would be inserted.
+    Slot find(std::uint64_t position)
+    {
+        if (position >= columnEnd_) {
+            const bool isNext = position - columnEnd_ < a_.m && columnEnd_ > 0;
+            enterColumn(isNext ? column_ + 1 : static_cast<unsigned>(position / a_.m));
+        }
+        const unsigned end = a_.jc[column_ + 1];
+        const auto row = static_cast<unsigned>(position - (columnEnd_ - a_.m));
+        entry_ = gallop(a_.ir, entry_, end, row);
+        return {entry_, entry_ < end && a_.ir[entry_] == row};
+    }
+
+  private:
+    void enterColumn(unsigned column)
+    {
+        column_ = column;
+        columnEnd_ = (std::uint64_t{column} + 1) * a_.m;
+        entry_ = a_.jc[column];
+    }
+
+    const Columns& a_;
+    unsigned column_ = 0;
+    std::uint64_t columnEnd_ = 0; // position behind the current column; 0: none entered yet
+    unsigned entry_ = 0;
+};
+
+template <Selector S>
+void findAscending(const Columns& a, const S& positions, HitList& hits)
+{
+    AscendingFinder finder(a);
+    unsigned ordinal = 0;
+    positions.forEach([&](unsigned position) {
+        if (const Slot slot = finder.find(position); slot.stored) {
+            hits.add(ordinal, slot.position);
+        }
+        ++ordinal;
+    });
+}
+
+/// Positions in any order: each is searched in its column.
+template <typename PositionAt>
+void findAnywhere(const Columns& a, unsigned count, PositionAt positionAt, HitList& hits)
+{
+    const FastDivisor divisor(a.m);
+    const auto placeOf = [&](unsigned t) {
+        const unsigned position = positionAt(t);
+        const unsigned column = divisor.quotient(position);
+        return Place{position - column * a.m, column};
+    };
+    searchPlaces(a, count, placeOf, [&](unsigned t, Slot slot) {
+        if (slot.stored) {
+            hits.add(t, slot.position);
+        }
+    });
+}
+
+/// Whether ascending positions are found faster by galloping than each by a search of its column, which goes on many
+/// columns at a time: a gallop takes about two probes for each doubling of the gap between neighbours, a search one for
+/// each halving of the column.
+bool gallopIsCheaper(const Columns& a, unsigned count)
+{
+    const auto gap = static_cast<unsigned>(std::bit_width(a.nnz() / count));
+    const auto column = static_cast<unsigned>(std::bit_width(a.nnz() / a.n));
+    return 2 * gap <= column;
+}
+
+/// A mask that selects much: each entry is asked for its byte, and the ordinals are counted eight bytes at a time.
+void findInMask(const Columns& a, const LogicalMask& mask, HitList& hits)
+{
+    unsigned counted = 0; // bytes before this one are counted in `ordinal`
+    unsigned ordinal = 0;
+    std::uint64_t start = 0;
+    for (unsigned j = 0; j < a.n && start < mask.length; ++j, start += a.m) {
+        for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
+            const std::uint64_t position = start + a.ir[e];
+            if (position < mask.length && mask.values[position] != 0) {
+                ordinal += countTrue(mask.values + counted, static_cast<unsigned>(position) - counted);
+                counted = static_cast<unsigned>(position);
+                hits.add(ordinal, e);
+            }
+        }
+    }
+}
+
+/// Ascending positions that outnumber the entries: each entry is looked for among them, by galloping from where the one
+/// before was. `positions[t]` is the t-th.
+template <typename Positions>
+void findByEntries(const Columns& a, const Positions& positions, unsigned count, HitList& hits)
+{
+    unsigned t = 0;
+    std::uint64_t start = 0;
+    for (unsigned j = 0; j < a.n && t < count; ++j, start += a.m) {
+        for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
+            const std::uint64_t position = start + a.ir[e];
+            if (position > positions[count - 1]) {
+                return;
+            }
+            t = gallop(positions, t, count, static_cast<unsigned>(position));
+            for (; positions[t] == position; ++t) {
+                hits.add(t, e);
+                if (t + 1 == count) {
+                    return;
+                }
+            }
+        }
+    }
+}
+
+/// An arithmetic progression as a list of positions.
+struct RangePositions
+{
+    IndexRange range;
+    unsigned operator[](unsigned t) const { return range.first + t * static_cast<unsigned>(range.stride); }
+};
+
+void find(const Columns& a, const IndexRange& range, HitList& hits)
+{
+    const RangePositions positions{range};
+    if (range.order() == Order::kAscending && range.count() > a.nnz()) {
+        findByEntries(a, positions, range.count(), hits);
+        return;
+    }
+    if (range.order() == Order::kAscending && gallopIsCheaper(a, range.count())) {
+        findAscending(a, range, hits);
+    } else {
+        findAnywhere(
+            a, range.count(), [positions](unsigned t) { return positions[t]; }, hits);
+    }
+}
+
+void find(const Columns& a, const IndexList& list, HitList& hits)
+{
+    if (list.order() == Order::kAscending && list.count() > a.nnz()) {
+        findByEntries(a, list, list.count(), hits);
+        return;
+    }
+    if (list.order() == Order::kAscending && gallopIsCheaper(a, list.count())) {
+        findAscending(a, list, hits);
+    } else {
+        findAnywhere(
+            a, list.count(), [&list](unsigned t) { return list[t]; }, hits);
+    }
+}
+
+void find(const Columns& a, const LogicalMask& mask, HitList& hits)
+{
+    if (mask.count() > a.nnz()) {
+        findInMask(a, mask, hits);
+    } else {
+        findAscending(a, mask, hits);
+    }
+}
+
+void find(const Columns& a, const SparseLogicalMask& mask, HitList& hits)
+{
+    findAscending(a, mask, hits);
+}
+
+} // namespace
+
+RunHits::RunHits(const Columns& a, const IndexRange& run) : a_(a), first_(run.first)
+{
+    if (run.count() > 0) {
+        AscendingFinder finder(a);
+        begin_ = finder.find(run.first).position;
+        column_ = run.first / a.m;
+        const Slot last = finder.find(run.last);
+        end_ = last.position + (last.stored ? 1U : 0U);
+    }
+}
+
+HitList findHits(const Columns& a, const Subscript& positions)
+{
+    HitList hits;
+    if (countOf(positions) > 0) { // and so A has rows and columns to divide by
+        std::visit([&](const auto& form) { find(a, form, hits); }, positions);
+    }
+    return hits;
+}
+
+bool findLargeMaskHits(const Columns& a, const SparseLogicalMask& mask, HitList& hits)
+{
+    const std::uint64_t elements = std::uint64_t{a.m} * a.n;
+    AscendingFinder finder(a);
+    unsigned ordinal = 0;
+    std::uint64_t start = 0;
+    for (unsigned c = 0; c < mask.n; ++c, start += mask.m) {
+        for (unsigned e = mask.jc[c]; e < mask.jc[c + 1]; ++e, ++ordinal) {
+            const std::uint64_t position = start + mask.ir[e];
+            if (position >= elements) {
+                return false;
+            }
+            if (const Slot slot = finder.find(position); slot.stored) {
+                hits.add(ordinal, slot.position);
+            }
+        }
+    }
+    return true;
+}
+
+} // namespace zqsp

@@ -1,0 +1,193 @@
+// The four forms of a converted subscript. All indices are 0-based and below the extent they were converted for.
+//
+// Every form is a Selector: it knows how many positions it selects and hands them out in subscript order. Walking a
+// subscript of any form by runs of neighbours is RunWalk's business (subscript/runs.hpp).
+#ifndef ZQSP_SUBSCRIPT_FORMS_HPP
+#define ZQSP_SUBSCRIPT_FORMS_HPP
+
+#include "core/owners.hpp"
+#include "subscript/mask_bits.hpp"
+
+#include <concepts>
+#include <cstddef>
+#include <utility>
+#include <variant>
+
+namespace zqsp {
+
+/// The new place of what is not selected.
+inline constexpr unsigned NOT_SELECTED = 0xFFFFFFFFU;
+
+/// What is known of the order of a selection.
+enum class Order
+{
+    kAscending,  ///< non-decreasing
+    kDescending, ///< non-increasing
+    kUnsorted
+};
+
+template <typename S>
+concept Selector = requires(const S& selector, void (*visit)(unsigned))
+{
+    {
+        selector.count()
+        } -> std::same_as<unsigned>;
+    {
+        selector.order()
+        } -> std::same_as<Order>;
+    selector.forEach(visit);
+};
+
+/// An arithmetic progression; all fields 0 when it selects nothing.
+struct IndexRange
+{
+    unsigned first = 0;
+    unsigned last = 0; ///< the last index reached
+    int stride = 0;    ///< never 0 in a range that selects something
+    unsigned size = 0;
+
+    IndexRange() = default;
+    IndexRange(unsigned rangeFirst, unsigned rangeLast, int rangeStride, unsigned rangeSize)
+    {
+        if (rangeStride != 0 && rangeSize != 0) {
+            first = rangeFirst;
+            last = rangeLast;
+            stride = rangeStride;
+            size = rangeSize;
+        }
+    }
+
+    /// 0, 1, ..., extent-1: what the bare colon selects.
+    static IndexRange all(unsigned extent) { return {0, extent - 1, 1, extent}; }
+
+    [[nodiscard]] unsigned count() const { return size; }
+    [[nodiscard]] Order order() const { return stride < 0 ? Order::kDescending : Order::kAscending; }
+    /// The same set in ascending order.
+    [[nodiscard]] IndexRange ascending() const { return stride < 0 ? IndexRange(last, first, -stride, size) : *this; }
+    [[nodiscard]] unsigned highest() const { return stride < 0 ? first : last; }
+    /// Whether the range is a run of neighbours in ascending order.
+    [[nodiscard]] bool isRun() const { return stride == 1; }
+
+    template <typename F>
+    void forEach(F&& f) const
+    {
+        unsigned index = first;
+        for (unsigned i = 0; i < size; ++i, index += static_cast<unsigned>(stride)) {
+            f(index);
+        }
+    }
+};
+
+/// An explicit list in subscript order, repeats kept. It owns its indices, or borrows a caller's.
+class IndexList
+{
+  public:
+    /// Takes over `count` indices.
+    IndexList(Block<unsigned> indices, unsigned count, Order order)
+        : storage_(std::move(indices)), indices_(storage_.get()), count_(count), order_(order)
+    {
+    }
+    /// Borrows `count` indices that outlive the list.
+    IndexList(const unsigned* indices, unsigned count, Order order) : indices_(indices), count_(count), order_(order) {}
+
+    [[nodiscard]] unsigned count() const { return count_; }
+    [[nodiscard]] Order order() const { return order_; }
+    unsigned operator[](std::size_t i) const { return indices_[i]; }
+    [[nodiscard]] const unsigned* begin() const { return indices_; }
+    [[nodiscard]] const unsigned* end() const { return indices_ + count_; }
+
+    template <typename F>
+    void forEach(F&& f) const
+    {
+        for (unsigned i = 0; i < count_; ++i) {
+            f(indices_[i]);
+        }
+    }
+
+  private:
+    Block<unsigned> storage_; // empty when the indices are borrowed
+    const unsigned* indices_;
+    unsigned count_;
+    Order order_;
+};
+
+/// A full logical subscript seen through its bytes: the positions of the non-zero ones, ascending.
+struct LogicalMask
+{
+    const unsigned char* values = nullptr;
+    unsigned length = 0;
+    unsigned trueCount = 0;
+
+    [[nodiscard]] unsigned count() const { return trueCount; }
+    [[nodiscard]] Order order() const { return Order::kAscending; }
+    /// 0 when nothing is selected.
+    [[nodiscard]] unsigned highest() const { return trueCount == 0 ? 0 : lastTrue(values, length); }
+
+    template <typename F>
+    void forEach(F&& f) const
+    {
+        forEachTrue(values, length, std::forward<F>(f));
+    }
+};
+
+/// A sparse logical subscript of m rows and n columns: entry e of column c selects the position c*m + ir[e]. Stored
+/// values are never read: every stored entry selects.
+struct SparseLogicalMask
+{
+    const unsigned* ir = nullptr;
+    const unsigned* jc = nullptr;
+    unsigned m = 0;
+    unsigned n = 0;
+
+    [[nodiscard]] unsigned count() const { return jc[n]; }
+    [[nodiscard]] Order order() const { return Order::kAscending; }
+    /// 0 when nothing is selected.
+    [[nodiscard]] unsigned highest() const
+    {
+        if (count() == 0) {
+            return 0;
+        }
+        unsigned column = n - 1;
+        while (jc[column] >= count()) {
+            --column;
+        }
+        return column * m + ir[count() - 1];
+    }
+
+    template <typename F>
+    void forEach(F&& f) const
+    {
+        unsigned offset = 0;
+        for (unsigned column = 0; column < n; ++column, offset += m) {
+            for (unsigned e = jc[column]; e < jc[column + 1]; ++e) {
+                f(offset + ir[e]);
+            }
+        }
+    }
+};
+
+/// A converted subscript.
+using Subscript = std::variant<IndexRange, IndexList, LogicalMask, SparseLogicalMask>;
+
+static_assert(Selector<IndexRange> && Selector<IndexList> && Selector<LogicalMask> && Selector<SparseLogicalMask>);
+
+inline unsigned countOf(const Subscript& subscript)
+{
+    return std::visit([](const auto& form) { return form.count(); }, subscript);
+}
+
+inline Order orderOf(const Subscript& subscript)
+{
+    return std::visit([](const auto& form) { return form.order(); }, subscript);
+}
+
+/// Whether the subscript is the run 0, 1, ..., extent-1.
+inline bool selectsAll(const Subscript& subscript, unsigned extent)
+{
+    const auto* range = std::get_if<IndexRange>(&subscript);
+    return range != nullptr && range->size == extent && (extent == 0 || (range->first == 0 && range->isRun()));
+}
+
+} // namespace zqsp
+
+#endif

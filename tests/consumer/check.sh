@@ -1,0 +1,67 @@
+#!/bin/sh
+# check.sh CHECK BUILD PREFIX: one check on the package that the build folder installs. The package lies in PREFIX, into
+# which it was moved from the place it was installed to.
+set -eu
+check=$1
+build=$2
+prefix=$3
+here=$(cd "$(dirname "$0")" && pwd)
+root=$(cd "$here/../.." && pwd)
+
+work=$prefix.$check
+rm -rf "$work"
+mkdir -p "$work"
+cd "$work"
+
+fail() {
+    echo "$1" >&2
+    exit 1
+}
+
+configure_build_run() {
+    cmake -S "$here/$1" -B . -G Ninja -DCMAKE_BUILD_TYPE=Debug "$2"
+    cmake --build . --target consumer
+    ./consumer
+}
+
+case $check in
+install)
+    cmake --install "$build" --prefix "$work/elsewhere"
+    rm -rf "$prefix"
+    mv "$work/elsewhere" "$prefix"
+    ! grep -rl "$work\|$build\|$root" "$prefix" || fail "installed files name a folder of this build"
+    ;;
+find_package)
+    configure_build_run find_package "-DCMAKE_PREFIX_PATH=$prefix"
+    ;;
+pkg_config)
+    PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name zqspmatrix.pc)")
+    export PKG_CONFIG_PATH
+    libraries=$(pkg-config --variable=libdir zqspmatrix)
+    # shellcheck disable=SC2046 # the flags are meant to be split
+    $CXX "$here/main.cpp" -o consumer $(pkg-config --cflags --libs zqspmatrix) "-Wl,-rpath,$libraries"
+    ./consumer
+    ;;
+installed_shell)
+    [ "$("$prefix/bin/kxsh" -e 'nnz(speye(3))')" = "ans = 3" ] || fail "the installed shell does not answer"
+    ;;
+subdirectory)
+    configure_build_run subdirectory -DZQSP_LTO=OFF
+    made=$(cmake --build . --target help | sed -n 's/^\([A-Za-z_]*\): phony$/\1/p')
+    for target in kxsh kxsh_core zqsp_test_support install; do
+        ! echo "$made" | grep -qx "$target" || fail "an embedding project is offered the target $target"
+    done
+    ;;
+exported_symbols)
+    library=$(find "$prefix" -name libzqspmatrix.so)
+    sed -n '/global:/,/local:/p' "$root/src/zqspmatrix.map" | grep -o '[A-Za-z0-9_]*;' | tr -d ';' | sort >expected
+    nm -D --defined-only "$library" | awk '{ print $3 }' | sort >exported
+    diff expected exported
+    # The header is what users read: each function and symbol it declares, and nothing else.
+    sed -n 's/^ZQSP_EXPORT .*[ *]\([A-Za-z0-9_]*\)[(;].*/\1/p' "$root/include/zqspmatrix.h" | sort >declared
+    diff declared exported
+    ;;
+*)
+    fail "no such check: $check"
+    ;;
+esac

@@ -1,0 +1,180 @@
+// Shapes and contents spelled out, the order of the checks, and sizes at the limits.
+#include "support/call.hpp"
+#include "support/patterns.hpp"
+
+#include <gtest/gtest.h>
+
+using namespace zqsp::test;
+
+namespace {
+
+constexpr Storage kReal = {kxDOUBLE_CLASS, false};
+constexpr Storage kComplex = {kxDOUBLE_CLASS, true};
+constexpr Storage kLogical = {kxLOGICAL_CLASS, false};
+
+void expectEnds(const Operation& op, const Failure& failure)
+{
+    EXPECT_EQ(predict(op).ended, Ended(failure)) << op;
+    EXPECT_EQ("", checkOperation(op));
+}
+
+/// Makes the call and compares with a result given by hand.
+void expectGives(const Operation& op, const Model& expected)
+{
+    const Call call(op);
+    EXPECT_EQ(run([&] { return call.make(nullptr); }), Ended()) << op;
+    EXPECT_EQ("", diff(call.target(), expected)) << op;
+}
+
+Model withCapacity(Model a, unsigned nzmax)
+{
+    a.nzmax = nzmax;
+    return a;
+}
+
+} // namespace
+
+TEST(DeletionRules, Results)
+{
+    const Model square = Model::of(kReal, {{1, 2}, {0, 4}});
+    const Model wide = Model::of(kComplex, {{1, 0, Value(3, 1)}, {0, 5, 6}});
+    const Model column = Model::of(kReal, {{1}, {0}, {3}});
+    const struct
+    {
+        Export callee;
+        Model a;
+        Subscript s;
+        Model expected;
+    } cases[] = {
+        {Export::DeleteColumns, wide, Subscript::list({3, 1, 3}), withCapacity(Model::of(kComplex, {{0}, {5}}), 4)},
+        {Export::DeleteColumns, wide, Subscript::list({2}),
+         withCapacity(Model::of(kComplex, {{1, Value(3, 1)}, {0, 6}}), 4)},
+        {Export::DeleteColumns, wide, Subscript::colon(), withCapacity(Model::empty(kReal, 2, 0), 1)},
+        {Export::DeleteRows, wide, Subscript::list({1, 1}), withCapacity(Model::of(kComplex, {{0, 5, 6}}), 4)},
+        {Export::DeleteRows, wide, Subscript::range(2, -1, 1), withCapacity(Model::empty(kComplex, 0, 3), 4)},
+        {Export::DeleteRows, wide, Subscript::colon(), withCapacity(Model::empty(kReal, 0, 3), 1)},
+        {Export::DeleteElements, square, Subscript::list({3}), withCapacity(Model::of(kReal, {{1, 0, 4}}), 3)},
+        // a place without an entry moves those behind it all the same
+        {Export::DeleteElements, square, Subscript::list({2}), withCapacity(Model::of(kReal, {{1, 2, 4}}), 3)},
+        {Export::DeleteElements, column, Subscript::list({2}), withCapacity(Model::of(kReal, {{1}, {3}}), 2)},
+        {Export::DeleteElements, column, Subscript::list({1, 2, 3}), withCapacity(Model::empty(kReal, 0, 1), 2)},
+        {Export::DeleteElements, Model::of(kReal, {{7}}), Subscript::list({1}),
+         withCapacity(Model::empty(kReal, 1, 0), 1)},
+        {Export::DeleteElements, square, Subscript::list({}), square},
+        {Export::DeleteElements, square, Subscript::mask({0, 0}), square}, // nor does nothing selected make a row
+        {Export::DeleteElements, square, Subscript::colon(), withCapacity(Model::empty(kReal, 0, 0), 0)}};
+    for (const auto& [callee, a, s, expected] : cases) {
+        const Operation op{.callee = callee, .a = a, .i = s};
+        expectGives(op, expected);
+        EXPECT_EQ("", checkOperation(op)); // the model gives the same
+    }
+}
+
+TEST(DeletionRules, WhatTheBareColonLeavesIsATemporary)
+{
+    const Array colon = toArray(Subscript::colon());
+    for (const auto call : {spDeleteColumns, spDeleteRows, spDeleteElements}) {
+        const Array a = toArray(patterned(kReal, 3, 2));
+        kxSetArrayScope(a.get(), kxELEMENT_SCOPE);
+        EXPECT_EQ(call(a.get(), colon.get()), spOK);
+        EXPECT_EQ(a->scope, kxTEMPORARY_SCOPE);
+    }
+}
+
+TEST(DeletionRules, ElementsThatCannotBecomeARow)
+{
+    constexpr unsigned kSide = 0x10000;
+    const Failure tooWide{spCannotResizeToRowVector, ""};
+    Model huge = Model::empty(kReal, kSide, kSide);
+    huge.entries[{7, 9}] = 1;
+    huge.fit();
+    const auto elements = [](const Model& a, const Subscript& s) {
+        return Operation{.callee = Export::DeleteElements, .a = a, .i = s};
+    };
+    Subscript complex = Subscript::list({1});
+    complex.complex = true;
+    for (const Subscript& s :
+         {Subscript::list({1}), Subscript::list({0}), complex, Subscript::sparseList({0}), Subscript::range(1, 1, 2),
+          Subscript::range(0, 1, 2), Subscript::mask({0}), Subscript::sparseMask(2, 2, {})}) {
+        expectEnds(elements(huge, s), tooWide); // before the subscript is looked at
+    }
+    expectEnds(elements(huge, Subscript::colon()), {});
+    for (const Subscript& s :
+         {Subscript::list({}), Subscript::mask({}), Subscript::range(3, 1, 1), Subscript::sparseMask(0, 4, {})}) {
+        expectEnds(elements(huge, s), {}); // nothing there to delete
+    }
+
+    const MaxElements limit(11);
+    expectEnds(elements(patterned(kReal, 3, 4), Subscript::list({1})), tooWide);
+    expectEnds(elements(patterned(kReal, 1, 12), Subscript::list({1})), tooWide);
+    expectEnds(elements(patterned(kReal, 11, 1), Subscript::list({1})), {});
+}
+
+TEST(DeletionRules, HundredsOfMillionsOfElements)
+{
+    const auto ones = [](Storage storage, unsigned m, unsigned n, const std::vector<Place>& places) {
+        Model a = Model::empty(storage, m, n);
+        for (const Place place : places) {
+            a.entries[place] = 1;
+        }
+        return a.fit();
+    };
+    const auto expectLeft = [](const Model& a, const Subscript& deleted, Model expected) {
+        expected.nzmax = a.nzmax;
+        expectGives({.callee = Export::DeleteElements, .a = a, .i = deleted}, expected);
+    };
+    // The bytes of the elements decide: as many doubles do not fit 32 bits, as many logicals do.
+    const Model tooWide = ones(kReal, 0x10000, 0x2000, {{0, 1}});
+    expectEnds({.callee = Export::DeleteElements, .a = tooWide, .i = Subscript::list({1})},
+               {spCannotResizeToRowVector, ""});
+    expectLeft(ones(kLogical, 0x10000, 0x2000, {{0, 1}, {0, 3}, {9, 9}}), Subscript::range(4, 1, 0x20000000),
+               ones(kLogical, 1, 3, {{1, 0}}));
+    const Storage int16Complex = {kxINT16_CLASS, true};
+    expectLeft(ones(int16Complex, 0x8000, 0x4000, {{9, 9}, {0x3FFF, 0x7FFE}}), Subscript::range(0x1FFFFFFE, -1, 1),
+               ones(int16Complex, 1, 2, {{0, 0}}));
+    // A column has no such limit.
+    const Model column = ones(kReal, 0x7FFFFFF0, 1, {{0, 0}, {0, 3}, {0, 0x40000000}, {0, 0x7FFFFFEF}});
+    expectLeft(column, Subscript::list({0x7FFFFFEE, 4, 1, 4}),
+               ones(kReal, 0x7FFFFFED, 1, {{0, 0x3FFFFFFE}, {0, 0x7FFFFFEC}}));
+    expectLeft(column, Subscript::sparseMask(0x10000, 0x8000, {{0, 2}, {0x4000, 0}}),
+               ones(kReal, 0x7FFFFFEE, 1, {{0, 0}, {0, 2}, {0, 0x7FFFFFED}}));
+    expectLeft(column, Subscript::range(0x7FFFFFF0, -1, 2), ones(kReal, 1, 1, {{0, 0}}));
+}
+
+TEST(DeletionRules, FullTargetsBecomeSparse)
+{
+    for (const Storage storage : sparseStorages()) {
+        const Model sparse = patterned(storage, 3, 2, false);
+        Model full = sparse;
+        full.sparse = false;
+        for (const Export callee : {Export::DeleteColumns, Export::DeleteRows, Export::DeleteElements}) {
+            for (const Subscript& s :
+                 {Subscript::list({2, 1, 2}), Subscript::mask({1, 0}), Subscript::range(2, -1, 1)}) {
+                Model expected = predict({.callee = callee, .a = sparse, .i = s}).result;
+                expected.nzmax = Model::kAnyCapacity;
+                expectGives({.callee = callee, .a = full, .i = s}, expected);
+            }
+            expectEnds({.callee = callee, .a = full, .i = Subscript::list({9})}, {spIndexToRemoveOutOfRange, ""});
+        }
+    }
+}
+
+TEST(DeletionRules, HiddenClasses)
+{
+    for (const Storage storage : sparseStorages()) {
+        Model a = patterned(storage, 3, 4);
+        a.hideClass = true;
+        for (const Export callee : {Export::DeleteColumns, Export::DeleteRows, Export::DeleteElements}) {
+            EXPECT_EQ("", checkOperation({.callee = callee, .a = a, .i = Subscript::list({2})}));
+            EXPECT_EQ("", checkOperation({.callee = callee, .a = a, .i = Subscript::colon()}));
+        }
+    }
+}
+
+TEST(DeletionRules, CharacterMatrices)
+{
+    const Model a = patterned({kxCHAR_CLASS, false}, 3, 4);
+    for (const Export callee : {Export::DeleteColumns, Export::DeleteRows, Export::DeleteElements}) {
+        EXPECT_EQ("", checkOperation({.callee = callee, .a = a, .i = Subscript::list({3, 1})}));
+    }
+}

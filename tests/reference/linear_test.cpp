@@ -1,0 +1,223 @@
+// A(K): shapes, masks of matrices with more elements than 32 bits count, limits.
+#include "support/draw.hpp"
+#include "support/generators.hpp"
+
+using namespace zqsp::test;
+
+namespace {
+
+Operation linear(const Model& a, const Subscript& k)
+{
+    return {.callee = Export::Ref3, .a = a, .i = k};
+}
+
+/// m-by-n with about a third of its elements stored.
+Model third(unsigned m, unsigned n, Storage storage = {})
+{
+    Model a = Model::empty(storage, m, n);
+    for (unsigned p = 0; p < m * n; p += 3) {
+        a.entries[a.place(p)] = p + 1.0;
+    }
+    return a.fit();
+}
+
+Subscript falses(unsigned m, unsigned n)
+{
+    return Subscript::mask(std::vector<double>(m * n, 0.0)).shaped(m, n);
+}
+
+} // namespace
+
+TEST(LinearReference, ShapeOfTheResult)
+{
+    const Model matrix = third(3, 4);
+    const Model row = third(1, 5);
+    const Model column = third(5, 1);
+    const Model scalar = third(1, 1);
+    const Subscript square = Subscript::list({1, 4, 2, 2}).shaped(2, 2);
+    const Subscript rowOfTwo = Subscript::list({4, 1});
+    const Subscript columnOfTwo = rowOfTwo.shaped(2, 1);
+    const Subscript ones = Subscript::list({1, 1, 1});
+    const Subscript two = Subscript::mask({1, 0, 1});
+    const struct
+    {
+        Model a;
+        Subscript k;
+        unsigned m, n;
+    } cases[] = {
+        {matrix, square, 2, 2},
+        {matrix, rowOfTwo, 1, 2},
+        {matrix, columnOfTwo, 2, 1},
+        {row, square, 2, 2},
+        {row, rowOfTwo, 1, 2},
+        {row, columnOfTwo, 1, 2},
+        {column, square, 2, 2},
+        {column, rowOfTwo, 2, 1},
+        {column, columnOfTwo, 2, 1},
+        {scalar, ones, 1, 3},
+        {scalar, ones.shaped(3, 1), 3, 1},
+        // colon objects count as rows
+        {matrix, Subscript::range(12, -1, 1), 1, 12},
+        {column, Subscript::range(1, 2, 5), 3, 1},
+        {row, Subscript::range(1, 2, 5), 1, 3},
+        {scalar, Subscript::range(1, 1, 1.5), 1, 1},
+        // masks list their elements in a vector
+        {matrix, two, 1, 2},
+        {matrix, two.shaped(3, 1), 2, 1},
+        {row, two.shaped(3, 1), 1, 2},
+        {column, two, 2, 1},
+        {matrix, Subscript::mask({1, 0, 1, 1}).shaped(2, 2), 3, 1},
+        {row, Subscript::mask({1, 0, 1, 1}).shaped(2, 2), 1, 3},
+        {matrix, Subscript::sparseMask(2, 2, {{0, 1}, {1, 0}}), 2, 1},
+        {matrix, Subscript::mask({1}), 1, 1},
+        {scalar, Subscript::mask({1, 0}), 1, 1},
+        // nothing selected
+        {matrix, falses(1, 1), 0, 0},
+        {matrix, falses(1, 3), 1, 0},
+        {matrix, falses(3, 1), 0, 1},
+        {matrix, falses(0, 0), 0, 0},
+        {matrix, falses(2, 2), 0, 1},
+        {matrix, falses(0, 3), 0, 1},
+        {row, falses(1, 1), 1, 0},
+        {row, falses(3, 1), 1, 0},
+        {row, falses(0, 0), 0, 0},
+        {row, falses(0, 3), 1, 0},
+        {column, falses(1, 1), 0, 1},
+        {column, falses(1, 3), 0, 1},
+        {column, falses(0, 0), 0, 0},
+        {scalar, falses(1, 1), 0, 0},
+        {matrix, Subscript::sparseMask(1, 1, {}), 0, 0},
+        {row, Subscript::sparseMask(0, 0, {}), 0, 0},
+        {matrix, Subscript::list({}).shaped(0, 0), 0, 0},
+        {matrix, Subscript::list({}).shaped(0, 3), 0, 3},
+        {row, Subscript::list({}).shaped(0, 0), 0, 0},
+        {row, Subscript::list({}).shaped(0, 1), 1, 0},
+        {column, Subscript::list({}), 0, 1},
+        {column, Subscript::list({}).shaped(3, 0), 3, 0},
+        {Model::empty({}, 1, 0), Subscript::list({}), 1, 0},
+        {Model::empty({}, 0, 1), Subscript::list({}), 0, 1},
+        {Model::empty({}, 0, 3), Subscript::range(3, 1, 1), 1, 0},
+    };
+    for (const auto& [a, k, m, n] : cases) {
+        const Operation op = linear(a, k);
+        EXPECT_EQ("", checkOperation(op));
+        const Model result = predict(op).result;
+        EXPECT_EQ(std::pair(result.m, result.n), std::pair(m, n)) << op;
+    }
+}
+
+TEST(LinearReference, LongSubscripts)
+{
+    property(600, [] {
+        const Storage storage = drawFrom<Storage>(
+            {{kxDOUBLE_CLASS, false}, {kxLOGICAL_CLASS, false}, {kxDOUBLE_CLASS, true}, {kxUINT8_CLASS, false}});
+        Model a = *models(storage, Shape::Dense);
+        if (drawOneIn(2)) {
+            const auto elements = static_cast<unsigned>(a.numel());
+            a = drawOneIn(2) ? reshaped(a, 1, elements) : reshaped(a, elements, 1);
+        }
+        const Wanted wanted{.extent = a.numel(), .likely = storedElements(a), .most = 500};
+        holds(linear(a, *subscripts(wanted)));
+    });
+}
+
+TEST(LinearReference, OfTheColumnOfAllElements)
+{
+    property(500, [] {
+        const Model a = *models();
+        const Subscript k = *subscripts({.extent = a.numel(), .likely = storedElements(a), .mayFail = false});
+        const Array array = toArray(a);
+        const Array subscript = toArray(k);
+        Array column;
+        Array direct;
+        Array twice;
+        RC_ASSERT(spRef2(array.get(), column.slot()) == spOK);
+        RC_ASSERT(spRef3(array.get(), subscript.get(), direct.slot()) == spOK);
+        RC_ASSERT(spRef3(column.get(), subscript.get(), twice.slot()) == spOK);
+        const Model one = fromArray(direct.get());
+        const Model other = fromArray(twice.get());
+        RC_ASSERT(one.numel() == other.numel());
+        RC_ASSERT(diff(twice.get(), reshaped(one, other.m, other.n)) == "");
+    });
+}
+
+namespace {
+
+/// A matrix of 4.9e9 elements and its stored positions as the entries of a mask with `m` rows, others added.
+struct LargeMask
+{
+    Model a = Model::empty({kxDOUBLE_CLASS, true}, 70000, 70000);
+    Subscript mask;
+
+    explicit LargeMask(unsigned m)
+    {
+        const std::uint64_t last = a.numel() - 1;
+        const std::uint64_t positions[] = {0, 69999, 70000, 0x7FFFFFFF, 0xFFFFFFFF, 0x100000000, 0x100000001, last};
+        mask = Subscript::sparseMask(m, static_cast<unsigned>((a.numel() + m - 1) / m), {});
+        for (const std::uint64_t p : positions) {
+            a.entries[a.place(p)] = {static_cast<double>(a.nnz()) + 1, 2};
+            store(p);
+            store(p / 2);
+        }
+        a.fit();
+    }
+    void store(std::uint64_t p)
+    {
+        mask.stored.push_back({static_cast<unsigned>(p / mask.m), static_cast<unsigned>(p % mask.m)});
+        std::sort(mask.stored.begin(), mask.stored.end());
+        mask.stored.erase(std::unique(mask.stored.begin(), mask.stored.end()), mask.stored.end());
+    }
+};
+
+} // namespace
+
+TEST(LinearReference, LargeMasks)
+{
+    for (const unsigned m : {70000U, 35000U, 140000U, 10000U, 490000U, 69999U, 70001U, 49000000U, 1000000007U}) {
+        LargeMask inside(m);
+        EXPECT_EQ(predict(linear(inside.a, inside.mask)).ended, Ended()) << m;
+        EXPECT_EQ("", checkOperation(linear(inside.a, inside.mask)));
+        LargeMask outside(m);
+        outside.mask.n += 1;
+        outside.store(outside.a.numel()); // one past the last element
+        EXPECT_EQ(predict(linear(outside.a, outside.mask)).ended.status, spIndexOutOfRange) << m;
+        EXPECT_EQ("", checkOperation(linear(outside.a, outside.mask)));
+        LargeMask idleColumns(m); // columns past the end that store nothing do no harm
+        idleColumns.mask.n += 5;
+        EXPECT_EQ("", checkOperation(linear(idleColumns.a, idleColumns.mask)));
+    }
+    // a small mask of a large matrix, and one that stores nothing
+    const Model a = LargeMask(70000).a;
+    EXPECT_EQ("", checkOperation(linear(a, Subscript::sparseMask(3, 30000, {{0, 0}, {23333, 0}, {23333, 1}}))));
+    EXPECT_EQ("", checkOperation(linear(a, Subscript::sparseMask(90000, 90000, {}))));
+    EXPECT_EQ("", checkOperation(linear(a, Subscript::mask({1, 0, 1}))));
+    // a column with more rows than the maximum
+    Model column = Model::empty({}, 0xF0000000, 1);
+    column.entries[{0, 0xEFFFFFFF}] = 5;
+    EXPECT_EQ("",
+              checkOperation(linear(column.fit(), Subscript::sparseMask(0xF0000000, 1, {{0, 7}, {0, 0xEFFFFFFF}}))));
+}
+
+TEST(LinearReference, LimitsOfMatricesPastTheMaximum)
+{
+    const MaxElements limit(10);
+    const Model a = third(4, 4);
+    const struct
+    {
+        Subscript k;
+        Failure failure;
+    } cases[] = {
+        {Subscript::list({10}), {}},
+        {Subscript::list({11}), {spIndexExceedsMaxSize, ""}},
+        {Subscript::list({11}).as(kxUINT32_CLASS), {spIndexExceedsMaxSize, ""}},
+        {Subscript::list({11}).as(kxINT8_CLASS), {spIndexOutOfRange, ""}},
+        {Subscript::range(9, 1, 10), {}},
+        {Subscript::range(9, 1, 11), {spOK, kMaxSizeError}},
+        {Subscript::range(11, 1, 11), {spIndexOutOfRange, ""}},
+        {Subscript::colon(), {spOK, kTooLargeError}},
+    };
+    for (const auto& [k, failure] : cases) {
+        EXPECT_EQ(predict(linear(a, k)).ended, Ended(failure)) << k;
+        EXPECT_EQ("", checkOperation(linear(a, k)));
+    }
+}

@@ -1,0 +1,178 @@
+// A(I,:) and A(I,J): the choice of method, repeated rows, the same subscript twice, counts past 32 bits.
+#include "support/draw.hpp"
+#include "support/generators.hpp"
+
+#include <algorithm>
+
+using namespace zqsp::test;
+
+namespace {
+
+/// n columns of `length` entries each, in the rows from `firstRow` on.
+Model evenColumns(unsigned m, unsigned n, unsigned length, unsigned firstRow = 0)
+{
+    Model a = Model::empty({}, m, n);
+    for (unsigned j = 0; j < n; ++j) {
+        for (unsigned e = 0; e < length; ++e) {
+            a.entries[{j, firstRow + e}] = j * 100.0 + e + 1;
+        }
+    }
+    return a.fit();
+}
+
+std::vector<double> ones(unsigned count)
+{
+    return std::vector<double>(count, 1.0);
+}
+
+} // namespace
+
+TEST(RowReference, MethodIsChosenByTheRule)
+{
+    // Repeated rows make the search set more capacity aside than there are entries, which tells the methods apart.
+    unsigned maps = 0;
+    unsigned searches = 0;
+    for (unsigned length = 1; length < 40; ++length) {
+        for (const unsigned m : {40U, 10U * 2 * length, 10U * 2 * length + 1}) {
+            for (unsigned k = 1; k < 6; ++k) {
+                const Model a = evenColumns(std::max(m, length), 2, length);
+                std::vector<double> rows = ones(k);
+                rows.back() = a.m;
+                EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = a, .i = Subscript::list(rows)}));
+                ++(usesRowMap(a, k) ? maps : searches);
+            }
+        }
+    }
+    EXPECT_GT(maps, 100U);
+    EXPECT_GT(searches, 100U);
+    for (const unsigned m : {30U, 31U}) { // few entries: as many rows as a map may have for k of them
+        const Model a = evenColumns(m, 2, 1, 1);
+        EXPECT_EQ(usesRowMap(a, 3), m == 30);
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = a, .i = Subscript::list({1, 1, 3})}));
+    }
+}
+
+TEST(RowReference, LongSubscripts)
+{
+    property(600, [] {
+        const Storage storage = drawFrom<Storage>(
+            {{kxDOUBLE_CLASS, false}, {kxLOGICAL_CLASS, false}, {kxDOUBLE_CLASS, true}, {kxINT16_CLASS, true}});
+        const Model a = *models(storage, Shape::Dense);
+        const Subscript i = *subscripts({.extent = a.m, .likely = storedRows(a), .most = 300});
+        holds({.callee = Export::Ref5, .a = a, .i = i});
+        const Subscript j = *subscripts({.extent = a.n, .likely = storedColumns(a), .most = 40});
+        holds({.callee = Export::Ref6, .a = a, .i = i, .j = j});
+        const Model wide = reshaped(a, a.n, a.m);
+        holds({.callee = Export::Ref4, .a = wide, .i = i});
+    });
+}
+
+TEST(RowReference, ColumnsOfEveryLengthAreSorted)
+{
+    // Full columns of all rows in a scattered order, once each and with repeats: by each way of sorting.
+    for (const unsigned m : {31U, 32U, 33U, 199U, 200U, 201U, 2000U, 4095U, 4096U, 5000U}) {
+        const Model full = evenColumns(m, 2, m);
+        Model wide = Model::empty({}, 20 * m, 1); // hardly any entries: rows are searched, not mapped
+        wide.entries[{0, 20 * m - 1}] = 1;
+        wide.fit();
+        std::vector<double> scattered(m);
+        std::vector<double> repeated(m);
+        for (unsigned p = 0; p < m; ++p) {
+            scattered[p] = (p * 7919 + 11) % m + 1.0; // a prime that divides no m here
+            repeated[p] = p * p % m + 1.0;
+        }
+        for (const auto& rows : {scattered, repeated}) {
+            const Subscript i = Subscript::list(rows);
+            EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = full, .i = i}));
+            EXPECT_EQ("", checkOperation({.callee = Export::Ref3, .a = full, .i = i}));
+            std::vector<double> spread = rows;
+            std::for_each(spread.begin(), spread.end(), [](double& row) { row *= 20; });
+            spread.resize(m / 20 + 1);
+            spread.push_back(20.0 * m);
+            EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = wide, .i = Subscript::list(spread)}));
+        }
+    }
+}
+
+TEST(GeneralReference, SameSubscriptTwice)
+{
+    const Subscript p = Subscript::list({3, 1, 3, 2});
+    const Subscript sparse = Subscript::sparseList({2, 1});
+    for (const Subscript& s : {p, p.as(kxUINT8_CLASS), sparse, Subscript::list({}), Subscript::mask({1, 0, 1})}) {
+        for (const auto& [m, n] : {std::pair{4U, 4U}, {3U, 5U}, {5U, 3U}, {5U, 2U}}) {
+            const Operation op{
+                .callee = Export::Ref6, .a = evenColumns(m, n, 2, 1), .i = s, .jIs = Alias::SharesSubscript};
+            EXPECT_EQ("", checkOperation(op));
+        }
+    }
+    const Operation beyond{.callee = Export::Ref6, .a = evenColumns(5, 2, 2), .i = p, .jIs = Alias::SharesSubscript};
+    EXPECT_EQ(predict(beyond).ended.status, spIndexOutOfRange);
+}
+
+TEST(GeneralReference, RowsThenColumnsIsBothAtOnce)
+{
+    property(500, [] {
+        const unsigned side = 1 + draw(8);
+        const Model a = *modelsOfSize(*storages(), side, side);
+        const Subscript p = *subscripts({.extent = side, .mayFail = false});
+        const Array array = toArray(a);
+        const Array subscript = toArray(p);
+        Array rows;
+        Array rowsThenColumns;
+        Array both;
+        RC_ASSERT(spRef5(array.get(), subscript.get(), rows.slot()) == spOK);
+        RC_ASSERT(spRef4(rows.get(), subscript.get(), rowsThenColumns.slot()) == spOK);
+        RC_ASSERT(spRef6(array.get(), subscript.get(), subscript.get(), both.slot()) == spOK);
+        Model expected = fromArray(rowsThenColumns.get());
+        expected.nzmax = Model::kAnyCapacity;
+        RC_ASSERT(diff(both.get(), expected) == "");
+    });
+}
+
+TEST(GeneralReference, RowStatusComesFirst)
+{
+    const Model a = evenColumns(3, 3, 1);
+    const Subscript good = Subscript::list({1});
+    const Subscript fraction = Subscript::list({1.5});
+    const Subscript beyond = Subscript::list({4});
+    const struct
+    {
+        Subscript i, j;
+        spStatus status;
+    } cases[] = {{fraction, beyond, spIndexNotPositiveInteger},
+                 {beyond, fraction, spIndexOutOfRange},
+                 {good, fraction, spIndexNotPositiveInteger},
+                 {Subscript::colon(), beyond, spIndexOutOfRange},
+                 {beyond, Subscript::colon(), spIndexOutOfRange}};
+    for (const auto& [i, j, status] : cases) {
+        const Operation op{.callee = Export::Ref6, .a = a, .i = i, .j = j};
+        EXPECT_EQ(predict(op).ended.status, status);
+        EXPECT_EQ("", checkOperation(op));
+    }
+}
+
+TEST(GeneralReference, CountsPast32BitsRaiseASizeError)
+{
+    constexpr unsigned kMany = 65536; // times as many entries, 2^32 in all
+    const Subscript many = Subscript::list(ones(kMany));
+    const Model column = evenColumns(kMany, 1, kMany);
+    const Model scalar = evenColumns(1, 1, 1);
+    const Array columnArray = toArray(column);
+    const Array scalarArray = toArray(scalar);
+    const Array subscript = toArray(many);
+    const Array searched = toArray(evenColumns(0x7FFFFFFF, 1, 1));
+    kxArray* out = nullptr;
+    const Failure tooLarge{spOK, kMaxSizeError};
+    const auto j = subscript.get();
+    expectFails([&] { return spRef4(columnArray.get(), j, &out); }, tooLarge, {columnArray.get(), j});
+    expectFails([&] { return spRef6(scalarArray.get(), j, j, &out); }, tooLarge, {scalarArray.get(), j});
+    expectFails([&] { return spRef6(searched.get(), j, j, &out); }, tooLarge, {searched.get(), j});
+    const std::vector<unsigned> zeros(kMany, 0);
+    expectFails(
+        [&] {
+            out = kxSparseReference(columnArray.get(), nullptr, 0, zeros.data(), kMany);
+            return spOK;
+        },
+        tooLarge, {columnArray.get()});
+    EXPECT_EQ(out, nullptr);
+}

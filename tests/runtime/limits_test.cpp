@@ -1,0 +1,153 @@
+// Size checks and ranges.
+#include "arrays.hpp"
+
+#include <climits>
+#include <limits>
+
+namespace zqsp::test::runtime {
+namespace {
+
+using LimitsTest = RuntimeTest;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
+
+TEST_F(LimitsTest, ProductsAreCheckedAtTheEdges)
+{
+    unsigned product = 0;
+    EXPECT_TRUE(kxCheckMN_nothrow(1, 0x7FFFFFFF, 1, &product));
+    EXPECT_EQ(product, 0x7FFFFFFFU);
+    EXPECT_FALSE(kxCheckMN_nothrow(2, 0x40000000, 1, &product));
+    EXPECT_EQ(product, 0x7FFFFFFFU);
+    EXPECT_FALSE(kxCheckMN_nothrow(65536, 65536, 1, nullptr)); // wraps to 0 in 32 bits
+    EXPECT_TRUE(kxCheckMN_nothrow(1, 0x1FFFFFFF, 8, nullptr));
+    EXPECT_FALSE(kxCheckMN_nothrow(1, 0x20000000, 8, nullptr)); // the bytes no longer fit
+    EXPECT_TRUE(kxCheckMN_nothrow(0, UINT_MAX, 8, &product));
+    EXPECT_EQ(product, 0U);
+
+    kxrt::set_max_number_of_elements(100);
+    EXPECT_EQ(kxGetMaxNumberOfElements(), 100U);
+    EXPECT_TRUE(kxCheckMNForIndexing_nothrow(10, 10, &product));
+    EXPECT_EQ(product, 100U);
+    EXPECT_FALSE(kxCheckMNForIndexing_nothrow(101, 1, &product));
+
+    EXPECT_EQ(kxCheckMN(65535, 65537, 1), UINT_MAX);
+    EXPECT_EQ(errorOf([] { kxCheckMN(65536, 65536, 1); }), "kx:sizeLimit");
+    EXPECT_EQ(errorOf([] { kxCheckMN(UINT_MAX, UINT_MAX, UINT_MAX); }), "kx:sizeLimit");
+    EXPECT_EQ(kxCheckMN(UINT_MAX, UINT_MAX, 0), 0U);
+}
+
+TEST_F(LimitsTest, SubscriptValuesAreTruncatedOrRefused)
+{
+    for (const double none : {0.0, -3.0, 0.99, kNaN, kInf, -kInf}) {
+        EXPECT_EQ(kxCheckIndex(none), 0U) << none;
+    }
+    EXPECT_EQ(kxCheckIndex(2.9), 2U);
+    EXPECT_EQ(kxCheckIndex(0x7FFFFFFF), 0x7FFFFFFFU);
+    EXPECT_EQ(errorOf([] { kxCheckIndex(0x7FFFFFFF + 0.5); }), "kx:sizeLimit");
+    EXPECT_EQ(errorOf([] { kxCheckIndex(1e300); }), "kx:sizeLimit");
+}
+
+TEST_F(LimitsTest, RightHandSidesFitTheirRegion)
+{
+    struct Case
+    {
+        unsigned mI, nJ, mB, nB;
+        bool rows, columns;
+        unsigned mAfter, nAfter;
+        bool fits;
+    };
+    const Case cases[] = {
+        {2, 3, 1, 1, false, false, 2, 3, true},  {2, 3, 2, 3, false, false, 2, 3, true},
+        {2, 3, 3, 2, false, false, 2, 3, false}, {1, 4, 4, 1, false, false, 1, 4, true},
+        {4, 1, 1, 4, false, false, 4, 1, true},  {2, 2, 1, 4, false, false, 2, 2, false},
+        {1, 4, 2, 2, false, false, 1, 4, false}, {0, 5, 3, 0, false, false, 0, 5, true},
+        {0, 5, 2, 2, false, false, 0, 5, false}, {2, 2, 0, 2, false, false, 2, 2, false},
+        {0, 1, 1, 4, true, false, 4, 1, true},   {0, 3, 2, 3, true, false, 2, 3, true},
+        {0, 3, 1, 1, true, false, 1, 3, true},   {0, 2, 2, 3, true, false, 2, 2, false},
+        {1, 0, 4, 1, false, true, 1, 4, true},   {2, 0, 2, 3, false, true, 2, 3, true},
+        {5, 0, 2, 3, false, true, 5, 3, false},  {0, 0, 2, 3, true, true, 2, 3, true},
+    };
+    for (const Case& c : cases) {
+        unsigned mI = c.mI;
+        unsigned nJ = c.nJ;
+        bool columnsFollow = c.columns;
+        const int fits =
+            kxMatch2DIndicesForIndexedAssignment(&mI, &nJ, c.mB, c.nB, c.rows, c.columns ? &columnsFollow : nullptr);
+        SCOPED_TRACE(testing::Message() << c.mI << ' ' << c.nJ << " <- " << c.mB << ' ' << c.nB);
+        EXPECT_EQ(fits != 0, c.fits);
+        EXPECT_EQ(mI, c.mAfter);
+        EXPECT_EQ(nJ, c.nAfter);
+    }
+}
+
+TEST_F(LimitsTest, RangesHaveTheExpectedCounts)
+{
+    struct Case
+    {
+        double start, step, stop;
+        unsigned count;
+    };
+    const Case cases[] = {{1, 1, 5, 5},      {5, -1, 1, 5},    {1, 2, 6, 3},
+                          {3, 1, 1, 0},      {1, 0, 5, 0},     {0, 0.1, 1, 11},
+                          {0, 0.1, 0.3, 4},  {1, 0.5, 3, 5},   {7, 3, 7, 1},
+                          {7, -3, 7, 1},     {kNaN, 1, 2, 0},  {1, kNaN, 2, 0},
+                          {1, 1, kNaN, 0},   {1, kInf, 9, 1},  {-0.3, 0.1, 0.3, 7},
+                          {1, 1, 5.999, 5},  {1, 1, -kInf, 0}, {1e17, 32, 1e17 + 64, 3},
+                          {1, 1e-3, 2, 1001}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.start << ':' << c.step << ':' << c.stop);
+        const Array lazy(kxCreateColonObject(c.start, c.step, c.stop));
+        EXPECT_EQ(dimensions(lazy.get()), (std::vector<unsigned>{1, c.count}));
+        const Array values(kxColonop(c.start, c.step, c.stop, kxDOUBLE_CLASS));
+        ASSERT_EQ(dimensions(values.get()), (std::vector<unsigned>{1, c.count}));
+        const auto* value = static_cast<const double*>(values->pr);
+        for (unsigned i = 0; i < c.count; ++i) {
+            EXPECT_DOUBLE_EQ(value[i], i == 0 ? c.start : c.start + i * c.step);
+            EXPECT_TRUE(c.step > 0 ? value[i] <= c.stop : value[i] >= c.stop);
+        }
+        unsigned count = 99;
+        const Block indices(kxSignedIndexColonop(c.start, c.step, c.stop, &count));
+        EXPECT_EQ(count, c.count);
+        EXPECT_NE(indices, nullptr);
+    }
+}
+
+TEST_F(LimitsTest, OverlongRangesStayLazyButAreNotMadeIntoValues)
+{
+    const Array lazy(kxCreateColonObject(1, 1, 1e18));
+    EXPECT_EQ(kxGetNumberOfElements(lazy.get()), 0x7FFFFFFFU);
+    double values[3];
+    kxGetColonObjValues(lazy.get(), values);
+    EXPECT_EQ(std::vector<double>(values, values + 3), (std::vector<double>{1, 1, 1e18}));
+    EXPECT_EQ(errorOf([&] { kxMustBeFull(lazy.get()); }), "kx:sizeLimit");
+
+    unsigned count = 0;
+    EXPECT_EQ(errorOf([&] { kxSignedIndexColonop(1, 1, kInf, &count); }), "kx:sizeLimit");
+    kxrt::set_max_number_of_elements(3);
+    EXPECT_EQ(errorOf([] { kxColonop(1, 1, 4, kxDOUBLE_CLASS); }), "kx:sizeLimit");
+    EXPECT_EQ(kxGetNumberOfElements(Array(kxColonop(1, 1, 3, kxDOUBLE_CLASS)).get()), 3U);
+}
+
+TEST_F(LimitsTest, RangeValuesTakeTheClassAskedFor)
+{
+    unsigned count = 0;
+    const Block halves(kxSignedIndexColonop(-1, 0.5, 1, &count));
+    EXPECT_EQ(elements<int>(halves.get(), count), (std::vector<int>{-1, 0, 0, 0, 1}));
+    const Block ends(kxSignedIndexColonop(-3e9, 3e9, 3e9, &count));
+    EXPECT_EQ(elements<int>(ends.get(), count), (std::vector<int>{INT_MIN, 0, INT_MAX}));
+
+    const Array bytes(kxColonop(-100, 100, 200, kxINT8_CLASS));
+    EXPECT_EQ(elements<signed char>(bytes->pr, 4), (std::vector<signed char>{-100, 0, 100, 127}));
+    const Array lazy(kxCreateColonObject(1, 1, 3));
+    EXPECT_EQ(elements<float>(Array(kxMustBe(lazy.get(), kxSINGLE_CLASS))->pr, 3), (std::vector<float>{1, 2, 3}));
+    EXPECT_EQ(elements<double>(Array(kxMustBe(lazy.get(), kxDOUBLE_CLASS))->pr, 3), (std::vector<double>{1, 2, 3}));
+    const Array column(kxTranspose(lazy.get()));
+    EXPECT_EQ(dimensions(column.get()), (std::vector<unsigned>{3, 1}));
+    EXPECT_EQ(kxGetNumNonZeroEl(Array(kxMustBeSparse(lazy.get())).get()), 3U);
+    const Array long1(kxColonop(1, 1, 1000, kxUINT16_CLASS)); // longer than a piece of the conversion
+    EXPECT_EQ(static_cast<unsigned short*>(long1->pr)[999], 1000);
+}
+
+} // namespace
+} // namespace zqsp::test::runtime

@@ -1,0 +1,143 @@
+#include "arrays.hpp"
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <thread>
+
+namespace zqsp::test::runtime {
+namespace {
+
+using MemoryTest = RuntimeTest;
+
+constexpr std::size_t kTooLarge = std::size_t{1} << 60;
+
+TEST_F(MemoryTest, BlocksAreAlignedCountedAndNeverNull)
+{
+    const std::size_t before = kxrt::live_blocks();
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{100}, std::size_t{5} << 20}) {
+        const Block plain(kxMalloc(size));
+        const Block zeroed(kxCalloc(size, 1));
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(plain.get()) % 16, 0U);
+        EXPECT_NE(plain.get(), zeroed.get());
+        EXPECT_EQ(kxrt::live_blocks(), before + 2);
+        std::memset(plain.get(), 0xAB, size);
+    }
+    kxFree(nullptr);
+    kxFreeEx(nullptr);
+}
+
+TEST_F(MemoryTest, ZeroedBlocksAreZeroAlsoWhenReused)
+{
+    for (const std::size_t size : {std::size_t{64}, std::size_t{3} << 20, std::size_t{9} << 20}) {
+        std::memset(Block(kxMalloc(size)).get(), 0xAB, size);
+        const Block zeroed(kxCallocEx(size / 8, 8));
+        const auto* bytes = static_cast<const unsigned char*>(zeroed.get());
+        EXPECT_EQ(std::count(bytes, bytes + size, 0), static_cast<std::ptrdiff_t>(size));
+    }
+}
+
+TEST_F(MemoryTest, ReallocationKeepsTheContentAcrossSmallAndLargeSizes)
+{
+    std::size_t held = 8;
+    Block block(kxMalloc(held));
+    std::memset(block.get(), 1, held);
+    unsigned char mark = 1;
+    const std::size_t sizes[] = {5000,
+                                 std::size_t{1} << 20,
+                                 std::size_t{9} << 20,
+                                 (std::size_t{9} << 20) + 80,
+                                 std::size_t{40} << 20,
+                                 std::size_t{2} << 20,
+                                 300,
+                                 0,
+                                 64};
+    for (const std::size_t size : sizes) {
+        block.reset(kxRealloc(block.release(), size));
+        const auto* bytes = static_cast<const unsigned char*>(block.get());
+        const std::size_t kept = std::min(held, size);
+        EXPECT_EQ(std::count(bytes, bytes + kept, mark), static_cast<std::ptrdiff_t>(kept)) << size;
+        std::memset(block.get(), ++mark, size);
+        held = size;
+    }
+}
+
+TEST_F(MemoryTest, FailureRaisesOrGivesNull)
+{
+    EXPECT_EQ(kxMallocEx(kTooLarge), nullptr);
+    EXPECT_EQ(kxCallocEx(kTooLarge, 1 << 10), nullptr); // the product wraps to 0
+    EXPECT_EQ(errorOf([] { kxMalloc(kTooLarge); }), "kx:outOfMemory");
+    EXPECT_EQ(errorOf([] { kxCalloc(kTooLarge, 1 << 10); }), "kx:outOfMemory");
+    EXPECT_EQ(errorOf([] { kxCallocExCheck(kTooLarge, 1); }), "kx:outOfMemory");
+
+    Block block(kxMalloc(4));
+    std::memcpy(block.get(), "abc", 4);
+    EXPECT_EQ(errorOf([&] { kxRealloc(block.get(), kTooLarge); }), "kx:outOfMemory");
+    EXPECT_EQ(errorOf([&] { kxReallocExCheck(block.get(), kTooLarge); }), "kx:outOfMemory");
+    EXPECT_STREQ(static_cast<const char*>(block.get()), "abc");
+}
+
+TEST_F(MemoryTest, EveryAllocatorFunctionIsCountedAndCanBeMadeToFailOnce)
+{
+    Block kept(kxMalloc(16));
+    const std::function<void*()> calls[] = {[] { return kxMalloc(8); },
+                                            [] { return kxCalloc(2, 4); },
+                                            [] { return kxMallocEx(8); },
+                                            [] { return kxCallocEx(2, 4); },
+                                            [] { return kxCallocExCheck(2, 4); },
+                                            [] { return kxRealloc(nullptr, 8); },
+                                            [] { return kxReallocExCheck(nullptr, 8); }};
+    for (const auto& call : calls) {
+        const long before = kxrt::allocations();
+        kxrt::fail_allocation_after(2);
+        EXPECT_NE(Block(call()), nullptr);
+        Block second;
+        const bool raised = errorOf([&] { second.reset(call()); }) == "kx:outOfMemory";
+        EXPECT_TRUE(raised || second == nullptr);
+        EXPECT_NE(Block(call()), nullptr);
+        EXPECT_EQ(kxrt::allocations() - before, 3);
+    }
+    kxrt::fail_allocation_after(1);
+    EXPECT_EQ(errorOf([&] { kxRealloc(kept.get(), 99); }), "kx:outOfMemory");
+    kxrt::fail_allocation_after(1);
+    kxrt::fail_allocation_after(-1);
+    EXPECT_NE(Block(kxMalloc(1)), nullptr);
+}
+
+TEST_F(MemoryTest, ReallocatingASharedBlockLeavesTheOtherHolderItsOwn)
+{
+    const Array original = full<double>(2, 1, kxDOUBLE_CLASS, {1, 2});
+    const Array copy(kxCreateSharedDataCopy(original.get()));
+    ASSERT_EQ(copy->pr, original->pr);
+
+    kxrt::fail_allocation_after(1);
+    EXPECT_EQ(errorOf([&] { kxRealloc(copy->pr, 80); }), "kx:outOfMemory");
+    EXPECT_TRUE(kxrt::is_shared(original.get()));
+
+    kxSetData(copy.get(), kxRealloc(copy->pr, 8));
+    EXPECT_NE(copy->pr, original->pr);
+    *static_cast<double*>(copy->pr) = 9;
+    EXPECT_EQ(elements<double>(original->pr, 2), (std::vector<double>{1, 2}));
+    EXPECT_FALSE(kxrt::is_shared(original.get()));
+}
+
+TEST_F(MemoryTest, ThreadsMayAllocateAndShareAtOnce)
+{
+    const Array shared = full<double>(1, 1, kxDOUBLE_CLASS, {7});
+    const auto work = [&shared] {
+        for (unsigned i = 0; i < 300; ++i) {
+            const Array copy(kxCreateSharedDataCopy(shared.get()));
+            Block large(kxMalloc((std::size_t{1} << 20) + i * 4096));
+            large.reset(kxRealloc(large.release(), std::size_t{3} << 20));
+            static_cast<char*>(large.get())[(std::size_t{3} << 20) - 1] = 1;
+        }
+    };
+    std::thread other(work);
+    work();
+    other.join();
+    EXPECT_FALSE(kxrt::is_shared(shared.get()));
+    EXPECT_EQ(kxGetScalar(shared.get()), 7);
+}
+
+} // namespace
+} // namespace zqsp::test::runtime

@@ -1,0 +1,285 @@
+// A statement that fails says so, and leaves every variable as it was.
+#include "test_shell.hpp"
+
+#include "interrupt.hpp"
+#include "support/checks.hpp"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+
+namespace kxsh::test {
+namespace {
+
+using zqsp::test::LeakCheck;
+using zqsp::test::MaxElements;
+using zqsp::test::Snapshot;
+
+constexpr std::string_view kSetUp = R"(
+    A = sparse([1 2 5 3 4], [1 1 2 4 5], [1 2 3 4 5], 5, 5);
+    L = A > 2;
+    Z = sparse([1 3], [2 3], [1+2i 3], 3, 3);
+    F = [1 2; 3 4];
+    c = sparse([2 4], [1 1], [7 8], 6, 1);
+    x = 7;
+    W = sparse(100000, 100000);
+)";
+
+/// Copies of all variables, to be compared byte for byte.
+class Variables
+{
+  public:
+    explicit Variables(Session& session) : session_(session)
+    {
+        for (const auto& [name, value] : session.variables) {
+            snapshots_.emplace(name, value.get());
+        }
+    }
+    [[nodiscard]] std::string changes() const
+    {
+        std::string found = session_.variables.size() == snapshots_.size() ? "" : "other variables; ";
+        for (const auto& [name, snapshot] : snapshots_) {
+            const std::string parts = snapshot.changes();
+            found += parts.empty() ? "" : name + ": " + parts + "; ";
+        }
+        return found;
+    }
+
+  private:
+    Session& session_;
+    std::map<std::string, Snapshot> snapshots_;
+};
+
+using Texts = std::vector<std::string>;
+
+struct Failing
+{
+    std::string statement;
+    std::string identifier;
+};
+
+const std::string kNotPositive = "kx:subscript:notPositiveInteger";
+const std::string kOutOfRange = "kx:subscript:outOfRange";
+const std::string kGroup = "ZENTAR:legacy_two_part:";
+
+void expectFailing(const std::vector<Failing>& cases)
+{
+    TestShell shell;
+    shell(kSetUp);
+    ASSERT_EQ(shell.errors(), "");
+    const LeakCheck leaks;
+    for (const Failing& each : cases) {
+        const Variables before(shell.session());
+        shell(each.statement);
+        EXPECT_EQ(shell.outcome(), Runner::Outcome::kFailed) << each.statement;
+        EXPECT_EQ(shell.identifier(), each.identifier) << each.statement << '\n' << shell.errors();
+        EXPECT_NE(shell.errors().find("  at line 1: " + each.statement + '\n'), std::string::npos) << shell.errors();
+        EXPECT_EQ(before.changes(), "") << each.statement;
+        EXPECT_EQ(leaks.complaint(), "") << each.statement;
+    }
+}
+
+TEST(FailingStatements, Subscripts)
+{
+    std::vector<Failing> cases;
+    // Every kind of subscript that is none, in every place of a reference, an assignment and a deletion.
+    for (const std::string& bad :
+         Texts{"0", "-1", "1.5", "1 / 0 - 1 / 0", "[1 0]", "int8(0)", "2i", "0:2", "sparse(2, 2)"}) {
+        for (const std::string& place :
+             Texts{"(" + bad + ")", "(" + bad + ", 1)", "(1, " + bad + ")", "(:, " + bad + ")", "(" + bad + ", :)"}) {
+            cases.push_back({"A" + place, kNotPositive});
+            cases.push_back({"A" + place + " = 3", kNotPositive});
+            if (place.find(", 1)") == std::string::npos && place.find("(1, ") == std::string::npos) {
+                cases.push_back({"A" + place + " = []", kNotPositive});
+            }
+        }
+        cases.push_back({"F(" + bad + ")", kNotPositive});
+        cases.push_back({"F(" + bad + ") = 1", kNotPositive});
+    }
+    for (const std::string& bad : Texts{"26", "[1 99]", "20:27", "true(1, 26)", "sparse(true(26, 1))", "uint32(26)"}) {
+        cases.push_back({"A(" + bad + ")", kOutOfRange});
+        cases.push_back({"A(" + bad + ", 1)", kOutOfRange});
+        cases.push_back({"A(:, " + bad + ")", kOutOfRange});
+        cases.push_back({"A(" + bad + ", :)", kOutOfRange});
+        cases.push_back({"A(" + bad + ") = []", kGroup + "index_to_remove_exceeds_matrix_dimensions"});
+        cases.push_back({"A(:, " + bad + ") = []", kGroup + "index_to_remove_exceeds_matrix_dimensions"});
+        cases.push_back({"A(" + bad + ", :) = []", kGroup + "index_to_remove_exceeds_matrix_dimensions"});
+    }
+    cases.push_back({"A(26) = 1", kGroup + "indexed_matrix_cannot_be_resized"});
+    cases.push_back({"A(1e300)", kGroup + "pmaxsize"});
+    cases.push_back({"A(1, 2, 3)", "kxsh:subscript"});
+    cases.push_back({"A(1, 2, 3) = 4", "kxsh:subscript"});
+    cases.push_back({"A() = 4", "kxsh:subscript"});
+    cases.push_back({"W(:)", "ZENTAR:sparse:tooLargeForLinearIndex"});
+    expectFailing(cases);
+}
+
+TEST(FailingStatements, RightHandSides)
+{
+    expectFailing({
+        {"A([1 2 3]) = [1 2]", kGroup + "index_assign_element_count_mismatch"},
+        {"A(:) = [1 2]", kGroup + "colon_index_assign_element_count_mismatch"},
+        {"A(1:2, 1:2) = [1 2 3]", kGroup + "subsassigndimmismatch"},
+        {"A(:, 1) = [1 2 3]", kGroup + "subsassigndimmismatch"},
+        {"A(1, :) = [1 2 3]", kGroup + "subsassigndimmismatch"},
+        {"A(1, 2) = []", kGroup + "disallowed_indexed_empty_matrix_assignment"},
+        {"L(1) = 0 / 0", "kx:invalidOperand"},
+        {"W(5) = []", kGroup + "indexed_matrix_cannot_be_resized_to_row_vector"},
+        {"A(:) = nothing", "kxsh:undefined"},
+        {"F(1, 1:3) = [1 2]", kGroup + "subsassigndimmismatch"},
+        {"unknown(2) = []", "kxsh:undefined"},
+    });
+}
+
+TEST(FailingStatements, ExpressionsAndArguments)
+{
+    expectFailing({
+        {"y = spyeye(3)", "kxsh:undefined"},
+        {"y = A * A", "kxsh:operand"},
+        {"y = F + [1 2 3]", "kxsh:operand"},
+        {"y = F / F", "kxsh:operand"},
+        {"y = A / 0", "kxsh:operand"},
+        {"y = [F; 1 2 3]", "kxsh:operand"},
+        {"y = [F [1 2 3]]", "kxsh:operand"},
+        {"y = vars", "kxsh:noValue"},
+        {"y = W == 0", "kx:sizeLimit"},
+        {"y = zeros(1e6, 1e6)", "kx:sizeLimit"},
+        {"y = zeros(-1)", "kxsh:arguments"},
+        {"y = zeros(2.5)", "kxsh:arguments"},
+        {"y = sprand(3, 3, 2)", "kxsh:arguments"},
+        {"y = sparse(4, 1, 1, 3, 3)", kOutOfRange},
+        {"y = sparse(0, 1, 1)", kNotPositive},
+        {"y = sparse([1 2], [1 2 3], 1)", "kxsh:arguments"},
+        {"y = reshape(A, 3, 3)", "kxsh:reshape"},
+        {"y = speye()", "kxsh:arguments"},
+        {"y = size(:)", "kxsh:arguments"},
+        {"y = mmread(5)", "kxsh:arguments"},
+        {"y = mmread('no/such.mtx')", "kxsh:file"},
+        {"mmwrite('/no/such/folder.mtx', A)", "kxsh:file"},
+        {"spy(A, 'picture.gif')", "kxsh:arguments"},
+        {"help nothing", "kxsh:undefined"},
+        {"y = 1:[1 2]", "kxsh:arguments"},
+        {"y = logical(0 / 0)", "kx:invalidOperand"},
+        {"y = end", "kxsh:syntax"},
+        {"y = [1 2", "kxsh:syntax"},
+        {"y = (1 + 2]", "kxsh:syntax"},
+        {"y = 3 $ 4", "kxsh:syntax"},
+        {"y = 'open", "kxsh:syntax"},
+        {"y = 12abc", "kxsh:syntax"},
+        {"3 = y", "kxsh:syntax"},
+        {"y =", "kxsh:syntax"},
+        {"x = 1 2", "kxsh:syntax"},
+        {"y = " + std::string(1000, '(') + '1' + std::string(1000, ')'), "kxsh:syntax"},
+        {"y = " + std::string(100000, '-') + '1', "kxsh:syntax"},
+    });
+}
+
+TEST(FailingStatements, ErrorsNameWhatIsWrong)
+{
+    TestShell shell;
+    shell("A = speye(5); A(:, [2 9])");
+    EXPECT_EQ(shell.errors(), "error: a subscript lies outside the matrix: column 9 of A, which is 5-by-5 "
+                              "(kx:subscript:outOfRange)\n  at line 1: A(:, [2 9])\n");
+    shell("A = speye(5);\n\n  # nothing\n  B = 1; A(1:2) = [1 2 3]; B = 2;");
+    EXPECT_NE(shell.errors().find("A is 5-by-5"), std::string::npos) << shell.errors();
+    EXPECT_NE(shell.errors().find("  at line 4: A(1:2) = [1 2 3]\n"), std::string::npos) << shell.errors();
+    EXPECT_EQ(shell("B"), "B = 1\n");
+    const std::vector<std::pair<std::string, std::string>> typos = {
+        {"sprnd(3, 3, 0.5)", "'sprand'"},
+        {"syp(A, 'a.png')", "'spy'"},
+        {"help szie", "'size'"},
+        {"measurements = 1; 2 * measurement", "'measurements'"}};
+    for (const auto& [typo, meant] : typos) {
+        shell(typo);
+        EXPECT_NE(shell.errors().find("did you mean " + meant + "?"), std::string::npos) << shell.errors();
+    }
+    shell("quux");
+    EXPECT_EQ(shell.errors().find("did you mean"), std::string::npos) << shell.errors();
+    shell("x = 1;\ny = [1 2\n3 4;\nz = 5\n");
+    EXPECT_NE(shell.errors().find("'[' is never closed"), std::string::npos) << shell.errors();
+    EXPECT_NE(shell.errors().find("  at line 2: y = [1 2\n"), std::string::npos) << shell.errors();
+    EXPECT_FALSE(shell.session().variables.contains("x")) << "a text with a syntax error is not begun";
+}
+
+/// Each allocation of the runtime fails once.
+TEST(FailingStatements, ExhaustedMemory)
+{
+    for (const std::string& statement : Texts{"A(3, 3) = 9",
+                                              "A(8, 9) = 1",
+                                              "A(:, 2) = 5",
+                                              "A(2, :) = [1 2 3 4 5]",
+                                              "A([1 7 3]) = []",
+                                              "A(:, [1 3]) = []",
+                                              "A([2 4], :) = []",
+                                              "A(A > 1) = 2",
+                                              "A(:) = 1:25",
+                                              "A(:) = 3",
+                                              "A(2:3, [5 1]) = [1 2; 3 4]",
+                                              "A(7, 7) = 1i",
+                                              "Z(2, :) = 0",
+                                              "F(3, 3) = 1",
+                                              "F(1, :) = []",
+                                              "fresh(3, 4) = 2",
+                                              "A = A(:, [3 1])",
+                                              "x = full(A)",
+                                              "c(9) = 1",
+                                              "L(4, :) = true",
+                                              "A = reshape(A, 1, 25)",
+                                              "Z = Z + Z",
+                                              "y = [A; 1 2 3 4 5]",
+                                              "y = sparse(1:3, 1:3, 2i)"}) {
+        const LeakCheck leaks;
+        bool failed = true;
+        int faults = 0;
+        for (; failed && faults < 1000; ++faults) {
+            TestShell shell;
+            shell(kSetUp);
+            shell("A = 1 * A; A(5, 5) = 0; B = Z;"); // B shares the data of Z
+            const Variables before(shell.session());
+            kxrt::fail_allocation_after(faults + 1);
+            shell(statement);
+            kxrt::fail_allocation_after(-1);
+            failed = shell.outcome() == Runner::Outcome::kFailed;
+            if (failed) {
+                EXPECT_EQ(shell.identifier(), "kx:outOfMemory") << statement << ", allocation " << faults + 1;
+                EXPECT_EQ(before.changes(), "") << statement << ", allocation " << faults + 1;
+            }
+        }
+        EXPECT_FALSE(failed) << statement;
+        EXPECT_GT(faults, 1) << statement;
+        EXPECT_EQ(leaks.complaint(), "") << statement;
+    }
+}
+
+TEST(FailingStatements, ASmallerLimitOfElements)
+{
+    TestShell shell;
+    shell("A = speye(50);");
+    const MaxElements limit(1000);
+    const Variables before(shell.session());
+    for (const std::string& statement : Texts{"A(:) = 1", "A(5, 2000) = 1", "B = full(A)"}) {
+        shell(statement);
+        EXPECT_EQ(shell.outcome(), Runner::Outcome::kFailed) << statement;
+        EXPECT_EQ(before.changes(), "") << statement;
+    }
+}
+
+/// Ctrl-C at any moment stops the statement and nothing else.
+TEST(FailingStatements, Interrupted)
+{
+    TestShell shell;
+    shell("A = speye(5);");
+    const Variables before(shell.session());
+    for (const std::string& statement : Texts{"A(2, :) = 1", "B = sprand(100, 100, 0.1)", "A == 0", "A"}) {
+        raiseInterrupt();
+        shell(statement);
+        clearInterrupt();
+        EXPECT_EQ(shell.identifier(), "kxsh:interrupted") << statement;
+        EXPECT_EQ(before.changes(), "") << statement;
+    }
+    EXPECT_EQ(shell("nnz(A)"), "ans = 5\n");
+}
+
+} // namespace
+} // namespace kxsh::test

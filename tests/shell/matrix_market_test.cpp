@@ -1,0 +1,192 @@
+// Matrix Market files: what is read from them, what is refused, and that written files read back bit for bit.
+#include "test_shell.hpp"
+
+#include "matrix_market.hpp"
+#include "support/checks.hpp"
+
+#include <gtest/gtest.h>
+
+namespace kxsh::test {
+namespace {
+
+using zqsp::test::LeakCheck;
+
+struct Readable
+{
+    std::string file;
+    std::string same; ///< an expression with the same elements
+};
+
+TEST(MatrixMarket, FormatsFieldsAndSymmetries)
+{
+    const TestFolder folder;
+    const std::vector<Readable> cases = {
+        {"%%MatrixMarket matrix coordinate real general\n% a comment\n\n2 3 3\n1 1 1.5\n2 3 -2e3\n1 2 +4\n",
+         "[1.5 4 0; 0 0 -2000]"},
+        {"%%MatrixMarket matrix coordinate integer general\r\n2 2 2\r\n1 1 7\r\n1 1 8\r\n", "[15 0; 0 0]"},
+        {"%%matrixmarket MATRIX Coordinate Complex General\n2 2 1\n2 1 1 -3", "[0 0; 1-3i 0]"},
+        {"%%MatrixMarket matrix coordinate pattern general\n2 2 2\n1 2\n\n2 2\n", "[0 1; 0 1]"},
+        {"%%MatrixMarket matrix coordinate real symmetric\n2 2 2\n1 1 5\n2 1 3\n", "[5 3; 3 0]"},
+        {"%%MatrixMarket matrix coordinate pattern symmetric\n2 2 1\n2 1\n", "[0 1; 1 0]"},
+        {"%%MatrixMarket matrix coordinate real skew-symmetric\n2 2 1\n2 1 3\n", "[0 -3; 3 0]"},
+        {"%%MatrixMarket matrix coordinate complex skew-symmetric\n2 2 1\n2 1 3 1\n", "[0 -3-1i; 3+1i 0]"},
+        {"%%MatrixMarket matrix coordinate complex symmetric\n2 2 1\n2 1 3 1\n", "[0 3+1i; 3+1i 0]"},
+        {"%%MatrixMarket matrix coordinate complex hermitian\n2 2 2\n2 1 3 1\n2 2 4 0\n", "[0 3-1i; 3+1i 4]"},
+        {"%%MatrixMarket matrix coordinate real general\n0 5 0\n", "zeros(0,5)"},
+        {"%%MatrixMarket matrix array real general\n2 2\n1\n2\n3\n4\n", "[1 3; 2 4]"},
+        {"%%MatrixMarket matrix array integer symmetric\n2 2\n1\n2\n3\n", "[1 2; 2 3]"},
+        {"%%MatrixMarket matrix array real skew-symmetric\n3 3\n1\n2\n3\n", "[0 -1 -2; 1 0 -3; 2 3 0]"},
+        {"%%MatrixMarket matrix array complex hermitian\n2 2\n1 0\n2 5\n3 0\n", "[1 2-5i; 2+5i 3]"},
+        {"%%MatrixMarket matrix array real general\n0 0\n", "[]"},
+    };
+    for (const Readable& each : cases) {
+        TestShell shell;
+        const std::string path = folder.file("read.mtx", each.file);
+        shell("A = mmread('" + path + "'); E = " + each.same + ";");
+        ASSERT_EQ(shell.errors(), "") << each.file;
+        EXPECT_EQ(shell("isequal(A, E)"), "ans = 1\n") << each.file;
+        EXPECT_EQ(shell["A"].isSparse(), each.file.find("rray ") == std::string::npos) << each.file;
+    }
+    TestShell shell;
+    EXPECT_EQ(shell("class(mmread('" + folder.file("p.mtx", cases[3].file) + "'))"), "ans = 'logical'\n");
+}
+
+struct Unreadable
+{
+    std::string file;
+    std::string complaint; ///< with the line number in front
+};
+
+TEST(MatrixMarket, BadFilesAreRefusedByLine)
+{
+    const std::string real = "%%MatrixMarket matrix coordinate real general\n";
+    const std::string symmetric = "%%MatrixMarket matrix coordinate real symmetric\n";
+    const std::string complex = "%%MatrixMarket matrix coordinate complex hermitian\n";
+    const std::vector<Unreadable> cases = {
+        {"", "1: no Matrix Market file"},
+        {"hello\n", "1: no Matrix Market file"},
+        {"%%MatrixMarket matrix list real general\n", "1: the format is 'list'"},
+        {"%%MatrixMarket matrix array quaternion general\n", "1: the field is 'quaternion'"},
+        {"%%MatrixMarket matrix array real lopsided\n", "1: the symmetry is 'lopsided'"},
+        {"%%MatrixMarket matrix array real\n", "1: the symmetry is ''"},
+        {"%%MatrixMarket matrix array pattern general\n", "1: a pattern goes with"},
+        {"%%MatrixMarket matrix coordinate real hermitian\n", "1: a hermitian matrix has"},
+        {real, "1: the file ends before the line of sizes"},
+        {real + "% only\n% comments\n", "3: the file ends before the line of sizes"},
+        {real + "3 3\n1 1 1\n", "2: the number of entries is missing"},
+        {real + "3 -3 1\n1 1 1\n", "2: the number of columns is missing or no whole number"},
+        {real + "3 3 1 1\n1 1 1\n", "2: unexpected '1'"},
+        {real + "3 3 2\n1 1 1.000000000\n", "3: the file ends after 1 of 2 entries"},
+        {real + "3 3 2\n1 1 1.000000\n\n2 2", "5: a value is missing"},
+        {real + "3 3 1\n1 1 1\n2 2 2\n", "4: there is more than the 1 entries announced"},
+        {real + "3 3 1\n4 1 1\n", "3: the row 4 lies outside 1 to 3"},
+        {real + "3 3 1\n1 0 1\n", "3: the column 0 lies outside 1 to 3"},
+        {real + "3 3 1\n1 99999999999999999999 1\n", "3: the column is too large"},
+        {real + "3 3 1\n1.5 1 1\n", "3: the row is missing or no whole number"},
+        {real + "3 3 1\n1 1 one\n", "3: a value is missing or no number"},
+        {real + "3 3 1\n1 1 1x\n", "3: a value is missing or no number"},
+        {real + "3 3 1\n1 1 1 1\n", "3: unexpected '1'"},
+        {real + "4294967296 3 1\n1 1 1\n", "2: the number of rows, 4294967296, is above the limit"},
+        {real + "3 3 2000000000\n1 1 1\n", "2: the file cannot hold the 2000000000 entries announced"},
+        {real + "3 3 18446744073709551616\n1 1 1\n", "2: the number of entries is too large"},
+        {"%%MatrixMarket matrix array real general\n2000000000 2000000000\n1\n", "2: the file cannot hold"},
+        {symmetric + "3 2 1\n1 1 1\n", "2: a symmetric matrix must be square"},
+        {symmetric + "3 3 1\n1 2 1\n", "3: entry (1,2) lies above the diagonal"},
+        {"%%MatrixMarket matrix coordinate real skew-symmetric\n3 3 1\n1 1 1\n", "3: the diagonal of a skew"},
+        {complex + "3 3 1\n1 1 1 1\n", "3: the diagonal of a hermitian"},
+        {complex + "3 3 1\n2 1 1.0000\n", "3: a value is missing"},
+    };
+    const TestFolder folder;
+    const LeakCheck leaks;
+    for (const Unreadable& each : cases) {
+        TestShell shell;
+        const std::string path = folder.file("bad.mtx", each.file);
+        shell("A = 1; A = mmread('" + path + "');");
+        EXPECT_EQ(shell.identifier(), "kxsh:matrixMarket") << each.file;
+        EXPECT_NE(shell.errors().find("error: " + path + ":" + each.complaint), std::string::npos)
+            << each.file << shell.errors();
+        EXPECT_EQ(shell("A"), "A = 1\n");
+    }
+    {
+        TestShell shell;
+        shell("mmread('" + (folder / "") + "')");
+        EXPECT_EQ(shell.identifier(), "kxsh:file") << "a folder is no file";
+    }
+    EXPECT_EQ(leaks.complaint(), "");
+}
+
+/// A large file cut off at any place is refused, or was cut behind its last digit.
+TEST(MatrixMarket, TruncatedFiles)
+{
+    const TestFolder folder;
+    TestShell shell;
+    const std::string path = folder / "whole.mtx";
+    shell("A = sprand(40, 30, 0.1, 5); mmwrite('" + path + "', A)");
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    const std::string whole = content.str();
+    const std::size_t lastLine = whole.rfind('\n', whole.size() - 2) + 1;
+    for (std::size_t length = 0; length < whole.size(); length += length < lastLine ? 41 : 1) {
+        const std::string cut = folder.file("cut.mtx", whole.substr(0, length));
+        shell("B = mmread('" + cut + "')");
+        const bool mayBeWhole = length > lastLine && whole.find(' ', whole.find(' ', lastLine) + 1) + 1 < length;
+        if (!mayBeWhole) {
+            EXPECT_EQ(shell.identifier(), "kxsh:matrixMarket") << length;
+        }
+    }
+}
+
+TEST(MatrixMarket, WrittenFilesReadBackBitForBit)
+{
+    const TestFolder folder;
+    for (const std::string& expression : std::vector<std::string>{
+             "sprand(300, 200, 0.05, 1)", "complex(sprand(20, 30, 0.2, 1), sprand(20, 30, 0.2, 2))",
+             "sprand(30, 30, 0.1) > 0.5", "sparse([1 2 3], [1 2 3], [1e-310 1.7976931348623157e308 0.1])",
+             "[1 / 3 -2.5; 1e22 5e-324]", "[1+2i 3]", "sparse(7, 3)", "zeros(0, 4)", "sparse([1 2], 1, [1 -1] / 0)",
+             "single([0.1 0.2])", "int64([1 -5])", "uint8(sparse(3, 3, 200))", "1:5"}) {
+        TestShell shell;
+        const std::string path = folder / "written.mtx";
+        shell("A = " + expression + "; mmwrite('" + path + "', A); B = mmread('" + path + "');");
+        ASSERT_EQ(shell.errors(), "") << expression;
+        EXPECT_EQ(shell("isequal(A, B), issparse(A) == issparse(B), nnz(A) == nnz(B)"), "ans = 1\nans = 1\nans = 1\n")
+            << expression;
+        const std::string first = folder / "again.mtx";
+        shell("mmwrite('" + first + "', B)");
+        std::ostringstream one;
+        std::ostringstream two;
+        one << std::ifstream(path).rdbuf();
+        two << std::ifstream(first).rdbuf();
+        if (expression.find("int") == std::string::npos) {
+            EXPECT_EQ(one.str(), two.str()) << expression;
+        }
+    }
+}
+
+TEST(MatrixMarket, AFailedWriteLeavesTheOldFile)
+{
+    const TestFolder folder;
+    const std::string path = folder.file("kept.mtx", "precious");
+    TestShell shell;
+    shell("mmwrite('" + path + "', 'text')");
+    EXPECT_EQ(shell.identifier(), "kxsh:arguments");
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    EXPECT_EQ(content.str(), "precious");
+    shell("mmwrite('/dev/full', sprand(1000, 1000, 0.1))");
+    EXPECT_EQ(shell.identifier(), "kxsh:file");
+    EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+}
+
+TEST(MatrixMarket, RelativeNamesAreAlsoFoundBesideTheScript)
+{
+    const TestFolder folder;
+    const std::string data = folder.file("beside.mtx", "%%MatrixMarket matrix array real general\n1 1\n42\n");
+    const std::string script = folder.file("script.kx", "x = mmread('beside.mtx');");
+    TestShell shell;
+    std::ostringstream errors;
+    EXPECT_EQ(runScript(shell.session(), errors, script), Runner::Outcome::kDone) << errors.str();
+    EXPECT_EQ(shell("x"), "x = 42\n");
+}
+
+} // namespace
+} // namespace kxsh::test

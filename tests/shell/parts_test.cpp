@@ -1,0 +1,157 @@
+// The parts that the statements stand on: assembly, random numbers, completion, lines as they come.
+#include "test_shell.hpp"
+
+#include "assembly.hpp"
+#include "completion.hpp"
+#include "sampling.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <complex>
+#include <map>
+#include <set>
+
+namespace kxsh::test {
+namespace {
+
+/// Random lists against a map, with rows on both sides of the 16 bits by which they are counted.
+TEST(Assembly, SumsPlacesAndDropsZeros)
+{
+    Sampler random(11);
+    for (const unsigned m : {1U, 7U, 65536U, 65537U, 4000000U}) {
+        for (const bool complex : {false, true}) {
+            const unsigned n = 1 + static_cast<unsigned>(random.below(6));
+            std::map<std::pair<unsigned, unsigned>, std::complex<double>> expected;
+            Triplets triplets;
+            for (int k = 0; k < 500; ++k) {
+                const auto row =
+                    static_cast<unsigned>(random.below(2) != 0 ? random.below(m) : random.below(std::min(m, 5U)));
+                const auto column = static_cast<unsigned>(random.below(n));
+                const std::complex<double> value(static_cast<double>(random.below(3)) - 1,
+                                                 complex ? static_cast<double>(random.below(3)) - 1 : 0);
+                triplets.push(row, column, value.real());
+                if (complex) {
+                    triplets.im.push_back(value.imag());
+                }
+                expected[{column, row}] += value;
+            }
+            std::erase_if(expected, [](const auto& entry) { return entry.second == 0.0; });
+            const Value made = assemble(triplets, m, n);
+            ASSERT_EQ(made.entries(), expected.size());
+            EXPECT_EQ(made.get()->nzmax, expected.size());
+            auto entry = expected.begin();
+            for (unsigned j = 0; j < n; ++j) {
+                for (unsigned k = made.starts()[j]; k < made.starts()[j + 1]; ++k, ++entry) {
+                    EXPECT_EQ(entry->first, std::make_pair(j, made.rowIndices()[k]));
+                    EXPECT_EQ(entry->second.real(), made.data<double>()[k]);
+                    EXPECT_EQ(entry->second.imag(), made.isComplex() ? made.imagData<double>()[k] : 0);
+                }
+            }
+        }
+    }
+}
+
+TEST(Sampling, ChoosesDistinctNumbersInOrder)
+{
+    for (const std::uint64_t bound : {1ULL, 10ULL, 1000ULL, 1ULL << 45}) {
+        for (const std::uint64_t count : {0ULL, 1ULL, 2ULL, 9ULL, 240ULL, 260ULL, 1000ULL}) {
+            if (count > bound) {
+                continue;
+            }
+            const auto chosen = Sampler(5).choose(count, bound);
+            ASSERT_EQ(chosen.size(), count);
+            EXPECT_TRUE(std::is_sorted(chosen.begin(), chosen.end(), std::less_equal<>())) << "and none twice";
+            EXPECT_TRUE(count == 0 || chosen.back() < bound);
+        }
+    }
+    // Every number has its chance: over many seeds, each of ten is chosen about 300 times in 1000 draws of three.
+    std::map<std::uint64_t, int> times;
+    for (std::uint64_t seed = 0; seed < 1000; ++seed) {
+        for (const std::uint64_t number : Sampler(seed).choose(3, 10)) {
+            ++times[number];
+        }
+    }
+    for (const auto& [number, count] : times) {
+        EXPECT_NEAR(count, 300, 75) << number;
+    }
+}
+
+/// Computed apart from this program: the numbers must be these on every machine.
+TEST(Sampling, IsTheSameEverywhere)
+{
+    TestShell shell;
+    EXPECT_EQ(shell("randperm(8, 3)"), "ans = full double, 1-by-8\n  1  7  3  6  5  2  8  4\n");
+    EXPECT_EQ(shell("A = sprand(100, 100, 0.0004, 9); isequal(find(A)', [127 4900 7144 9588])"), "ans = 1\n");
+    EXPECT_EQ(shell("full(A(127))"), "ans = 0.2359402032\n");
+}
+
+TEST(Completion, NamesAndFiles)
+{
+    const TestFolder folder;
+    folder.file("plate.mtx", "");
+    folder.file("plate.svg", "");
+    std::filesystem::create_directory(folder / "plates");
+    TestShell shell;
+    shell("spread = 1; x = 2;");
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(complete(shell.session(), "A = spr").candidates, (Names{"sprand", "spread"}));
+    EXPECT_EQ(complete(shell.session(), "A = spr").common, "spr");
+    EXPECT_EQ(complete(shell.session(), "A(e").candidates, (Names{"end", "exit"}));
+    EXPECT_EQ(complete(shell.session(), "mmr").common, "mmread");
+    EXPECT_EQ(complete(shell.session(), "A' * spe").common, "speye");
+    EXPECT_EQ(complete(shell.session(), "zzz").candidates, Names{});
+    const Completion files = complete(shell.session(), "mmread('" + (folder / "pla"));
+    EXPECT_EQ(files.candidates, (Names{folder / "plate.mtx", folder / "plate.svg", folder / "plates/"}));
+    EXPECT_EQ(files.common, folder / "plate");
+    EXPECT_EQ(files.begun, (folder / "pla").size());
+    EXPECT_EQ(complete(shell.session(), "f('no/such/folder/x").candidates, Names{});
+}
+
+/// Lines from a list; an empty one stands for Ctrl-C.
+class Script : public LineSource
+{
+  public:
+    explicit Script(std::vector<std::string> lines) : lines_(std::move(lines)) {}
+    Event next(std::string& line, bool continued) override
+    {
+        prompts += continued ? '.' : '>';
+        if (at_ == lines_.size()) {
+            return Event::kEnd;
+        }
+        line = lines_[at_++];
+        return line.empty() ? Event::kInterrupted : Event::kLine;
+    }
+    std::string prompts;
+
+  private:
+    std::vector<std::string> lines_;
+    std::size_t at_ = 0;
+};
+
+TEST(Lines, OpenBracketsContinueAndErrorsDoNotEnd)
+{
+    TestShell shell;
+    Script lines({"x = [1 2", "3 4];", "y = oops", "z = (1 +", "", "w = 3;", "quit", "v = 4;"});
+    EXPECT_FALSE(shell.runner().runLines(lines)) << "one line failed";
+    EXPECT_EQ(lines.prompts, ">.>>.>>");
+    EXPECT_NE(shell.errors().find("  at line 3: y = oops"), std::string::npos) << shell.errors();
+    EXPECT_EQ(shell("vars"), "  w  full double, 1-by-1\n  x  full double, 2-by-2\n");
+    Script unfinished({"x = 5;", "y = [1"});
+    EXPECT_FALSE(shell.runner().runLines(unfinished));
+    EXPECT_NE(shell.errors().find("  at line 2: y = [1"), std::string::npos) << shell.errors();
+}
+
+TEST(Session, LeavesNoBlockBehind)
+{
+    const std::size_t before = kxrt::live_blocks();
+    {
+        TestShell shell;
+        shell("A = sprand(100, 100, 0.1); B = A; B(:, 3) = []; r = 1:1e9; s = 'text'; C = A(:); A(0)");
+        EXPECT_GT(kxrt::live_blocks(), before);
+    }
+    EXPECT_EQ(kxrt::live_blocks(), before);
+}
+
+} // namespace
+} // namespace kxsh::test

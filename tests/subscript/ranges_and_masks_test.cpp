@@ -1,0 +1,175 @@
+// Colon objects and logical masks, seen through the exports.
+#include "support/operation.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+using namespace zqsp::test;
+
+namespace {
+
+Model row(unsigned n)
+{
+    Model a = Model::empty({}, 1, n);
+    for (unsigned j = 0; j < n; ++j) {
+        a.entries[{j, 0}] = j + 1.0;
+    }
+    return a.fit();
+}
+
+/// Reads and deletes columns by `s`; the status of reading is told, deletion has its own for being out of range.
+void expectStatus(const Model& a, const Subscript& s, spStatus reading)
+{
+    const spStatus deleting = reading == spIndexOutOfRange ? spIndexToRemoveOutOfRange : reading;
+    const std::pair<Export, spStatus> calls[] = {{Export::Ref3, reading},
+                                                 {Export::Ref4, reading},
+                                                 {Export::DeleteColumns, deleting},
+                                                 {Export::DeleteElements, deleting}};
+    for (const auto& [callee, status] : calls) {
+        const Operation op{.callee = callee, .a = a, .i = s};
+        EXPECT_EQ(predict(op).ended, Ended(Failure{status, ""})) << op;
+        EXPECT_EQ("", checkOperation(op));
+    }
+}
+
+} // namespace
+
+TEST(SubscriptRanges, Ends)
+{
+    const struct
+    {
+        double start, step, stop;
+        spStatus status;
+    } cases[] = {{1, 1, 5, spOK},
+                 {5, -1, 1, spOK},
+                 {1, 2, 5, spOK},
+                 {5, -2, 2, spOK},
+                 {1, 2, 6, spIndexOutOfRange}, // the stop decides, reached or not
+                 {6, -2, 1, spIndexOutOfRange},
+                 {6, 1, 6, spIndexOutOfRange},
+                 {1, 1, 2147483647, spIndexOutOfRange},
+                 {0, 1, 3, spIndexNotPositiveInteger},
+                 {3, -1, 0, spIndexNotPositiveInteger},
+                 {-2, 9, 3, spIndexNotPositiveInteger},
+                 {0, 1, 9, spIndexNotPositiveInteger}, // below one comes before out of range
+                 {3, 1, 1, spOK},
+                 {1, -1, 3, spOK},
+                 {0, 1, -1, spOK}, // empty, wherever it lies
+                 {9, 1, 8, spOK},
+                 {2, 0, 2, spOK},
+                 {2, -2147483648.0, 1, spOK}, // one value, whatever the step
+                 {2, 2147483647, 5, spOK}};
+    for (const auto& [start, step, stop, status] : cases) {
+        expectStatus(row(5), Subscript::range(start, step, stop), status);
+    }
+}
+
+TEST(SubscriptRanges, NotOfWholeNumbers)
+{
+    expectStatus(row(5), Subscript::range(1, 0.5, 3), spIndexNotPositiveInteger);
+    expectStatus(row(5), Subscript::range(1.5, 1, 3), spIndexNotPositiveInteger);
+    expectStatus(row(5), Subscript::range(1, 1, 3.5), spOK);
+    expectStatus(row(5), Subscript::range(5, -1, 0.5), spOK);
+    expectStatus(row(5), Subscript::range(1, 1, 6.5), spIndexOutOfRange);
+    expectStatus(row(5), Subscript::range(1, 2, 6.5), spOK); // here the values are tested, not the stop
+    expectStatus(row(5), Subscript::range(5, 0.5, 5.25), spOK);
+    expectStatus(row(5), Subscript::range(0, 1, 2.5), spIndexNotPositiveInteger);
+    expectStatus(row(5), Subscript::range(2.5, 1, 1), spOK);
+    expectStatus(row(5), Subscript::range(3e9, 1, 3e9), spIndexOutOfRange);
+}
+
+TEST(SubscriptMasks, EveryLengthAndPlace)
+{
+    // Around the words that a mask may be read by.
+    for (const unsigned n : {1U, 7U, 8U, 9U, 16U, 63U, 64U, 65U}) {
+        const Model a = row(n);
+        for (const unsigned length : {n - 1, n, n + 1, n + 9}) {
+            for (unsigned at = 0; at < length; ++at) {
+                std::vector<double> values(length, 0.0);
+                values[at] = std::array{1, 128, 255}[at % 3]; // any byte that is not zero is true
+                expectStatus(a, Subscript::mask(values), at < n ? spOK : spIndexOutOfRange);
+            }
+            const std::vector<double> all(length, 1.0);
+            expectStatus(a, Subscript::mask(all), length <= n ? spOK : spIndexOutOfRange);
+            std::vector<double> allButEnds = all;
+            allButEnds.resize(n, 0);
+            allButEnds.front() = allButEnds.back() = 0;
+            allButEnds.resize(n + 20, 0);
+            expectStatus(a, Subscript::mask(allButEnds), spOK);
+        }
+    }
+}
+
+TEST(SubscriptMasks, Sparse)
+{
+    const Model a = row(6);
+    const struct
+    {
+        Subscript s;
+        spStatus status;
+    } cases[] = {{Subscript::sparseMask(1, 6, {{0, 0}, {5, 0}}), spOK},
+                 {Subscript::sparseMask(6, 1, {{0, 1}, {0, 5}}), spOK},
+                 {Subscript::sparseMask(2, 3, {{0, 1}, {2, 1}}), spOK},
+                 {Subscript::sparseMask(4, 2, {{0, 3}, {1, 1}}), spOK},              // 5 is the last position
+                 {Subscript::sparseMask(4, 2, {{0, 3}, {1, 2}}), spIndexOutOfRange}, // 6
+                 {Subscript::sparseMask(4, 3, {{2, 0}}), spIndexOutOfRange},         // a later column
+                 {Subscript::sparseMask(9, 9, {{0, 5}}), spOK},                      // room past the extent, not used
+                 {Subscript::sparseMask(9, 9, {{0, 6}}), spIndexOutOfRange},
+                 {Subscript::sparseMask(9, 9, {{8, 8}}), spIndexOutOfRange},
+                 {Subscript::sparseMask(3, 3, {{1, 2}, {2, 0}}), spIndexOutOfRange},
+                 {Subscript::sparseMask(0, 4, {}), spOK},
+                 {Subscript::sparseMask(4, 0, {}), spOK},
+                 {Subscript::sparseMask(0, 0, {}), spOK}};
+    for (auto [s, status] : cases) {
+        expectStatus(a, s, status);
+        s.storesFalse = true; // what is stored selects, whatever it is
+        expectStatus(a, s, status);
+    }
+}
+
+TEST(SubscriptMasks, OfEmptyMatrices)
+{
+    const Model none = Model::empty({}, 3, 0);
+    for (const Subscript& s : {Subscript::mask({0, 0}), Subscript::mask({}), Subscript::sparseMask(2, 2, {}),
+                               Subscript::list({}), Subscript::range(1, 1, 0), Subscript::colon()}) {
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref3, .a = none, .i = s}));
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref4, .a = none, .i = s}));
+    }
+    for (const Subscript& s : {Subscript::mask({0, 1}), Subscript::sparseMask(2, 2, {{0, 0}}), Subscript::list({1}),
+                               Subscript::range(1, 1, 1)}) {
+        expectStatus(none, s, spIndexOutOfRange);
+    }
+}
+
+TEST(SubscriptRuns, MoreThanAnyBufferHolds)
+{
+    // The same positions in every form: 700 runs of one, two and three neighbours.
+    constexpr unsigned kExtent = 4000;
+    constexpr unsigned kMaskRows = 37;
+    std::vector<double> list;
+    std::vector<double> mask(kExtent, 0.0);
+    std::vector<Place> places;
+    for (unsigned runs = 0, p = 0; runs < 700; ++runs, p += 2) {
+        for (unsigned length = runs % 3 + 1; length > 0; --length, ++p) {
+            list.push_back(p + 1.0);
+            mask[p] = 1;
+            places.push_back({p / kMaskRows, p % kMaskRows});
+        }
+    }
+    std::vector<double> backwards(list.rbegin(), list.rend());
+    const Model flat = row(kExtent);
+    Model tall = Model::empty({}, kExtent, 2);
+    for (unsigned i = 0; i < kExtent; i += 2) {
+        tall.entries[{i % 4 / 2, i}] = i + 1.0;
+    }
+    tall.fit();
+    for (const Subscript& s : {Subscript::list(list), Subscript::list(backwards), Subscript::mask(mask),
+                               Subscript::sparseMask(kMaskRows, kExtent, places), Subscript::range(1, 3, kExtent),
+                               Subscript::range(kExtent, -3, 1)}) {
+        expectStatus(flat, s, spOK);
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = tall, .i = s}));
+        EXPECT_EQ("", checkOperation({.callee = Export::DeleteRows, .a = tall, .i = s}));
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref6, .a = flat, .i = Subscript::list({1, 1}), .j = s}));
+    }
+}

@@ -1,0 +1,168 @@
+#include "support/arrays.hpp"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <ostream>
+#include <stdexcept>
+
+namespace zqsp::test {
+
+namespace {
+
+/// Calls f(T{}) with the C++ type of the class.
+template <typename F>
+auto withType(kxClassID id, F&& f)
+{
+    switch (id) {
+    case kxLOGICAL_CLASS:
+    case kxUINT8_CLASS:
+        return f(std::uint8_t{});
+    case kxCHAR_CLASS:
+    case kxUINT16_CLASS:
+        return f(std::uint16_t{});
+    case kxDOUBLE_CLASS:
+        return f(double{});
+    case kxSINGLE_CLASS:
+        return f(float{});
+    case kxINT8_CLASS:
+        return f(std::int8_t{});
+    case kxINT16_CLASS:
+        return f(std::int16_t{});
+    case kxINT32_CLASS:
+        return f(std::int32_t{});
+    case kxUINT32_CLASS:
+        return f(std::uint32_t{});
+    case kxINT64_CLASS:
+        return f(std::int64_t{});
+    case kxUINT64_CLASS:
+        return f(std::uint64_t{});
+    case kxUNKNOWN_CLASS:
+        break;
+    }
+    throw std::invalid_argument("a class without elements");
+}
+
+const char* nameOfClass(kxClassID id)
+{
+    switch (id) {
+    case kxUNKNOWN_CLASS:
+        return "unset";
+    case kxLOGICAL_CLASS:
+        return "logical";
+    case kxCHAR_CLASS:
+        return "char";
+    case kxDOUBLE_CLASS:
+        return "double";
+    case kxSINGLE_CLASS:
+        return "single";
+    case kxINT8_CLASS:
+        return "int8";
+    case kxUINT8_CLASS:
+        return "uint8";
+    case kxINT16_CLASS:
+        return "int16";
+    case kxUINT16_CLASS:
+        return "uint16";
+    case kxINT32_CLASS:
+        return "int32";
+    case kxUINT32_CLASS:
+        return "uint32";
+    case kxINT64_CLASS:
+        return "int64";
+    case kxUINT64_CLASS:
+        return "uint64";
+    }
+    return "of an unknown class";
+}
+
+} // namespace
+
+const std::vector<Storage>& sparseStorages()
+{
+    static const std::vector<Storage> all = {
+        {kxLOGICAL_CLASS, false}, {kxDOUBLE_CLASS, false}, {kxDOUBLE_CLASS, true},
+        {kxSINGLE_CLASS, false},  {kxSINGLE_CLASS, true},  {kxUINT8_CLASS, false},
+        {kxINT16_CLASS, true},    {kxINT32_CLASS, false},  {kxUINT64_CLASS, false}};
+    return all;
+}
+
+std::string nameOf(Storage storage)
+{
+    return std::string(nameOfClass(storage.classId)) + (storage.complex ? " complex" : "");
+}
+
+std::ostream& operator<<(std::ostream& out, Storage storage)
+{
+    return out << nameOf(storage);
+}
+
+std::string testNameOf(Storage storage)
+{
+    return std::string(nameOfClass(storage.classId)) + (storage.complex ? "Complex" : "");
+}
+
+bool isNumeric(kxClassID id)
+{
+    return id >= kxDOUBLE_CLASS && id <= kxUINT64_CLASS;
+}
+
+std::size_t elementSizeOf(kxClassID id)
+{
+    return withType(id, [](auto zero) { return sizeof zero; });
+}
+
+double readElement(const void* block, kxClassID id, std::size_t i)
+{
+    return withType(id, [&](auto element) {
+        std::memcpy(&element, static_cast<const char*>(block) + i * sizeof element, sizeof element);
+        return static_cast<double>(element);
+    });
+}
+
+void writeElement(void* block, kxClassID id, std::size_t i, double value)
+{
+    withType(id, [&](auto element) {
+        using T = decltype(element);
+        constexpr T kHighest = std::numeric_limits<T>::max(); // as a float it may lie one past the class
+        const bool atEnd = std::numeric_limits<T>::is_integer && value >= static_cast<double>(kHighest);
+        element = atEnd ? kHighest : static_cast<T>(value);
+        std::memcpy(static_cast<char*>(block) + i * sizeof element, &element, sizeof element);
+    });
+}
+
+double convertElement(double value, kxClassID id)
+{
+    if (id == kxLOGICAL_CLASS) {
+        return value != 0 ? 1 : 0;
+    }
+    return withType(id, [&](auto zero) {
+        using T = decltype(zero);
+        if constexpr (std::numeric_limits<T>::is_integer) {
+            const double rounded = std::isnan(value) ? 0 : std::round(value);
+            const auto lowest = static_cast<double>(std::numeric_limits<T>::min());
+            const auto highest = static_cast<double>(std::numeric_limits<T>::max());
+            return std::fmin(std::fmax(rounded, lowest), highest);
+        } else {
+            return static_cast<double>(static_cast<T>(value));
+        }
+    });
+}
+
+kxClassID classOf(const kxArray* array)
+{
+    return array->class_id > kxUINT64_CLASS ? array->_get_class_id_non_trivial() : array->class_id;
+}
+
+bool isComplex(const kxArray* array)
+{
+    return (array->flags & kxFLAG_MAY_BE_COMPLEX) != 0 && array->pi != nullptr;
+}
+
+bool isSparse(const kxArray* array)
+{
+    return (array->flags & kxFLAG_SPARSE) != 0;
+}
+
+} // namespace zqsp::test

@@ -1,0 +1,290 @@
+#include "support/generators.hpp"
+
+#include "support/draw.hpp"
+
+#include <algorithm>
+
+namespace zqsp::test {
+
+rc::Gen<Storage> storages()
+{
+    return rc::gen::exec([] { return drawFrom(sparseStorages()); });
+}
+
+namespace {
+
+/// How the values of one matrix or right-hand side come about.
+struct Values
+{
+    Storage storage;
+    bool hasImaginary; ///< false: a complex one is stored with imaginary zeros
+
+    explicit Values(Storage s) : storage(s), hasImaginary(s.complex && !drawOneIn(3)) {}
+
+    /// From 0 .. kKinds-1 a non-zero value that the storage holds.
+    static constexpr unsigned kKinds = 24;
+    [[nodiscard]] Value of(unsigned kind) const
+    {
+        if (storage.classId == kxLOGICAL_CLASS) {
+            return 1;
+        }
+        const double size = 1 + kind % 12;
+        const double imaginary = hasImaginary && kind % 3 == 1 ? size - 6 : 0;
+        const bool isSigned = convertElement(-1, storage.classId) < 0;
+        return {isSigned && kind >= 12 ? -size : size, convertElement(imaginary, storage.classId)};
+    }
+};
+
+/// Entries anywhere: about a third of a small matrix, a few of a large one.
+void drawEntries(Model& a, const Values& values, bool explicitZeros)
+{
+    constexpr unsigned kEmpty = 2 * Values::kKinds;
+    constexpr unsigned kFewElements = 64;
+    constexpr unsigned kMany = 20;
+    const auto store = [&](Place place, unsigned kind) {
+        const bool zero = explicitZeros && kind % 11 == 10;
+        a.entries[place] = zero ? Value(0) : values.of(kind % Values::kKinds);
+    };
+    if (a.numel() <= kFewElements) {
+        const std::vector<unsigned> kinds = drawMany(a.numel(), kEmpty + Values::kKinds);
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
+            if (kinds[i] >= kEmpty) {
+                store(a.place(i), kinds[i] - kEmpty);
+            }
+        }
+        return;
+    }
+    for (unsigned count = draw(kMany); count > 0; --count) {
+        store({draw(a.n), draw(a.m)}, draw(Values::kKinds));
+    }
+}
+
+void finish(Model& a)
+{
+    a.fit();
+    if (drawOneIn(3)) {
+        a.nzmax += 1 + draw(15);
+    }
+    a.hideClass = drawOneIn(8);
+}
+
+/// One column in three full or nearly so.
+void drawDenseEntries(Model& a, const Values& values)
+{
+    for (unsigned j = 0; j < a.n; ++j) {
+        const unsigned oneIn = 1 + draw(3);
+        for (unsigned i = draw(4); i < a.m; i += oneIn) {
+            a.entries[{j, i}] = values.of((i * 7 + j) % Values::kKinds);
+        }
+    }
+}
+
+Model drawModel(Storage storage, Shape shape, bool explicitZeros)
+{
+    Model a = Model::empty(storage, 0, 0);
+    const Values values(storage);
+    switch (shape) {
+    case Shape::Small:
+        a.m = drawOneIn(5) ? draw(2) : draw(8);
+        a.n = drawOneIn(5) ? draw(2) : draw(8);
+        drawEntries(a, values, explicitZeros);
+        break;
+    case Shape::Tall:
+        a.m = 100 + draw(2000);
+        a.n = 1 + draw(4);
+        drawEntries(a, values, explicitZeros);
+        break;
+    case Shape::Dense:
+        a.m = 20 + draw(100);
+        a.n = 1 + draw(3);
+        drawDenseEntries(a, values);
+        break;
+    case Shape::Huge: {
+        constexpr unsigned kLong = 66000;
+        const bool wide = drawOneIn(3);
+        a.n = wide ? kLong + draw(1000) : 2 + draw(6);
+        a.m = wide ? kLong + draw(1000) : 0xF0000000U + draw(1000);
+        drawEntries(a, values, explicitZeros);
+        break;
+    }
+    }
+    finish(a);
+    return a;
+}
+
+std::vector<unsigned> sortedUnique(std::vector<unsigned> list)
+{
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
+    return list;
+}
+
+} // namespace
+
+rc::Gen<Model> models(Storage storage, Shape shape, bool explicitZeros)
+{
+    return rc::gen::exec([=] { return drawModel(storage, shape, explicitZeros); });
+}
+
+rc::Gen<Model> models(Storage storage, bool explicitZeros)
+{
+    return rc::gen::exec([=] {
+        const Shape shape = drawFrom<Shape>({Shape::Small, Shape::Small, Shape::Small, Shape::Tall, Shape::Dense});
+        return drawModel(storage, shape, explicitZeros);
+    });
+}
+
+rc::Gen<Model> models()
+{
+    return rc::gen::exec([] { return *models(*storages()); });
+}
+
+rc::Gen<Model> modelsOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros)
+{
+    return rc::gen::exec([=] {
+        Model a = Model::empty(storage, m, n);
+        drawEntries(a, Values(storage), explicitZeros);
+        finish(a);
+        return a;
+    });
+}
+
+std::vector<unsigned> storedRows(const Model& a)
+{
+    std::vector<unsigned> rows;
+    for (const auto& [place, value] : a.entries) {
+        rows.push_back(place.row);
+    }
+    return sortedUnique(rows);
+}
+
+std::vector<unsigned> storedColumns(const Model& a)
+{
+    std::vector<unsigned> columns;
+    for (const auto& [place, value] : a.entries) {
+        columns.push_back(place.column);
+    }
+    return sortedUnique(columns);
+}
+
+std::vector<unsigned> storedElements(const Model& a)
+{
+    std::vector<unsigned> positions;
+    for (const auto& [place, value] : a.entries) {
+        if (a.linear(place) < kxGetMaxNumberOfElements()) {
+            positions.push_back(static_cast<unsigned>(a.linear(place)));
+        }
+    }
+    return positions;
+}
+
+namespace {
+
+constexpr unsigned kMostDims = 4;
+
+Storage drawStorage()
+{
+    return drawFrom(sparseStorages());
+}
+
+std::vector<Value> drawElements(std::uint64_t count, Storage storage, bool halves)
+{
+    const Values values(storage);
+    std::vector<Value> elements;
+    for (const unsigned kind : drawMany(count, Values::kKinds + 8)) {
+        Value value = kind < 8 ? Value(0) : values.of(kind - 8);
+        if (halves && kind % 5 == 4) {
+            value += 0.5;
+        }
+        elements.push_back(value);
+    }
+    return elements;
+}
+
+/// A full or sparse right-hand side of this shape.
+RightSide drawRightSide(const std::vector<unsigned>& dims)
+{
+    const Storage storage = drawStorage();
+    if (dims.size() == 2 && drawOneIn(2)) {
+        return RightSide::of(*modelsOfSize(storage, dims[0], dims[1]));
+    }
+    RightSide b = RightSide::full(dims, {}, storage);
+    const bool floating = storage.classId == kxDOUBLE_CLASS || storage.classId == kxSINGLE_CLASS;
+    b.values = drawElements(b.numel(), storage, floating);
+    return b;
+}
+
+RightSide drawScalar()
+{
+    return drawRightSide(drawOneIn(8) ? std::vector<unsigned>{1, 1, 1} : std::vector<unsigned>{1, 1});
+}
+
+/// The shape with dimensions of 1 strewn in.
+std::vector<unsigned> drawWidened(unsigned m, unsigned n)
+{
+    std::vector<unsigned> dims = {m, n};
+    for (unsigned more = 1 + draw(2); more > 0 && dims.size() < kMostDims; --more) {
+        dims.insert(dims.begin() + static_cast<std::ptrdiff_t>(draw(static_cast<unsigned>(dims.size()) + 1)), 1);
+    }
+    return dims;
+}
+
+RightSide drawMisfit(unsigned m, unsigned n)
+{
+    switch (draw(4)) {
+    case 0:
+        return RightSide::literal(RightSide::Kind::ContainedLiteral);
+    case 1:
+        return drawRightSide({draw(3), draw(4)});
+    case 2:
+        return drawRightSide({2, 2, 2});
+    default:
+        return drawRightSide({n, m});
+    }
+}
+
+} // namespace
+
+rc::Gen<RightSide> rightSides(unsigned m, unsigned n)
+{
+    return rc::gen::exec([=] {
+        switch (draw(8)) {
+        case 0:
+        case 1:
+        case 2:
+            return drawRightSide({m, n});
+        case 3:
+        case 4:
+            return drawScalar();
+        case 5:
+            return drawRightSide(drawWidened(m, n));
+        case 6: // laid the other way where the region is a vector
+            return m == 1 || n == 1 ? drawRightSide({n, m}) : drawRightSide({m, n});
+        default:
+            return drawMisfit(m, n);
+        }
+    });
+}
+
+rc::Gen<RightSide> rightSides(unsigned count)
+{
+    return rc::gen::exec([=] {
+        switch (draw(8)) {
+        case 0:
+        case 1:
+            return drawRightSide({1, count});
+        case 2:
+            return drawRightSide({count, 1});
+        case 3:
+            return count % 2 == 0 ? drawRightSide({2, count / 2}) : drawRightSide({1, 1, count});
+        case 4:
+        case 5:
+        case 6:
+            return drawScalar();
+        default:
+            return drawMisfit(count, 2);
+        }
+    });
+}
+
+} // namespace zqsp::test

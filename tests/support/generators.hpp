@@ -1,0 +1,89 @@
+// Random operands for RapidCheck, shrinking towards small ones, and the driver of a property.
+//
+//     TEST(Rows, Random)
+//     {
+//         property(2000, [] {
+//             const Model a = *models();
+//             const Subscript i = *subscripts({.extent = a.m, .likely = storedRows(a)});
+//             holds({.callee = Export::Ref5, .a = a, .i = i});
+//         });
+//     }
+//
+// The runs of a property are the same each time. RC_PARAMS ("seed=7 max_success=100000") asks for others; a failure
+// prints what reproduces it.
+#ifndef ZQSP_TESTS_SUPPORT_GENERATORS_HPP
+#define ZQSP_TESTS_SUPPORT_GENERATORS_HPP
+
+#include "support/operation.hpp"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <functional>
+#include <vector>
+
+namespace zqsp::test {
+
+// ---- Matrices ----
+
+rc::Gen<Storage> storages();
+
+enum class Shape
+{
+    Small, ///< up to 7 in each direction, empty ones, vectors and scalars included
+    Tall,  ///< hundreds of rows, few entries: the search is chosen over the row map
+    Dense, ///< columns long enough for the search to pay
+    Huge   ///< more than 2^32 elements
+};
+
+/// A matrix with some explicit zeros (where allowed), some spare capacity, some hidden class, and imaginary parts that
+/// are often all zero.
+rc::Gen<Model> models(Storage storage, Shape shape, bool explicitZeros = true);
+rc::Gen<Model> models(Storage storage, bool explicitZeros = true); ///< any shape but Huge
+rc::Gen<Model> models();                                           ///< any storage
+
+/// A matrix of this very size.
+rc::Gen<Model> modelsOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros = true);
+
+/// Positions worth naming: those that store something.
+std::vector<unsigned> storedRows(const Model& a);
+std::vector<unsigned> storedColumns(const Model& a);
+std::vector<unsigned> storedElements(const Model& a); ///< linear, as far as they fit
+
+// ---- Subscripts ----
+
+/// What a subscript is wanted for.
+struct Wanted
+{
+    std::uint64_t extent = 0;
+    Purpose purpose = Purpose::Reference;
+    unsigned growth = 0;               ///< how far past the extent a good index may go (assignment)
+    std::vector<unsigned> likely = {}; ///< positions to name more often than others
+    unsigned most = 8;                 ///< positions it names
+    bool mayFail = true;               ///< one in eight is spoilt: a bad value, a position past the extent
+};
+
+/// A subscript of any form, class and shape.
+rc::Gen<Subscript> subscripts(const Wanted& wanted);
+/// One of this form.
+rc::Gen<Subscript> subscripts(const Wanted& wanted, Form form);
+
+// ---- Right-hand sides ----
+
+/// For a region of m-by-n: mostly what fits it (exact, as a vector the other way, scalar, with more dimensions), of any
+/// storage, full or sparse; one in eight does not fit; never the mark of a deletion.
+rc::Gen<RightSide> rightSides(unsigned m, unsigned n);
+/// For `count` linear positions: as many elements in any shape, or a scalar, or, one in eight, another number.
+rc::Gen<RightSide> rightSides(unsigned count);
+
+// ---- Properties ----
+
+/// Fails the running property with the text of checkOperation() unless it is "".
+void holds(const Operation& operation);
+
+/// Checks a property, which draws its operands and asserts, `runs` times within a gtest test.
+void property(int runs, const std::function<void()>& body);
+
+} // namespace zqsp::test
+
+#endif

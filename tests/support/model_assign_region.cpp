@@ -1,0 +1,292 @@
+#include "support/model_operations.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+namespace zqsp::test {
+
+namespace {
+
+/// The region a right-hand side is laid into.
+struct Region
+{
+    std::uint64_t m;
+    std::uint64_t n;
+};
+
+[[noreturn]] void fail(spStatus status)
+{
+    throw Failure{status, ""};
+}
+
+/// Whether B fits; where told, the region first takes its rows or columns from B.
+bool fits(Region& region, const RightSide& b, bool rowsFollow, bool columnsFollow)
+{
+    const std::uint64_t mB = b.m();
+    const std::uint64_t nB = b.n();
+    if (rowsFollow) {
+        region.m = mB == 1 && region.n == 1 ? nB : mB;
+    }
+    if (columnsFollow) {
+        region.n = nB == 1 && region.m == 1 ? mB : nB;
+    }
+    const bool vectors = (region.m == 1 || region.n == 1) && (mB == 1 || nB == 1);
+    return b.isScalar() || (region.m == mB && region.n == nB) || (vectors && region.m * region.n == mB * nB) ||
+           (region.m * region.n == 0 && mB * nB == 0);
+}
+
+unsigned highest(const Positions& positions)
+{
+    return positions.empty() ? 0 : static_cast<unsigned>(*std::max_element(positions.begin(), positions.end()));
+}
+
+Positions everyOne(std::uint64_t count)
+{
+    return convert(Subscript::colon(), count, Purpose::Assignment);
+}
+
+/// Grows the columns to cover `column`.
+void growColumns(Model& a, unsigned column)
+{
+    if (column >= a.n && column > (kxGetMaxNumberOfElements() - 2) / 4) {
+        throw Failure{spOK, kMaxSizeError};
+    }
+    a.n = std::max(a.n, column + 1);
+}
+
+/// An empty matrix in place of a target that is not sparse yet.
+Model fresh(const RightSide& b, unsigned m, unsigned n, unsigned nzmax)
+{
+    Model a = Model::empty(b.storage, m, n);
+    a.nzmax = nzmax;
+    return a;
+}
+
+Value scalarOf(const RightSide& b)
+{
+    return b.elements().at(0);
+}
+
+/// Replaces rows x columns of A by B's stored entries, those of later repeats last. A scalar fills the region when it
+/// is not zero. The capacity grows to just the entries there are.
+void writeRegion(Model& a, const Positions& rows, const Positions& columns, const RightSide& b)
+{
+    std::map<std::uint64_t, std::vector<unsigned>> rowsOfRegion;
+    const Model source = b.asSparse();
+    const bool scalar = b.isScalar();
+    for (unsigned c = 0; c < columns.size(); ++c) {
+        const auto column = static_cast<unsigned>(columns[c]);
+        for (unsigned r = 0; r < rows.size(); ++r) {
+            const Place to{column, static_cast<unsigned>(rows[r])};
+            // Vectors are laid along the region, whichever way they lie.
+            const Place from = scalar ? Place{} : source.place(std::uint64_t{c} * rows.size() + r);
+            const auto found = source.entries.find(from);
+            a.entries.erase(to);
+            if (found != source.entries.end() && !(scalar && found->second == 0.0)) {
+                a.entries[to] = found->second;
+            }
+        }
+    }
+    a.storage.complex = a.storage.complex || b.storage.complex;
+    a.fit();
+}
+
+/// The shared beginning of A(:,J) = B and A(I,:) = B.
+Model enter(const Model& a, RightSide b, const Subscript& s, const std::function<Model(const Model&, RightSide)>& work)
+{
+    b = b.squeezed();
+    if (!b.isScalar()) {
+        b = RightSide::of(b.asSparse());
+    }
+    if (a.storage.classId == kxUNKNOWN_CLASS && s.form == Form::Colon) {
+        Model result = b.asSparse();
+        result.sparse = b.kind == RightSide::Kind::Sparse;
+        result.nzmax = Model::kAnyCapacity;
+        return result;
+    }
+    return work(a, a.storage.classId == kxUNKNOWN_CLASS ? b : b.converted(a.storage.classId));
+}
+
+/// No column or no row is named.
+Model writeNothing(const Model& a, const RightSide& b)
+{
+    if (b.numel() > 1) {
+        fail(spAssignDimMismatch);
+    }
+    return a.isUnset() ? fresh(RightSide::full({0, 0}, {}, {b.storage.classId, false}), 0, 0, 1) : a;
+}
+
+Model writeColumns(const Model& a, const RightSide& b, const Subscript& j)
+{
+    const Positions columns = convert(j, a.n, Purpose::Assignment);
+    if (columns.empty()) {
+        return writeNothing(a, b);
+    }
+    const bool follows = a.isEmpty() && a.m == a.n && b.numel() > 0;
+    Region region{a.m, columns.size()};
+    if (!fits(region, b, follows, false)) {
+        fail(spAssignDimMismatch);
+    }
+    Model result = a;
+    if (a.isUnset()) {
+        const std::uint64_t nnz = b.kind == RightSide::Kind::Sparse ? b.model.nnz() : 1;
+        const std::uint64_t nzmax = b.isScalar() ? nnz * region.n : nnz;
+        result = fresh(b, 0, highest(columns) + 1, static_cast<unsigned>(nzmax));
+    }
+    result.m = static_cast<unsigned>(region.m);
+    growColumns(result, highest(columns));
+    writeRegion(result, everyOne(region.m), columns, b);
+    return result;
+}
+
+Model writeRows(const Model& a, const RightSide& b, const Subscript& i)
+{
+    const Positions rows = convert(i, a.m, Purpose::Assignment);
+    if (rows.empty()) {
+        return writeNothing(a, b);
+    }
+    const bool follows = a.isEmpty() && a.m == a.n && b.numel() > 0;
+    Region region{rows.size(), a.n};
+    if (!fits(region, b, false, follows)) {
+        fail(spAssignDimMismatch);
+    }
+    Model result = a.isUnset() ? fresh(b, a.m, 0, 0) : a;
+    result.n = static_cast<unsigned>(region.n);
+    result.m = std::max(a.m, highest(rows) + 1);
+    writeRegion(result, rows, everyOne(region.n), b);
+    return result;
+}
+
+/// Whether A(i,j) = B takes the short way for this subscript: one number of a class that may be complex.
+bool isOneNumber(const Subscript& s)
+{
+    const bool one =
+        s.form == Form::SparseNumeric ? s.storedCount() == 1 : s.form == Form::Numeric && s.values.size() == 1;
+    return one && isNumeric(s.classId) && !s.complex;
+}
+
+unsigned oneIndex(const Subscript& s)
+{
+    const double x = s.values[0];
+    if (std::isfinite(x) && x > kxGetMaxNumberOfElements()) {
+        throw Failure{spOK, kSizeLimitError};
+    }
+    if (!std::isfinite(x) || x != std::trunc(x) || x < 0) {
+        fail(spIndexNotPositiveInteger);
+    }
+    if (x == 0) {
+        fail(spIndexBelowOne);
+    }
+    return static_cast<unsigned>(x) - 1;
+}
+
+/// Stores or removes one element; a full matrix grows by ten entries.
+void writeOne(Model& a, Place place, const RightSide& b)
+{
+    growColumns(a, place.column);
+    a.m = std::max(a.m, place.row + 1);
+    const Value value = scalarOf(b);
+    if (value == 0.0) {
+        a.entries.erase(place);
+        return;
+    }
+    if (!a.entries.contains(place) && a.nnz() == a.nzmax) {
+        a.nzmax += 10;
+    }
+    a.entries[place] = value;
+    a.storage.complex = a.storage.complex || b.storage.complex;
+}
+
+/// The subscripts name rows and columns: B goes into the region they span.
+Model writeGeneral(const Model& a, const RightSide& b, const Positions& rows, const Positions& columns)
+{
+    const unsigned m = std::max(a.m, highest(rows) + 1);
+    const unsigned column = highest(columns);
+    const bool zeroScalar = b.isScalar() && scalarOf(b) == 0.0;
+    const bool one = rows.size() == 1 && columns.size() == 1;
+    Model result = a.isUnset() ? fresh(b, m, column + 1, zeroScalar || one ? 1 : 0) : a;
+    growColumns(result, column);
+    result.m = m;
+    if (one && !zeroScalar) {
+        writeOne(result, {column, highest(rows)}, b);
+    } else {
+        writeRegion(result, rows, columns, b);
+    }
+    return result;
+}
+
+/// One of the subscripts names nothing: only the size may grow.
+Model growGeneral(const Model& a, const RightSide& b, const Positions& rows, const Positions& columns)
+{
+    const unsigned m = rows.empty() ? a.m : std::max(a.m, highest(rows) + 1);
+    const unsigned n = columns.empty() ? 0 : highest(columns) + 1;
+    if (a.isUnset()) {
+        return fresh(RightSide::full({0, 0}, {}, {b.storage.classId, false}), m, n, 1);
+    }
+    Model result = a;
+    result.m = m;
+    if (!columns.empty()) {
+        growColumns(result, highest(columns));
+    }
+    return result;
+}
+
+} // namespace
+
+Model assignColumns(const Model& a, const RightSide& b, const Subscript& j)
+{
+    Model result =
+        b.isDeletion()
+            ? deleteColumns(a, j)
+            : enter(a, b, j, [&](const Model& x, const RightSide& prepared) { return writeColumns(x, prepared, j); });
+    result.freeImagIfZero();
+    return result;
+}
+
+Model assignRows(const Model& a, const RightSide& b, const Subscript& i)
+{
+    Model result = b.isDeletion() ? deleteRows(a, i) : enter(a, b, i, [&](const Model& x, const RightSide& prepared) {
+        return writeRows(x, prepared, i);
+    });
+    result.freeImagIfZero();
+    return result;
+}
+
+Model assignGeneral(const Model& a, const RightSide& original, const Subscript& i, const Subscript& j)
+{
+    const kxClassID id = a.storage.classId;
+    Model result;
+    if (id == kxUNKNOWN_CLASS && i.form == Form::Colon && j.form == Form::Colon) {
+        result = original.asSparse();
+        result.sparse = original.kind == RightSide::Kind::Sparse;
+        result.nzmax = result.sparse ? original.model.nzmax : Model::kAnyCapacity;
+        result.freeImagIfZero();
+        return result;
+    }
+    RightSide b = original.isDeletion() || id == kxUNKNOWN_CLASS ? original : original.converted(id);
+    b = b.squeezed();
+    const spStatus mismatch = b.isLiteral() ? spEmptyAssignDisallowed : spAssignDimMismatch;
+    if (isOneNumber(i) && isOneNumber(j)) {
+        if (!b.isScalar()) {
+            fail(mismatch);
+        }
+        const unsigned row = oneIndex(i);
+        const unsigned column = oneIndex(j);
+        result = a.isUnset() ? fresh(b, row + 1, column + 1, 1) : a;
+        writeOne(result, {column, row}, b);
+    } else {
+        const Positions rows = convert(i, a.m, Purpose::Assignment);
+        const Positions columns = convert(j, a.n, Purpose::Assignment);
+        Region region{rows.size(), columns.size()};
+        if (!fits(region, b, false, false)) {
+            fail(mismatch);
+        }
+        const bool none = rows.empty() || columns.empty();
+        result = (none ? growGeneral : writeGeneral)(a, b, rows, columns);
+    }
+    result.freeImagIfZero();
+    return result;
+}
+
+} // namespace zqsp::test

@@ -1,0 +1,135 @@
+#include "support/call.hpp"
+
+#include <sstream>
+
+namespace zqsp::test {
+
+namespace {
+
+Model resultOf(const Operation& op)
+{
+    switch (op.callee) {
+    case Export::Ref2:
+        return refAll(op.a);
+    case Export::Ref3:
+        return refLinear(op.a, op.i);
+    case Export::Ref4:
+        return refColumns(op.a, op.i);
+    case Export::Ref5:
+        return refRows(op.a, op.i);
+    case Export::Ref6:
+        return refGeneral(op.a, op.i, op.j);
+    case Export::ReferenceByLists:
+        return refByLists(op.a, op.i, op.j);
+    case Export::ReferenceByRanges:
+        return refByRanges(op.a, op.i, op.j);
+    case Export::Ass3:
+        return assignLinear(op.a, op.b, op.i);
+    case Export::Ass4:
+        return assignColumns(op.a, op.b, op.i);
+    case Export::Ass5:
+        return assignRows(op.a, op.b, op.i);
+    case Export::Ass6:
+        return assignGeneral(op.a, op.b, op.i, op.j);
+    case Export::DeleteColumns:
+        return deleteColumns(op.a, op.i);
+    case Export::DeleteRows:
+        return deleteRows(op.a, op.i);
+    case Export::DeleteElements:
+        return deleteElements(op.a, op.i);
+    case Export::Reshape:
+        break;
+    }
+    return reshaped(op.a, op.newM, op.newN);
+}
+
+/// Makes the call once, the `failing`-th allocation failing (none when negative), and compares with what is expected.
+/// `fired` tells whether an allocation failed.
+std::string checkOnce(const Operation& op, const Outcome& expected, long failing, bool& fired)
+{
+    const LeakCheck everything;
+    std::ostringstream complaint;
+    {
+        const Call call(op);
+        const std::vector<const kxArray*> unfailed = call.unchanging(false);
+        const std::vector<Snapshot> before(unfailed.begin(), unfailed.end());
+        const std::vector<const kxArray*> untouched = call.unchanging(true);
+        const std::vector<Snapshot> readOnly(untouched.begin(), untouched.end());
+        kxArray* const unset = call.target(); // any address that is no result
+        kxArray* out = unset;
+        const LeakCheck leaks;
+
+        const long asked = kxrt::allocations();
+        kxrt::fail_allocation_after(failing);
+        const Ended ended = run([&] { return call.make(&out); });
+        kxrt::fail_allocation_after(-1);
+        fired = failing > 0 && kxrt::allocations() - asked >= failing;
+
+        const Array result(isReference(op.callee) && out != unset ? out : nullptr);
+        if (!(fired && ended.ranOutOfMemory()) && ended != expected.ended) {
+            complaint << "\n  ended with " << ended << ", expected " << expected.ended;
+        } else if (ended.completed()) {
+            const kxArray* made = isReference(op.callee) ? result.get() : call.target();
+            complaint << (made == nullptr ? "no result" : diff(made, expected.result));
+        }
+        if (!ended.completed() && (result.get() != nullptr || !leaks.complaint().empty())) {
+            complaint << "\n  failed, yet " << (result.get() != nullptr ? "gave a result" : leaks.complaint());
+        }
+        for (const Snapshot& snapshot : ended.completed() ? readOnly : before) {
+            if (const std::string changes = snapshot.changes(); !changes.empty()) {
+                complaint << "\n  operand changed: " << changes;
+            }
+        }
+    }
+    complaint << everything.complaint();
+    return complaint.str();
+}
+
+std::string explained(const std::string& complaint, const Operation& op, long failing)
+{
+    if (complaint.empty()) {
+        return "";
+    }
+    std::ostringstream out;
+    out << op;
+    if (failing > 0) {
+        out << "\n  with allocation " << failing << " failing";
+    }
+    out << complaint;
+    return out.str();
+}
+
+} // namespace
+
+Outcome predict(const Operation& operation)
+{
+    try {
+        return {Ended(), resultOf(resolved(operation))};
+    } catch (const Failure& failure) {
+        return {failure, {}};
+    }
+}
+
+std::string checkOperation(const Operation& operation)
+{
+    bool fired = false;
+    return explained(checkOnce(operation, predict(operation), -1, fired), operation, -1);
+}
+
+std::string checkFaults(const Operation& operation, unsigned* faults)
+{
+    const Outcome expected = predict(operation);
+    bool fired = true;
+    for (long n = 1; fired; ++n) {
+        const std::string complaint = checkOnce(operation, expected, n, fired);
+        if (!complaint.empty()) {
+            return explained(complaint, operation, n);
+        }
+        if (faults != nullptr && fired) {
+            ++*faults;
+        }
+    }
+    return "";
+}
+
+} // namespace zqsp::test

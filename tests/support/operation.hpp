@@ -1,0 +1,83 @@
+// A whole call of one export, described by models: it can be predicted, made and checked, made to run out of memory
+// at every allocation, printed and shrunk. Almost every test is one line of these.
+//
+//     EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = a, .i = Subscript::list({3, 1, 3})}));
+//     EXPECT_EQ("", checkFaults({.callee = Export::Ass6, .a = a, .b = RightSide::scalar(5), .i = i, .j = j}));
+#ifndef ZQSP_TESTS_SUPPORT_OPERATION_HPP
+#define ZQSP_TESTS_SUPPORT_OPERATION_HPP
+
+#include "support/checks.hpp"
+#include "support/model_operations.hpp"
+
+#include <iosfwd>
+#include <string>
+
+namespace zqsp::test {
+
+enum class Export
+{
+    Ref2,
+    Ref3,
+    Ref4,
+    Ref5,
+    Ref6,
+    ReferenceByLists,  ///< kxSparseReference; subscripts are lists or the bare colon (a null list)
+    ReferenceByRanges, ///< kxSparseColonReference; both subscripts are ranges of 32-bit numbers
+    Ass3,
+    Ass4,
+    Ass5,
+    Ass6,
+    DeleteColumns,
+    DeleteRows,
+    DeleteElements,
+    Reshape ///< to newM-by-newN, which must be a legal shape
+};
+
+bool isReference(Export callee);
+
+/// What an operand is, other than an array of its own.
+enum class Alias
+{
+    None,
+    Target,         ///< the target itself
+    SharesTarget,   ///< another array with the target's data blocks
+    SharesSubscript ///< j only: another array with the data blocks of i
+};
+
+struct Operation
+{
+    Export callee = Export::Ref2;
+    Model a = {};
+    RightSide b = {}; ///< assignments
+    Subscript i = {}; ///< the only subscript, or the rows
+    Subscript j = {}; ///< the columns where there are two subscripts
+    unsigned newM = 0;
+    unsigned newN = 0;
+    Alias bIs = Alias::None;
+    Alias iIs = Alias::None;
+    Alias jIs = Alias::None;
+};
+
+/// How a call ends; when it completes, what the new array or the target is then.
+struct Outcome
+{
+    Ended ended;
+    Model result;
+};
+
+Outcome predict(const Operation& operation);
+
+/// Makes the call and compares: the outcome, every operand that must not change byte for byte, and leaks. "" when
+/// all is well, else a text that names the call, its operands and the difference.
+std::string checkOperation(const Operation& operation);
+
+/// Makes the call with its 1st, 2nd, ... allocation failing until none is left to fail. Each time it must either run
+/// out of memory, leave every operand byte for byte as it was and leak nothing, or complete as predicted. "" or a text.
+/// `faults`: where the number of injected failures is added up.
+std::string checkFaults(const Operation& operation, unsigned* faults = nullptr);
+
+std::ostream& operator<<(std::ostream& out, const Operation& operation);
+
+} // namespace zqsp::test
+
+#endif

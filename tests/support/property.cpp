@@ -1,0 +1,61 @@
+#include "support/generators.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <sstream>
+#include <string>
+
+namespace zqsp::test {
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr int kRunsDivisor = 5; // a tenth of the speed
+#else
+constexpr int kRunsDivisor = 1;
+#endif
+
+/// The runs asked for from a seed of its own for each property, or what RC_PARAMS says.
+rc::detail::TestParams paramsFor(const std::string& id, int runs)
+{
+    if (std::getenv("RC_PARAMS") != nullptr) {
+        return rc::detail::configuration().testParams;
+    }
+    static std::map<std::string, std::uint64_t> checkedSoFar;
+    std::uint64_t seed = 14695981039346656037U; // FNV-1a of the name, then the ordinal within the test
+    for (const char c : id) {
+        seed = (seed ^ static_cast<unsigned char>(c)) * 1099511628211U;
+    }
+    rc::detail::TestParams params;
+    params.seed = seed + checkedSoFar[id]++;
+    params.maxSuccess = std::max(runs / kRunsDivisor, 1);
+    return params;
+}
+
+} // namespace
+
+void holds(const Operation& operation)
+{
+    const std::string complaint = checkOperation(operation);
+    if (!complaint.empty()) {
+        RC_FAIL(complaint);
+    }
+}
+
+void property(int runs, const std::function<void()>& body)
+{
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    rc::detail::TestMetadata metadata;
+    metadata.id = std::string(test->test_suite_name()) + "/" + test->name();
+    const rc::detail::TestParams params = paramsFor(metadata.id, runs);
+    const auto result = rc::detail::checkTestable(body, metadata, params);
+    if (!result.is<rc::detail::SuccessResult>()) {
+        std::ostringstream text;
+        rc::detail::printResultMessage(result, text);
+        FAIL() << text.str() << "\nseed=" << params.seed;
+    }
+}
+
+} // namespace zqsp::test

@@ -1,0 +1,203 @@
+#include "support/subscript.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+
+namespace zqsp::test {
+
+Subscript Subscript::list(std::vector<double> values)
+{
+    Subscript s;
+    s.n = static_cast<unsigned>(values.size());
+    s.values = std::move(values);
+    return s;
+}
+
+Subscript Subscript::sparseList(std::vector<double> values)
+{
+    Subscript s = list(std::move(values));
+    s.form = Form::SparseNumeric;
+    return s;
+}
+
+Subscript Subscript::mask(std::vector<double> zerosAndOnes)
+{
+    Subscript s = list(std::move(zerosAndOnes));
+    s.form = Form::Mask;
+    s.classId = kxLOGICAL_CLASS;
+    return s;
+}
+
+Subscript Subscript::sparseMask(unsigned m, unsigned n, std::vector<Place> stored)
+{
+    Subscript s;
+    s.form = Form::SparseMask;
+    s.classId = kxLOGICAL_CLASS;
+    s.m = m;
+    s.n = n;
+    std::sort(stored.begin(), stored.end());
+    s.stored = std::move(stored);
+    return s;
+}
+
+Subscript Subscript::range(double start, double step, double stop)
+{
+    Subscript s;
+    s.form = Form::Range;
+    s.start = start;
+    s.step = step;
+    s.stop = stop;
+    return s;
+}
+
+Subscript Subscript::colon()
+{
+    Subscript s;
+    s.form = Form::Colon;
+    return s;
+}
+
+Subscript Subscript::ofModel(const Model& model)
+{
+    Subscript s = sparseMask(model.m, model.n, {});
+    const bool mask = model.storage.classId == kxLOGICAL_CLASS;
+    if (!mask) {
+        s.form = Form::SparseNumeric;
+        s.classId = model.storage.classId;
+        s.complex = model.storage.complex;
+        s.values.resize(model.numel());
+    }
+    for (const auto& [place, value] : model.entries) {
+        if (mask || value.real() == 0) {
+            s.stored.push_back(place);
+        } else {
+            s.values[model.linear(place)] = value.real();
+        }
+    }
+    return s;
+}
+
+Subscript Subscript::shaped(unsigned rows, unsigned columns) const
+{
+    Subscript s = *this;
+    s.m = rows;
+    s.n = columns;
+    return s;
+}
+
+Subscript Subscript::as(kxClassID id) const
+{
+    Subscript s = *this;
+    s.classId = id;
+    for (double& value : s.values) {
+        value = convertElement(value, id);
+    }
+    return s;
+}
+
+std::size_t Subscript::storedCount() const
+{
+    const auto zeros = std::count(values.begin(), values.end(), 0.0);
+    return values.size() - static_cast<std::size_t>(zeros) + stored.size();
+}
+
+std::uint64_t Subscript::numel() const
+{
+    if (form != Form::Range) {
+        return std::uint64_t{m} * n;
+    }
+    const double steps = std::floor((stop - start) / step);
+    return step == 0 || steps < 0 ? 0 : static_cast<std::uint64_t>(steps) + 1;
+}
+
+namespace {
+
+Array fullArray(const Subscript& s)
+{
+    const unsigned dims[] = {s.m, s.n};
+    Array array(kxCreateNumericArray(2, dims, s.classId, s.complex ? kxCOMPLEX : kxREAL));
+    for (std::size_t i = 0; i < s.values.size(); ++i) {
+        writeElement(array->pr, s.classId, i, s.values[i]);
+    }
+    return array;
+}
+
+/// Sparse subscripts are built as the model of a matrix.
+Array sparseArray(const Subscript& s)
+{
+    Model model = Model::empty({s.classId, s.complex}, s.m, s.n);
+    for (const Place place : s.stored) {
+        model.entries[place] = s.form == Form::SparseNumeric || s.storesFalse ? 0 : 1;
+    }
+    for (std::size_t i = 0; i < s.values.size(); ++i) {
+        if (s.values[i] != 0) {
+            model.entries[model.place(i)] = s.values[i];
+        }
+    }
+    return toArray(model.fit());
+}
+
+} // namespace
+
+Array toArray(const Subscript& s)
+{
+    switch (s.form) {
+    case Form::Numeric:
+    case Form::Mask:
+        return fullArray(s);
+    case Form::SparseNumeric:
+    case Form::SparseMask:
+        return sparseArray(s);
+    case Form::Range:
+        return Array(kxCreateColonObject(s.start, s.step, s.stop));
+    case Form::Colon:
+        break;
+    }
+    return Array(kxCreateColon());
+}
+
+Positions maskPositions(const Subscript& mask)
+{
+    Positions positions;
+    for (std::size_t i = 0; i < mask.values.size(); ++i) {
+        if (mask.values[i] != 0) {
+            positions.push_back(i);
+        }
+    }
+    for (const Place place : mask.stored) {
+        positions.push_back(std::uint64_t{place.column} * mask.m + place.row);
+    }
+    return positions;
+}
+
+std::vector<double> rangeValues(const Subscript& range)
+{
+    std::vector<double> values(range.numel());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i] = range.start + range.step * static_cast<double>(i);
+    }
+    return values;
+}
+
+std::ostream& operator<<(std::ostream& out, const Subscript& s)
+{
+    if (s.form == Form::Colon) {
+        return out << ":";
+    }
+    if (s.form == Form::Range) {
+        return out << s.start << ':' << s.step << ':' << s.stop;
+    }
+    const bool sparse = s.form == Form::SparseMask || s.form == Form::SparseNumeric;
+    out << (sparse ? "sparse " : "") << nameOf({s.classId, s.complex}) << ' ' << s.m << 'x' << s.n
+        << (s.storesFalse ? " storing false" : "") << " [";
+    for (const double value : s.values) {
+        out << ' ' << value;
+    }
+    for (const Place place : s.stored) {
+        out << " (" << place.row << ',' << place.column << ')';
+    }
+    return out << " ]";
+}
+
+} // namespace zqsp::test

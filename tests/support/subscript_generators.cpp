@@ -1,0 +1,275 @@
+#include "support/draw.hpp"
+#include "support/generators.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <set>
+
+namespace zqsp::test {
+
+namespace {
+
+/// Past what a subscript may name.
+std::uint64_t reachOf(const Wanted& wanted)
+{
+    const std::uint64_t max = kxGetMaxNumberOfElements();
+    return std::min(wanted.extent + wanted.growth, max);
+}
+
+/// 0-based positions in any order, with repeats; empty where there are none to name.
+std::vector<unsigned> drawPositions(const Wanted& wanted)
+{
+    std::vector<unsigned> positions;
+    const auto reach = static_cast<unsigned>(reachOf(wanted));
+    if (reach == 0) {
+        return positions;
+    }
+    for (unsigned count = draw(wanted.most + 1); count > 0; --count) {
+        const bool aim = !wanted.likely.empty() && drawOneIn(2);
+        positions.push_back(aim ? drawFrom(wanted.likely) : draw(reach));
+    }
+    switch (draw(4)) {
+    case 1:
+        std::sort(positions.begin(), positions.end());
+        break;
+    case 2:
+        std::sort(positions.rbegin(), positions.rend());
+        break;
+    case 3: { // distinct, in any order
+        std::set<unsigned> seen;
+        std::erase_if(positions, [&](unsigned p) { return !seen.insert(p).second; });
+        break;
+    }
+    default:
+        break;
+    }
+    return positions;
+}
+
+/// A shape for `count` elements: a row, a column, or a matrix where the number allows.
+std::pair<unsigned, unsigned> drawShape(unsigned count)
+{
+    switch (draw(3)) {
+    case 0:
+        return {1, count};
+    case 1:
+        return {count, 1};
+    default:
+        return count % 2 == 0 ? std::pair{2U, count / 2} : std::pair{1U, count};
+    }
+}
+
+kxClassID drawNumericClass(double highest)
+{
+    std::vector<kxClassID> able;
+    for (const kxClassID id : {kxDOUBLE_CLASS, kxINT32_CLASS, kxUINT8_CLASS, kxINT8_CLASS, kxCHAR_CLASS, kxSINGLE_CLASS,
+                               kxINT16_CLASS, kxUINT16_CLASS, kxUINT32_CLASS, kxINT64_CLASS, kxUINT64_CLASS}) {
+        if (convertElement(highest, id) == highest) {
+            able.push_back(id);
+        }
+    }
+    return drawFrom(able);
+}
+
+Subscript drawNumeric(const Wanted& wanted, Form form)
+{
+    std::vector<double> values;
+    double highest = 1;
+    for (const unsigned position : drawPositions(wanted)) {
+        values.push_back(position + 1.0);
+        highest = std::max(highest, values.back());
+    }
+    const auto [m, n] = drawShape(static_cast<unsigned>(values.size()));
+    Subscript s = Subscript::list(std::move(values)).shaped(m, n).as(drawNumericClass(highest));
+    s.form = form;
+    return s;
+}
+
+Subscript drawMask(const Wanted& wanted)
+{
+    const std::vector<unsigned> positions = drawPositions(wanted);
+    constexpr unsigned kLongest = 5000; // a mask over more is cut short
+    unsigned length = static_cast<unsigned>(std::min<std::uint64_t>(wanted.extent, kLongest));
+    for (const unsigned p : positions) {
+        length = p < kLongest ? std::max(length, p + 1) : length;
+    }
+    if (drawOneIn(4)) {
+        length += draw(4);
+    }
+    std::vector<double> values(length);
+    for (const unsigned p : positions) {
+        if (p < length) {
+            values[p] = 1;
+        }
+    }
+    while (!values.empty() && values.back() == 0 && drawOneIn(2)) {
+        values.pop_back();
+    }
+    const auto [m, n] = drawShape(static_cast<unsigned>(values.size()));
+    return Subscript::mask(std::move(values)).shaped(m, n);
+}
+
+Subscript drawSparseMask(const Wanted& wanted)
+{
+    const auto reach = std::max(static_cast<unsigned>(reachOf(wanted)), 1U);
+    // Any number of rows will do: the positions are those of the columns laid end to end.
+    unsigned m = 1;
+    switch (draw(3)) {
+    case 0:
+        m = reach;
+        break;
+    case 1:
+        m = reach <= 5000 ? 1 : reach / 7 + 1;
+        break;
+    default:
+        m = reach <= 5000 ? 1 + draw(9) : reach / 3 + 1;
+    }
+    std::set<Place> stored;
+    for (const unsigned p : drawPositions(wanted)) {
+        stored.insert({p / m, p % m});
+    }
+    const unsigned needed = stored.empty() ? 0 : stored.rbegin()->column + 1;
+    Subscript s = Subscript::sparseMask(m, needed + draw(3), {stored.begin(), stored.end()});
+    s.storesFalse = drawOneIn(6);
+    return s;
+}
+
+Subscript drawRange(const Wanted& wanted)
+{
+    const auto reach = static_cast<unsigned>(reachOf(wanted));
+    if (reach == 0 || drawOneIn(10)) {
+        return Subscript::range(3, 1, 1);
+    }
+    const unsigned step = 1 + draw(3);
+    const unsigned count = 1 + draw(std::min((reach - 1) / step + 1, wanted.most));
+    const unsigned low = draw(reach - (count - 1) * step);
+    const double first = low + 1.0;
+    const double last = first + (count - 1.0) * step;
+    const bool fractionalEnd = drawOneIn(6); // the values come as a list then
+    if (drawOneIn(3)) {
+        return Subscript::range(last, -static_cast<double>(step), first - (fractionalEnd ? 0.5 : 0));
+    }
+    const double overshoot = fractionalEnd ? 0.5 : draw(step);
+    return Subscript::range(first, step, std::min(last + overshoot, reach + 0.5));
+}
+
+Subscript drawEmpty()
+{
+    const auto [m, n] = drawFrom<std::pair<unsigned, unsigned>>({{0, 0}, {1, 0}, {0, 1}, {0, 3}, {3, 0}});
+    switch (draw(4)) {
+    case 0:
+        return Subscript::list({}).shaped(m, n);
+    case 1:
+        return Subscript::mask({}).shaped(m, n);
+    case 2:
+        return Subscript::sparseMask(m, n, {});
+    default:
+        return Subscript::sparseList({}).shaped(m, n);
+    }
+}
+
+/// Values that spoil a numeric subscript. For an assignment none may be a good index, however large.
+double drawBadValue(const Wanted& wanted)
+{
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    const auto extent = static_cast<double>(wanted.extent);
+    std::vector<double> bad = {0, -3, 0.5, 1.5, std::numeric_limits<double>::quiet_NaN(), kInf, -kInf, 1e300, 3e9};
+    if (wanted.purpose != Purpose::Assignment) {
+        bad.insert(bad.end(), {extent + 1, extent + 0.5, extent + 1.5, 2147483647, 2147483648, 4294967297});
+    }
+    return drawFrom(bad);
+}
+
+void spoilNumeric(Subscript& s, const Wanted& wanted)
+{
+    if (s.form == Form::SparseNumeric && drawOneIn(2)) {
+        s.values.push_back(0); // not stored
+    } else if (drawOneIn(8) && isNumeric(s.classId)) {
+        s.complex = true;
+    } else {
+        const double bad = drawBadValue(wanted);
+        const bool kept = wanted.purpose != Purpose::Assignment || convertElement(bad, s.classId) == bad || bad <= 0;
+        s.values.insert(s.values.begin() + draw(static_cast<unsigned>(s.values.size()) + 1),
+                        kept ? convertElement(bad, s.classId) : 0);
+    }
+    s = s.shaped(1, static_cast<unsigned>(s.values.size()));
+}
+
+void spoil(Subscript& s, const Wanted& wanted)
+{
+    const bool mayGrow = wanted.purpose == Purpose::Assignment;
+    switch (s.form) {
+    case Form::Numeric:
+    case Form::SparseNumeric:
+        return spoilNumeric(s, wanted);
+    case Form::Mask:
+        if (!mayGrow && wanted.extent < 5000) {
+            s.values.resize(wanted.extent + draw(3));
+            s.values.push_back(1);
+            s = s.shaped(static_cast<unsigned>(s.values.size()), 1);
+        }
+        return;
+    case Form::SparseMask:
+        if (!mayGrow && s.m > 0) {
+            const auto column = static_cast<unsigned>(wanted.extent / s.m + draw(2));
+            const auto row = static_cast<unsigned>(wanted.extent % s.m);
+            s.stored.push_back({column, row});
+            std::sort(s.stored.begin(), s.stored.end());
+            s.stored.erase(std::unique(s.stored.begin(), s.stored.end()), s.stored.end());
+            s.n = std::max(s.n, s.stored.back().column + 1);
+        }
+        return;
+    case Form::Range: {
+        const double past = mayGrow ? 1.5 : static_cast<double>(wanted.extent) + 1;
+        s = drawFrom<Subscript>({Subscript::range(0, 1, 2), Subscript::range(2, -1, -1), Subscript::range(1, 0.5, 3),
+                                 Subscript::range(past, 1, past + 1),
+                                 Subscript::range(past, -1, std::max(past - 9, 1.0)), Subscript::range(1, 0, 3),
+                                 Subscript::range(1.5, 1, 3)});
+        return;
+    }
+    case Form::Colon:
+        return;
+    }
+}
+
+Subscript drawSubscript(const Wanted& wanted, Form form)
+{
+    switch (form) {
+    case Form::Numeric:
+    case Form::SparseNumeric:
+        return drawNumeric(wanted, form);
+    case Form::Mask:
+        return drawMask(wanted);
+    case Form::SparseMask:
+        return drawSparseMask(wanted);
+    case Form::Range:
+        return drawRange(wanted);
+    case Form::Colon:
+        break;
+    }
+    return Subscript::colon();
+}
+
+} // namespace
+
+rc::Gen<Subscript> subscripts(const Wanted& wanted, Form form)
+{
+    return rc::gen::exec([=] {
+        Subscript s = drawSubscript(wanted, form);
+        if (wanted.mayFail && drawOneIn(8)) {
+            spoil(s, wanted);
+        }
+        return s;
+    });
+}
+
+rc::Gen<Subscript> subscripts(const Wanted& wanted)
+{
+    return rc::gen::exec([=] {
+        const Form form = drawFrom<Form>({Form::Numeric, Form::Range, Form::Mask, Form::SparseMask, Form::Numeric,
+                                          Form::SparseNumeric, Form::Range, Form::Mask, Form::SparseMask, Form::Colon});
+        return drawOneIn(20) ? drawEmpty() : *subscripts(wanted, form);
+    });
+}
+
+} // namespace zqsp::test

@@ -1,0 +1,127 @@
+#include "system/any_operation.hpp"
+
+#include "support/draw.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zqsp::test {
+
+namespace {
+
+Wanted wanted(std::uint64_t extent, Purpose purpose, std::vector<unsigned> likely, bool mayFail)
+{
+    Wanted w{.extent = extent, .purpose = purpose, .likely = std::move(likely), .mayFail = mayFail};
+    w.growth = purpose == Purpose::Assignment && drawOneIn(5) ? 3 : 0;
+    return w;
+}
+
+unsigned namedBy(const Subscript& s, std::uint64_t extent)
+{
+    try {
+        return static_cast<unsigned>(convert(s, extent, Purpose::Assignment).size());
+    } catch (const Failure&) {
+        return 1;
+    }
+}
+
+/// Lists without sense as unsigned words are made empty.
+Subscript bareList(Subscript s)
+{
+    std::erase_if(s.values, [](double v) { return !(v >= 1 && v <= 1e9 && v == std::trunc(v)); });
+    s.complex = false;
+    const auto count = static_cast<unsigned>(s.values.size());
+    return s.as(kxDOUBLE_CLASS).shaped(1, count);
+}
+
+Subscript bareRange(unsigned extent)
+{
+    const double first = draw(extent + 2);
+    const double last = draw(extent + 2);
+    return Subscript::range(first, drawFrom<double>({1, -1, 2, -3}), last);
+}
+
+/// Now and then the mark of a deletion, which needs a target with a class.
+RightSide deletionOr(const Model& a, const RightSide& b)
+{
+    return a.sparse && drawOneIn(10) ? RightSide::literal() : b;
+}
+
+void drawReshape(const Model& a, Operation& op)
+{
+    std::vector<unsigned> divisors;
+    const std::uint64_t elements = a.numel();
+    for (unsigned d = 1; d <= 64 && elements > 0; ++d) {
+        if (elements % d == 0 && elements / d < 0xFFFFFFFFU) {
+            divisors.push_back(d);
+        }
+    }
+    op.newM = elements == 0 ? draw(4) : drawFrom(divisors);
+    op.newN = elements == 0 ? 0 : static_cast<unsigned>(elements / op.newM);
+}
+
+} // namespace
+
+Operation drawOperation(Export callee, const Model& a, bool mayFail)
+{
+    const bool deletes = callee >= Export::DeleteColumns;
+    const Purpose purpose = isReference(callee) ? Purpose::Reference
+                            : deletes           ? Purpose::Deletion
+                                                : Purpose::Assignment;
+    const auto rows = [&] { return *subscripts(wanted(a.m, purpose, storedRows(a), mayFail)); };
+    const auto columns = [&] { return *subscripts(wanted(a.n, purpose, storedColumns(a), mayFail)); };
+    const auto elements = [&] { return *subscripts(wanted(a.numel(), purpose, storedElements(a), mayFail)); };
+    Operation op{.callee = callee, .a = a};
+    switch (callee) {
+    case Export::Ref2:
+        break;
+    case Export::Ref3:
+    case Export::DeleteElements:
+        op.i = elements();
+        break;
+    case Export::Ref4:
+    case Export::DeleteColumns:
+        op.i = columns();
+        break;
+    case Export::Ref5:
+    case Export::DeleteRows:
+        op.i = rows();
+        break;
+    case Export::Ref6:
+        op.i = rows();
+        op.j = columns();
+        break;
+    case Export::ReferenceByLists:
+        op.i =
+            drawOneIn(4) ? Subscript::colon() : bareList(*subscripts(wanted(a.m, purpose, {}, mayFail), Form::Numeric));
+        op.j = bareList(*subscripts(wanted(a.n, purpose, {}, mayFail), Form::Numeric));
+        break;
+    case Export::ReferenceByRanges:
+        op.i = bareRange(a.m);
+        op.j = bareRange(a.n);
+        break;
+    case Export::Ass3:
+        op.i = elements();
+        op.b = deletionOr(a, *rightSides(namedBy(op.i, a.numel())));
+        break;
+    case Export::Ass4:
+        op.i = columns();
+        op.b = deletionOr(a, *rightSides(a.m, namedBy(op.i, a.n)));
+        break;
+    case Export::Ass5:
+        op.i = rows();
+        op.b = deletionOr(a, *rightSides(namedBy(op.i, a.m), a.n));
+        break;
+    case Export::Ass6:
+        op.i = rows();
+        op.j = columns();
+        op.b = *rightSides(namedBy(op.i, a.m), namedBy(op.j, a.n));
+        break;
+    case Export::Reshape:
+        drawReshape(a, op);
+        break;
+    }
+    return op;
+}
+
+} // namespace zqsp::test

@@ -1,0 +1,31 @@
+// Every allocation of every export fails once, on random operands: the call runs out of memory with every operand byte
+// for byte as it was and nothing leaked, or completes as predicted.
+#include "support/draw.hpp"
+#include "system/any_operation.hpp"
+
+using namespace zqsp::test;
+
+namespace {
+
+class FaultTable : public testing::TestWithParam<NamedExport>
+{
+};
+
+} // namespace
+
+TEST_P(FaultTable, EveryAllocationFailsOnce)
+{
+    unsigned faults = 0;
+    property(120, [&] {
+        const Model a = *models();
+        const std::string complaint = checkFaults(drawOperation(GetParam().callee, a, false), &faults);
+        if (!complaint.empty()) {
+            RC_FAIL(complaint);
+        }
+    });
+    RecordProperty("faults", static_cast<int>(faults));
+    EXPECT_GT(faults, 0U) << "no call allocated anything";
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, FaultTable, testing::ValuesIn(everyExport()),
+                         [](const auto& tested) { return tested.param.name; });
