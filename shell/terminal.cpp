@@ -142,6 +142,9 @@ class Terminal::Editor
     {
         continued_ = continued;
         clearInterrupt();
+        // The editor by itself prompts first: keys typed between the prompt and its taking the terminal over, Ctrl-D
+        // among them, would be lost.
+        el_set(editor_.get(), EL_PREP_TERM, 1);
         int count = 0;
         const char* text = el_gets(editor_.get(), &count);
         if (interruptPending()) {
