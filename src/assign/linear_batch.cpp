@@ -134,15 +134,15 @@ unsigned replayCapacity(const Columns& a, LinearLayout layout, const unsigned* p
     return capacity;
 }
 
-/// slotOf(i, slot) for ascending keys, whose places are searched together where the target has their columns. (Galloping
-/// from one to the next takes fewer steps, but each has to wait for the one before: measured, three times as long.)
+/// slotOf(i, slot) for ascending keys, whose places are searched together where the target has their columns.
+/// (Galloping from one to the next takes fewer steps, but each has to wait for the one before: measured, three times as
+/// long.)
 template <typename F>
 void findSlots(const Columns& a, const LinearLayout& layout, std::span<const Key> keys, F&& slotOf)
 {
     const auto placeOf = [&](std::size_t i) { return layout.placeOf(majorOf(keys[i])); };
     const auto isInside = [&](Key key) { return layout.placeOf(majorOf(key)).column < a.n; };
-    const auto inside =
-        static_cast<unsigned>(std::partition_point(keys.begin(), keys.end(), isInside) - keys.begin());
+    const auto inside = static_cast<unsigned>(std::partition_point(keys.begin(), keys.end(), isInside) - keys.begin());
     searchPlaces(a, inside, placeOf, slotOf);
     for (unsigned i = inside; i < keys.size(); ++i) {
         slotOf(i, Slot{a.nnz(), false});

@@ -7,6 +7,12 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstdint>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace zqsp {
 
@@ -17,50 +23,90 @@ struct Place
     unsigned column;
 };
 
+/// Columns up to this length are searched with one comparison of all their rows at a time.
+constexpr unsigned kComparedRows = 16;
+
+/// How many of kComparedRows rows from `rows` on, the first `length` of them ascending, come before the first one that
+/// is not below `row`; at most `length`.
+inline unsigned rankAmong(const unsigned* rows, unsigned length, unsigned row)
+{
+#ifdef __SSE2__
+    const __m128i sign = _mm_set1_epi32(INT32_MIN); // the comparison is a signed one
+    const __m128i key = _mm_xor_si128(_mm_set1_epi32(static_cast<int>(row)), sign);
+    const auto isBelow = [&](unsigned at) {
+        return _mm_cmpgt_epi32(key, _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rows + at)), sign));
+    };
+    const __m128i below =
+        _mm_packs_epi16(_mm_packs_epi32(isBelow(0), isBelow(4)), _mm_packs_epi32(isBelow(8), isBelow(12)));
+    const auto bits = static_cast<unsigned>(_mm_movemask_epi8(below));
+    return static_cast<unsigned>(std::countr_one(bits & ((1U << length) - 1)));
+#else
+    unsigned rank = 0;
+    for (unsigned i = 0; i < length; ++i) {
+        rank += rows[i] < row ? 1U : 0U;
+    }
+    return rank;
+#endif
+}
+
 /// found(t, slot) for t = 0 .. count-1 in this order, `slot` being where placeOf(t) is stored in its column or would be
 /// inserted. Every column must be one of the matrix.
 ///
 /// The searches of a batch advance together: the cache lines of all are asked for before the first is read, and long
 /// columns are halved in turn, one probe of each after the other. No search depends on another, so that the processor
-/// waits for their cache misses at the same time.
+/// waits for their cache misses at the same time, and no branch depends on what is found.
 template <typename PlaceOf, typename F>
 void searchPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
 {
     constexpr unsigned kBatch = 64;
-    constexpr unsigned kShort = 32; // two cache lines of rows: on their way already
-    std::array<Place, kBatch> place;
+    std::array<unsigned, kBatch> row;
+    std::array<unsigned, kBatch> column;
     std::array<unsigned, kBatch> lo;
     std::array<unsigned, kBatch> length;
     std::array<unsigned, kBatch> longOnes;
+    const unsigned* const jc = a.jc;
+    const unsigned* const ir = a.ir;
+    const std::uint64_t readable = a.nzmax;
     for (unsigned done = 0; done < count; done += kBatch) {
         const unsigned size = std::min(kBatch, count - done);
         for (unsigned i = 0; i < size; ++i) {
-            place[i] = placeOf(done + i);
-            __builtin_prefetch(a.jc + place[i].column);
+            const Place place = placeOf(done + i);
+            row[i] = place.row;
+            column[i] = place.column;
+            __builtin_prefetch(jc + place.column);
         }
         unsigned longCount = 0;
         for (unsigned i = 0; i < size; ++i) {
-            lo[i] = a.jc[place[i].column];
-            length[i] = a.jc[place[i].column + 1] - lo[i];
+            lo[i] = jc[column[i]];
+            length[i] = jc[column[i] + 1] - lo[i];
             longOnes[longCount] = i;
-            longCount += length[i] > kShort ? 1U : 0U;
-            __builtin_prefetch(a.ir + lo[i] + length[i] / 2);
+            longCount += length[i] > kComparedRows ? 1U : 0U;
+            __builtin_prefetch(ir + lo[i] + length[i] / 2);
         }
         while (longCount > 0) {
             unsigned stillLong = 0;
-            for (unsigned l = 0; l < longCount; ++l) { // a step of lowerBound() each
+            for (unsigned l = 0; l < longCount; ++l) {
                 const unsigned i = longOnes[l];
                 const unsigned half = length[i] / 2;
-                lo[i] += valueIf(a.ir[lo[i] + half - 1] < place[i].row, half);
+                lo[i] += valueIf(ir[lo[i] + half - 1] < row[i], half);
                 length[i] -= half;
-                __builtin_prefetch(a.ir + lo[i] + length[i] / 2);
+                __builtin_prefetch(ir + lo[i] + length[i] / 2);
                 longOnes[stillLong] = i;
-                stillLong += length[i] > kShort ? 1U : 0U;
+                stillLong += length[i] > kComparedRows ? 1U : 0U;
             }
             longCount = stillLong;
         }
         for (unsigned i = 0; i < size; ++i) {
-            found(done + i, findRow(a.ir, lo[i], lo[i] + length[i], place[i].row));
+            const unsigned begin = lo[i];
+            const unsigned end = begin + length[i];
+            if (begin + std::uint64_t{kComparedRows} > readable) { // too near the end of the block
+                found(done + i, findRow(ir, begin, end, row[i]));
+                continue;
+            }
+            const unsigned rank = rankAmong(ir + begin, length[i], row[i]);
+            const bool isSame = ir[begin + std::min(rank, kComparedRows - 1)] == row[i];
+            found(done + i,
+                  Slot{begin + rank, (static_cast<unsigned>(rank < length[i]) & static_cast<unsigned>(isSame)) != 0});
         }
     }
 }

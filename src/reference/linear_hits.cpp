@@ -48,12 +48,7 @@ void findAscending(const Columns& a, const S& positions, HitList& hits)
 {
     AscendingFinder finder(a);
     unsigned ordinal = 0;
-    positions.forEach([&](unsigned position) {
-        if (const Slot slot = finder.find(position); slot.stored) {
-            hits.add(ordinal, slot.position);
-        }
-        ++ordinal;
-    });
+    positions.forEach([&](unsigned position) { hits.addIfStored(ordinal++, finder.find(position)); });
 }
 
 /// Positions in any order: each is searched in its column.
@@ -66,11 +61,7 @@ void findAnywhere(const Columns& a, unsigned count, PositionAt positionAt, HitLi
         const unsigned column = divisor.quotient(position);
         return Place{position - column * a.m, column};
     };
-    searchPlaces(a, count, placeOf, [&](unsigned t, Slot slot) {
-        if (slot.stored) {
-            hits.add(t, slot.position);
-        }
-    });
+    searchPlaces(a, count, placeOf, [&](unsigned t, Slot slot) { hits.addIfStored(t, slot); });
 }
 
 /// Whether ascending positions are found faster by galloping than each by a search of its column, which goes on many
@@ -80,7 +71,7 @@ bool gallopIsCheaper(const Columns& a, unsigned count)
 {
     const auto gap = static_cast<unsigned>(std::bit_width(a.nnz() / count));
     const auto column = static_cast<unsigned>(std::bit_width(a.nnz() / a.n));
-    return 2 * gap <= column;
+    return 2 * gap + 8 <= column;
 }
 
 /// A mask that selects much: each entry is asked for its byte, and the ordinals are counted eight bytes at a time.
@@ -209,9 +200,7 @@ bool findLargeMaskHits(const Columns& a, const SparseLogicalMask& mask, HitList&
             if (position >= elements) {
                 return false;
             }
-            if (const Slot slot = finder.find(position); slot.stored) {
-                hits.add(ordinal, slot.position);
-            }
+            hits.addIfStored(ordinal, finder.find(position));
         }
     }
     return true;

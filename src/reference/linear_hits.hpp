@@ -4,6 +4,7 @@
 
 #include "core/columns.hpp"
 #include "core/growing_list.hpp"
+#include "core/search.hpp"
 #include "subscript/forms.hpp"
 
 #include <cstdint>
@@ -23,6 +24,12 @@ class HitList
 {
   public:
     void add(unsigned ordinal, unsigned source) { hits_.add({ordinal, source}); }
+    void addIfStored(unsigned ordinal, Slot slot)
+    {
+        if (slot.stored) {
+            add(ordinal, slot.position);
+        }
+    }
     [[nodiscard]] unsigned count() const { return hits_.count(); }
 
     template <typename F>

@@ -1,5 +1,7 @@
 // A(I,J): chooses the method by what is known of the rows.
 #include "core/counts.hpp"
+#include "core/entry_moves.hpp"
+#include "core/search.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
 #include "subscript/runs.hpp"
@@ -35,6 +37,25 @@ unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, 
     return checkedCount(total);
 }
 
+namespace {
+
+/// A(i,j): one search; the walks over columns would cost more than what they find. `exact`: as for an interval.
+ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column, bool exact)
+{
+    const Slot slot = findRow(a.ir, a.jc[column], a.jc[column + 1], row);
+    const bool hasRoom = exact ? slot.stored : a.length(column) > 0;
+    ArrayOwner result = createLike(a, 1, 1, hasRoom ? 1 : 0);
+    if (slot.stored) {
+        const Columns out(result.get());
+        copyEntries(out, 0, a, slot.position, 1);
+        out.ir[0] = 0;
+        out.jc[1] = 1;
+    }
+    return result;
+}
+
+} // namespace
+
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
     if (selectsAll(rows, a.m)) {
@@ -43,6 +64,10 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     const unsigned k = countOf(rows);
     const bool exact = useRowMap(a, k);
     const auto* range = std::get_if<IndexRange>(&rows);
+    const auto* columnRange = std::get_if<IndexRange>(&columns);
+    if (range != nullptr && k == 1 && columnRange != nullptr && columnRange->count() == 1) {
+        return gatherElement(a, range->first, columnRange->first, exact);
+    }
     if (range != nullptr && (range->isRun() || k == 0)) {
         return gatherByInterval(a, *range, columns, exact);
     }
