@@ -39,8 +39,8 @@ class MappingCache
         const std::lock_guard lock(mutex_);
         std::size_t best = count_;
         for (std::size_t i = 0; i < count_; ++i) {
-            const std::size_t have = lengthOf(slots_[i]);
-            if (have >= length && have <= 2 * length && (best == count_ || have < lengthOf(slots_[best]))) {
+            const std::size_t have = slots_[i].length;
+            if (have >= length && have <= 2 * length && (best == count_ || have < slots_[best].length)) {
                 best = i;
             }
         }
@@ -60,27 +60,33 @@ class MappingCache
             std::byte* oldest = removeSlot(0);
             munmap(oldest, lengthOf(oldest));
         }
-        slots_[count_++] = base;
+        slots_[count_++] = {base, length};
         bytes_ += length;
     }
 
   private:
-    static constexpr std::size_t kSlots = 8;
+    struct Slot
+    {
+        std::byte* base;
+        std::size_t length;
+    };
+
+    static constexpr std::size_t kSlots = 16;
     static constexpr std::size_t kMostBytes = std::size_t{256} << 20;
 
     std::byte* removeSlot(std::size_t slot) noexcept
     {
-        std::byte* base = slots_[slot];
+        const Slot removed = slots_[slot];
         for (; slot + 1 < count_; ++slot) {
             slots_[slot] = slots_[slot + 1];
         }
         --count_;
-        bytes_ -= lengthOf(base);
-        return base;
+        bytes_ -= removed.length;
+        return removed.base;
     }
 
     std::mutex mutex_;
-    std::byte* slots_[kSlots] = {};
+    Slot slots_[kSlots] = {};
     std::size_t count_ = 0;
     std::size_t bytes_ = 0;
 };

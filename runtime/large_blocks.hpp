@@ -22,8 +22,8 @@
 
 namespace kxrt {
 
-/// Blocks of at least this many bytes are mapped.
-constexpr std::size_t kLargeBlock = std::size_t{1} << 20;
+/// Blocks of at least this many bytes are mapped: from about here on the heap, too, goes to the system for each.
+constexpr std::size_t kLargeBlock = std::size_t{1} << 17;
 
 /// A mapping begins with its own length; its user leaves the first word alone.
 struct Mapping

@@ -28,11 +28,13 @@ void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigne
                     .columns = std::max(n, before.n),
                     .imaginaryPart = !isZero && b.pi != nullptr});
     const Patch patch = {column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};
-    const Columns after = relay.commit(std::span(&patch, 1));
-    if (!isZero) {
-        after.ir[at] = row;
-        withStorage(after, after, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
-    }
+    const Columns after = relay.after();
+    relay.commit(std::span(&patch, 1), [&](const Patch&, unsigned) {
+        if (!isZero) {
+            after.ir[at] = row;
+            withStorage(after, after, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
+        }
+    });
     kxSetM(A, m);
     kxSetN(A, n);
 }

@@ -105,11 +105,15 @@ class BatchPlan
 Block<Key> sortedByPosition(const unsigned* positions, unsigned count)
 {
     auto keys = Block<Key>::make(count);
+    bool ascends = true;
+    unsigned highest = 0;
     for (unsigned t = 0; t < count; ++t) {
         keys[t] = makeKey(positions[t], t);
+        ascends &= positions[t] >= highest;
+        highest = std::max(highest, positions[t]);
     }
-    if (!std::is_sorted(positions, positions + count)) {
-        KeySorter(count, *std::max_element(positions, positions + count)).sort(keys.get(), count);
+    if (!ascends) {
+        KeySorter(count, highest).sort(keys.get(), count);
     }
     return keys;
 }
@@ -255,9 +259,9 @@ void assignPositions(kxArray* A, const LinearLayout& initial, const Columns& b, 
     const std::span<const ElementPatch> patches = plan.patches();
     Relay relay(
         A, {.capacity = plan.capacity, .columns = std::max(layout.n(), a.n), .imaginaryPart = values.areComplex()});
-    const Columns after = relay.commit(patches);
+    const Columns after = relay.after();
     withStorage(after, after, b, [&](auto to, auto, auto from) {
-        forEachPatch(patches, [&](const ElementPatch& patch, unsigned at) {
+        relay.commit(patches, [&](const ElementPatch& patch, unsigned at) {
             if (patch.length > 0) {
                 after.ir[at] = patch.row;
                 to.copy(at, from, patch.source);

@@ -46,9 +46,9 @@ void fillThroughScratch(Relay& relay, const Region& region, const RightSide& b, 
             at += patch.length;
         }
     });
-    const Columns after = relay.commit(patches.list());
+    const Columns after = relay.after();
     at = 0;
-    forEachPatch(patches.list(), [&](const RegionPatch& patch, unsigned place) {
+    relay.commit(patches.list(), [&](const RegionPatch& patch, unsigned place) {
         copyEntries(after, place, aside, at, patch.length);
         at += patch.length;
     });
@@ -59,10 +59,8 @@ void fillThroughScratch(Relay& relay, const Region& region, const RightSide& b, 
 void fillDirectly(Relay& relay, const Region& region, const RightSide& b, const RowFilter& filter,
                   const RegionPatches& patches)
 {
-    const Columns after = relay.commit(patches.list());
-    const Columns& from = relay.inPlace() ? after : relay.before();
-    withRegionMerge(from, after, region.rows, b, filter, [&](const auto& merge) {
-        forEachPatch(patches.list(), [&](const RegionPatch& patch, unsigned place) { merge.write(patch, place); });
+    withRegionMerge(relay.before(), relay.after(), region.rows, b, filter, [&](const auto& merge) {
+        relay.commit(patches.list(), [&](const RegionPatch& patch, unsigned place) { merge.write(patch, place); });
     });
 }
 

@@ -4,6 +4,8 @@
 
 #include "core/columns.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace zqsp {
@@ -63,17 +65,43 @@ inline void moveRun(std::byte* block, std::size_t size, std::size_t to, std::siz
     }
 }
 
-/// Moves `count` entries of one array from position `from` to position `to`, where many such moves go on in one
-/// direction: the two places may overlap, and what lies between the far ends of the two is lost.
-inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std::size_t count)
+/// Moves rows to a lower place, as moveRounds() or memmove() would, and lowers them by `lowered`.
+inline void moveRowsLowered(unsigned* rows, std::size_t to, std::size_t from, std::size_t count, unsigned lowered,
+                            bool rounded)
 {
-    if (count == 0 || to == from) {
+    if (!rounded) {
+        for (std::size_t i = 0; i < count; ++i) {
+            rows[to + i] = rows[from + i] - lowered;
+        }
+        return;
+    }
+    for (std::size_t i = 0; i < count; i += kRound) {
+        std::array<unsigned, kRound> round; // read as a whole before it is written: the compiler need not ask
+        std::copy_n(rows + from + i, kRound, round.begin());
+        for (unsigned& row : round) {
+            row -= lowered;
+        }
+        std::copy_n(round.begin(), kRound, rows + to + i);
+    }
+}
+
+/// Moves `count` entries of one array from position `from` to position `to`, where many such moves go on in one
+/// direction: the two places may overlap, and what lies between the far ends of the two is lost. Where entries move to
+/// a lower place or none, their rows can be lowered on the way.
+inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std::size_t count, unsigned lowered = 0)
+{
+    if (count == 0 || (to == from && lowered == 0)) {
         return;
     }
     const std::size_t distance = to < from ? from - to : to - from;
     const bool fits = to < from ? from + wholeRounds(count) <= a.nzmax : from + count >= wholeRounds(count);
     const bool rounded = count <= kLongMove && distance >= kRound && fits;
-    if (rounded) {
+    if (lowered != 0) {
+        moveRowsLowered(a.ir, to, from, count, lowered, rounded);
+        if (to == from) {
+            return;
+        }
+    } else if (rounded) {
         moveRounds<sizeof(unsigned)>(reinterpret_cast<std::byte*>(a.ir), to, from, count);
     } else {
         std::memmove(a.ir + to, a.ir + from, count * sizeof *a.ir);

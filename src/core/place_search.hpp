@@ -10,10 +10,6 @@
 #include <bit>
 #include <cstdint>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 namespace zqsp {
 
 /// An element by its 0-based row and column.
@@ -22,32 +18,6 @@ struct Place
     unsigned row;
     unsigned column;
 };
-
-/// Columns up to this length are searched with one comparison of all their rows at a time.
-constexpr unsigned kComparedRows = 16;
-
-/// How many of kComparedRows rows from `rows` on, the first `length` of them ascending, come before the first one that
-/// is not below `row`; at most `length`.
-inline unsigned rankAmong(const unsigned* rows, unsigned length, unsigned row)
-{
-#ifdef __SSE2__
-    const __m128i sign = _mm_set1_epi32(INT32_MIN); // the comparison is a signed one
-    const __m128i key = _mm_xor_si128(_mm_set1_epi32(static_cast<int>(row)), sign);
-    const auto isBelow = [&](unsigned at) {
-        return _mm_cmpgt_epi32(key, _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rows + at)), sign));
-    };
-    const __m128i below =
-        _mm_packs_epi16(_mm_packs_epi32(isBelow(0), isBelow(4)), _mm_packs_epi32(isBelow(8), isBelow(12)));
-    const auto bits = static_cast<unsigned>(_mm_movemask_epi8(below));
-    return static_cast<unsigned>(std::countr_one(bits & ((1U << length) - 1)));
-#else
-    unsigned rank = 0;
-    for (unsigned i = 0; i < length; ++i) {
-        rank += rows[i] < row ? 1U : 0U;
-    }
-    return rank;
-#endif
-}
 
 /// found(t, slot) for t = 0 .. count-1 in this order, `slot` being where placeOf(t) is stored in its column or would be
 /// inserted. Every column must be one of the matrix.

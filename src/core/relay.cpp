@@ -42,6 +42,20 @@ Relay::Relay(kxArray* target, const Needs& needs)
     }
 }
 
+Columns Relay::after() const
+{
+    Columns view = before_;
+    if (!inPlace_) {
+        view.ir = ir_.get();
+        view.pr = pr_.get();
+        view.nzmax = needs_.capacity;
+    }
+    if (pi_) {
+        view.pi = pi_.get();
+    }
+    return view;
+}
+
 void Relay::installBlocks()
 {
     if (jc_) {

@@ -45,32 +45,35 @@ class Relay
     /// Whether the entries stay in their blocks: what is needed of entries that are replaced must then be saved before
     /// commit().
     [[nodiscard]] bool inPlace() const { return inPlace_; }
-    /// The target as it was: its entries until an in-place commit(), else as long as the relay lives. Its column starts
-    /// are not valid after a commit.
+    /// The target as it was: its entries until an in-place commit(), else as long as the relay lives.
     [[nodiscard]] const Columns& before() const { return before_; }
+    /// The entries as they will be, for commit()'s `write`. The column starts are those of before().
+    [[nodiscard]] Columns after() const;
 
-    /// Moves the stretches between the patches, installs the new blocks and the column count (new columns are empty),
-    /// updates the column starts and gives the view to write the patches through. In place, stretches that move left go
-    /// first, in rising order, then those that move right, in falling order: a stretch is never written over before it
-    /// has moved, and no second buffer is needed.
-    template <typename P>
-    Columns commit(std::span<const P> patches)
+    /// Moves the stretches between the patches, calls write(patch, at) for each patch, in rising order, once its new
+    /// entries, at position `at` of after() and behind, can be written, installs the new blocks and the column count
+    /// (new columns are empty) and updates the column starts. In place, stretches that move left go first, in rising
+    /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
+    /// no second buffer is needed.
+    template <typename P, typename F>
+    void commit(std::span<const P> patches, F&& write)
     {
         if (inPlace_) {
             moveLeft(patches);
             moveRight(patches);
-            installBlocks();
+            writePatches(patches, write);
         } else {
-            installBlocks();
-            copyAll(patches);
+            copyAll(patches, write);
         }
-        const Columns after(target_);
-        updateColumnStarts(after, patches);
-        return after;
+        installBlocks();
+        updateColumnStarts(Columns(target_), patches);
     }
 
     /// For a target that only grows.
-    void commitGrowth() { commit(std::span<const Patch>()); }
+    void commitGrowth()
+    {
+        commit(std::span<const Patch>(), [](const Patch&, unsigned) {});
+    }
 
   private:
     void installBlocks();
@@ -103,16 +106,27 @@ class Relay
         }
     }
 
-    template <typename P>
-    void copyAll(std::span<const P> patches)
+    template <typename P, typename F>
+    void copyAll(std::span<const P> patches, F& write)
     {
-        const Columns after(target_);
+        const Columns to = after();
         unsigned shift = 0;
-        appendEntries(after, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
+        appendEntries(to, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
         for (std::size_t i = 0; i < patches.size(); ++i) {
+            write(patches[i], patches[i].begin + shift);
             shift += patches[i].growth();
             const unsigned from = patches[i].end;
-            appendEntries(after, from + shift, before_, from, stretchEnd(patches, i) - from);
+            appendEntries(to, from + shift, before_, from, stretchEnd(patches, i) - from);
+        }
+    }
+
+    template <typename P, typename F>
+    static void writePatches(std::span<const P> patches, F& write)
+    {
+        unsigned shift = 0;
+        for (const P& patch : patches) {
+            write(patch, patch.begin + shift);
+            shift += patch.growth();
         }
     }
 
@@ -129,9 +143,12 @@ class Relay
         unsigned shift = 0;
         for (std::size_t i = 0; i < patches.size(); ++i) {
             shift += patches[i].growth();
-            const unsigned last = i + 1 < patches.size() ? patches[i + 1].column : after.n;
-            for (unsigned j = patches[i].column + 1; shift != 0 && j <= last; ++j) {
-                after.jc[j] += shift;
+            if (shift == 0) {
+                continue;
+            }
+            unsigned* const end = after.jc + (i + 1 < patches.size() ? patches[i + 1].column : after.n) + 1;
+            for (unsigned* start = after.jc + patches[i].column + 1; start < end; ++start) {
+                *start += shift;
             }
         }
     }
@@ -146,17 +163,6 @@ class Relay
     Block<std::byte> pi_;
     Block<unsigned> jc_;
 };
-
-/// write(patch, at) for every patch, `at` being where its new entries begin after the commit.
-template <typename P, typename F>
-void forEachPatch(std::span<const P> patches, F&& write)
-{
-    unsigned shift = 0;
-    for (const P& patch : patches) {
-        write(patch, patch.begin + shift);
-        shift += patch.growth();
-    }
-}
 
 /// Grows the target to at least n columns; the new ones are empty. The target is unchanged where this raises.
 inline void growColumns(kxArray* target, unsigned n)

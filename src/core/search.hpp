@@ -2,6 +2,13 @@
 #ifndef ZQSP_CORE_SEARCH_HPP
 #define ZQSP_CORE_SEARCH_HPP
 
+#include <bit>
+#include <cstdint>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace zqsp {
 
 /// `value` where the condition holds, else 0, by a mask: of `condition ? value : 0`, compilers make a branch.
@@ -25,7 +32,33 @@ unsigned lowerBound(const Sorted& sorted, unsigned lo, unsigned hi, unsigned key
     return lo + (length == 1 && sorted[lo] < key ? 1U : 0U);
 }
 
-/// The same where the answer is expected near `lo`: doubling steps, then the binary search between the last two.
+/// So many rows are compared at a time.
+constexpr unsigned kComparedRows = 16;
+
+/// How many of kComparedRows rows from `rows` on, the first `length` of them ascending, come before the first one that
+/// is not below `row`; at most `length`.
+inline unsigned rankAmong(const unsigned* rows, unsigned length, unsigned row)
+{
+#ifdef __SSE2__
+    const __m128i sign = _mm_set1_epi32(INT32_MIN); // the comparison is a signed one
+    const __m128i key = _mm_xor_si128(_mm_set1_epi32(static_cast<int>(row)), sign);
+    const auto isBelow = [&](unsigned at) {
+        return _mm_cmpgt_epi32(key, _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rows + at)), sign));
+    };
+    const __m128i below =
+        _mm_packs_epi16(_mm_packs_epi32(isBelow(0), isBelow(4)), _mm_packs_epi32(isBelow(8), isBelow(12)));
+    const auto bits = static_cast<unsigned>(_mm_movemask_epi8(below));
+    return static_cast<unsigned>(std::countr_one(bits & ((1U << length) - 1)));
+#else
+    unsigned rank = 0;
+    for (unsigned i = 0; i < length; ++i) {
+        rank += rows[i] < row ? 1U : 0U;
+    }
+    return rank;
+#endif
+}
+
+/// lowerBound() where the answer is expected near `lo`: doubling steps, then the binary search between the last two.
 /// Costs the logarithm of the distance moved (Bentley and Yao, 1976).
 template <typename Sorted>
 unsigned gallop(const Sorted& sorted, unsigned lo, unsigned hi, unsigned key)
@@ -37,6 +70,19 @@ unsigned gallop(const Sorted& sorted, unsigned lo, unsigned hi, unsigned key)
     }
     const unsigned reach = hi - lo < step ? hi : lo + step;
     return lowerBound(sorted, lo, reach, key);
+}
+
+/// The same for an answer expected within the next few rows, which are compared at once.
+inline unsigned gallopNear(const unsigned* rows, unsigned lo, unsigned hi, unsigned key)
+{
+    for (unsigned tries = 0; tries < 2 && hi - lo >= kComparedRows; ++tries) {
+        const unsigned rank = rankAmong(rows + lo, kComparedRows, key);
+        lo += rank;
+        if (rank < kComparedRows) {
+            return lo;
+        }
+    }
+    return gallop(rows, lo, hi, key);
 }
 
 /// A slot of a column: where `row` is stored, or where it would be inserted.

@@ -10,43 +10,40 @@ namespace zqsp {
 namespace {
 
 // Measured on random keys: from about 200 on, distributing beats comparing; from some thousands on, wider digits pay
-// for clearing their larger table of counters.
+// for clearing their larger tables of counters, until their many open buckets no longer fit the nearest caches.
 constexpr std::size_t kRadixCount = 200;
 constexpr std::size_t kWideDigitCount = 4096;
+constexpr std::size_t kNarrowAgainCount = 300000;
 
-/// One pass of the radix sort: a stable distribution by `digitBits` bits from `shift` on. False, with nothing moved,
-/// where all keys have the same digit.
-template <unsigned digitBits>
-bool distribute(const Key* from, Key* to, std::size_t count, unsigned shift)
-{
-    constexpr std::size_t kBuckets = std::size_t{1} << digitBits;
-    std::array<std::uint32_t, kBuckets> next{};
-    const auto digit = [shift](Key key) { return key >> shift & (kBuckets - 1); };
-    for (std::size_t i = 0; i < count; ++i) {
-        ++next[digit(from[i])];
-    }
-    if (next[digit(from[0])] == count) {
-        return false;
-    }
-    std::uint32_t start = 0;
-    for (std::uint32_t& bucket : next) {
-        start += std::exchange(bucket, start);
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        to[next[digit(from[i])]++] = from[i];
-    }
-    return true;
-}
-
+/// Stable distributions by one digit after another. All digits are counted in one pass; one that is the same in all
+/// keys is passed over.
 template <unsigned digitBits>
 void radixSort(Key* keys, Key* other, std::size_t count, unsigned bits)
 {
+    constexpr std::size_t kBuckets = std::size_t{1} << digitBits;
+    constexpr unsigned kMostDigits = (32 + digitBits - 1) / digitBits;
+    const unsigned digits = (bits + digitBits - 1) / digitBits;
+    const auto digit = [](Key key, unsigned d) { return key >> (32 + d * digitBits) & (kBuckets - 1); };
+    std::array<std::array<std::uint32_t, kBuckets>, kMostDigits> next{};
+    for (std::size_t i = 0; i < count; ++i) {
+        for (unsigned d = 0; d < kMostDigits; ++d) {
+            ++next[d][digit(keys[i], d)];
+        }
+    }
     Key* from = keys;
     Key* to = other;
-    for (unsigned done = 0; done < bits; done += digitBits) {
-        if (distribute<digitBits>(from, to, count, 32 + done)) {
-            std::swap(from, to);
+    for (unsigned d = 0; d < digits; ++d) {
+        if (next[d][digit(from[0], d)] == count) {
+            continue;
         }
+        std::uint32_t start = 0;
+        for (std::uint32_t& bucket : next[d]) {
+            start += std::exchange(bucket, start);
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            to[next[d][digit(from[i], d)]++] = from[i];
+        }
+        std::swap(from, to);
     }
     if (from != keys) {
         std::copy_n(from, count, keys);
@@ -68,7 +65,7 @@ void KeySorter::sortLong(Key* keys, std::size_t count) const
     constexpr unsigned kWide = 11;
     if (count < kRadixCount) {
         std::sort(keys, keys + count);
-    } else if (count < kWideDigitCount) {
+    } else if (count < kWideDigitCount || count >= kNarrowAgainCount) {
         radixSort<kNarrow>(keys, other_.get(), count, bits_);
     } else {
         radixSort<kWide>(keys, other_.get(), count, bits_);

@@ -9,6 +9,7 @@
 #include <zqspmatrix.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace zqsp {
 
@@ -39,17 +40,14 @@ unsigned compactElements(const Columns& a, unsigned nnz, const Subscript& delete
     unsigned kept = 0;    // entries that stay, of those looked at
     unsigned removed = 0; // positions deleted so far
     const auto keep = [&](unsigned end) {
-        const unsigned count = end - next;
-        moveEntries(a, kept, next, count);
-        for (unsigned e = kept; removed != 0 && e < kept + count; ++e) {
-            a.ir[e] -= removed;
-        }
-        kept += count;
+        moveEntries(a, kept, next, end - next, removed);
+        kept += end - next;
     };
     forEachRun(deleted, [&](unsigned first, unsigned length) {
-        const unsigned begin = gallop(a.ir, next, nnz, first);
+        const unsigned begin = gallopNear(a.ir, next, nnz, first);
         keep(begin);
-        next = gallop(a.ir, begin, nnz, first + length);
+        next = length == 1 ? begin + (begin < nnz && a.ir[begin] == first ? 1U : 0U)
+                           : gallopNear(a.ir, begin, nnz, first + length);
         removed += length;
     });
     keep(nnz);
@@ -57,16 +55,27 @@ unsigned compactElements(const Columns& a, unsigned nnz, const Subscript& delete
 }
 
 /// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.
+/// Starts are written in whole rounds, and written over by those that follow: how many columns lie between two entries
+/// is nothing that a processor could predict.
 void columnToRow(const Columns& a, unsigned count, unsigned length, unsigned* newJc)
 {
-    unsigned column = 0;
-    for (unsigned e = 0; e < count; ++e) {
-        while (column <= a.ir[e]) {
-            newJc[column++] = e;
+    constexpr unsigned kStarts = 16;
+    std::uint64_t column = 0; // first one whose start is not known
+    unsigned e = 0;
+    for (; e < count && a.ir[e] + std::uint64_t{kStarts} <= length; ++e) {
+        const std::uint64_t end = std::uint64_t{a.ir[e]} + 1;
+        for (; column < end; column += kStarts) {
+            std::fill_n(newJc + column, kStarts, e);
         }
-        a.ir[e] = 0;
+        column = end;
     }
-    std::fill(newJc + column, newJc + length + 1, count);
+    for (; e < count; ++e) {
+        for (; column <= a.ir[e]; ++column) {
+            newJc[column] = e;
+        }
+    }
+    std::fill(newJc + column, newJc + std::size_t{length} + 1, count);
+    std::fill_n(a.ir, count, 0U);
 }
 
 spStatus deleteElements(kxArray* A, const kxArray* K)
