@@ -17,14 +17,15 @@ template <typename NewRow>
 void compactRows(const Columns& a, NewRow newRow)
 {
     withStorage(a, [&](auto values) {
+        unsigned* const ir = a.ir;
         unsigned kept = 0;
         unsigned e = 0;
         for (unsigned j = 0; j < a.n; ++j) {
             const unsigned end = a.jc[j + 1];
             a.jc[j] = kept;
             for (; e < end; ++e) {
-                const unsigned row = newRow(a.ir[e]);
-                a.ir[kept] = row;
+                const unsigned row = newRow(ir[e]);
+                ir[kept] = row;
                 values.copy(kept, values, e);
                 kept += row != NOT_SELECTED ? 1U : 0U;
             }
