@@ -59,7 +59,8 @@ PyObject* exceptionFor(const std::string& identifier)
     if (identifier == "kx:outOfMemory") {
         return PyExc_MemoryError;
     }
-    for (const char* kind : {"kx:subscript:", ":index_to_remove_exceeds_matrix_dimensions", ":pmaxsize", "kx:sizeLimit"}) {
+    for (const char* kind :
+         {"kx:subscript:", ":index_to_remove_exceeds_matrix_dimensions", ":pmaxsize", "kx:sizeLimit"}) {
         if (identifier.find(kind) != std::string::npos) {
             return PyExc_IndexError;
         }
