@@ -20,7 +20,7 @@ if(ZQSP_BUILD_SHELL)
   install(TARGETS kxsh RUNTIME COMPONENT shell)
   install(FILES ${PROJECT_SOURCE_DIR}/docs/man/kxsh.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT shell)
   file(GLOB examples ${PROJECT_SOURCE_DIR}/examples/*.kx ${PROJECT_SOURCE_DIR}/examples/*.mtx)
-  install(FILES ${examples} DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT shell)
+  install(FILES ${examples} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kxsh/examples COMPONENT shell)
 endif()
 
 # Under any prefix of its own the package finds its parts relative to itself; in /usr the loader looks anyway.
