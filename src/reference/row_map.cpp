@@ -82,23 +82,43 @@ RowMap buildRowMap(const Subscript& rows, unsigned m)
     return rowMap;
 }
 
-/// What the count pass learns: all entries of the result, and those of its longest column.
+/// What the count pass learns: all entries of the result, and at most how many a column of it has.
 struct Tally
 {
     std::uint64_t total = 0;
     unsigned longest = 0;
 };
 
-/// The count pass: `copies(begin, end)` is how many entries come out of the stored entries begin .. end-1.
-template <typename Copies>
-Tally tally(const Columns& a, const Subscript& columns, Copies copies)
+/// The count pass of the position form, without a branch on a hit. Neighbouring columns are counted as one, and a
+/// column cannot give more than it holds.
+Tally tallySelected(const Columns& a, const Subscript& columns, const unsigned* map)
+{
+    Tally result;
+    forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
+        unsigned selected = 0;
+        for (unsigned e = a.jc[first]; e < a.jc[first + length]; ++e) {
+            selected += map[a.ir[e]] != NOT_SELECTED ? 1U : 0U;
+        }
+        result.total += selected;
+        for (unsigned j = first; j < first + length; ++j) {
+            result.longest = std::max(result.longest, a.length(j));
+        }
+    });
+    return result;
+}
+
+/// That of the offset form.
+Tally tallyRepeated(const Columns& a, const Subscript& columns, const unsigned* map)
 {
     Tally result;
     forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
         for (unsigned j = first; j < first + length; ++j) {
-            const std::uint64_t inColumn = copies(a.jc[j], a.jc[j + 1]);
-            result.total += inColumn;
-            result.longest = std::max(result.longest, checkedCount(inColumn));
+            std::uint64_t copies = 0;
+            for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
+                copies += map[a.ir[e] + 1] - map[a.ir[e]];
+            }
+            result.total += copies;
+            result.longest = std::max(result.longest, checkedCount(copies));
         }
     });
     return result;
@@ -119,27 +139,10 @@ Tally tallyWhole(const Columns& a, const Subscript& columns)
 
 Tally tallyOf(const Columns& a, const Subscript& columns, const RowMap& rowMap, bool everyRow)
 {
-    const unsigned* ir = a.ir;
-    const unsigned* map = rowMap.map.get();
     if (rowMap.repeats) {
-        return tally(a, columns, [ir, map](unsigned e, unsigned end) {
-            std::uint64_t copies = 0;
-            for (; e < end; ++e) {
-                copies += map[ir[e] + 1] - map[ir[e]];
-            }
-            return copies;
-        });
+        return tallyRepeated(a, columns, rowMap.map.get());
     }
-    if (everyRow) {
-        return tallyWhole(a, columns);
-    }
-    return tally(a, columns, [ir, map](unsigned e, unsigned end) {
-        unsigned selected = 0;
-        for (; e < end; ++e) {
-            selected += map[ir[e]] != NOT_SELECTED ? 1U : 0U;
-        }
-        return selected;
-    });
+    return everyRow ? tallyWhole(a, columns) : tallySelected(a, columns, rowMap.map.get());
 }
 
 /// Writes the entries of the result in order, column by column.

@@ -19,11 +19,42 @@ class RowTable
     explicit RowTable(unsigned m) : bits_(Block<std::uint64_t>::zeroed(m / 64 + std::size_t{1})) {}
 
     void add(unsigned row) { bits_[row / 64] |= std::uint64_t{1} << (row % 64); }
-    [[nodiscard]] bool has(unsigned row) const { return (bits_[row / 64] >> (row % 64) & 1U) != 0; }
+    [[nodiscard]] bool has(unsigned row) const { return bitOf(row) != 0; }
+    /// Whether one of the next kGroup rows is there: a branch for all of them, which is seldom taken.
+    [[nodiscard]] bool hasAny(const unsigned* rows) const
+    {
+        std::uint64_t any = 0;
+        for (unsigned i = 0; i < kGroup; ++i) {
+            any |= bitOf(rows[i]);
+        }
+        return any != 0;
+    }
+
+    static constexpr unsigned kGroup = 8;
 
   private:
+    [[nodiscard]] std::uint64_t bitOf(unsigned row) const { return bits_[row / 64] >> (row % 64) & 1U; }
+
     Block<std::uint64_t> bits_;
 };
+
+/// visit(e) for the entries begin .. end-1 whose rows the table has.
+template <typename F>
+void forEachFound(const unsigned* ir, unsigned begin, unsigned end, const RowTable& table, F&& visit)
+{
+    for (unsigned e = begin; e < end;) {
+        const unsigned groupEnd = end - e > RowTable::kGroup ? e + RowTable::kGroup : end;
+        if (groupEnd - e == RowTable::kGroup && !table.hasAny(ir + e)) {
+            e = groupEnd;
+            continue;
+        }
+        for (; e < groupEnd; ++e) {
+            if (table.has(ir[e])) {
+                visit(e);
+            }
+        }
+    }
+}
 
 template <typename Rows>
 ArrayOwner gather(const Columns& a, const Rows& rows, bool ascending, const Subscript& columns)
@@ -36,22 +67,27 @@ ArrayOwner gather(const Columns& a, const Rows& rows, bool ascending, const Subs
     GrowingList<Key> found;
     const auto columnEnds = Block<unsigned>::make(countOf(columns));
     unsigned visited = 0;
+    unsigned begin = 0; // what is found in the column at hand
+    const auto finishColumn = [&] {
+        if (!ascending) {
+            std::sort(found.data() + begin, found.data() + found.count());
+        }
+        begin = found.count();
+        columnEnds[visited++] = begin;
+    };
+    // Neighbouring columns are searched as one: between entries that are found nobody looks where columns end.
     forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
-        for (unsigned j = first; j < first + length; ++j) {
-            const unsigned begin = found.count();
-            for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
-                if (!table.has(a.ir[e])) {
-                    continue;
-                }
-                for (unsigned i = lowerBound(rows, 0, rows.count(), a.ir[e]); i < rows.count() && rows[i] == a.ir[e];
-                     ++i) {
-                    found.add(makeKey(rows.newRow(i), e));
-                }
+        unsigned column = first;
+        forEachFound(a.ir, a.jc[first], a.jc[first + length], table, [&](unsigned e) {
+            for (; a.jc[column + 1] <= e; ++column) {
+                finishColumn();
             }
-            if (!ascending) {
-                std::sort(found.data() + begin, found.data() + found.count());
+            for (unsigned i = lowerBound(rows, 0, rows.count(), a.ir[e]); i < rows.count() && rows[i] == a.ir[e]; ++i) {
+                found.add(makeKey(rows.newRow(i), e));
             }
-            columnEnds[visited++] = found.count();
+        });
+        for (; column < first + length; ++column) {
+            finishColumn();
         }
     });
     ArrayOwner result = createLike(a, rows.count(), visited, found.count());
