@@ -185,7 +185,7 @@ Subscript simplestForm(Block<unsigned> indices, unsigned count)
 spStatus convertNumeric(const kxArray* subscript, const Extent& extent, Subscript& form)
 {
     const unsigned count = kxGetNumberOfElements(subscript);
-    if (isSparse(subscript) && kxGetNumNonZeroEl(subscript) < count) {
+    if (isSparse(subscript) && kxGetNumNonZeroEl(subscript) < elementsOf(subscript)) {
         return spIndexBelowOne; // it holds zeros
     }
     if (isComplex(subscript)) {
