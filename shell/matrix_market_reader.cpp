@@ -295,7 +295,12 @@ class Reader
 
 Value readMatrixMarket(const std::filesystem::path& path)
 {
-    return Reader(path, readFile(path)).read();
+    return parseMatrixMarket(path, readFile(path));
+}
+
+Value parseMatrixMarket(const std::filesystem::path& path, std::string_view text)
+{
+    return Reader(path, text).read();
 }
 
 } // namespace kxsh
