@@ -115,9 +115,9 @@ TEST(ColonAssignment, ScopeStays)
 TEST(ColonAssignment, Random)
 {
     property(4000, [] {
-        const Model a = *models(*storages(), Shape::Small);
+        const Model a = drawModel(drawStorage(), Shape::Small);
         const auto count = static_cast<unsigned>(a.numel());
-        holds(fill(a, *rightSides(count)));
-        holds(fill(a, *rightSides(a.m, a.n)));
+        holds(fill(a, drawRightSide(count)));
+        holds(fill(a, drawRightSide(a.m, a.n)));
     });
 }

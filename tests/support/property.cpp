@@ -44,6 +44,17 @@ void holds(const Operation& operation)
     }
 }
 
+std::string failureOf(const rc::detail::TestResult& result)
+{
+    std::ostringstream text;
+    if (result.is<rc::detail::FailureResult>()) {
+        text << result.get<rc::detail::FailureResult>().description; // the draws themselves tell nobody anything
+    } else {
+        rc::detail::printResultMessage(result, text);
+    }
+    return text.str();
+}
+
 void property(int runs, const std::function<void()>& body)
 {
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
@@ -52,9 +63,7 @@ void property(int runs, const std::function<void()>& body)
     const rc::detail::TestParams params = paramsFor(metadata.id, runs);
     const auto result = rc::detail::checkTestable(body, metadata, params);
     if (!result.is<rc::detail::SuccessResult>()) {
-        std::ostringstream text;
-        rc::detail::printResultMessage(result, text);
-        FAIL() << text.str() << "\nseed=" << params.seed;
+        FAIL() << failureOf(result) << "\nseed=" << params.seed;
     }
 }
 
