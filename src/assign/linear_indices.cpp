@@ -15,7 +15,7 @@ Block<double> maskPositions(const kxArray* K, SubscriptKind kind, unsigned& coun
     unsigned written = 0;
     if (kind == SubscriptKind::kMask) {
         const auto* bytes = reinterpret_cast<const unsigned char*>(kxGetLogicals(K));
-        const unsigned length = kxGetNumberOfElements(K);
+        const auto length = static_cast<unsigned>(elementsOf(K));
         count = countTrue(bytes, length);
         auto values = Block<double>::make(count);
         forEachTrue(bytes, length, [&](unsigned position) { values[written++] = position + 1.0; });
