@@ -198,25 +198,24 @@ Model refGeneral(const Model& a, const Subscript& i, const Subscript& j)
 
 Model refByLists(const Model& a, const Subscript& rows, const Subscript& columns)
 {
-    for (const auto& [list, extent] : {std::pair{&rows, a.m}, std::pair{&columns, a.n}}) { // nothing else bounds them
-        if (std::any_of(list->values.begin(), list->values.end(), [extent](double v) { return v > extent; })) {
-            throw Failure{spOK, kOutOfRangeError};
-        }
-    }
     const auto positions = [](const Subscript& list, unsigned extent) {
-        Positions all;
         if (list.form == Form::Colon) {
             return convert(list, extent, Purpose::Reference);
         }
+        Positions all;
         for (const double value : list.values) {
+            if (value > extent) { // nothing else bounds it
+                throw Failure{spOK, kOutOfRangeError};
+            }
             all.push_back(static_cast<std::uint64_t>(value) - 1);
         }
         return all;
     };
     const bool allRows = rows.form == Form::Colon;
     const bool allColumns = columns.form == Form::Colon;
+    const Positions r = positions(rows, a.m);
     const Positions c = allRows && allColumns ? Positions{} : positions(columns, a.n);
-    return select(a, allRows ? std::nullopt : std::optional(positions(rows, a.m)), c);
+    return select(a, allRows ? std::nullopt : std::optional(r), c);
 }
 
 Model refByRanges(const Model& a, const Subscript& rows, const Subscript& columns)

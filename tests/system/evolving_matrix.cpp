@@ -20,10 +20,13 @@ std::size_t blocksOf(const kxArray* array)
     return blocks;
 }
 
-/// A maximum number of elements about the size of the target, at which all full operands can exist.
+/// A maximum number of elements about the size of the target, within which any operand can be converted.
 unsigned drawLimit(const Operation& op)
 {
-    const std::uint64_t least = std::max({op.b.numel(), op.i.numel(), op.j.numel()});
+    std::uint64_t least = op.b.numel();
+    for (const Subscript* s : {&op.i, &op.j}) {
+        least = s->form == Form::Mask ? least : std::max(least, s->numel());
+    }
     return static_cast<unsigned>(least) + draw(static_cast<unsigned>(op.a.numel()) + 20);
 }
 
