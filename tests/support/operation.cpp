@@ -1,5 +1,7 @@
 #include "support/call.hpp"
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 
 namespace zqsp::test {
@@ -133,6 +135,36 @@ std::string checkFaults(const Operation& operation, unsigned* faults)
         }
     }
     return "";
+}
+
+void expectEnds(const Operation& operation, const Failure& failure)
+{
+    EXPECT_EQ(predict(operation).ended, Ended(failure)) << operation;
+    EXPECT_EQ("", checkOperation(operation));
+}
+
+void expectEnds(const Operation& operation, spStatus status)
+{
+    expectEnds(operation, Failure{status, ""});
+}
+
+void expectEnds(const Operation& operation, const char* thrown)
+{
+    expectEnds(operation, Failure{spOK, thrown});
+}
+
+void expectMakes(const Operation& operation, const Model& expected)
+{
+    const Call call(operation);
+    EXPECT_EQ(run([&] { return call.make(nullptr); }), Ended()) << operation;
+    EXPECT_EQ("", diff(call.target(), expected)) << operation;
+}
+
+void expectGives(const Operation& operation, const Model& expected)
+{
+    const bool anyCapacity = predict(operation).result.nzmax == Model::kAnyCapacity;
+    expectMakes(operation, withCapacity(expected, anyCapacity ? Model::kAnyCapacity : expected.nzmax));
+    EXPECT_EQ("", checkOperation(operation));
 }
 
 } // namespace zqsp::test

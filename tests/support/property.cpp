@@ -11,7 +11,12 @@ namespace zqsp::test {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ZQSP_TESTS_SANITIZED 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(ZQSP_TESTS_SANITIZED)
 constexpr int kRunsDivisor = 5; // a tenth of the speed
 #else
 constexpr int kRunsDivisor = 1;

@@ -156,4 +156,13 @@ Positions convert(const Subscript& s, std::uint64_t extent, Purpose purpose, boo
     return positions;
 }
 
+unsigned namedBy(const Subscript& s, std::uint64_t extent)
+{
+    try {
+        return static_cast<unsigned>(convert(s, extent, Purpose::Assignment).size());
+    } catch (const Failure&) {
+        return 1;
+    }
+}
+
 } // namespace zqsp::test

@@ -16,15 +16,6 @@ Wanted wanted(std::uint64_t extent, Purpose purpose, std::vector<unsigned> likel
     return w;
 }
 
-unsigned namedBy(const Subscript& s, std::uint64_t extent)
-{
-    try {
-        return static_cast<unsigned>(convert(s, extent, Purpose::Assignment).size());
-    } catch (const Failure&) {
-        return 1;
-    }
-}
-
 /// Lists without sense as unsigned words are made empty.
 Subscript bareList(Subscript s)
 {
@@ -135,6 +126,17 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
     }
     alias(op);
     return op;
+}
+
+unsigned drawMaximum(const Operation& op)
+{
+    std::uint64_t least = op.b.numel();
+    for (const Subscript* s : {&op.i, &op.j}) {
+        const bool stays = s->form == Form::Mask || op.callee == Export::ReferenceByRanges;
+        least = stays ? least : std::max(least, s->numel());
+    }
+    const auto elements = static_cast<unsigned>(op.a.numel());
+    return static_cast<unsigned>(least) + draw(drawOneIn(2) ? 4 : elements + 20);
 }
 
 } // namespace zqsp::test

@@ -3,7 +3,6 @@
 #include "support/call.hpp"
 #include "support/draw.hpp"
 
-#include <algorithm>
 #include <sstream>
 
 namespace zqsp::test {
@@ -18,16 +17,6 @@ std::size_t blocksOf(const kxArray* array)
         blocks += block != nullptr ? 1 : 0;
     }
     return blocks;
-}
-
-/// A maximum number of elements about the size of the target, within which any operand can be converted.
-unsigned drawLimit(const Operation& op)
-{
-    std::uint64_t least = op.b.numel();
-    for (const Subscript* s : {&op.i, &op.j}) {
-        least = s->form == Form::Mask ? least : std::max(least, s->numel());
-    }
-    return static_cast<unsigned>(least) + draw(static_cast<unsigned>(op.a.numel()) + 20);
 }
 
 } // namespace
@@ -58,7 +47,7 @@ std::string EvolvingMatrix::step()
 
 std::string EvolvingMatrix::make(const Operation& op)
 {
-    const unsigned limit = drawOneIn(8) ? drawLimit(op) : kxGetMaxNumberOfElements();
+    const unsigned limit = drawOneIn(8) ? drawMaximum(op) : kxGetMaxNumberOfElements();
     const long failing = drawOneIn(6) ? 1 + static_cast<long>(draw(8)) : -1;
     const std::size_t others = kxrt::live_blocks() - blocksOf(target_.get());
     Outcome expected;
