@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include <stdexcept>
 #include <string_view>
 
 namespace kxsh {
@@ -300,7 +301,11 @@ Value readMatrixMarket(const std::filesystem::path& path)
 
 Value parseMatrixMarket(const std::filesystem::path& path, std::string_view text)
 {
-    return Reader(path, text).read();
+    Value array = Reader(path, text).read();
+    if (const std::string broken = array.isSparse() ? kx::kxCheckSparse(array.get()) : ""; !broken.empty()) {
+        throw std::logic_error(fmt::format("{} was read into a broken array: {}", path.string(), broken));
+    }
+    return array;
 }
 
 } // namespace kxsh
