@@ -16,6 +16,33 @@ std::string text(unsigned long long number)
     return std::to_string(number);
 }
 
+/// Whether the blocks are there and hold what the record says.
+std::string checkBlocks(const kxArray* array, unsigned n)
+{
+    const std::size_t capacity = array->nzmax;
+    const std::size_t size = elementSize(classOf(array));
+    const struct
+    {
+        const char* what;
+        const void* block;
+        std::size_t needed;
+        bool optional;
+    } blocks[] = {{"column starts", array->jc, (std::size_t{n} + 1) * sizeof(unsigned), false},
+                  {"rows", array->ir, capacity * sizeof(unsigned), capacity == 0},
+                  {"values", array->pr, capacity * size, capacity == 0},
+                  {"imaginary parts", array->pi, capacity * size, true}};
+    for (const auto& [what, block, needed, optional] : blocks) {
+        if (block == nullptr && !optional) {
+            return std::string("no ") + what;
+        }
+        if (block != nullptr && blockSize(block) < needed) {
+            return std::string("the ") + what + " take " + text(needed) + " bytes of a block of " +
+                   text(blockSize(block));
+        }
+    }
+    return {};
+}
+
 std::string checkColumnStarts(const kxArray* array, unsigned n)
 {
     if (array->jc[0] != 0) {
@@ -63,15 +90,19 @@ std::string kxCheckSparse(const kxArray* array)
     if (array->ndims != 2) {
         return "a sparse array of " + text(array->ndims) + " dimensions";
     }
-    if (array->jc == nullptr) {
-        return "no column starts";
+    const bool flagged = (array->flags & kxFLAG_MAY_BE_COMPLEX) != 0;
+    if (flagged && !mayBeComplex(classOf(array))) {
+        return "class " + text(classOf(array)) + " flagged as one that may be complex";
     }
-    if (array->nzmax > 0 && (array->ir == nullptr || array->pr == nullptr)) {
-        return "a capacity of " + text(array->nzmax) + " without blocks";
+    if (array->pi != nullptr && !flagged) {
+        return "imaginary parts that the flags deny";
     }
     const unsigned m = array->get_dimensions()[0];
     const unsigned n = array->get_dimensions()[1];
-    std::string violation = checkColumnStarts(array, n);
+    std::string violation = checkBlocks(array, n);
+    if (violation.empty()) {
+        violation = checkColumnStarts(array, n);
+    }
     return violation.empty() ? checkRows(array, m, n) : violation;
 }
 

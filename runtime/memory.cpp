@@ -26,14 +26,14 @@ static_assert(sizeof(BlockHeader) == 16);
 
 /// Where the data of a mapped block begins within its mapping.
 constexpr std::size_t kMappingPrefix = 64;
-/// No array needs a block this large: 2^32 complex elements come in two blocks of 32 GiB.
-constexpr std::size_t kLargestBlock = std::size_t{1} << 36;
 /// What an overflowing product of count and size is taken for.
 constexpr std::size_t kImpossibleSize = std::numeric_limits<std::size_t>::max();
 
 constinit std::atomic<std::size_t> liveBlocks{0};
 constinit std::atomic<long> requests{0};
 constinit std::atomic<long> requestsUntilFailure{-1};
+/// No array needs a block this large: 2^32 complex elements come in two blocks of 32 GiB.
+constinit std::atomic<std::size_t> largestBlock{std::size_t{1} << 36};
 
 BlockHeader* headerOf(void* block)
 {
@@ -60,7 +60,7 @@ bool admit(std::size_t size) noexcept
     requests.fetch_add(1, std::memory_order_relaxed);
     const bool fails = requestsUntilFailure.load(std::memory_order_relaxed) > 0 &&
                        requestsUntilFailure.fetch_sub(1, std::memory_order_relaxed) == 1;
-    return !fails && size <= kLargestBlock;
+    return !fails && size <= largestBlock.load(std::memory_order_relaxed);
 }
 
 constexpr bool isMapped(std::size_t size)
@@ -156,6 +156,10 @@ long allocations()
 void fail_allocation_after(long n)
 {
     requestsUntilFailure.store(n, std::memory_order_relaxed);
+}
+void set_largest_block(std::size_t bytes)
+{
+    largestBlock.store(bytes, std::memory_order_relaxed);
 }
 
 void* allocate(std::size_t count, std::size_t size)

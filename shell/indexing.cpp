@@ -150,11 +150,12 @@ void assign(Value& target, const Value& value, std::span<const Value> subscripts
         fresh = Value(kx::kxCreateUnset());
     } else if (!target.isSparse()) {
         fresh = asSparse(target);
+    } else if (kxrt::is_shared(target.get())) {
+        fresh = Value(kx::kxCreateDeepCopy(target.get())); // should this fail, the target has not even moved
     }
     Value& changed = fresh ? fresh : target;
     withDetails(
         [&] {
-            kxrt::make_private(changed.get());
             assignSparse(changed, value, subscripts);
             if (target && !target.isSparse()) {
                 fresh = asFull(fresh);

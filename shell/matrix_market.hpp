@@ -5,7 +5,7 @@
 #include "value.hpp"
 
 #include <filesystem>
-#include <string>
+#include <string_view>
 
 namespace kxsh {
 
@@ -13,6 +13,8 @@ namespace kxsh {
 /// double one. Symmetric, skew-symmetric and hermitian files give the whole matrix; entries of one place are summed.
 /// Raises kxsh:file when the file cannot be read, kxsh:matrixMarket with file and line when its content is wrong.
 Value readMatrixMarket(const std::filesystem::path& path);
+/// The same from the text of a file; `path` is what errors name.
+Value parseMatrixMarket(const std::filesystem::path& path, std::string_view text);
 
 /// Writes sparse arrays in coordinate, full ones in array format, general symmetry; a sparse logical array as a
 /// pattern. Numbers are the shortest that read back to the same double. An existing file is replaced only once the new

@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include <stdexcept>
 #include <string_view>
 
 namespace kxsh {
@@ -295,7 +296,16 @@ class Reader
 
 Value readMatrixMarket(const std::filesystem::path& path)
 {
-    return Reader(path, readFile(path)).read();
+    return parseMatrixMarket(path, readFile(path));
+}
+
+Value parseMatrixMarket(const std::filesystem::path& path, std::string_view text)
+{
+    Value array = Reader(path, text).read();
+    if (const std::string broken = array.isSparse() ? kx::kxCheckSparse(array.get()) : ""; !broken.empty()) {
+        throw std::logic_error(fmt::format("{} was read into a broken array: {}", path.string(), broken));
+    }
+    return array;
 }
 
 } // namespace kxsh

@@ -99,8 +99,8 @@ spStatus assignElements(kxArray* A, const kxArray* originalB, const kxArray* K)
     B.become(kxMustBe(originalB, id));
     const LinearIndices indices(K);
     const unsigned count = indices.count();
-    const bool isScalar = kxGetNumberOfElements(B.get()) == 1;
-    if (!isScalar && kxGetNumberOfElements(B.get()) != count) {
+    const bool isScalar = elementsOf(B.get()) == 1;
+    if (!isScalar && elementsOf(B.get()) != count) {
         return spIndexAssignCountMismatch;
     }
     const unsigned m = rowsOf(A);

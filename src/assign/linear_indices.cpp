@@ -15,7 +15,7 @@ Block<double> maskPositions(const kxArray* K, SubscriptKind kind, unsigned& coun
     unsigned written = 0;
     if (kind == SubscriptKind::kMask) {
         const auto* bytes = reinterpret_cast<const unsigned char*>(kxGetLogicals(K));
-        const unsigned length = kxGetNumberOfElements(K);
+        const auto length = static_cast<unsigned>(elementsOf(K));
         count = countTrue(bytes, length);
         auto values = Block<double>::make(count);
         forEachTrue(bytes, length, [&](unsigned position) { values[written++] = position + 1.0; });
@@ -35,8 +35,7 @@ Block<double> maskPositions(const kxArray* K, SubscriptKind kind, unsigned& coun
 /// Raises the runtime's subscript error for a complex subscript, and for a sparse numeric one that holds zeros.
 void requireRealPositive(const kxArray* K, SubscriptKind kind)
 {
-    const bool holdsZeros =
-        kind == SubscriptKind::kNumeric && isSparse(K) && kxGetNumNonZeroEl(K) < kxGetNumberOfElements(K);
+    const bool holdsZeros = kind == SubscriptKind::kNumeric && isSparse(K) && kxGetNumNonZeroEl(K) < elementsOf(K);
     if (holdsZeros || isComplex(K)) {
         kxHandleSubscriptError(kxSUBSCRIPT_NOT_POSITIVE_INTEGER);
     }

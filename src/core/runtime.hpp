@@ -4,6 +4,8 @@
 
 #include <kx_array.hpp>
 
+#include <cstdint>
+
 namespace zqsp {
 
 using namespace matrix::detail::noninlined::kx_array_api;
@@ -18,6 +20,12 @@ inline kxClassID classOf(const kxArray* array)
 inline unsigned rowsOf(const kxArray* array)
 {
     return array->get_dimensions()[0];
+}
+
+/// The number of elements, also where it exceeds the maximum, at which kxGetNumberOfElements stops.
+inline std::uint64_t elementsOf(const kxArray* array)
+{
+    return std::uint64_t{rowsOf(array)} * kxGetN(array);
 }
 
 inline bool hasFlag(const kxArray* array, kxArrayFlag flag)

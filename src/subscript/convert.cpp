@@ -63,7 +63,7 @@ spStatus convertColonObject(const kxArray* colon, const Extent& extent, Subscrip
 spStatus convertMask(const kxArray* subscript, const Extent& extent, Subscript& form)
 {
     const auto* values = reinterpret_cast<const unsigned char*>(kxGetLogicals(subscript));
-    const unsigned length = kxGetNumberOfElements(subscript);
+    const auto length = static_cast<unsigned>(elementsOf(subscript));
     // A mask may be longer than the extent as long as nothing out there is true.
     if (length > extent.limit && nextTrue(values, extent.limit, length) != length) {
         return extent.outOfRange;

@@ -249,10 +249,10 @@ Subscript simplestForm(Block<unsigned> indices, unsigned count, const OrderWatch
 
 spStatus convertNumeric(const kxArray* subscript, const Extent& extent, Subscript& form)
 {
-    const unsigned count = kxGetNumberOfElements(subscript);
-    if (isSparse(subscript) && kxGetNumNonZeroEl(subscript) < count) {
+    if (isSparse(subscript) && kxGetNumNonZeroEl(subscript) < elementsOf(subscript)) {
         return spIndexBelowOne; // it holds zeros
     }
+    const auto count = static_cast<unsigned>(elementsOf(subscript));
     if (isComplex(subscript)) {
         return spIndexNotPositiveInteger;
     }

@@ -18,7 +18,7 @@ Operation drawAliased()
     if ((which & 1U) != 0) {
         op.bIs = drawFrom(aliases);
     } else {
-        op.b = *rightSides(drawOneIn(2) ? count : op.a.nnz());
+        op.b = drawRightSide(drawOneIn(2) ? count : op.a.nnz());
     }
     if ((which & 2U) != 0) {
         op.iIs = drawFrom(aliases);

@@ -12,10 +12,6 @@
 
 namespace zqsp::test::linear {
 
-inline constexpr Storage kReal{kxDOUBLE_CLASS, false};
-inline constexpr Storage kComplex{kxDOUBLE_CLASS, true};
-inline constexpr Storage kLogical{kxLOGICAL_CLASS, false};
-
 /// A(k) = b
 inline Operation assign(const Model& a, const RightSide& b, const Subscript& k)
 {
@@ -32,13 +28,6 @@ inline RightSide row(std::vector<Value> values, Storage storage = {})
 {
     const auto n = static_cast<unsigned>(values.size());
     return RightSide::full({1, n}, std::move(values), storage);
-}
-
-/// Expects that the call ends so, in the model as well.
-inline void expectEnds(const Operation& op, const Failure& failure)
-{
-    EXPECT_EQ(predict(op).ended, Ended(failure)) << op;
-    EXPECT_EQ("", checkOperation(op));
 }
 
 } // namespace zqsp::test::linear

@@ -11,11 +11,6 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-void expectEnds(const Operation& op, spStatus status)
-{
-    linear::expectEnds(op, {status, ""});
-}
-
 } // namespace
 
 TEST(LinearAssignmentErrors, OrderOfTheChecks)

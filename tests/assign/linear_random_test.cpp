@@ -13,7 +13,7 @@ constexpr Form kForms[] = {Form::Numeric, Form::SparseNumeric, Form::Mask, Form:
 /// Matrices, vectors, scalars, empty and unset targets. What an explicit false does when it is overwritten is open.
 Model drawTarget(Storage storage, Shape shape)
 {
-    Model a = *models(storage, shape, storage.classId != kxLOGICAL_CLASS);
+    Model a = drawModel(storage, shape, storage.classId != kxLOGICAL_CLASS);
     const auto count = static_cast<unsigned>(a.numel());
     switch (draw(6)) {
     case 0:
@@ -33,7 +33,7 @@ Subscript drawIndices(const Model& a, Form form, unsigned most)
     const bool isMatrix = a.m >= 2 && a.n >= 2;
     Wanted wanted{.extent = a.numel(), .purpose = Purpose::Assignment, .likely = storedElements(a), .most = most};
     wanted.growth = !isMatrix ? 12 : (drawOneIn(20) ? 2 : 0);
-    return *subscripts(wanted, form);
+    return drawSubscript(wanted, form);
 }
 
 /// As many values as the subscript names positions. NaN and infinities come from the tables of cases.
@@ -42,7 +42,7 @@ RightSide drawValues(const Subscript& k)
     const std::size_t count = k.form == Form::Range ? k.numel()
                               : k.isLogical()       ? maskPositions(k).size()
                                                     : k.values.size();
-    return *rightSides(static_cast<unsigned>(count));
+    return drawRightSide(static_cast<unsigned>(count));
 }
 
 Operation drawAssignment(Storage storage, Shape shape, Form form, unsigned most)
@@ -78,7 +78,7 @@ TEST_P(RandomLinearAssignment, LongSubscripts)
 TEST_P(RandomLinearAssignment, MoreThanFourThousandMillionElements)
 {
     property(25, [&] {
-        Model a = *models(GetParam(), Shape::Huge, GetParam().classId != kxLOGICAL_CLASS);
+        Model a = drawModel(GetParam(), Shape::Huge, GetParam().classId != kxLOGICAL_CLASS);
         const Subscript k = drawIndices(a, drawFrom<Form>({Form::Numeric, Form::SparseMask, Form::Range}), 8);
         holds({.callee = Export::Ass3, .a = a, .b = drawValues(k), .i = k});
     });
@@ -91,8 +91,8 @@ TEST_P(RandomLinearAssignment, RunsThatMixEverything)
     property(600, [&] {
         const bool isColumn = drawOneIn(2);
         const unsigned length = draw(12);
-        Model a = *modelsOfSize(GetParam(), isColumn ? length : 1, isColumn ? 1 : length,
-                                GetParam().classId != kxLOGICAL_CLASS);
+        Model a = drawModelOfSize(GetParam(), isColumn ? length : 1, isColumn ? 1 : length,
+                                  GetParam().classId != kxLOGICAL_CLASS);
         a.nzmax = a.nnz() + draw(3);
         const unsigned count = 1 + draw(60);
         const unsigned reach = 1 + draw(30);
@@ -140,11 +140,11 @@ TEST(LinearAssignmentFaults, EveryPath)
         const Form form =
             drawFrom<Form>({Form::Numeric, Form::SparseNumeric, Form::Mask, Form::SparseMask, Form::Range});
         const Shape shape = drawFrom<Shape>({Shape::Small, Shape::Small, Shape::Dense});
-        Operation op = drawAssignment(*storages(), shape, form, drawOneIn(2) ? 2 : 40);
+        Operation op = drawAssignment(drawStorage(), shape, form, drawOneIn(2) ? 2 : 40);
         switch (draw(8)) {
         case 0:
             op.i = Subscript::colon();
-            op.b = *rightSides(op.a.m, op.a.n);
+            op.b = drawRightSide(op.a.m, op.a.n);
             break;
         case 1:
             op.b = op.a.isUnset() ? op.b : RightSide::literal();

@@ -1,6 +1,5 @@
 // A(K) = B: growth, contents and capacity spelled out, what counts as zero, every class of subscript and target.
 #include "assign/linear_cases.hpp"
-#include "support/call.hpp"
 
 #include <algorithm>
 #include <limits>
@@ -13,21 +12,6 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
-
-Model withCapacity(Model a, unsigned nzmax)
-{
-    a.nzmax = nzmax;
-    return a;
-}
-
-/// Makes the call and compares with a result given by hand; the model must give the same.
-void expectGives(const Operation& op, const Model& expected)
-{
-    const Call call(op);
-    EXPECT_EQ(run([&] { return call.make(nullptr); }), Ended()) << op;
-    EXPECT_EQ("", diff(call.target(), expected)) << op;
-    EXPECT_EQ("", checkOperation(op));
-}
 
 } // namespace
 

@@ -40,7 +40,7 @@ Alias drawAlias()
 TEST(RegionAlias, TheRightSide)
 {
     property(3000, [] {
-        const Model a = *models(*storages(), Shape::Small);
+        const Model a = drawModel(drawStorage(), Shape::Small);
         RC_PRE(!a.isEmpty());
         const Subscript i = drawList(a.m, a.m + draw(3));
         const Subscript j = drawList(a.n, a.n + draw(3));
@@ -56,7 +56,7 @@ TEST(RegionAlias, TheRightSide)
 TEST(RegionAlias, TheSubscripts)
 {
     property(3000, [] {
-        const Model a = drawOneIn(3) ? *models({kxLOGICAL_CLASS, false}, Shape::Small) : drawIndexMatrix();
+        const Model a = drawOneIn(3) ? drawModel({kxLOGICAL_CLASS, false}, Shape::Small) : drawIndexMatrix();
         const Subscript own = Subscript::ofModel(a);
         const Subscript other = drawList(draw(4), 6);
         const Alias iIs = drawFrom<Alias>({Alias::Target, Alias::SharesTarget});
@@ -64,18 +64,20 @@ TEST(RegionAlias, TheSubscripts)
         const unsigned j = namedBy(jIs == Alias::None ? other : own, 0);
         holds({.callee = Export::Ass6,
                .a = a,
-               .b = *rightSides(namedBy(own, 0), j),
+               .b = drawRightSide(namedBy(own, 0), j),
                .i = other,
                .j = other,
                .iIs = iIs,
                .jIs = jIs});
         holds({.callee = Export::Ass6,
                .a = a,
-               .b = *rightSides(namedBy(other, 0), namedBy(own, 0)),
+               .b = drawRightSide(namedBy(other, 0), namedBy(own, 0)),
                .i = other,
                .jIs = iIs});
-        holds({.callee = Export::Ass4, .a = a, .b = *rightSides(a.m, namedBy(own, 0)), .bIs = drawAlias(), .iIs = iIs});
-        holds({.callee = Export::Ass5, .a = a, .b = *rightSides(namedBy(own, 0), a.n), .bIs = drawAlias(), .iIs = iIs});
+        holds(
+            {.callee = Export::Ass4, .a = a, .b = drawRightSide(a.m, namedBy(own, 0)), .bIs = drawAlias(), .iIs = iIs});
+        holds(
+            {.callee = Export::Ass5, .a = a, .b = drawRightSide(namedBy(own, 0), a.n), .bIs = drawAlias(), .iIs = iIs});
     });
 }
 

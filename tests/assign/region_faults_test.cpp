@@ -24,9 +24,9 @@ Model drawTarget()
     case 10:
         return emptyFull({kxSINGLE_CLASS, false}, draw(3), 0);
     case 9:
-        return *models(*storages(), Shape::Dense);
+        return drawModel(drawStorage(), Shape::Dense);
     default:
-        return *models(*storages(), Shape::Small);
+        return drawModel(drawStorage(), Shape::Small);
     }
 }
 
@@ -41,13 +41,13 @@ TEST(RegionFaults, EveryPath)
             return Wanted{
                 .extent = extent, .purpose = Purpose::Assignment, .growth = drawOneIn(3) ? 2U : 0U, .mayFail = false};
         };
-        const Subscript i = *subscripts(wanted(a.m));
-        const Subscript j = *subscripts(wanted(a.n));
+        const Subscript i = drawSubscript(wanted(a.m));
+        const Subscript j = drawSubscript(wanted(a.n));
         const unsigned height = namedBy(i, a.m);
         const unsigned width = namedBy(j, a.n);
-        holdsThroughFaults(toRegion(a, i, j, *rightSides(height, width)), faults);
-        holdsThroughFaults(toColumns(a, j, *rightSides(a.m, width)), faults);
-        holdsThroughFaults(toRows(a, i, *rightSides(height, a.n)), faults);
+        holdsThroughFaults(toRegion(a, i, j, drawRightSide(height, width)), faults);
+        holdsThroughFaults(toColumns(a, j, drawRightSide(a.m, width)), faults);
+        holdsThroughFaults(toRows(a, i, drawRightSide(height, a.n)), faults);
     });
     EXPECT_GT(faults, 1000U);
 }

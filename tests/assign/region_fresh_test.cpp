@@ -32,7 +32,7 @@ TEST(FreshTargets, UnsetTargetsBecomeSparse)
     const Storage single{kxSINGLE_CLASS, false};
     const RightSide five = RightSide::scalar(5, single);
     const auto none = [&](unsigned m, unsigned n, unsigned nzmax) {
-        return withRoom(Model::empty(single, m, n), nzmax);
+        return withCapacity(Model::empty(single, m, n), nzmax);
     };
     const Model wide = emptyFull(single, 0, 5);
     const Model tall = emptyFull(single, 5, 0);
@@ -65,7 +65,7 @@ TEST(FreshTargets, UnsetTargetsBecomeSparse)
 TEST(FreshTargets, ClasslessTargetsTakeTheRightSideWhole)
 {
     const Subscript colon = Subscript::colon();
-    const RightSide sparse = RightSide::of(withRoom(Model::of(kReal, {{1, 0, 2}, {0, 3, 0}}), 9));
+    const RightSide sparse = RightSide::of(withCapacity(Model::of(kReal, {{1, 0, 2}, {0, 3, 0}}), 9));
     const RightSide full = RightSide::full({2, 1}, {0, 7}, {kxINT8_CLASS, false});
     const RightSide complexZeros = RightSide::full({1, 2}, {6, 7}, kComplex);
     Model fullOne = Model::of({kxINT8_CLASS, false}, {{5}});

@@ -21,7 +21,7 @@ Model drawTarget(Storage storage)
         const auto [m, n] = drawFrom<std::pair<unsigned, unsigned>>({{0, 0}, {0, 5}, {5, 0}});
         return emptyFull({storage.classId, false}, m, n);
     }
-    return *models(storage, drawOneIn(4) ? drawFrom<Shape>({Shape::Tall, Shape::Dense}) : Shape::Small);
+    return drawModel(storage, drawOneIn(4) ? drawFrom<Shape>({Shape::Tall, Shape::Dense}) : Shape::Small);
 }
 
 Wanted rowsOf(const Model& a)
@@ -53,9 +53,9 @@ TEST_P(RandomAssignment, EveryPairOfForms)
         for (const Form columns : kForms) {
             property(100, [&] {
                 const Model a = drawTarget(GetParam());
-                const Subscript i = *subscripts(rowsOf(a), rows);
-                const Subscript j = *subscripts(columnsOf(a), columns);
-                const RightSide b = *rightSides(namedBy(i, a.m), namedBy(j, a.n));
+                const Subscript i = drawSubscript(rowsOf(a), rows);
+                const Subscript j = drawSubscript(columnsOf(a), columns);
+                const RightSide b = drawRightSide(namedBy(i, a.m), namedBy(j, a.n));
                 holds(toRegion(a, i, j, b));
             });
         }
@@ -67,10 +67,10 @@ TEST_P(RandomAssignment, EveryFormOfOneSubscript)
     for (const Form form : kForms) {
         property(300, [&] {
             const Model a = drawTarget(GetParam());
-            const Subscript j = *subscripts(columnsOf(a), form);
-            holds(toColumns(a, j, *rightSides(openExtent(a, a.m), namedBy(j, a.n))));
-            const Subscript i = *subscripts(rowsOf(a), form);
-            holds(toRows(a, i, *rightSides(namedBy(i, a.m), openExtent(a, a.n))));
+            const Subscript j = drawSubscript(columnsOf(a), form);
+            holds(toColumns(a, j, drawRightSide(openExtent(a, a.m), namedBy(j, a.n))));
+            const Subscript i = drawSubscript(rowsOf(a), form);
+            holds(toRows(a, i, drawRightSide(namedBy(i, a.m), openExtent(a, a.n))));
         });
     }
 }
@@ -82,31 +82,31 @@ TEST(RandomAssignment, LongSubscripts)
 {
     // Long columns and many of them: dense regions beside sparse ones, and rows told by a table beside searched ones.
     property(1500, [] {
-        const Model tall = *models(*storages(), Shape::Dense);
+        const Model tall = drawModel(drawStorage(), Shape::Dense);
         const Model a = drawOneIn(2) ? tall : reshaped(tall, tall.n, tall.m);
         Wanted rows = rowsOf(a);
         Wanted columns = columnsOf(a);
         rows.most = columns.most = 60;
-        const Subscript i = *subscripts(rows);
-        const Subscript j = *subscripts(columns);
-        const RightSide b = *rightSides(namedBy(i, a.m), namedBy(j, a.n));
+        const Subscript i = drawSubscript(rows);
+        const Subscript j = drawSubscript(columns);
+        const RightSide b = drawRightSide(namedBy(i, a.m), namedBy(j, a.n));
         holds(toRegion(a, i, j, b));
-        holds(toColumns(a, j, *rightSides(a.m, namedBy(j, a.n))));
-        holds(toRows(a, i, *rightSides(namedBy(i, a.m), a.n)));
+        holds(toColumns(a, j, drawRightSide(a.m, namedBy(j, a.n))));
+        holds(toRows(a, i, drawRightSide(namedBy(i, a.m), a.n)));
     });
 }
 
 TEST(RandomAssignment, MoreThanFourThousandMillionElements)
 {
     property(300, [] {
-        const Model a = *models(*storages(), Shape::Huge);
+        const Model a = drawModel(drawStorage(), Shape::Huge);
         const auto rowForm = drawFrom<Form>({Form::Numeric, Form::Range, Form::SparseMask, Form::SparseNumeric});
-        const Subscript i = *subscripts(rowsOf(a), rowForm);
-        const Subscript j = *subscripts(columnsOf(a), rowForm);
-        const RightSide b = *rightSides(namedBy(i, a.m), namedBy(j, a.n));
+        const Subscript i = drawSubscript(rowsOf(a), rowForm);
+        const Subscript j = drawSubscript(columnsOf(a), rowForm);
+        const RightSide b = drawRightSide(namedBy(i, a.m), namedBy(j, a.n));
         holds(toRegion(a, i, j, b));
         if (a.n < 100) {
-            holds(toRows(a, i, *rightSides(namedBy(i, a.m), a.n)));
+            holds(toRows(a, i, drawRightSide(namedBy(i, a.m), a.n)));
         }
     });
 }
@@ -114,12 +114,12 @@ TEST(RandomAssignment, MoreThanFourThousandMillionElements)
 TEST(RandomAssignment, GivesBackWhatWasAssigned)
 {
     property(3000, [] {
-        const Storage storage = *storages();
-        const Model a = *models(storage, Shape::Small);
+        const Storage storage = drawStorage();
+        const Model a = drawModel(storage, Shape::Small);
         std::vector<double> named[2]; // 1-based, as a colon or a range past the end mean them for this target
         const auto distinct = [](Wanted wanted, std::vector<double>& indices) {
             wanted.mayFail = false;
-            const Subscript s = *subscripts(wanted);
+            const Subscript s = drawSubscript(wanted);
             std::set<std::uint64_t> seen;
             for (const std::uint64_t position : convert(s, wanted.extent, Purpose::Assignment)) {
                 RC_PRE(seen.insert(position).second);
@@ -129,8 +129,8 @@ TEST(RandomAssignment, GivesBackWhatWasAssigned)
         };
         const Array i = distinct(rowsOf(a), named[0]);
         const Array j = distinct(columnsOf(a), named[1]);
-        Model b = *modelsOfSize(storage, static_cast<unsigned>(named[0].size()), static_cast<unsigned>(named[1].size()),
-                                false);
+        Model b = drawModelOfSize(storage, static_cast<unsigned>(named[0].size()),
+                                  static_cast<unsigned>(named[1].size()), false);
         const Array target = toArray(a);
         const Array rightSide = toArray(b);
         RC_ASSERT(spAss6(target.get(), rightSide.get(), i.get(), j.get()) == spOK);

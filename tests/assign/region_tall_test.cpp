@@ -86,12 +86,12 @@ void holdsStretched(const Stretcher& stretched, const Operation& small, const Op
 TEST(TallRegions, AgreeWithSmallOnes)
 {
     property(4000, [] {
-        const Model a = *models(*storages(), Shape::Small);
+        const Model a = drawModel(drawStorage(), Shape::Small);
         const Stretcher stretched{draw(a.m + 1)};
         const Wanted rows{.extent = a.m, .purpose = Purpose::Assignment, .growth = 2, .mayFail = false};
         const Wanted columns{.extent = a.n, .purpose = Purpose::Assignment, .growth = 2, .mayFail = false};
         Operation small{
-            .callee = Export::Ass6, .a = a, .i = *subscripts(rows, Form::Numeric), .j = *subscripts(columns)};
+            .callee = Export::Ass6, .a = a, .i = drawSubscript(rows, Form::Numeric), .j = drawSubscript(columns)};
         if (drawOneIn(3)) {
             std::sort(small.i.values.begin(), small.i.values.end());
             small.i.values.erase(std::unique(small.i.values.begin(), small.i.values.end()), small.i.values.end());
@@ -99,7 +99,7 @@ TEST(TallRegions, AgreeWithSmallOnes)
         }
         const auto height = static_cast<unsigned>(small.i.values.size());
         const auto width = namedBy(small.j, a.n);
-        small.b = *rightSides(height, width);
+        small.b = drawRightSide(height, width);
         Operation tall = small;
         tall.a = stretched.model(a);
         tall.i = stretched.rows(small.i);
@@ -113,7 +113,7 @@ TEST(TallRegions, AgreeWithSmallOnes)
         // The rows of the small matrix only have a say where they are named: not those of an empty square one.
         if (!a.isEmpty()) {
             small.callee = tall.callee = Export::Ass5;
-            small.b = tall.b = *rightSides(height, a.n);
+            small.b = tall.b = drawRightSide(height, a.n);
             tall.i = stretched.rows(small.i);
             holdsStretched(stretched, small, tall);
         }
@@ -123,14 +123,14 @@ TEST(TallRegions, AgreeWithSmallOnes)
 TEST(TallRegions, WholeColumnsAgreeWithSmallOnes)
 {
     property(1500, [] {
-        const Storage storage = *storages();
-        const Model a = *models(storage, Shape::Small);
+        const Storage storage = drawStorage();
+        const Model a = drawModel(storage, Shape::Small);
         RC_PRE(a.m > 1 && a.n > 0);
         const Stretcher stretched{draw(a.m + 1)};
         const Wanted columns{.extent = a.n, .purpose = Purpose::Assignment, .growth = 2, .mayFail = false};
-        Operation small{.callee = Export::Ass4, .a = a, .i = *subscripts(columns)};
+        Operation small{.callee = Export::Ass4, .a = a, .i = drawSubscript(columns)};
         const auto width = namedBy(small.i, a.n);
-        const Model b = *modelsOfSize(*storages(), a.m, width);
+        const Model b = drawModelOfSize(drawStorage(), a.m, width);
         Operation tall = small;
         tall.a = stretched.model(a);
         small.b = RightSide::of(b);

@@ -71,10 +71,10 @@ TEST_P(RandomDeletion, EveryForm)
 {
     for (const Form form : kForms) {
         property(200, [&] {
-            const Model a = *models(GetParam());
-            holds({.callee = Export::DeleteColumns, .a = a, .i = *subscripts(columnsOf(a), form)});
-            holds({.callee = Export::DeleteRows, .a = a, .i = *subscripts(rowsOf(a), form)});
-            holds({.callee = Export::DeleteElements, .a = a, .i = *subscripts(elementsOf(a), form)});
+            const Model a = drawModel(GetParam());
+            holds({.callee = Export::DeleteColumns, .a = a, .i = drawSubscript(columnsOf(a), form)});
+            holds({.callee = Export::DeleteRows, .a = a, .i = drawSubscript(rowsOf(a), form)});
+            holds({.callee = Export::DeleteElements, .a = a, .i = drawSubscript(elementsOf(a), form)});
         });
     }
 }
@@ -82,26 +82,26 @@ TEST_P(RandomDeletion, EveryForm)
 TEST_P(RandomDeletion, LongSubscripts)
 {
     property(150, [&] {
-        Model a = *models(GetParam(), drawOneIn(2) ? Shape::Dense : Shape::Tall);
+        Model a = drawModel(GetParam(), drawOneIn(2) ? Shape::Dense : Shape::Tall);
         const auto elements = static_cast<unsigned>(a.numel());
         if (drawOneIn(3)) {
             a = drawOneIn(2) ? reshaped(a, 1, elements) : reshaped(a, elements, 1);
         }
-        holds({.callee = Export::DeleteElements, .a = a, .i = *subscripts(elementsOf(a, 400))});
-        holds({.callee = Export::DeleteRows, .a = a, .i = *subscripts(rowsOf(a, 200))});
+        holds({.callee = Export::DeleteElements, .a = a, .i = drawSubscript(elementsOf(a, 400))});
+        holds({.callee = Export::DeleteRows, .a = a, .i = drawSubscript(rowsOf(a, 200))});
         const Model wide = reshaped(a, a.n, a.m);
-        holds({.callee = Export::DeleteColumns, .a = wide, .i = *subscripts(columnsOf(wide, 200))});
+        holds({.callee = Export::DeleteColumns, .a = wide, .i = drawSubscript(columnsOf(wide, 200))});
     });
 }
 
 TEST_P(RandomDeletion, MoreThanFourThousandMillionElements)
 {
     property(25, [&] {
-        const Model a = *models(GetParam(), Shape::Huge);
-        holds({.callee = Export::DeleteElements, .a = a, .i = *subscripts(elementsOf(a))});
-        holds({.callee = Export::DeleteColumns, .a = a, .i = *subscripts(columnsOf(a))});
+        const Model a = drawModel(GetParam(), Shape::Huge);
+        holds({.callee = Export::DeleteElements, .a = a, .i = drawSubscript(elementsOf(a))});
+        holds({.callee = Export::DeleteColumns, .a = a, .i = drawSubscript(columnsOf(a))});
         if (a.m < 100000) {
-            holds({.callee = Export::DeleteRows, .a = a, .i = *subscripts(rowsOf(a))});
+            holds({.callee = Export::DeleteRows, .a = a, .i = drawSubscript(rowsOf(a))});
         } else { // the rows of a run need no map, which would take 16 gigabytes
             const unsigned first = draw(a.m / 2) + 1;
             holds({.callee = Export::DeleteRows, .a = a, .i = Subscript::range(first, 1, first + draw(1000))});
@@ -112,10 +112,10 @@ TEST_P(RandomDeletion, MoreThanFourThousandMillionElements)
 TEST_P(RandomDeletion, LeavesTheComplement)
 {
     property(250, [&] {
-        const Model a = *models(GetParam());
+        const Model a = drawModel(GetParam());
         const auto drawn = [](Wanted wanted) {
             wanted.mayFail = false;
-            Subscript s = *subscripts(wanted);
+            Subscript s = drawSubscript(wanted);
             return s.form == Form::Colon ? Subscript::range(1, 2, static_cast<double>(wanted.extent)) : s;
         };
         leavesTheComplement(a, drawn(columnsOf(a)), a.n, spDeleteColumns, spRef4);
@@ -135,10 +135,10 @@ TEST(RandomDeletionFaults, EveryPath)
 {
     unsigned faults = 0;
     property(1000, [&] {
-        const Model a = *models();
-        const Subscript j = *subscripts(columnsOf(a));
-        const Subscript i = *subscripts(rowsOf(a));
-        const Subscript k = *subscripts(elementsOf(a));
+        const Model a = drawModel();
+        const Subscript j = drawSubscript(columnsOf(a));
+        const Subscript i = drawSubscript(rowsOf(a));
+        const Subscript k = drawSubscript(elementsOf(a));
         for (const Operation& operation : {Operation{.callee = Export::DeleteColumns, .a = a, .i = j},
                                            Operation{.callee = Export::DeleteRows, .a = a, .i = i},
                                            Operation{.callee = Export::DeleteElements, .a = a, .i = k}}) {

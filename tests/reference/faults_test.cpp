@@ -8,10 +8,10 @@ TEST(ReferenceFaults, EveryPath)
 {
     unsigned faults = 0;
     property(800, [&] {
-        const Model a = drawOneIn(8) ? *models(*storages(), Shape::Huge) : *models();
-        const Subscript k = *subscripts({.extent = a.numel(), .likely = storedElements(a), .mayFail = false});
-        const Subscript i = *subscripts({.extent = a.m, .likely = storedRows(a), .mayFail = false});
-        const Subscript j = *subscripts({.extent = a.n, .likely = storedColumns(a), .mayFail = false});
+        const Model a = drawOneIn(8) ? drawModel(drawStorage(), Shape::Huge) : drawModel();
+        const Subscript k = drawSubscript({.extent = a.numel(), .likely = storedElements(a), .mayFail = false});
+        const Subscript i = drawSubscript({.extent = a.m, .likely = storedRows(a), .mayFail = false});
+        const Subscript j = drawSubscript({.extent = a.n, .likely = storedColumns(a), .mayFail = false});
         std::vector<Operation> operations;
         operations.push_back({.callee = Export::Ref2, .a = a});
         operations.push_back({.callee = Export::Ref3, .a = a, .i = k});

@@ -111,21 +111,21 @@ TEST(LinearReference, LongSubscripts)
     property(600, [] {
         const Storage storage = drawFrom<Storage>(
             {{kxDOUBLE_CLASS, false}, {kxLOGICAL_CLASS, false}, {kxDOUBLE_CLASS, true}, {kxUINT8_CLASS, false}});
-        Model a = *models(storage, Shape::Dense);
+        Model a = drawModel(storage, Shape::Dense);
         if (drawOneIn(2)) {
             const auto elements = static_cast<unsigned>(a.numel());
             a = drawOneIn(2) ? reshaped(a, 1, elements) : reshaped(a, elements, 1);
         }
         const Wanted wanted{.extent = a.numel(), .likely = storedElements(a), .most = 500};
-        holds(linear(a, *subscripts(wanted)));
+        holds(linear(a, drawSubscript(wanted)));
     });
 }
 
 TEST(LinearReference, OfTheColumnOfAllElements)
 {
     property(500, [] {
-        const Model a = *models();
-        const Subscript k = *subscripts({.extent = a.numel(), .likely = storedElements(a), .mayFail = false});
+        const Model a = drawModel();
+        const Subscript k = drawSubscript({.extent = a.numel(), .likely = storedElements(a), .mayFail = false});
         const Array array = toArray(a);
         const Array subscript = toArray(k);
         Array column;

@@ -36,9 +36,9 @@ TEST_P(RandomReference, EveryPairOfForms)
     for (const Form rows : kForms) {
         for (const Form columns : kForms) {
             property(100, [&] {
-                const Model a = *models(GetParam());
-                const Subscript i = *subscripts(rowsOf(a), rows);
-                holds({.callee = Export::Ref6, .a = a, .i = i, .j = *subscripts(columnsOf(a), columns)});
+                const Model a = drawModel(GetParam());
+                const Subscript i = drawSubscript(rowsOf(a), rows);
+                holds({.callee = Export::Ref6, .a = a, .i = i, .j = drawSubscript(columnsOf(a), columns)});
             });
         }
     }
@@ -48,10 +48,10 @@ TEST_P(RandomReference, EveryFormOfOneSubscript)
 {
     for (const Form form : kForms) {
         property(300, [&] {
-            const Model a = *models(GetParam());
-            holds({.callee = Export::Ref3, .a = a, .i = *subscripts(elementsOf(a), form)});
-            holds({.callee = Export::Ref4, .a = a, .i = *subscripts(columnsOf(a), form)});
-            holds({.callee = Export::Ref5, .a = a, .i = *subscripts(rowsOf(a), form)});
+            const Model a = drawModel(GetParam());
+            holds({.callee = Export::Ref3, .a = a, .i = drawSubscript(elementsOf(a), form)});
+            holds({.callee = Export::Ref4, .a = a, .i = drawSubscript(columnsOf(a), form)});
+            holds({.callee = Export::Ref5, .a = a, .i = drawSubscript(rowsOf(a), form)});
         });
     }
 }
@@ -59,13 +59,13 @@ TEST_P(RandomReference, EveryFormOfOneSubscript)
 TEST_P(RandomReference, MoreThanFourThousandMillionElements)
 {
     property(150, [&] {
-        const Model a = *models(GetParam(), Shape::Huge);
-        holds({.callee = Export::Ref3, .a = a, .i = *subscripts(elementsOf(a))});
-        holds({.callee = Export::Ref4, .a = a, .i = *subscripts(columnsOf(a))});
-        const Subscript i = *subscripts(rowsOf(a));
+        const Model a = drawModel(GetParam(), Shape::Huge);
+        holds({.callee = Export::Ref3, .a = a, .i = drawSubscript(elementsOf(a))});
+        holds({.callee = Export::Ref4, .a = a, .i = drawSubscript(columnsOf(a))});
+        const Subscript i = drawSubscript(rowsOf(a));
         if (i.form != Form::Mask && a.n < 10) {
             holds({.callee = Export::Ref5, .a = a, .i = i});
-            holds({.callee = Export::Ref6, .a = a, .i = i, .j = *subscripts(columnsOf(a))});
+            holds({.callee = Export::Ref6, .a = a, .i = i, .j = drawSubscript(columnsOf(a))});
         }
     });
 }
@@ -76,9 +76,9 @@ INSTANTIATE_TEST_SUITE_P(Storages, RandomReference, testing::ValuesIn(sparseStor
 TEST(RandomRuntimeReference, ByLists)
 {
     property(4000, [] {
-        const Model a = *models();
+        const Model a = drawModel();
         const auto list = [](Wanted wanted) {
-            Subscript s = *subscripts(wanted, drawOneIn(5) ? Form::Colon : Form::Numeric);
+            Subscript s = drawSubscript(wanted, drawOneIn(5) ? Form::Colon : Form::Numeric);
             std::erase_if(s.values, [](double v) {
                 return !(v >= 1 && v <= 1e9 && v == std::trunc(v));
             }); // what an unsigned list can hold
@@ -99,9 +99,9 @@ TEST(RandomRuntimeReference, ByLists)
 TEST(RandomRuntimeReference, ByRanges)
 {
     property(4000, [] {
-        const Model a = *models();
+        const Model a = drawModel();
         const auto range = [](const Wanted& wanted) {
-            Subscript s = *subscripts(wanted, Form::Range);
+            Subscript s = drawSubscript(wanted, Form::Range);
             return Subscript::range(std::trunc(s.start), std::trunc(s.step), std::trunc(s.stop));
         };
         const Subscript i = range(rowsOf(a));
@@ -112,7 +112,7 @@ TEST(RandomRuntimeReference, ByRanges)
 TEST(RandomReshape, KeepsLinearPositions)
 {
     property(4000, [] {
-        const Model a = *models();
+        const Model a = drawModel();
         std::vector<unsigned> heights;
         for (unsigned m = 1; m <= a.numel(); ++m) {
             if (a.numel() % m == 0) {

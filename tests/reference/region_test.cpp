@@ -57,10 +57,10 @@ TEST(RowReference, LongSubscripts)
     property(600, [] {
         const Storage storage = drawFrom<Storage>(
             {{kxDOUBLE_CLASS, false}, {kxLOGICAL_CLASS, false}, {kxDOUBLE_CLASS, true}, {kxINT16_CLASS, true}});
-        const Model a = *models(storage, Shape::Dense);
-        const Subscript i = *subscripts({.extent = a.m, .likely = storedRows(a), .most = 300});
+        const Model a = drawModel(storage, Shape::Dense);
+        const Subscript i = drawSubscript({.extent = a.m, .likely = storedRows(a), .most = 300});
         holds({.callee = Export::Ref5, .a = a, .i = i});
-        const Subscript j = *subscripts({.extent = a.n, .likely = storedColumns(a), .most = 40});
+        const Subscript j = drawSubscript({.extent = a.n, .likely = storedColumns(a), .most = 40});
         holds({.callee = Export::Ref6, .a = a, .i = i, .j = j});
         const Model wide = reshaped(a, a.n, a.m);
         holds({.callee = Export::Ref4, .a = wide, .i = i});
@@ -113,8 +113,8 @@ TEST(GeneralReference, RowsThenColumnsIsBothAtOnce)
 {
     property(500, [] {
         const unsigned side = 1 + draw(8);
-        const Model a = *modelsOfSize(*storages(), side, side);
-        const Subscript p = *subscripts({.extent = side, .mayFail = false});
+        const Model a = drawModelOfSize(drawStorage(), side, side);
+        const Subscript p = drawSubscript({.extent = side, .mayFail = false});
         const Array array = toArray(a);
         const Array subscript = toArray(p);
         Array rows;

@@ -66,14 +66,3 @@ TEST(RuntimeReference, EmptyRunsAndDescendingOnes)
         EXPECT_EQ("", checkOperation({.callee = Export::ReferenceByRanges, .a = kMatrix, .i = all, .j = i}));
     }
 }
-
-TEST(RuntimeReference, RunLongerThanTheMaximum)
-{
-    const MaxElements limit(2);
-    const Operation op{.callee = Export::ReferenceByRanges,
-                       .a = kMatrix,
-                       .i = Subscript::range(1, 1, 3),
-                       .j = Subscript::range(1, 1, 1)};
-    EXPECT_EQ(predict(op).ended.thrown, kMaxSizeError);
-    EXPECT_EQ("", checkOperation(op));
-}

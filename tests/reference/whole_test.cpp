@@ -36,7 +36,7 @@ TEST(WholeColon, EveryStorageAndShape)
 {
     for (const Storage storage : sparseStorages()) {
         property(30, [&] {
-            const Model a = *models(storage);
+            const Model a = drawModel(storage);
             holds({.callee = Export::Ref2, .a = a});
             holds({.callee = Export::Ref3, .a = a, .i = Subscript::colon()});
         });
@@ -89,7 +89,7 @@ TEST(Reshape, LegalExactlyWhereTheElementCountsAgree)
 TEST(Reshape, BothMethodsGiveTheSame)
 {
     property(3000, [] {
-        const Model a = *models();
+        const Model a = drawModel();
         const auto elements = static_cast<unsigned>(a.numel());
         const unsigned m = std::gcd(elements, 1 + draw(60)) * std::gcd(elements, 1 + draw(7));
         RC_PRE(elements > 0 && elements % m == 0);

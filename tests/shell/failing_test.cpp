@@ -123,6 +123,7 @@ TEST(FailingStatements, RightHandSides)
         {"A(1:2, 1:2) = [1 2 3]", kGroup + "subsassigndimmismatch"},
         {"A(:, 1) = [1 2 3]", kGroup + "subsassigndimmismatch"},
         {"A(1, :) = [1 2 3]", kGroup + "subsassigndimmismatch"},
+        {"A(:, 1:2) = A", kGroup + "subsassigndimmismatch"}, // the target is shared
         {"A(1, 2) = []", kGroup + "disallowed_indexed_empty_matrix_assignment"},
         {"L(1) = 0 / 0", "kx:invalidOperand"},
         {"W(5) = []", kGroup + "indexed_matrix_cannot_be_resized_to_row_vector"},

@@ -58,6 +58,10 @@ struct Storage
     bool complex = false;
 };
 
+inline constexpr Storage kReal{kxDOUBLE_CLASS, false};
+inline constexpr Storage kComplex{kxDOUBLE_CLASS, true};
+inline constexpr Storage kLogical{kxLOGICAL_CLASS, false};
+
 /// The storages that the tests of sparse operands go through: logical, double, double complex, and of the generic
 /// ones every element size, signed and unsigned, real and complex.
 const std::vector<Storage>& sparseStorages();

@@ -4,6 +4,7 @@
 
 #include "support/operation.hpp"
 
+#include <string>
 #include <vector>
 
 namespace zqsp::test {
@@ -39,6 +40,18 @@ class Call
     Array i_;
     Array j_;
 };
+
+/// How a call went.
+struct Made
+{
+    Ended ended;
+    bool faulted = false;       ///< whether an allocation failed
+    std::string complaint = {}; ///< "" when all is well
+};
+
+/// Makes the call, the `failing`-th allocation failing (none when negative), and compares: the outcome, every operand
+/// that must not change byte for byte, and that a failing call neither leaks nor gives a result.
+Made makeAndCheck(const Call& call, const Operation& operation, const Outcome& expected, long failing = -1);
 
 } // namespace zqsp::test
 

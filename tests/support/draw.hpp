@@ -1,19 +1,42 @@
-// The small draws that the generators are made of. To be called while a generator runs (within rc::gen::exec); what is
-// drawn shrinks towards 0.
+// The small draws that the generators are made of: from RapidCheck while a property runs, shrinking towards 0, or from
+// a source of one's own.
 #ifndef ZQSP_TESTS_SUPPORT_DRAW_HPP
 #define ZQSP_TESTS_SUPPORT_DRAW_HPP
 
 #include <rapidcheck.h>
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace zqsp::test {
 
+/// While one lives, it is asked instead of RapidCheck.
+class DrawSource
+{
+  public:
+    DrawSource() : outer_(std::exchange(current, this)) {}
+    DrawSource(const DrawSource&) = delete;
+    DrawSource& operator=(const DrawSource&) = delete;
+    virtual ~DrawSource() { current = outer_; }
+
+    /// One of 0 .. bound-1; the bound is at least 2.
+    virtual unsigned next(unsigned bound) = 0;
+
+    inline static DrawSource* current = nullptr;
+
+  private:
+    DrawSource* outer_;
+};
+
 /// One of 0 .. below-1, each as likely, whatever the size of the test case.
 inline unsigned draw(unsigned below)
 {
-    return below <= 1 ? 0 : *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below));
+    if (below <= 1) {
+        return 0;
+    }
+    return DrawSource::current != nullptr ? DrawSource::current->next(below)
+                                          : *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below));
 }
 
 /// True once in so many times; shrinks to false.
@@ -31,8 +54,15 @@ T drawFrom(const std::vector<T>& choices)
 
 inline std::vector<unsigned> drawMany(std::size_t count, unsigned below)
 {
-    return *rc::gen::container<std::vector<unsigned>>(count,
-                                                      rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below)));
+    if (DrawSource::current == nullptr) {
+        const auto one = rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below));
+        return *rc::gen::container<std::vector<unsigned>>(count, one);
+    }
+    std::vector<unsigned> all(count);
+    for (unsigned& each : all) {
+        each = draw(below);
+    }
+    return all;
 }
 
 } // namespace zqsp::test

@@ -6,9 +6,9 @@
 
 namespace zqsp::test {
 
-rc::Gen<Storage> storages()
+Storage drawStorage()
 {
-    return rc::gen::exec([] { return drawFrom(sparseStorages()); });
+    return drawFrom(sparseStorages());
 }
 
 namespace {
@@ -79,6 +79,15 @@ void drawDenseEntries(Model& a, const Values& values)
     }
 }
 
+std::vector<unsigned> sortedUnique(std::vector<unsigned> list)
+{
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
+    return list;
+}
+
+} // namespace
+
 Model drawModel(Storage storage, Shape shape, bool explicitZeros)
 {
     Model a = Model::empty(storage, 0, 0);
@@ -112,41 +121,23 @@ Model drawModel(Storage storage, Shape shape, bool explicitZeros)
     return a;
 }
 
-std::vector<unsigned> sortedUnique(std::vector<unsigned> list)
+Model drawModel(Storage storage, bool explicitZeros)
 {
-    std::sort(list.begin(), list.end());
-    list.erase(std::unique(list.begin(), list.end()), list.end());
-    return list;
+    const Shape shape = drawFrom<Shape>({Shape::Small, Shape::Small, Shape::Small, Shape::Tall, Shape::Dense});
+    return drawModel(storage, shape, explicitZeros);
 }
 
-} // namespace
-
-rc::Gen<Model> models(Storage storage, Shape shape, bool explicitZeros)
+Model drawModel()
 {
-    return rc::gen::exec([=] { return drawModel(storage, shape, explicitZeros); });
+    return drawModel(drawStorage());
 }
 
-rc::Gen<Model> models(Storage storage, bool explicitZeros)
+Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros)
 {
-    return rc::gen::exec([=] {
-        const Shape shape = drawFrom<Shape>({Shape::Small, Shape::Small, Shape::Small, Shape::Tall, Shape::Dense});
-        return drawModel(storage, shape, explicitZeros);
-    });
-}
-
-rc::Gen<Model> models()
-{
-    return rc::gen::exec([] { return *models(*storages()); });
-}
-
-rc::Gen<Model> modelsOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros)
-{
-    return rc::gen::exec([=] {
-        Model a = Model::empty(storage, m, n);
-        drawEntries(a, Values(storage), explicitZeros);
-        finish(a);
-        return a;
-    });
+    Model a = Model::empty(storage, m, n);
+    drawEntries(a, Values(storage), explicitZeros);
+    finish(a);
+    return a;
 }
 
 std::vector<unsigned> storedRows(const Model& a)
@@ -182,11 +173,6 @@ namespace {
 
 constexpr unsigned kMostDims = 4;
 
-Storage drawStorage()
-{
-    return drawFrom(sparseStorages());
-}
-
 std::vector<Value> drawElements(std::uint64_t count, Storage storage, bool halves)
 {
     const Values values(storage);
@@ -202,11 +188,11 @@ std::vector<Value> drawElements(std::uint64_t count, Storage storage, bool halve
 }
 
 /// A full or sparse right-hand side of this shape.
-RightSide drawRightSide(const std::vector<unsigned>& dims)
+RightSide drawShaped(const std::vector<unsigned>& dims)
 {
     const Storage storage = drawStorage();
     if (dims.size() == 2 && drawOneIn(2)) {
-        return RightSide::of(*modelsOfSize(storage, dims[0], dims[1]));
+        return RightSide::of(drawModelOfSize(storage, dims[0], dims[1]));
     }
     RightSide b = RightSide::full(dims, {}, storage);
     const bool floating = storage.classId == kxDOUBLE_CLASS || storage.classId == kxSINGLE_CLASS;
@@ -216,7 +202,7 @@ RightSide drawRightSide(const std::vector<unsigned>& dims)
 
 RightSide drawScalar()
 {
-    return drawRightSide(drawOneIn(8) ? std::vector<unsigned>{1, 1, 1} : std::vector<unsigned>{1, 1});
+    return drawShaped(drawOneIn(8) ? std::vector<unsigned>{1, 1, 1} : std::vector<unsigned>{1, 1});
 }
 
 /// The shape with dimensions of 1 strewn in.
@@ -235,56 +221,52 @@ RightSide drawMisfit(unsigned m, unsigned n)
     case 0:
         return RightSide::literal(RightSide::Kind::ContainedLiteral);
     case 1:
-        return drawRightSide({draw(3), draw(4)});
+        return drawShaped({draw(3), draw(4)});
     case 2:
-        return drawRightSide({2, 2, 2});
+        return drawShaped({2, 2, 2});
     default:
-        return drawRightSide({n, m});
+        return drawShaped({n, m});
     }
 }
 
 } // namespace
 
-rc::Gen<RightSide> rightSides(unsigned m, unsigned n)
+RightSide drawRightSide(unsigned m, unsigned n)
 {
-    return rc::gen::exec([=] {
-        switch (draw(8)) {
-        case 0:
-        case 1:
-        case 2:
-            return drawRightSide({m, n});
-        case 3:
-        case 4:
-            return drawScalar();
-        case 5:
-            return drawRightSide(drawWidened(m, n));
-        case 6: // laid the other way where the region is a vector
-            return m == 1 || n == 1 ? drawRightSide({n, m}) : drawRightSide({m, n});
-        default:
-            return drawMisfit(m, n);
-        }
-    });
+    switch (draw(8)) {
+    case 0:
+    case 1:
+    case 2:
+        return drawShaped({m, n});
+    case 3:
+    case 4:
+        return drawScalar();
+    case 5:
+        return drawShaped(drawWidened(m, n));
+    case 6: // laid the other way where the region is a vector
+        return m == 1 || n == 1 ? drawShaped({n, m}) : drawShaped({m, n});
+    default:
+        return drawMisfit(m, n);
+    }
 }
 
-rc::Gen<RightSide> rightSides(unsigned count)
+RightSide drawRightSide(unsigned count)
 {
-    return rc::gen::exec([=] {
-        switch (draw(8)) {
-        case 0:
-        case 1:
-            return drawRightSide({1, count});
-        case 2:
-            return drawRightSide({count, 1});
-        case 3:
-            return count % 2 == 0 ? drawRightSide({2, count / 2}) : drawRightSide({1, 1, count});
-        case 4:
-        case 5:
-        case 6:
-            return drawScalar();
-        default:
-            return drawMisfit(count, 2);
-        }
-    });
+    switch (draw(8)) {
+    case 0:
+    case 1:
+        return drawShaped({1, count});
+    case 2:
+        return drawShaped({count, 1});
+    case 3:
+        return count % 2 == 0 ? drawShaped({2, count / 2}) : drawShaped({1, 1, count});
+    case 4:
+    case 5:
+    case 6:
+        return drawScalar();
+    default:
+        return drawMisfit(count, 2);
+    }
 }
 
 } // namespace zqsp::test

@@ -1,10 +1,11 @@
-// Random operands for RapidCheck, shrinking towards small ones, and the driver of a property.
+// Random operands, shrinking towards small ones, and the driver of a property. Operands are drawn while a property runs
+// (or from another source of draws, see draw.hpp).
 //
 //     TEST(Rows, Random)
 //     {
 //         property(2000, [] {
-//             const Model a = *models();
-//             const Subscript i = *subscripts({.extent = a.m, .likely = storedRows(a)});
+//             const Model a = drawModel();
+//             const Subscript i = drawSubscript({.extent = a.m, .likely = storedRows(a)});
 //             holds({.callee = Export::Ref5, .a = a, .i = i});
 //         });
 //     }
@@ -26,7 +27,7 @@ namespace zqsp::test {
 
 // ---- Matrices ----
 
-rc::Gen<Storage> storages();
+Storage drawStorage();
 
 enum class Shape
 {
@@ -38,12 +39,12 @@ enum class Shape
 
 /// A matrix with some explicit zeros (where allowed), some spare capacity, some hidden class, and imaginary parts that
 /// are often all zero.
-rc::Gen<Model> models(Storage storage, Shape shape, bool explicitZeros = true);
-rc::Gen<Model> models(Storage storage, bool explicitZeros = true); ///< any shape but Huge
-rc::Gen<Model> models();                                           ///< any storage
+Model drawModel(Storage storage, Shape shape, bool explicitZeros = true);
+Model drawModel(Storage storage, bool explicitZeros = true); ///< any shape but Huge
+Model drawModel();                                           ///< any storage
 
 /// A matrix of this very size.
-rc::Gen<Model> modelsOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros = true);
+Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros = true);
 
 /// Positions worth naming: those that store something.
 std::vector<unsigned> storedRows(const Model& a);
@@ -64,22 +65,25 @@ struct Wanted
 };
 
 /// A subscript of any form, class and shape.
-rc::Gen<Subscript> subscripts(const Wanted& wanted);
+Subscript drawSubscript(const Wanted& wanted);
 /// One of this form.
-rc::Gen<Subscript> subscripts(const Wanted& wanted, Form form);
+Subscript drawSubscript(const Wanted& wanted, Form form);
 
 // ---- Right-hand sides ----
 
 /// For a region of m-by-n: mostly what fits it (exact, as a vector the other way, scalar, with more dimensions), of any
 /// storage, full or sparse; one in eight does not fit; never the mark of a deletion.
-rc::Gen<RightSide> rightSides(unsigned m, unsigned n);
+RightSide drawRightSide(unsigned m, unsigned n);
 /// For `count` linear positions: as many elements in any shape, or a scalar, or, one in eight, another number.
-rc::Gen<RightSide> rightSides(unsigned count);
+RightSide drawRightSide(unsigned count);
 
 // ---- Properties ----
 
 /// Fails the running property with the text of checkOperation() unless it is "".
 void holds(const Operation& operation);
+
+/// What a check by RapidCheck failed with.
+std::string failureOf(const rc::detail::TestResult& result);
 
 /// Checks a property, which draws its operands and asserts, `runs` times within a gtest test.
 void property(int runs, const std::function<void()>& body);

@@ -64,6 +64,13 @@ struct Model
     void freeImagIfZero();
 };
 
+/// The same with this capacity.
+inline Model withCapacity(Model model, unsigned nzmax)
+{
+    model.nzmax = nzmax;
+    return model;
+}
+
 /// A new array holding the model. Spare capacity is filled with rubbish.
 Array toArray(const Model& model);
 /// The model of an array whose invariants hold.

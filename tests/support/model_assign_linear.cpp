@@ -58,7 +58,8 @@ Place target(const Model& a, unsigned k)
 void makeRoom(Model& a)
 {
     if (a.nnz() == a.nzmax) {
-        const std::uint64_t all = isCountable(a.m, a.n) ? a.numel() : kxGetMaxNumberOfElements();
+        constexpr std::uint64_t kMost = 0x7FFFFFFF;
+        const std::uint64_t all = isCountable(a.m, a.n) ? a.numel() : kMost;
         a.nzmax = static_cast<unsigned>(std::min<std::uint64_t>(a.nzmax + 10, all));
     }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <set>
 
 namespace zqsp::test {
 
@@ -198,6 +199,24 @@ void writeOne(Model& a, Place place, const RightSide& b)
     a.storage.complex = a.storage.complex || b.storage.complex;
 }
 
+/// Several columns of a matrix of moderate height are written with a table of their entries, which the maximum bounds.
+void checkTable(const Model& result, const Positions& columns)
+{
+    const unsigned max = kxGetMaxNumberOfElements();
+    if (result.m > 0x200000 || columns.size() < 2) {
+        return;
+    }
+    const std::set<std::uint64_t> targets(columns.begin(), columns.end());
+    std::uint64_t entries = 0;
+    for (const auto& [column, count] : result.columnCounts()) {
+        entries += targets.contains(column) ? count : 0;
+    }
+    const std::size_t bytes = std::max<std::size_t>(elementSizeOf(result.storage.classId), 4);
+    if (columns.size() > max / 4 || entries > max / bytes) {
+        throw Failure{spOK, kMaxSizeError};
+    }
+}
+
 /// The subscripts name rows and columns: B goes into the region they span.
 Model writeGeneral(const Model& a, const RightSide& b, const Positions& rows, const Positions& columns)
 {
@@ -212,6 +231,9 @@ Model writeGeneral(const Model& a, const RightSide& b, const Positions& rows, co
         writeOne(result, {column, highest(rows)}, b);
     } else {
         writeRegion(result, rows, columns, b);
+        if (!zeroScalar) {
+            checkTable(result, columns);
+        }
     }
     return result;
 }

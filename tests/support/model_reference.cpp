@@ -198,15 +198,24 @@ Model refGeneral(const Model& a, const Subscript& i, const Subscript& j)
 
 Model refByLists(const Model& a, const Subscript& rows, const Subscript& columns)
 {
+    const auto positions = [](const Subscript& list, unsigned extent) {
+        if (list.form == Form::Colon) {
+            return convert(list, extent, Purpose::Reference);
+        }
+        Positions all;
+        for (const double value : list.values) {
+            if (value > extent) { // nothing else bounds it
+                throw Failure{spOK, kOutOfRangeError};
+            }
+            all.push_back(static_cast<std::uint64_t>(value) - 1);
+        }
+        return all;
+    };
     const bool allRows = rows.form == Form::Colon;
     const bool allColumns = columns.form == Form::Colon;
-    try {
-        const Positions r = convert(rows, a.m, Purpose::Reference);
-        const Positions c = allRows && allColumns ? Positions{} : convert(columns, a.n, Purpose::Reference);
-        return select(a, allRows ? std::nullopt : std::optional(r), c);
-    } catch (const Failure&) {
-        throw Failure{spOK, kOutOfRangeError};
-    }
+    const Positions r = positions(rows, a.m);
+    const Positions c = allRows && allColumns ? Positions{} : positions(columns, a.n);
+    return select(a, allRows ? std::nullopt : std::optional(r), c);
 }
 
 Model refByRanges(const Model& a, const Subscript& rows, const Subscript& columns)

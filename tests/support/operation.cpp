@@ -1,5 +1,7 @@
 #include "support/call.hpp"
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 
 namespace zqsp::test {
@@ -43,46 +45,13 @@ Model resultOf(const Operation& op)
     return reshaped(op.a, op.newM, op.newN);
 }
 
-/// Makes the call once, the `failing`-th allocation failing (none when negative), and compares with what is expected.
-/// `fired` tells whether an allocation failed.
-std::string checkOnce(const Operation& op, const Outcome& expected, long failing, bool& fired)
+/// On operands of its own; leaks of theirs are told too.
+Made makeOnce(const Operation& op, const Outcome& expected, long failing)
 {
     const LeakCheck everything;
-    std::ostringstream complaint;
-    {
-        const Call call(op);
-        const std::vector<const kxArray*> unfailed = call.unchanging(false);
-        const std::vector<Snapshot> before(unfailed.begin(), unfailed.end());
-        const std::vector<const kxArray*> untouched = call.unchanging(true);
-        const std::vector<Snapshot> readOnly(untouched.begin(), untouched.end());
-        kxArray* const unset = call.target(); // any address that is no result
-        kxArray* out = unset;
-        const LeakCheck leaks;
-
-        const long asked = kxrt::allocations();
-        kxrt::fail_allocation_after(failing);
-        const Ended ended = run([&] { return call.make(&out); });
-        kxrt::fail_allocation_after(-1);
-        fired = failing > 0 && kxrt::allocations() - asked >= failing;
-
-        const Array result(isReference(op.callee) && out != unset ? out : nullptr);
-        if (!(fired && ended.ranOutOfMemory()) && ended != expected.ended) {
-            complaint << "\n  ended with " << ended << ", expected " << expected.ended;
-        } else if (ended.completed()) {
-            const kxArray* made = isReference(op.callee) ? result.get() : call.target();
-            complaint << (made == nullptr ? "no result" : diff(made, expected.result));
-        }
-        if (!ended.completed() && (result.get() != nullptr || !leaks.complaint().empty())) {
-            complaint << "\n  failed, yet " << (result.get() != nullptr ? "gave a result" : leaks.complaint());
-        }
-        for (const Snapshot& snapshot : ended.completed() ? readOnly : before) {
-            if (const std::string changes = snapshot.changes(); !changes.empty()) {
-                complaint << "\n  operand changed: " << changes;
-            }
-        }
-    }
-    complaint << everything.complaint();
-    return complaint.str();
+    Made made = makeAndCheck(Call(op), op, expected, failing);
+    made.complaint += everything.complaint();
+    return made;
 }
 
 std::string explained(const std::string& complaint, const Operation& op, long failing)
@@ -101,6 +70,42 @@ std::string explained(const std::string& complaint, const Operation& op, long fa
 
 } // namespace
 
+Made makeAndCheck(const Call& call, const Operation& op, const Outcome& expected, long failing)
+{
+    const std::vector<const kxArray*> unfailed = call.unchanging(false);
+    const std::vector<Snapshot> before(unfailed.begin(), unfailed.end());
+    const std::vector<const kxArray*> untouched = call.unchanging(true);
+    const std::vector<Snapshot> readOnly(untouched.begin(), untouched.end());
+    kxArray* const unset = call.target(); // any address that is no result
+    kxArray* out = unset;
+    const LeakCheck leaks;
+
+    const long asked = kxrt::allocations();
+    kxrt::fail_allocation_after(failing);
+    Made made{.ended = run([&] { return call.make(&out); })};
+    kxrt::fail_allocation_after(-1);
+    made.faulted = failing > 0 && kxrt::allocations() - asked >= failing;
+
+    std::ostringstream complaint;
+    const Array result(isReference(op.callee) && out != unset ? out : nullptr);
+    if (!(made.faulted && made.ended.ranOutOfMemory()) && made.ended != expected.ended) {
+        complaint << "\n  ended with " << made.ended << ", expected " << expected.ended;
+    } else if (made.ended.completed()) {
+        const kxArray* array = isReference(op.callee) ? result.get() : call.target();
+        complaint << (array == nullptr ? "no result" : diff(array, expected.result));
+    }
+    if (!made.ended.completed() && (result.get() != nullptr || !leaks.complaint().empty())) {
+        complaint << "\n  failed, yet " << (result.get() != nullptr ? "gave a result" : leaks.complaint());
+    }
+    for (const Snapshot& snapshot : made.ended.completed() ? readOnly : before) {
+        if (const std::string changes = snapshot.changes(); !changes.empty()) {
+            complaint << "\n  operand changed: " << changes;
+        }
+    }
+    made.complaint = complaint.str();
+    return made;
+}
+
 Outcome predict(const Operation& operation)
 {
     try {
@@ -112,24 +117,54 @@ Outcome predict(const Operation& operation)
 
 std::string checkOperation(const Operation& operation)
 {
-    bool fired = false;
-    return explained(checkOnce(operation, predict(operation), -1, fired), operation, -1);
+    return explained(makeOnce(operation, predict(operation), -1).complaint, operation, -1);
 }
 
 std::string checkFaults(const Operation& operation, unsigned* faults)
 {
     const Outcome expected = predict(operation);
-    bool fired = true;
-    for (long n = 1; fired; ++n) {
-        const std::string complaint = checkOnce(operation, expected, n, fired);
-        if (!complaint.empty()) {
-            return explained(complaint, operation, n);
+    bool faulted = true;
+    for (long n = 1; faulted; ++n) {
+        const Made made = makeOnce(operation, expected, n);
+        if (!made.complaint.empty()) {
+            return explained(made.complaint, operation, n);
         }
-        if (faults != nullptr && fired) {
+        faulted = made.faulted;
+        if (faults != nullptr && faulted) {
             ++*faults;
         }
     }
     return "";
+}
+
+void expectEnds(const Operation& operation, const Failure& failure)
+{
+    EXPECT_EQ(predict(operation).ended, Ended(failure)) << operation;
+    EXPECT_EQ("", checkOperation(operation));
+}
+
+void expectEnds(const Operation& operation, spStatus status)
+{
+    expectEnds(operation, Failure{status, ""});
+}
+
+void expectEnds(const Operation& operation, const char* thrown)
+{
+    expectEnds(operation, Failure{spOK, thrown});
+}
+
+void expectMakes(const Operation& operation, const Model& expected)
+{
+    const Call call(operation);
+    EXPECT_EQ(run([&] { return call.make(nullptr); }), Ended()) << operation;
+    EXPECT_EQ("", diff(call.target(), expected)) << operation;
+}
+
+void expectGives(const Operation& operation, const Model& expected)
+{
+    const bool anyCapacity = predict(operation).result.nzmax == Model::kAnyCapacity;
+    expectMakes(operation, withCapacity(expected, anyCapacity ? Model::kAnyCapacity : expected.nzmax));
+    EXPECT_EQ("", checkOperation(operation));
 }
 
 } // namespace zqsp::test

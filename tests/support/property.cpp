@@ -11,7 +11,12 @@ namespace zqsp::test {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ZQSP_TESTS_SANITIZED 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(ZQSP_TESTS_SANITIZED)
 constexpr int kRunsDivisor = 5; // a tenth of the speed
 #else
 constexpr int kRunsDivisor = 1;
@@ -44,6 +49,17 @@ void holds(const Operation& operation)
     }
 }
 
+std::string failureOf(const rc::detail::TestResult& result)
+{
+    std::ostringstream text;
+    if (result.is<rc::detail::FailureResult>()) {
+        text << result.get<rc::detail::FailureResult>().description; // the draws themselves tell nobody anything
+    } else {
+        rc::detail::printResultMessage(result, text);
+    }
+    return text.str();
+}
+
 void property(int runs, const std::function<void()>& body)
 {
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
@@ -52,9 +68,7 @@ void property(int runs, const std::function<void()>& body)
     const rc::detail::TestParams params = paramsFor(metadata.id, runs);
     const auto result = rc::detail::checkTestable(body, metadata, params);
     if (!result.is<rc::detail::SuccessResult>()) {
-        std::ostringstream text;
-        rc::detail::printResultMessage(result, text);
-        FAIL() << text.str() << "\nseed=" << params.seed;
+        FAIL() << failureOf(result) << "\nseed=" << params.seed;
     }
 }
 

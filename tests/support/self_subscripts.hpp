@@ -13,10 +13,10 @@ namespace zqsp::test {
 /// called while a generator runs.
 inline Model drawSelfSubscript(bool explicitZeros)
 {
-    const Storage storage = drawOneIn(3) ? Storage{kxLOGICAL_CLASS, false} : *storages();
+    const Storage storage = drawOneIn(3) ? Storage{kxLOGICAL_CLASS, false} : drawStorage();
     const unsigned m = drawOneIn(3) ? 1 : draw(5);
     const unsigned n = drawOneIn(3) ? 1 : draw(5);
-    Model a = *modelsOfSize(storage, m, n, explicitZeros);
+    Model a = drawModelOfSize(storage, m, n, explicitZeros);
     if (storage.classId != kxLOGICAL_CLASS && !drawOneIn(3)) {
         const unsigned highest = drawOneIn(2) ? std::min(m, n) : m * n;
         for (unsigned p = 0; p < m * n; ++p) {

@@ -96,6 +96,9 @@ using Positions = std::vector<std::uint64_t>;
 /// Throws Failure.
 Positions convert(const Subscript& subscript, std::uint64_t extent, Purpose purpose, bool countOverflowed = false);
 
+/// How many positions an assignment's subscript names; 1 where it cannot be converted.
+unsigned namedBy(const Subscript& subscript, std::uint64_t extent);
+
 /// Positions of a mask's true elements or stored entries, 0-based; not checked against anything.
 Positions maskPositions(const Subscript& mask);
 /// The values of start:step:stop as 64-bit floats. The parts of the range must be exactly representable.

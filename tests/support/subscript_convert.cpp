@@ -125,9 +125,9 @@ Positions convertRange(const Subscript& s, std::uint64_t limit, Purpose purpose,
 Positions convertMask(const Subscript& s, std::uint64_t limit, Purpose purpose)
 {
     const Positions positions = maskPositions(s);
-    const bool checked = s.form == Form::SparseMask || purpose != Purpose::Assignment;
-    if (checked && !positions.empty() && positions.back() >= limit) {
-        throw Failure{purpose == Purpose::Assignment ? spIndexExceedsMaxSize : rangeStatus(purpose), ""};
+    if (!positions.empty() && positions.back() >= limit) {
+        const bool tooLarge = purpose == Purpose::Assignment && s.form == Form::SparseMask;
+        throw Failure{tooLarge ? spIndexExceedsMaxSize : rangeStatus(purpose), ""};
     }
     return positions;
 }
@@ -154,6 +154,15 @@ Positions convert(const Subscript& s, std::uint64_t extent, Purpose purpose, boo
         positions[i] = i;
     }
     return positions;
+}
+
+unsigned namedBy(const Subscript& s, std::uint64_t extent)
+{
+    try {
+        return static_cast<unsigned>(convert(s, extent, Purpose::Assignment).size());
+    } catch (const Failure&) {
+        return 1;
+    }
 }
 
 } // namespace zqsp::test

@@ -232,7 +232,7 @@ void spoil(Subscript& s, const Wanted& wanted)
     }
 }
 
-Subscript drawSubscript(const Wanted& wanted, Form form)
+Subscript drawForm(const Wanted& wanted, Form form)
 {
     switch (form) {
     case Form::Numeric:
@@ -252,24 +252,20 @@ Subscript drawSubscript(const Wanted& wanted, Form form)
 
 } // namespace
 
-rc::Gen<Subscript> subscripts(const Wanted& wanted, Form form)
+Subscript drawSubscript(const Wanted& wanted, Form form)
 {
-    return rc::gen::exec([=] {
-        Subscript s = drawSubscript(wanted, form);
-        if (wanted.mayFail && drawOneIn(8)) {
-            spoil(s, wanted);
-        }
-        return s;
-    });
+    Subscript s = drawForm(wanted, form);
+    if (wanted.mayFail && drawOneIn(8)) {
+        spoil(s, wanted);
+    }
+    return s;
 }
 
-rc::Gen<Subscript> subscripts(const Wanted& wanted)
+Subscript drawSubscript(const Wanted& wanted)
 {
-    return rc::gen::exec([=] {
-        const Form form = drawFrom<Form>({Form::Numeric, Form::Range, Form::Mask, Form::SparseMask, Form::Numeric,
-                                          Form::SparseNumeric, Form::Range, Form::Mask, Form::SparseMask, Form::Colon});
-        return drawOneIn(20) ? drawEmpty() : *subscripts(wanted, form);
-    });
+    const Form form = drawFrom<Form>({Form::Numeric, Form::Range, Form::Mask, Form::SparseMask, Form::Numeric,
+                                      Form::SparseNumeric, Form::Range, Form::Mask, Form::SparseMask, Form::Colon});
+    return drawOneIn(20) ? drawEmpty() : drawSubscript(wanted, form);
 }
 
 } // namespace zqsp::test

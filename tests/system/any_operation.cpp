@@ -16,15 +16,6 @@ Wanted wanted(std::uint64_t extent, Purpose purpose, std::vector<unsigned> likel
     return w;
 }
 
-unsigned namedBy(const Subscript& s, std::uint64_t extent)
-{
-    try {
-        return static_cast<unsigned>(convert(s, extent, Purpose::Assignment).size());
-    } catch (const Failure&) {
-        return 1;
-    }
-}
-
 /// Lists without sense as unsigned words are made empty.
 Subscript bareList(Subscript s)
 {
@@ -60,6 +51,18 @@ void drawReshape(const Model& a, Operation& op)
     op.newN = elements == 0 ? 0 : static_cast<unsigned>(elements / op.newM);
 }
 
+/// Now and then an operand of a small target is the target, or shares its data.
+void alias(Operation& op)
+{
+    const bool assigns = op.callee >= Export::Ass3 && op.callee <= Export::Ass6;
+    const bool deletes = op.callee >= Export::DeleteColumns && op.callee <= Export::DeleteElements;
+    if (!op.a.sparse || op.a.numel() > 100 || !(assigns || deletes) || !drawOneIn(10)) {
+        return;
+    }
+    Alias& operand = assigns && drawOneIn(2) ? op.bIs : op.iIs;
+    operand = drawFrom<Alias>({Alias::Target, Alias::SharesTarget});
+}
+
 } // namespace
 
 Operation drawOperation(Export callee, const Model& a, bool mayFail)
@@ -68,9 +71,9 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
     const Purpose purpose = isReference(callee) ? Purpose::Reference
                             : deletes           ? Purpose::Deletion
                                                 : Purpose::Assignment;
-    const auto rows = [&] { return *subscripts(wanted(a.m, purpose, storedRows(a), mayFail)); };
-    const auto columns = [&] { return *subscripts(wanted(a.n, purpose, storedColumns(a), mayFail)); };
-    const auto elements = [&] { return *subscripts(wanted(a.numel(), purpose, storedElements(a), mayFail)); };
+    const auto rows = [&] { return drawSubscript(wanted(a.m, purpose, storedRows(a), mayFail)); };
+    const auto columns = [&] { return drawSubscript(wanted(a.n, purpose, storedColumns(a), mayFail)); };
+    const auto elements = [&] { return drawSubscript(wanted(a.numel(), purpose, storedElements(a), mayFail)); };
     Operation op{.callee = callee, .a = a};
     switch (callee) {
     case Export::Ref2:
@@ -92,9 +95,9 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
         op.j = columns();
         break;
     case Export::ReferenceByLists:
-        op.i =
-            drawOneIn(4) ? Subscript::colon() : bareList(*subscripts(wanted(a.m, purpose, {}, mayFail), Form::Numeric));
-        op.j = bareList(*subscripts(wanted(a.n, purpose, {}, mayFail), Form::Numeric));
+        op.i = drawOneIn(4) ? Subscript::colon()
+                            : bareList(drawSubscript(wanted(a.m, purpose, {}, mayFail), Form::Numeric));
+        op.j = bareList(drawSubscript(wanted(a.n, purpose, {}, mayFail), Form::Numeric));
         break;
     case Export::ReferenceByRanges:
         op.i = bareRange(a.m);
@@ -102,26 +105,38 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
         break;
     case Export::Ass3:
         op.i = elements();
-        op.b = deletionOr(a, *rightSides(namedBy(op.i, a.numel())));
+        op.b = deletionOr(a, drawRightSide(namedBy(op.i, a.numel())));
         break;
     case Export::Ass4:
         op.i = columns();
-        op.b = deletionOr(a, *rightSides(a.m, namedBy(op.i, a.n)));
+        op.b = deletionOr(a, drawRightSide(a.m, namedBy(op.i, a.n)));
         break;
     case Export::Ass5:
         op.i = rows();
-        op.b = deletionOr(a, *rightSides(namedBy(op.i, a.m), a.n));
+        op.b = deletionOr(a, drawRightSide(namedBy(op.i, a.m), a.n));
         break;
     case Export::Ass6:
         op.i = rows();
         op.j = columns();
-        op.b = *rightSides(namedBy(op.i, a.m), namedBy(op.j, a.n));
+        op.b = drawRightSide(namedBy(op.i, a.m), namedBy(op.j, a.n));
         break;
     case Export::Reshape:
         drawReshape(a, op);
         break;
     }
+    alias(op);
     return op;
+}
+
+unsigned drawMaximum(const Operation& op)
+{
+    std::uint64_t least = op.b.numel();
+    for (const Subscript* s : {&op.i, &op.j}) {
+        const bool stays = s->form == Form::Mask || op.callee == Export::ReferenceByRanges;
+        least = stays ? least : std::max(least, s->numel());
+    }
+    const auto elements = static_cast<unsigned>(op.a.numel());
+    return static_cast<unsigned>(least) + draw(drawOneIn(2) ? 4 : elements + 20);
 }
 
 } // namespace zqsp::test

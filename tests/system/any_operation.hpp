@@ -5,6 +5,7 @@
 
 #include "support/generators.hpp"
 
+#include <ostream>
 #include <vector>
 
 namespace zqsp::test {
@@ -15,6 +16,11 @@ struct NamedExport
     Export callee;
     const char* name;
 };
+
+inline std::ostream& operator<<(std::ostream& out, const NamedExport& tested)
+{
+    return out << tested.name;
+}
 
 inline const std::vector<NamedExport>& everyExport()
 {
@@ -38,6 +44,9 @@ inline const std::vector<NamedExport>& everyExport()
 
 /// A call of this export on `a`, drawn while a property runs; one subscript in eight fails if `mayFail`.
 Operation drawOperation(Export callee, const Model& a, bool mayFail);
+
+/// A maximum number of elements about the size of the target, within which any operand of the call can be converted.
+unsigned drawMaximum(const Operation& operation);
 
 } // namespace zqsp::test
 

@@ -17,7 +17,7 @@ TEST_P(FaultTable, EveryAllocationFailsOnce)
 {
     unsigned faults = 0;
     property(120, [&] {
-        const Model a = *models();
+        const Model a = drawModel();
         const std::string complaint = checkFaults(drawOperation(GetParam().callee, a, false), &faults);
         if (!complaint.empty()) {
             RC_FAIL(complaint);

@@ -1,0 +1,72 @@
+// kxCheckSparse names the first promise that a sparse array breaks.
+#include "arrays.hpp"
+
+#include <functional>
+#include <utility>
+
+namespace zqsp::test::runtime {
+namespace {
+
+using CheckTest = RuntimeTest;
+
+/// 4-by-3 with the entries (1,1), (3,1), (2,3) and room for one more.
+Array sound(kxClassID id = kxDOUBLE_CLASS, kxComplexity complexity = kxREAL)
+{
+    Array array(kxCreateSparseNumericMatrix(4, 3, 4, id, complexity));
+    const unsigned starts[] = {0, 2, 2, 3};
+    const unsigned rows[] = {0, 2, 1};
+    std::copy_n(starts, 4, array->jc);
+    std::copy_n(rows, 3, array->ir);
+    return array;
+}
+
+TEST_F(CheckTest, NamesTheFirstViolation)
+{
+    const struct
+    {
+        std::function<void(kxArray*)> breakIt;
+        const char* violation;
+    } cases[] = {
+        {[](kxArray*) {}, ""},
+        {[](kxArray* a) { kxrt::hide_class(a); }, ""},
+        {[](kxArray* a) { a->flags = kxFLAG_MAY_BE_COMPLEX; }, "the array is not sparse"},
+        {[](kxArray* a) { a->class_id = static_cast<kxClassID>(5); }, "class 5 holds no elements"},
+        {[](kxArray* a) { a->class_id = kxLOGICAL_CLASS; }, "class 3 flagged as one that may be complex"},
+        {[](kxArray* a) {
+             a->flags &= ~kxFLAG_MAY_BE_COMPLEX;
+             a->pi = kxMalloc(32);
+         },
+         "imaginary parts that the flags deny"},
+        {[](kxArray* a) { a->ndims = 3; }, "a sparse array of 3 dimensions"},
+        {[](kxArray* a) { kxFree(std::exchange(a->jc, nullptr)); }, "no column starts"},
+        {[](kxArray* a) { kxFree(std::exchange(a->ir, nullptr)); }, "no rows"},
+        {[](kxArray* a) { kxFree(std::exchange(a->pr, nullptr)); }, "no values"},
+        {[](kxArray* a) { kxSetN(a, 9); }, "the column starts take 40 bytes of a block of 16"},
+        {[](kxArray* a) { a->nzmax = 5; }, "the rows take 20 bytes of a block of 16"},
+        {[](kxArray* a) { a->pr = kxRealloc(a->pr, 31); }, "the values take 32 bytes of a block of 31"},
+        {[](kxArray* a) { a->pi = kxMalloc(8); }, "the imaginary parts take 32 bytes of a block of 8"},
+        {[](kxArray* a) { a->jc[0] = 1; }, "column 1 starts at entry 1 instead of 0"},
+        {[](kxArray* a) { a->jc[2] = 1; }, "column 2 ends before it starts (1 < 2)"},
+        {[](kxArray* a) { a->jc[3] = 5; }, "5 stored entries exceed the capacity 4"},
+        {[](kxArray* a) { a->ir[2] = 4; }, "entry 2 of column 3 lies in row 5 of 4"},
+        {[](kxArray* a) { a->ir[1] = 0; }, "entry 1 of column 1 lies in row 1, not behind row 1"},
+        {[](kxArray* a) { kxSetM(a, 2); }, "entry 1 of column 1 lies in row 3 of 2"},
+    };
+    for (const auto& [breakIt, violation] : cases) {
+        const Array array = sound();
+        breakIt(array.get());
+        EXPECT_EQ(kxCheckSparse(array.get()), violation);
+        array->ndims = 2;
+    }
+    EXPECT_EQ(kxCheckSparse(sound(kxLOGICAL_CLASS).get()), "");
+    EXPECT_EQ(kxCheckSparse(sound(kxINT16_CLASS, kxCOMPLEX).get()), "");
+    const Array empty(kxCreateSparseNumericMatrix(0, 0, 0, kxDOUBLE_CLASS, kxREAL));
+    EXPECT_EQ(kxCheckSparse(empty.get()), "");
+    for (unsigned** block : {&empty->ir, reinterpret_cast<unsigned**>(&empty->pr)}) {
+        kxFree(std::exchange(*block, nullptr)); // without a capacity there need be none
+        EXPECT_EQ(kxCheckSparse(empty.get()), "");
+    }
+}
+
+} // namespace
+} // namespace zqsp::test::runtime

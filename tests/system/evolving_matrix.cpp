@@ -1,0 +1,78 @@
+#include "system/evolving_matrix.hpp"
+
+#include "support/call.hpp"
+#include "support/draw.hpp"
+
+#include <sstream>
+
+namespace zqsp::test {
+
+namespace {
+
+/// Blocks that an array holds, its header included.
+std::size_t blocksOf(const kxArray* array)
+{
+    std::size_t blocks = array->ndims > 2 ? 2 : 1;
+    for (const void* block : {array->pr, array->pi, static_cast<void*>(array->ir), static_cast<void*>(array->jc)}) {
+        blocks += block != nullptr ? 1 : 0;
+    }
+    return blocks;
+}
+
+} // namespace
+
+EvolvingMatrix::EvolvingMatrix() : model_(drawModel()), target_(toArray(model_)) {}
+
+/// The target becomes something else now and then, lest it shrinks to nothing for good.
+void EvolvingMatrix::renewIfSpent()
+{
+    const bool isFull = !model_.sparse && !model_.isEmpty(); // what a target without a class may have been given
+    if (isFull || model_.nnz() == 0 || model_.numel() > 4000 || drawOneIn(25)) {
+        model_ = drawOneIn(15) ? Model::unset() : drawModel();
+        target_ = toArray(model_);
+    }
+}
+
+std::string EvolvingMatrix::step()
+{
+    renewIfSpent();
+    const NamedExport& next = drawFrom(everyExport());
+    const bool needsSparse = next.callee < Export::Ass3 || next.callee > Export::Ass6;
+    if (needsSparse && !model_.sparse) {
+        return "";
+    }
+    ++calls_[next.name];
+    return make(drawOperation(next.callee, model_, true));
+}
+
+std::string EvolvingMatrix::make(const Operation& op)
+{
+    const unsigned limit = drawOneIn(8) ? drawMaximum(op) : kxGetMaxNumberOfElements();
+    const long failing = drawOneIn(6) ? 1 + static_cast<long>(draw(8)) : -1;
+    const std::size_t others = kxrt::live_blocks() - blocksOf(target_.get());
+    Outcome expected;
+    Made made;
+    {
+        Call call(op, std::move(target_));
+        const MaxElements limited(limit);
+        expected = predict(op);
+        made = makeAndCheck(call, op, expected, failing);
+        target_ = call.takeTarget();
+    }
+    faults_ += made.faulted ? 1 : 0;
+    if (made.complaint.empty() && made.ended.completed() && !isReference(op.callee)) {
+        model_ = expected.result;
+        model_.nzmax = target_->nzmax;
+    }
+    if (kxrt::live_blocks() != others + blocksOf(target_.get())) {
+        made.complaint += "\n  leaks";
+    }
+    if (made.complaint.empty()) {
+        return "";
+    }
+    std::ostringstream text;
+    text << op << "\n  at most " << limit << " elements, allocation " << failing << " failing" << made.complaint;
+    return text.str();
+}
+
+} // namespace zqsp::test

@@ -1,0 +1,40 @@
+// One matrix that calls of every export are made on, one after another, beside the model that predicts each.
+#ifndef ZQSP_TESTS_SYSTEM_EVOLVING_MATRIX_HPP
+#define ZQSP_TESTS_SYSTEM_EVOLVING_MATRIX_HPP
+
+#include "system/any_operation.hpp"
+
+#include <map>
+#include <string>
+
+namespace zqsp::test {
+
+class EvolvingMatrix
+{
+  public:
+    /// Draws the first matrix.
+    EvolvingMatrix();
+
+    /// Draws the next call, makes it and checks it as makeAndCheck() does, leaks included; in one call of six an
+    /// allocation may fail, one in eight is made under a maximum number of elements about the size of the matrix. "" or
+    /// a text that tells the call and what is wrong.
+    std::string step();
+
+    /// Calls made so far by the name of the export.
+    [[nodiscard]] const std::map<std::string, unsigned long>& calls() const { return calls_; }
+    /// Allocations that failed.
+    [[nodiscard]] unsigned long faults() const { return faults_; }
+
+  private:
+    void renewIfSpent();
+    std::string make(const Operation& operation);
+
+    Model model_;
+    Array target_;
+    std::map<std::string, unsigned long> calls_;
+    unsigned long faults_ = 0;
+};
+
+} // namespace zqsp::test
+
+#endif

@@ -1,0 +1,165 @@
+// Sizes at the ends of what the runtime, 32 bits and the memory allow: each call gives what the model says, or the
+// error of the limit that it breaks with its target byte for byte as it was and nothing leaked.
+#include "support/call.hpp"
+#include "support/draw.hpp"
+#include "support/patterns.hpp"
+#include "system/any_operation.hpp"
+
+#include <sstream>
+
+using namespace zqsp::test;
+
+namespace {
+
+constexpr unsigned kTop = 0xFFFFFFFF;
+const RightSide kSeven = RightSide::scalar(7);
+const RightSide kZero = RightSide::scalar(0);
+
+/// Sets the largest block for a scope.
+class LargestBlock
+{
+  public:
+    explicit LargestBlock(std::size_t bytes) { kxrt::set_largest_block(bytes); }
+    LargestBlock(const LargestBlock&) = delete;
+    LargestBlock& operator=(const LargestBlock&) = delete;
+    ~LargestBlock() { kxrt::set_largest_block(std::size_t{1} << 36); }
+};
+
+Subscript at(std::vector<double> indices)
+{
+    return Subscript::list(std::move(indices));
+}
+
+/// With entries in the first and the last element.
+Model cornered(Storage storage, unsigned m, unsigned n)
+{
+    Model a = Model::empty(storage, m, n);
+    a.entries[{0, 0}] = 1;
+    a.entries[{n - 1, m - 1}] = 1;
+    return a.fit();
+}
+
+Model filledColumn(Storage storage, unsigned m)
+{
+    Model a = Model::empty(storage, m, 1);
+    for (unsigned i = 0; i < m; ++i) {
+        a.entries[{0, i}] = 1;
+    }
+    return a.fit();
+}
+
+class Limits : public testing::TestWithParam<NamedExport>
+{
+};
+
+} // namespace
+
+/// The maximum is lowered to about the size of the operands once these exist.
+TEST_P(Limits, ALowerMaximum)
+{
+    const Export callee = GetParam().callee;
+    unsigned decided = 0;
+    property(1000, [&] {
+        const Model drawn = drawModel();
+        const Model a = drawOneIn(2) ? drawn : reshaped(drawn, drawn.n, drawn.m);
+        const Operation op = drawOperation(callee, a, false);
+        const Outcome unlimited = predict(op);
+        const Call call(op);
+        const MaxElements limit(drawMaximum(op));
+        const Outcome expected = predict(op);
+        const std::string complaint = makeAndCheck(call, op, expected).complaint;
+        if (!complaint.empty()) {
+            std::ostringstream text;
+            text << op << "\n  at most " << kxGetMaxNumberOfElements() << " elements" << complaint;
+            RC_FAIL(text.str());
+        }
+        decided += expected.ended == unlimited.ended ? 0 : 1;
+    });
+    const bool knowsTheMaximum = callee != Export::ReferenceByLists && callee != Export::Reshape;
+    EXPECT_EQ(decided > 0, knowsTheMaximum) << decided;
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, Limits, testing::ValuesIn(everyExport()),
+                         [](const auto& tested) { return tested.param.name; });
+
+TEST(Limits, TheLastIndexOf32Bits)
+{
+    const MaxElements limit(kTop);
+    const Model column = cornered(kReal, kTop, 1);
+    const Model pair = cornered(kReal, kTop, 2);
+    const Model small = patterned(kReal, 3, 2);
+    const Subscript last = at({kTop});
+    const Subscript ends = at({kTop, 1});
+    const Subscript both = at({2, 1});
+    const Operation cases[] = {
+        {.callee = Export::Ref2, .a = column},
+        {.callee = Export::Ref3, .a = column, .i = ends},
+        {.callee = Export::Ref3, .a = column, .i = Subscript::sparseMask(kTop, 1, {{0, 5}, {0, kTop - 1}})},
+        {.callee = Export::Ref5, .a = pair, .i = last},
+        {.callee = Export::Ref5, .a = pair, .i = ends},
+        {.callee = Export::Ref6, .a = pair, .i = ends, .j = both},
+        {.callee = Export::ReferenceByLists, .a = pair, .i = at({2, 4e9}), .j = both},
+        {.callee = Export::DeleteRows, .a = pair, .i = last},
+        {.callee = Export::DeleteElements, .a = column, .i = last},
+        {.callee = Export::Ass3, .a = patterned(kReal, 3, 1), .b = kSeven, .i = ends},
+        {.callee = Export::Ass3, .a = column, .b = kZero, .i = last},
+        {.callee = Export::Ass5, .a = small, .b = kSeven, .i = ends},
+        {.callee = Export::Ass5, .a = pair, .b = kZero, .i = last},
+        {.callee = Export::Ass6, .a = small, .b = kSeven, .i = last, .j = at({1})},
+        {.callee = Export::Ass6, .a = small, .b = kSeven, .i = ends, .j = both},
+        {.callee = Export::Ass6, .a = pair, .b = kZero, .i = ends, .j = both},
+        {.callee = Export::Reshape, .a = column, .newM = 0xFFFF, .newN = 0x10001},
+    };
+    for (const Operation& op : cases) {
+        EXPECT_TRUE(predict(op).ended.completed()) << op;
+        EXPECT_EQ("", checkOperation(op));
+    }
+}
+
+/// Calls whose result no memory holds, by the number of its columns or of its entries.
+TEST(Limits, ResultsPastMemory)
+{
+    const LargestBlock gigabyte(std::size_t{1} << 30);
+    constexpr std::size_t kMany = 9000; // times 65536 entries of 8 bytes are more than 2^32 bytes
+    const Model row = patterned(kReal, 1, 3);
+    const Model column = filledColumn(kReal, 0x10000);
+    const Subscript repeated = at(std::vector<double>(kMany, 1));
+    const Subscript lastColumn = at({536870912}); // further ones are past a quarter of the maximum
+    const Model wide = cornered(kLogical, 0x10000, 0x7FFF);
+    Model fullRow = filledColumn(kReal, 0x10000);
+    fullRow = reshaped(fullRow, 1, 0x10000);
+    const Operation cases[] = {
+        {.callee = Export::Ref4, .a = column, .i = repeated},
+        {.callee = Export::Ref5, .a = fullRow, .i = repeated},
+        {.callee = Export::Ref6, .a = column, .i = Subscript::range(0x10000, -1, 1), .j = repeated},
+        {.callee = Export::ReferenceByLists, .a = column, .i = Subscript::colon(), .j = repeated},
+        {.callee = Export::Ass3, .a = row, .b = kSeven, .i = at({2147483647})},
+        {.callee = Export::Ass4, .a = row, .b = kSeven, .i = lastColumn},
+        {.callee = Export::Ass6, .a = row, .b = kSeven, .i = at({1}), .j = lastColumn},
+        {.callee = Export::Ass6, .a = row, .b = kSeven, .i = at({1, 2}), .j = lastColumn},
+        {.callee = Export::Ass6, .a = Model::unset(), .b = kSeven, .i = at({1}), .j = at({2147483647})},
+        {.callee = Export::Ass6, .a = row, .b = kZero, .i = at({1, 2}), .j = lastColumn},
+        {.callee = Export::DeleteElements, .a = wide, .i = at({2})},
+        {.callee = Export::Reshape, .a = cornered(kReal, 2147483647, 1), .newM = 1, .newN = 2147483647},
+    };
+    for (const Operation& op : cases) {
+        const Call call(op);
+        Outcome outOfMemory;
+        outOfMemory.ended.thrown = kOutOfMemoryError;
+        EXPECT_EQ("", makeAndCheck(call, op, outOfMemory).complaint) << op;
+    }
+}
+
+/// Entries that 32 bits count, in blocks whose bytes they do not.
+TEST(Limits, BlocksPast32BitsOfBytes)
+{
+    constexpr unsigned kSide = 24000; // squared and times 8 more than 2^32
+    const Subscript all = Subscript::range(1, 1, kSide);
+    Outcome tooLarge;
+    tooLarge.ended.thrown = kSizeLimitError;
+    for (const Operation& op :
+         {Operation{.callee = Export::Ass4, .a = cornered(kReal, kSide, 1), .b = kSeven, .i = all},
+          Operation{.callee = Export::Ass5, .a = cornered(kReal, 1, kSide), .b = kSeven, .i = all}}) {
+        EXPECT_EQ("", makeAndCheck(Call(op), op, tooLarge).complaint) << op;
+    }
+}

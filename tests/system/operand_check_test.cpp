@@ -1,0 +1,50 @@
+// Builds that check operands stop at every export that is handed a broken sparse array, whichever operand it is.
+#ifdef ZQSP_CHECK_OPERANDS
+#include "support/call.hpp"
+#include "support/patterns.hpp"
+#include "system/any_operation.hpp"
+
+using namespace zqsp::test;
+
+namespace {
+
+class OperandCheck : public testing::TestWithParam<NamedExport>
+{
+};
+
+} // namespace
+
+TEST_P(OperandCheck, StopsAtABrokenOperand)
+{
+    const Export callee = GetParam().callee;
+    const Subscript one = Subscript::sparseList({1});
+    const bool byRanges = callee == Export::ReferenceByRanges;
+    const Subscript bare = byRanges ? Subscript::range(1, 1, 1) : Subscript::list({1});
+    const bool takesArrays = callee != Export::ReferenceByLists && !byRanges;
+    const Model a = patterned(kReal, 2, 2);
+    const Operation op{.callee = callee,
+                       .a = a,
+                       .b = RightSide::of(Model::of(kReal, {{5}})),
+                       .i = takesArrays ? one : bare,
+                       .j = takesArrays ? one : bare,
+                       .newM = 1,
+                       .newN = 4};
+    for (std::size_t broken = 0;; ++broken) {
+        const Call call(op);
+        const std::vector<const kxArray*> operands = call.unchanging(false);
+        std::vector<const kxArray*> sparse;
+        std::copy_if(operands.begin(), operands.end(), std::back_inserter(sparse), isSparse);
+        if (broken == sparse.size()) {
+            EXPECT_GT(broken, 0U);
+            break;
+        }
+        sparse[broken]->jc[0] = 1;
+        kxArray* out = nullptr;
+        EXPECT_DEATH(call.make(&out), "broken operand: column 1 starts at entry 1 instead of 0");
+        sparse[broken]->jc[0] = 0;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Exports, OperandCheck, testing::ValuesIn(everyExport()),
+                         [](const auto& tested) { return tested.param.name; });
+#endif
