@@ -43,8 +43,8 @@ An error leaves S as it was: IndexError (a subscript), ValueError (a shape or si
 constexpr const char* kAssignDoc = R"(S.assign((i, j), B) is S[i, j] = B; S.assign(k, B) is S[k] = B.
 
 With grow=True, integers and arrays of integers may lie outside the shape, and S grows to cover them (by a single
-subscript only if it is a vector or empty). Slices are still clipped to the shape, but the bare colon takes the length
-of B in a dimension that is empty.)";
+subscript only if it is a vector or empty). Slices are still clipped to the shape; the bare colon of a 0-by-0 S takes its
+length from B.)";
 
 std::string repr(const Matrix& matrix)
 {

@@ -221,7 +221,7 @@ py::object toScipy(const kxArray* array, Storage storage, const py::object& lend
     // One more holder of the blocks, for as long as NumPy has them.
     Array holder(kx::kxCreateSharedDataCopy(array));
     const py::capsule keeper(holder.get(), [](void* held) { kx::kxDestroyArray(static_cast<kxArray*>(held)); });
-    holder.release();
+    (void)holder.release(); // the capsule has it
     // NumPy's signed words have the same bits, unless there are more entries than they can count.
     const char* signedWords = count > std::numeric_limits<std::int32_t>::max() ? "int64" : "int32";
     const char* conversion = std::strcmp(signedWords, "int64") == 0 ? "astype" : "view";

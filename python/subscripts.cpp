@@ -33,13 +33,11 @@ Array fromInteger(const py::object& key, const Axis& axis)
     return array;
 }
 
-/// Clipped to the extent, as slices are. The bare colon stays one, but for an empty target that must not grow: there
-/// the library would take its length from the right-hand side.
+/// Clipped to the extent, as slices are; the bare colon stays one.
 Array fromSlice(const py::object& key, const Axis& axis)
 {
     const auto* slice = reinterpret_cast<const PySliceObject*>(key.ptr());
-    const bool bare = slice->start == Py_None && slice->stop == Py_None && slice->step == Py_None;
-    if (bare && !(axis.use == Use::writing && axis.extent() == 0)) {
+    if (slice->start == Py_None && slice->stop == Py_None && slice->step == Py_None) {
         return Array(kx::kxCreateColon());
     }
     py::ssize_t start = 0;
@@ -52,9 +50,8 @@ Array fromSlice(const py::object& key, const Axis& axis)
     if (count == 0) {
         return Array(kx::kxCreateColonObject(1, 1, 0));
     }
-    // The step between fewer than two is of no meaning, and may be huge.
-    const auto stride = static_cast<double>(count == 1 ? 1 : step);
-    const double first = static_cast<double>(start) + 1;
+    const auto first = static_cast<double>(start + 1);
+    const auto stride = static_cast<double>(step);
     return Array(kx::kxCreateColonObject(first, stride, first + stride * static_cast<double>(count - 1)));
 }
 
