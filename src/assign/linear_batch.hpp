@@ -12,8 +12,8 @@ namespace zqsp {
 /// at a time, ten entries of growth each, leaves. A must be sparse, `layout` that of A, and count at least 1. Positions
 /// are 0-based, and inside A where A is a true matrix. A is unchanged where this raises. Cost: count log count + nnz +
 /// n, or, where all positions are stored and no value is zero, a search for each.
-void assignPositions(kxArray* A, const LinearLayout& layout, const Columns& b, bool isScalar, const unsigned* positions,
-                     unsigned count);
+void assignPositions(kxArray* A, const LinearLayout& initial, const Columns& b, bool isScalar,
+                     const unsigned* positions, unsigned count);
 
 } // namespace zqsp
 
