@@ -80,9 +80,6 @@ std::string kxCheckSparse(const kxArray* array)
     if (flagged && !mayBeComplex(classOf(array))) {
         return "class " + text(classOf(array)) + " flagged as one that may be complex";
     }
-    if (array->pi != nullptr && !flagged) {
-        return "imaginary parts that the flags deny";
-    }
     const unsigned m = array->get_dimensions()[0];
     const unsigned n = array->get_dimensions()[1];
     std::string violation = checkBlocks(array);

@@ -37,7 +37,7 @@ KX_EXPORT std::size_t live_blocks();
 KX_EXPORT void fail_allocation_after(long n);
 /// Allocations and reallocations asked for so far.
 KX_EXPORT long allocations();
-/// A request for more bytes than that fails from now on; 2^36 at the start.
+/// A request for more bytes than that fails from now on; 2^36 at the start and at most.
 KX_EXPORT void set_largest_block(std::size_t bytes);
 /// What kxGetMaxNumberOfElements() answers from now on; 0x7FFFFFFF at the start.
 KX_EXPORT void set_max_number_of_elements(unsigned limit);

@@ -1,8 +1,8 @@
 // Mappings for large blocks.
 //
 // A fresh mapping costs a page fault for every page before the first byte is moved, which is often more than the work
-// done on it. Large blocks therefore lie in mappings of their own that ask for huge pages, and a few mappings given
-// back are kept, dirty, for the next request of about their size.
+// done on it. Large blocks therefore lie in mappings of their own, the largest of which ask for huge pages, and a few
+// mappings given back are kept, dirty, for the next request of about their size.
 #ifndef KX_LARGE_BLOCKS_HPP
 #define KX_LARGE_BLOCKS_HPP
 
@@ -22,7 +22,8 @@
 
 namespace kxrt {
 
-/// Blocks of at least this many bytes are mapped: from about here on the heap, too, goes to the system for each.
+/// Blocks of at least this many bytes are mapped: from here on the heap starts to give memory back to the system, and
+/// would fault it in again.
 constexpr std::size_t kLargeBlock = std::size_t{1} << 17;
 
 /// A mapping begins with its own length; its user leaves the first word alone.

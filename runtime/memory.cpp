@@ -26,14 +26,15 @@ static_assert(sizeof(BlockHeader) == 16);
 
 /// Where the data of a mapped block begins within its mapping.
 constexpr std::size_t kMappingPrefix = 64;
+/// No array needs a block this large: 2^32 complex elements come in two blocks of 32 GiB.
+constexpr std::size_t kLargestBlock = std::size_t{1} << 36;
 /// What an overflowing product of count and size is taken for.
 constexpr std::size_t kImpossibleSize = std::numeric_limits<std::size_t>::max();
 
 constinit std::atomic<std::size_t> liveBlocks{0};
 constinit std::atomic<long> requests{0};
 constinit std::atomic<long> requestsUntilFailure{-1};
-/// No array needs a block this large: 2^32 complex elements come in two blocks of 32 GiB.
-constinit std::atomic<std::size_t> largestBlock{std::size_t{1} << 36};
+constinit std::atomic<std::size_t> largestBlock{kLargestBlock};
 
 BlockHeader* headerOf(void* block)
 {
@@ -159,7 +160,7 @@ void fail_allocation_after(long n)
 }
 void set_largest_block(std::size_t bytes)
 {
-    largestBlock.store(bytes, std::memory_order_relaxed);
+    largestBlock.store(std::min(bytes, kLargestBlock), std::memory_order_relaxed);
 }
 
 void* allocate(std::size_t count, std::size_t size)

@@ -138,6 +138,12 @@ unsigned replayCapacity(const Columns& a, LinearLayout layout, const unsigned* p
     return capacity;
 }
 
+/// Whether a position lies in a column that the target has.
+bool isInside(const Columns& a, const LinearLayout& layout, unsigned position)
+{
+    return layout.placeOf(position).column < a.n;
+}
+
 /// slotOf(i, slot) for ascending keys, whose places are searched together where the target has their columns.
 /// (Galloping from one to the next takes fewer steps, but each has to wait for the one before: measured, three times as
 /// long.)
@@ -145,8 +151,9 @@ template <typename F>
 void findSlots(const Columns& a, const LinearLayout& layout, std::span<const Key> keys, F&& slotOf)
 {
     const auto placeOf = [&](std::size_t i) { return layout.placeOf(majorOf(keys[i])); };
-    const auto isInside = [&](Key key) { return layout.placeOf(majorOf(key)).column < a.n; };
-    const auto inside = static_cast<unsigned>(std::partition_point(keys.begin(), keys.end(), isInside) - keys.begin());
+    const auto keyIsInside = [&](Key key) { return isInside(a, layout, majorOf(key)); };
+    const auto inside =
+        static_cast<unsigned>(std::partition_point(keys.begin(), keys.end(), keyIsInside) - keys.begin());
     searchPlaces(a, inside, placeOf, slotOf);
     for (unsigned i = inside; i < keys.size(); ++i) {
         slotOf(i, Slot{a.nnz(), false});
@@ -186,13 +193,6 @@ BatchPlan planBatch(const Columns& a, const LinearLayout& layout, const Assigned
     return plan;
 }
 
-/// Whether every position lies in a column that the target has.
-bool isInside(const Columns& a, const LinearLayout& layout, const unsigned* positions, unsigned count)
-{
-    return std::all_of(positions, positions + count,
-                       [&](unsigned position) { return layout.placeOf(position).column < a.n; });
-}
-
 /// Where every position is stored and no value is zero, the entries are overwritten in the order of the assignments:
 /// nothing is sorted, and the last of repeated positions wins by being last. False, with nothing changed, elsewhere.
 bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValues& values, const unsigned* positions,
@@ -200,14 +200,16 @@ bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValu
 {
     constexpr unsigned kBlock = 256; // a miss ends the search
     const Columns a(A);
-    if (values.anyZero(count) || !isInside(a, layout, positions, count)) {
+    const auto positionIsInside = [&](unsigned position) { return isInside(a, layout, position); };
+    if (values.anyZero(count) || !std::all_of(positions, positions + count, positionIsInside)) {
         return false;
     }
     const auto entries = Block<unsigned>::make(count);
-    for (unsigned done = 0; done < count; done += kBlock) {
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        size = std::min(kBlock, count - done);
         bool allStored = true;
         searchPlaces(
-            a, std::min(kBlock, count - done), [&](unsigned t) { return layout.placeOf(positions[done + t]); },
+            a, size, [&](unsigned t) { return layout.placeOf(positions[done + t]); },
             [&](unsigned t, Slot slot) {
                 entries[done + t] = slot.position;
                 allStored &= slot.stored;

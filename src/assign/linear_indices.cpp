@@ -61,7 +61,7 @@ LinearIndices::LinearIndices(const kxArray* K) : converted_(K)
         requireRealPositive(converted_.get(), kind); // a stored zero is gone by now
     }
     values_ = static_cast<const double*>(converted_->pr);
-    count_ = kxGetNumNonZeroEl(converted_.get());
+    count_ = static_cast<unsigned>(elementsOf(converted_.get())); // a sparse one holds no zeros
 }
 
 bool LinearIndices::anyAbove(double limit) const

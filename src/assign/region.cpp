@@ -15,9 +15,10 @@ struct Scratch
     Block<unsigned> ir;
     Block<std::byte> pr;
     Block<std::byte> pi;
+    unsigned capacity;
 
-    Scratch(std::size_t count, std::size_t elementSize, bool imaginaryPart)
-        : ir(Block<unsigned>::make(count)), pr(Block<std::byte>::make(count * elementSize))
+    Scratch(unsigned count, std::size_t elementSize, bool imaginaryPart)
+        : ir(Block<unsigned>::make(count)), pr(Block<std::byte>::make(count * elementSize)), capacity(count)
     {
         if (imaginaryPart) {
             pi = Block<std::byte>::make(count * elementSize);
@@ -27,6 +28,7 @@ struct Scratch
     /// The scratch as columns of the target's kind; its column starts mean nothing.
     [[nodiscard]] Columns viewLike(Columns a) const
     {
+        a.nzmax = capacity;
         a.ir = ir.get();
         a.pr = pr.get();
         a.pi = pi.get();
@@ -95,8 +97,8 @@ void closeUp(const Columns& a, const Region& region, const RowFilter& filter, Va
         } else {
             keep(a.nnz());
         }
-        for (unsigned j = columns[t] + 1; j <= following; ++j) {
-            a.jc[j] += shift;
+        for (unsigned j = columns[t]; j < following;) {
+            a.jc[++j] += shift;
         }
     }
 }

@@ -1,4 +1,4 @@
-// Moving stored entries (row, value and imaginary value together) as raw bytes: no element class is looked at.
+// Moving stored entries (row, value and imaginary value together) as raw bytes: of the class only the size counts.
 #ifndef ZQSP_CORE_ENTRY_MOVES_HPP
 #define ZQSP_CORE_ENTRY_MOVES_HPP
 
@@ -136,8 +136,8 @@ inline void appendEntries(const Columns& target, std::size_t to, const Columns& 
                           std::size_t count)
 {
     const std::size_t whole = wholeRounds(count);
-    if (count > kLongMove || target.classId != kxDOUBLE_CLASS || target.pi != nullptr || to + whole > target.nzmax ||
-        from + whole > source.nzmax) {
+    if (count > kLongMove || target.elementSize != sizeof(double) || target.pi != nullptr || source.pi != nullptr ||
+        to + whole > target.nzmax || from + whole > source.nzmax) {
         copyEntries(target, to, source, from, count);
         return;
     }

@@ -2,16 +2,19 @@
 #ifndef ZQSP_CORE_GROWING_LIST_HPP
 #define ZQSP_CORE_GROWING_LIST_HPP
 
+#include "core/counts.hpp"
 #include "core/owners.hpp"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <limits>
 #include <span>
 
 namespace zqsp {
 
-/// Elements in one block of the runtime's, doubled when it is full.
+/// Elements in one block of the runtime's, doubled when it is full. Raises the size error past 2^32 - 1 elements.
 template <typename T>
 class GrowingList
 {
@@ -30,8 +33,10 @@ class GrowingList
   private:
     void grow()
     {
-        constexpr unsigned kFirst = 16;
-        const unsigned capacity = std::max(kFirst, capacity_ * 2);
+        constexpr std::uint64_t kFirst = 16;
+        constexpr std::uint64_t kMost = std::numeric_limits<unsigned>::max();
+        const std::uint64_t wanted = std::max(kFirst, std::uint64_t{capacity_} * 2);
+        const unsigned capacity = checkedCount(capacity_ < kMost ? std::min(wanted, kMost) : wanted);
         auto larger = Block<T>::make(capacity);
         if (count_ > 0) {
             std::memcpy(larger.get(), elements_.get(), count_ * sizeof(T));

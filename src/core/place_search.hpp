@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
 
 namespace zqsp {
@@ -37,8 +36,8 @@ void searchPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
     const unsigned* const jc = a.jc;
     const unsigned* const ir = a.ir;
     const std::uint64_t readable = a.nzmax;
-    for (unsigned done = 0; done < count; done += kBatch) {
-        const unsigned size = std::min(kBatch, count - done);
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        size = std::min(kBatch, count - done);
         for (unsigned i = 0; i < size; ++i) {
             const Place place = placeOf(done + i);
             row[i] = place.row;

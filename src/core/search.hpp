@@ -1,4 +1,5 @@
-// Searching the sorted rows of a column: the one binary search, and the gallop for ascending keys.
+// Searching the sorted rows of a column: the binary search, the gallop for ascending keys, and the comparison of the
+// last few rows at once. (Many searches at a time: core/place_search.hpp.)
 #ifndef ZQSP_CORE_SEARCH_HPP
 #define ZQSP_CORE_SEARCH_HPP
 

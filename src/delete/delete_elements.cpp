@@ -77,22 +77,20 @@ class MaskRank
     unsigned before_ = 0;
 };
 
-template <typename Positions>
 class ListRank
 {
   public:
-    ListRank(const Positions& positions, unsigned count) : positions_(positions), count_(count) {}
+    explicit ListRank(const IndexList& list) : list_(list) {}
 
     bool isDeleted(unsigned position)
     {
-        before_ = gallop(positions_, before_, count_, position);
-        return before_ < count_ && positions_[before_] == position;
+        before_ = gallop(list_, before_, list_.count(), position);
+        return before_ < list_.count() && list_[before_] == position;
     }
     [[nodiscard]] unsigned before() const { return before_; }
 
   private:
-    const Positions& positions_;
-    unsigned count_;
+    const IndexList& list_;
     unsigned before_ = 0;
 };
 
@@ -120,7 +118,7 @@ unsigned compact(const Columns& a, unsigned nnz, const DeletedSet& deleted)
             return compactByEntries(a, nnz, MaskRank(*mask));
         }
         if (const auto* list = std::get_if<IndexList>(&deleted.positions())) {
-            return compactByEntries(a, nnz, ListRank(*list, list->count()));
+            return compactByEntries(a, nnz, ListRank(*list));
         }
     }
     return compactElements(a, nnz, deleted.positions());

@@ -124,7 +124,7 @@ Tally tallyRepeated(const Columns& a, const Subscript& columns, const unsigned* 
     return result;
 }
 
-/// The same where every row is selected once: each entry comes out once, and nothing is looked up.
+/// That of the position form where every row is selected: each entry comes out once, and nothing is looked up.
 Tally tallyWhole(const Columns& a, const Subscript& columns)
 {
     Tally result;

@@ -47,7 +47,7 @@ inline unsigned countTrue(const unsigned char* values, unsigned length)
     return count;
 }
 
-/// The first position from `from` on in steps of a word that is not followed by four words of zeros.
+/// `from`, moved on by four words as long as these are zeros.
 inline unsigned skipFalse(const unsigned char* values, unsigned from, unsigned length)
 {
     constexpr unsigned kStep = 4 * kMaskWord;

@@ -184,8 +184,8 @@ spStatus storeAll(const void* data, unsigned count, const Extent& extent, unsign
     constexpr unsigned kBlock = 1024; // stays in the first-level cache between the readings
     const auto* values = static_cast<const T*>(data);
     const T highest = highestPlainValue<T>(extent);
-    for (unsigned done = 0; done < count; done += kBlock) {
-        const unsigned size = std::min(kBlock, count - done);
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        size = std::min(kBlock, count - done);
         if (!storeIndices(values + done, size, highest, indices + done)) {
             const spStatus status = storeByExactRules(values + done, size, extent, indices + done);
             if (status != spOK) {
