@@ -16,31 +16,32 @@ std::string text(unsigned long long number)
     return std::to_string(number);
 }
 
-/// Whether the blocks are there and hold what the record says.
+/// What is wrong with a block that is to hold this much; where nothing is to be held there need be none.
+std::string checkBlock(const char* what, const void* block, std::size_t count, std::size_t size)
+{
+    const std::size_t needed = count * size;
+    if (block == nullptr) {
+        return needed == 0 ? "" : std::string("no ") + what;
+    }
+    const std::size_t held = blockSize(block);
+    return held >= needed ? ""
+                          : std::string("the ") + what + " take " + text(needed) + " bytes of a block of " + text(held);
+}
+
 std::string checkBlocks(const kxArray* array, unsigned n)
 {
-    const std::size_t capacity = array->nzmax;
     const std::size_t size = elementSize(classOf(array));
-    const struct
-    {
-        const char* what;
-        const void* block;
-        std::size_t needed;
-        bool optional;
-    } blocks[] = {{"column starts", array->jc, (std::size_t{n} + 1) * sizeof(unsigned), false},
-                  {"rows", array->ir, capacity * sizeof(unsigned), capacity == 0},
-                  {"values", array->pr, capacity * size, capacity == 0},
-                  {"imaginary parts", array->pi, capacity * size, true}};
-    for (const auto& [what, block, needed, optional] : blocks) {
-        if (block == nullptr && !optional) {
-            return std::string("no ") + what;
-        }
-        if (block != nullptr && blockSize(block) < needed) {
-            return std::string("the ") + what + " take " + text(needed) + " bytes of a block of " +
-                   text(blockSize(block));
-        }
+    std::string violation = checkBlock("column starts", array->jc, std::size_t{n} + 1, sizeof(unsigned));
+    if (violation.empty()) {
+        violation = checkBlock("rows", array->ir, array->nzmax, sizeof(unsigned));
     }
-    return {};
+    if (violation.empty()) {
+        violation = checkBlock("values", array->pr, array->nzmax, size);
+    }
+    if (violation.empty() && array->pi != nullptr) {
+        violation = checkBlock("imaginary parts", array->pi, array->nzmax, size);
+    }
+    return violation;
 }
 
 std::string checkColumnStarts(const kxArray* array, unsigned n)
