@@ -122,7 +122,7 @@ void fillRegion(kxArray* A, const Region& region, const RightSide& b, const Fill
                     .imaginaryPart = complex,
                     .freshBlocks = rewritesMost});
     if (relay.inPlace() && patches.keepsOthers()) {
-        const Scratch scratch(patches.rewritten(), a.elementSize, complex);
+        const Scratch scratch(checkedCount(patches.rewritten()), a.elementSize, complex);
         fillThroughScratch(relay, region, b, filter, patches, scratch);
     } else {
         fillDirectly(relay, region, b, filter, patches);

@@ -10,7 +10,10 @@ namespace {
 /// The index values of K, 1-based, as floats.
 std::vector<double> indexValues(const Subscript& k)
 {
-    const bool holdsZeros = k.form == Form::SparseNumeric && k.storedCount() < k.values.size();
+    const bool converted = k.classId != kxDOUBLE_CLASS; // which loses stored zeros
+    const auto zeros = static_cast<std::size_t>(std::count(k.values.begin(), k.values.end(), 0.0));
+    const bool holdsZeros =
+        k.form == Form::SparseNumeric && (converted ? zeros > 0 : k.storedCount() < k.values.size());
     if (k.complex || holdsZeros) {
         throw Failure{spOK, kNotPositiveIntegerError};
     }

@@ -79,6 +79,16 @@ TEST_P(Limits, ALowerMaximum)
     EXPECT_EQ(decided > 0, knowsTheMaximum) << decided;
 }
 
+/// Numbers that outnumber a maximum lowered after they were made are all assigned.
+TEST(Limits, MoreNumbersThanTheMaximum)
+{
+    const Operation op{
+        .callee = Export::Ass3, .a = patterned(kReal, 1, 3), .b = kSeven, .i = at({1, 1, 1, 1, 1, 2, 3})};
+    const Call call(op);
+    const MaxElements limit(5);
+    EXPECT_EQ("", makeAndCheck(call, op, predict(op)).complaint);
+}
+
 INSTANTIATE_TEST_SUITE_P(Exports, Limits, testing::ValuesIn(everyExport()),
                          [](const auto& tested) { return tested.param.name; });
 
