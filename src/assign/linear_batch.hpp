@@ -9,11 +9,11 @@ namespace zqsp {
 
 /// Assigns value t of b (full, of A's class; the one value of a scalar) to position t, for t = 0 .. count-1, as if one
 /// after another: the last of repeated positions wins, zeros remove, dimensions grow, and nzmax is what insertion one
-/// at a time, ten entries of growth each, leaves. A must be sparse, `layout` that of A, and count at least 1. Positions
-/// are 0-based, and inside A where A is a true matrix. A is unchanged where this raises. Cost: count log count + nnz +
-/// n, or, where all positions are stored and no value is zero, a search for each.
-void assignPositions(kxArray* A, const LinearLayout& layout, const Columns& b, bool isScalar, const unsigned* positions,
-                     unsigned count);
+/// at a time, ten entries of growth each, leaves. A must be sparse, `initial` its layout, and count at least 1.
+/// Positions are 0-based, and inside A where A is a true matrix. A is unchanged where this raises. Cost: count log
+/// count + nnz + n, or, where all positions are stored and no value is zero, a search for each.
+void assignPositions(kxArray* A, const LinearLayout& initial, const Columns& b, bool isScalar,
+                     const unsigned* positions, unsigned count);
 
 } // namespace zqsp
 
