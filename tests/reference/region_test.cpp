@@ -151,6 +151,24 @@ TEST(GeneralReference, RowStatusComesFirst)
     }
 }
 
+TEST(GeneralReference, FewRowsOfLongColumns)
+{
+    const Model a = evenColumns(1000, 3, 500, 100);
+    std::vector<double> sameLowDigit; // in no order, so that they are sorted
+    for (unsigned i = 0; i < 300; ++i) {
+        sameLowDigit.push_back((i ^ 1U) * 256.0 + 1);
+    }
+    const Model tall = evenColumns(300 * 256, 3, 500, 100);
+    const std::pair<Model, Subscript> cases[] = {{a, Subscript::list({550, 5, 101, 101, 333})},
+                                                 {a, Subscript::list({101, 101, 550})},
+                                                 {a, Subscript::range(990, -70, 101)},
+                                                 {tall, Subscript::list(sameLowDigit)}};
+    for (const auto& [matrix, i] : cases) {
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = matrix, .i = i}));
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref6, .a = matrix, .i = i, .j = Subscript::list({3, 1, 3})}));
+    }
+}
+
 TEST(GeneralReference, CountsPast32BitsRaiseASizeError)
 {
     constexpr unsigned kMany = 65536; // times as many entries, 2^32 in all
