@@ -132,30 +132,3 @@ TEST_P(RandomLinearAssignment, OneByOneIsTheSame)
 
 INSTANTIATE_TEST_SUITE_P(Storages, RandomLinearAssignment, testing::ValuesIn(sparseStorages()),
                          [](const auto& tested) { return testNameOf(tested.param); });
-
-TEST(LinearAssignmentFaults, EveryPath)
-{
-    unsigned faults = 0;
-    property(2500, [&] {
-        const Form form =
-            drawFrom<Form>({Form::Numeric, Form::SparseNumeric, Form::Mask, Form::SparseMask, Form::Range});
-        const Shape shape = drawFrom<Shape>({Shape::Small, Shape::Small, Shape::Dense});
-        Operation op = drawAssignment(drawStorage(), shape, form, drawOneIn(2) ? 2 : 40);
-        switch (draw(8)) {
-        case 0:
-            op.i = Subscript::colon();
-            op.b = drawRightSide(op.a.m, op.a.n);
-            break;
-        case 1:
-            op.b = op.a.isUnset() ? op.b : RightSide::literal();
-            break;
-        default:
-            break;
-        }
-        const std::string complaint = checkFaults(op, &faults);
-        if (!complaint.empty()) {
-            RC_FAIL(complaint);
-        }
-    });
-    EXPECT_GT(faults, 1000U);
-}

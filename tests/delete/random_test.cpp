@@ -130,23 +130,3 @@ TEST_P(RandomDeletion, LeavesTheComplement)
 
 INSTANTIATE_TEST_SUITE_P(Storages, RandomDeletion, testing::ValuesIn(sparseStorages()),
                          [](const auto& tested) { return testNameOf(tested.param); });
-
-TEST(RandomDeletionFaults, EveryPath)
-{
-    unsigned faults = 0;
-    property(1000, [&] {
-        const Model a = drawModel();
-        const Subscript j = drawSubscript(columnsOf(a));
-        const Subscript i = drawSubscript(rowsOf(a));
-        const Subscript k = drawSubscript(elementsOf(a));
-        for (const Operation& operation : {Operation{.callee = Export::DeleteColumns, .a = a, .i = j},
-                                           Operation{.callee = Export::DeleteRows, .a = a, .i = i},
-                                           Operation{.callee = Export::DeleteElements, .a = a, .i = k}}) {
-            const std::string complaint = checkFaults(operation, &faults);
-            if (!complaint.empty()) {
-                RC_FAIL(complaint);
-            }
-        }
-    });
-    EXPECT_GT(faults, 100U);
-}

@@ -25,7 +25,7 @@ class FuzzLimits
     ~FuzzLimits() { kxrt::set_largest_block(std::size_t{1} << 36); }
 
   private:
-    static constexpr unsigned kElements = 1U << 14;
+    static constexpr unsigned kElements = 1U << 12;
     MaxElements elements_;
 };
 

@@ -151,6 +151,25 @@ TEST(GeneralReference, RowStatusComesFirst)
     }
 }
 
+TEST(GeneralReference, FewRowsInAnyOrder)
+{
+    const Model a = evenColumns(1000, 3, 40, 100); // from seven rows on these are looked up
+    ASSERT_TRUE(usesRowMap(a, 7));
+    std::vector<double> sameLowDigit; // in no order, so that they are sorted
+    for (unsigned i = 0; i < 300; ++i) {
+        sameLowDigit.push_back((i ^ 1U) * 256.0 + 1);
+    }
+    const Model tall = evenColumns(300 * 256, 3, 500, 100);
+    const std::pair<Model, Subscript> cases[] = {{a, Subscript::list({139, 5, 101, 101, 133, 120, 7, 110})},
+                                                 {a, Subscript::list({5, 7, 101, 101, 110, 120, 133, 139})},
+                                                 {a, Subscript::range(139, -5, 101)},
+                                                 {tall, Subscript::list(sameLowDigit)}};
+    for (const auto& [matrix, i] : cases) {
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = matrix, .i = i}));
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref6, .a = matrix, .i = i, .j = Subscript::list({3, 1, 3})}));
+    }
+}
+
 TEST(GeneralReference, CountsPast32BitsRaiseASizeError)
 {
     constexpr unsigned kMany = 65536; // times as many entries, 2^32 in all

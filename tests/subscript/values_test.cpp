@@ -181,3 +181,12 @@ TEST(SubscriptValues, HiddenClassIsAskedFor)
         }
     }
 }
+
+TEST(SubscriptValues, ASubscriptWithoutAClassIsTheRuntimesToConvert)
+{
+    const Array a = toArray(Model::of({}, {{1, 2}}));
+    const Array unset(kxCreateUnset());
+    kxArray* out = nullptr;
+    expectFails([&] { return spRef5(a.get(), unset.get(), &out); }, {spOK, kInvalidOperandError}, {a.get()});
+    expectFails([&] { return spDeleteRows(a.get(), unset.get()); }, {spOK, kInvalidOperandError}, {a.get()});
+}

@@ -9,6 +9,11 @@ namespace zqsp::test {
 
 namespace {
 
+bool isAssignment(Export callee)
+{
+    return callee >= Export::Ass3 && callee <= Export::Ass6;
+}
+
 Wanted wanted(std::uint64_t extent, Purpose purpose, std::vector<unsigned> likely, bool mayFail)
 {
     Wanted w{.extent = extent, .purpose = purpose, .likely = std::move(likely), .mayFail = mayFail};
@@ -54,7 +59,7 @@ void drawReshape(const Model& a, Operation& op)
 /// Now and then an operand of a small target is the target, or shares its data.
 void alias(Operation& op)
 {
-    const bool assigns = op.callee >= Export::Ass3 && op.callee <= Export::Ass6;
+    const bool assigns = isAssignment(op.callee);
     const bool deletes = op.callee >= Export::DeleteColumns && op.callee <= Export::DeleteElements;
     if (!op.a.sparse || op.a.numel() > 100 || !(assigns || deletes) || !drawOneIn(10)) {
         return;
@@ -64,6 +69,17 @@ void alias(Operation& op)
 }
 
 } // namespace
+
+Model drawTarget(Export callee)
+{
+    const unsigned kind = isAssignment(callee) ? draw(12) : 0;
+    if (kind == 11) {
+        return Model::unset();
+    }
+    Model a = kind == 10 ? Model::empty({kxSINGLE_CLASS, false}, draw(3), 0) : drawModel();
+    a.sparse = kind != 10;
+    return a;
+}
 
 Operation drawOperation(Export callee, const Model& a, bool mayFail)
 {

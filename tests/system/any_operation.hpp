@@ -42,6 +42,9 @@ inline const std::vector<NamedExport>& everyExport()
     return all;
 }
 
+/// A target for this export: a matrix, for assignments also one without a class or without elements.
+Model drawTarget(Export callee);
+
 /// A call of this export on `a`, drawn while a property runs; one subscript in eight fails if `mayFail`.
 Operation drawOperation(Export callee, const Model& a, bool mayFail);
 

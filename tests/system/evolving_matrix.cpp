@@ -28,7 +28,7 @@ void EvolvingMatrix::renewIfSpent()
 {
     const bool isFull = !model_.sparse && !model_.isEmpty(); // what a target without a class may have been given
     if (isFull || model_.nnz() == 0 || model_.numel() > 4000 || drawOneIn(25)) {
-        model_ = drawOneIn(15) ? Model::unset() : drawModel();
+        model_ = drawTarget(Export::Ass6);
         target_ = toArray(model_);
     }
 }

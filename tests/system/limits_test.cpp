@@ -173,3 +173,25 @@ TEST(Limits, BlocksPast32BitsOfBytes)
         EXPECT_EQ("", makeAndCheck(Call(op), op, tooLarge).complaint) << op;
     }
 }
+
+/// Such subscripts are there before the maximum is lowered; all their elements count.
+TEST(Limits, SubscriptsOfMoreElementsThanTheMaximum)
+{
+    const Model a = patterned(kReal, 3, 3);
+    const Subscript zeros = Subscript::sparseList({1, 2, 0, 3, 0});
+    const Subscript mask = Subscript::mask({1, 0, 0, 0, 1});
+    const std::pair<Operation, Failure> cases[] = {
+        {{.callee = Export::Ref5, .a = a, .i = zeros}, {spIndexBelowOne, ""}},
+        {{.callee = Export::DeleteRows, .a = a, .i = zeros}, {spIndexBelowOne, ""}},
+        {{.callee = Export::Ass3, .a = a, .b = kSeven, .i = zeros}, {spOK, kNotPositiveIntegerError}},
+        {{.callee = Export::Ass3, .a = patterned(kReal, 1, 3), .b = kSeven, .i = mask}, {spOK, kSizeLimitError}},
+        {{.callee = Export::Ass4, .a = a, .b = kSeven, .i = mask}, {spIndexOutOfRange, ""}},
+        {{.callee = Export::Ass5, .a = a, .b = kSeven, .i = mask}, {spIndexOutOfRange, ""}},
+        {{.callee = Export::Ass6, .a = a, .b = kSeven, .i = at({1}), .j = mask}, {spIndexOutOfRange, ""}},
+    };
+    for (const auto& [op, failure] : cases) {
+        const Call call(op);
+        const MaxElements limit(3);
+        EXPECT_EQ("", makeAndCheck(call, op, {failure, {}}).complaint) << op;
+    }
+}
