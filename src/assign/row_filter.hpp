@@ -40,11 +40,15 @@ class RowFilter
         if (coversAll_) {
             return {begin, end};
         }
-        const unsigned first = lowerBound(a.ir, begin, end, lowest_);
+        // Most columns begin at or behind the lowest target row and end at or before the highest where many rows are
+        // targets: two branches that are predicted, instead of two searches that wait for their probes.
+        const bool beginsInside = begin == end || a.ir[begin] >= lowest_;
+        const unsigned first = beginsInside ? begin : lowerBoundOfSame(a.ir, begin, end, lowest_);
         if (lowest_ == highest_) {
             return {first, first + (first < end && a.ir[first] == lowest_ ? 1U : 0U)};
         }
-        return {first, lowerBound(a.ir, first, end, highest_ + 1)};
+        const bool endsInside = first == end || a.ir[end - 1] <= highest_;
+        return {first, endsInside ? end : lowerBoundOfSame(a.ir, first, end, highest_ + 1)};
     }
 
     /// Whether a row within the span of the targets is one of them.

@@ -27,8 +27,8 @@ std::uint64_t countInInterval(const Columns& a, unsigned first, unsigned k, cons
             return;
         }
         for (unsigned j = column; j < column + length; ++j) {
-            const unsigned begin = lowerBound(a.ir, a.jc[j], a.jc[j + 1], first);
-            total += lowerBound(a.ir, begin, a.jc[j + 1], first + k) - begin;
+            const unsigned begin = lowerBoundOfSame(a.ir, a.jc[j], a.jc[j + 1], first);
+            total += lowerBoundOfSame(a.ir, begin, a.jc[j + 1], first + k) - begin;
         }
     });
     return total;
@@ -63,8 +63,8 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subs
                         written += row < k ? 1U : 0U;
                     }
                 } else {
-                    e = lowerBound(a.ir, e, end, first);
-                    end = lowerBound(a.ir, e, end, first + k);
+                    e = lowerBoundOfSame(a.ir, e, end, first);
+                    end = lowerBoundOfSame(a.ir, e, end, first + k);
                     to.copyRun(written, from, e, end - e);
                     for (; e < end; ++e) {
                         out.ir[written++] = a.ir[e] - first;
