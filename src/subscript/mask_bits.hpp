@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -35,7 +36,7 @@ inline unsigned countTrue(const unsigned char* values, unsigned length)
         const unsigned words = std::min((length - i) / kMaskWord, kBlock);
         std::uint64_t sums = 0;
         for (unsigned w = 0; w < words; ++w) {
-            sums += trueBits(values + i + w * kMaskWord) >> 7U;
+            sums += trueBits(values + i + std::size_t{w} * kMaskWord) >> 7U;
         }
         const std::uint64_t pairs = (sums & kPairs) + (sums >> 8U & kPairs);
         count += static_cast<unsigned>(pairs * kAddPairs >> 48U);
