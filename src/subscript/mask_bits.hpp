@@ -4,10 +4,13 @@
 #define ZQSP_SUBSCRIPT_MASK_BITS_HPP
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+
+#include <emmintrin.h>
 
 namespace zqsp {
 
@@ -21,6 +24,25 @@ inline std::uint64_t trueBits(const unsigned char* bytes)
     std::uint64_t word = 0;
     std::memcpy(&word, bytes, sizeof word);
     return (((word & kLow7) + kLow7) | word) & ~kLow7;
+}
+
+inline constexpr unsigned kMaskBlock = 64;
+
+/// A bit for each of up to 64 bytes, the first in the lowest: 1 where the byte is there and not zero.
+inline std::uint64_t trueBlock(const unsigned char* bytes, unsigned count)
+{
+    std::array<unsigned char, kMaskBlock> last{};
+    if (count < kMaskBlock) {
+        std::copy_n(bytes, count, last.data());
+        bytes = last.data();
+    }
+    std::uint64_t bits = 0;
+    for (unsigned i = 0; i < kMaskBlock; i += sizeof(__m128i)) {
+        const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
+        const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(part, _mm_setzero_si128()));
+        bits |= std::uint64_t{static_cast<unsigned>(zeros) ^ 0xFFFFU} << i;
+    }
+    return bits;
 }
 
 /// Number of non-zero bytes. The words of a block are added up as eight sums of a byte each; counting the bits of every
@@ -72,21 +94,6 @@ inline unsigned nextTrue(const unsigned char* values, unsigned from, unsigned le
         }
     }
     while (from < length && values[from] == 0) {
-        ++from;
-    }
-    return from;
-}
-
-/// Position of the first zero byte at `from` or later; `length` when there is none.
-inline unsigned nextFalse(const unsigned char* values, unsigned from, unsigned length)
-{
-    constexpr std::uint64_t kAllTrue = 0x8080808080808080ULL;
-    for (; length - from >= kMaskWord; from += kMaskWord) {
-        if (const std::uint64_t falseBits = trueBits(values + from) ^ kAllTrue) {
-            return from + static_cast<unsigned>(std::countr_zero(falseBits)) / 8;
-        }
-    }
-    while (from < length && values[from] != 0) {
         ++from;
     }
     return from;
