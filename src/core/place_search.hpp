@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 
 namespace zqsp {
@@ -18,66 +19,126 @@ struct Place
     unsigned column;
 };
 
-/// found(t, slot) for t = 0 .. count-1 in this order, `slot` being where placeOf(t) is stored in its column or would be
-/// inserted. Every column must be one of the matrix.
-///
-/// The searches of a batch advance together: the cache lines of all are asked for before the first is read, and long
+/// A batch of searches that advance together: the cache lines of all are asked for before the first is read, and long
 /// columns are halved in turn, one probe of each after the other. No search depends on another, so that the processor
 /// waits for their cache misses at the same time, and no branch depends on what is found.
-template <typename PlaceOf, typename F>
-void searchPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
+class PlaceBatch
 {
-    constexpr unsigned kBatch = 64;
-    std::array<unsigned, kBatch> row;
-    std::array<unsigned, kBatch> column;
-    std::array<unsigned, kBatch> lo;
-    std::array<unsigned, kBatch> length;
-    std::array<unsigned, kBatch> longOnes;
-    const unsigned* const jc = a.jc;
-    const unsigned* const ir = a.ir;
-    const std::uint64_t readable = a.nzmax;
-    for (unsigned done = 0, size = 0; done < count; done += size) {
-        size = std::min(kBatch, count - done);
+  public:
+    static constexpr unsigned kSize = 64;
+
+    explicit PlaceBatch(const Columns& a) : jc_(a.jc), ir_(a.ir) {}
+
+    /// Narrows the searches for placeOf(first) .. placeOf(first + size - 1) to kComparedRows rows or fewer each.
+    template <typename PlaceOf>
+    void narrow(PlaceOf& placeOf, unsigned first, unsigned size)
+    {
         for (unsigned i = 0; i < size; ++i) {
-            const Place place = placeOf(done + i);
-            row[i] = place.row;
-            column[i] = place.column;
-            __builtin_prefetch(jc + place.column);
+            const Place place = placeOf(first + i);
+            row_[i] = place.row;
+            column_[i] = place.column;
+            __builtin_prefetch(jc_ + place.column);
         }
         unsigned longCount = 0;
         for (unsigned i = 0; i < size; ++i) {
-            lo[i] = jc[column[i]];
-            length[i] = jc[column[i] + 1] - lo[i];
-            longOnes[longCount] = i;
-            longCount += length[i] > kComparedRows ? 1U : 0U;
-            __builtin_prefetch(ir + lo[i] + length[i] / 2);
+            begin_[i] = jc_[column_[i]];
+            length_[i] = jc_[column_[i] + 1] - begin_[i];
+            longOnes_[longCount] = i;
+            longCount += length_[i] > kComparedRows ? 1U : 0U;
+            __builtin_prefetch(ir_ + begin_[i] + length_[i] / 2);
         }
         while (longCount > 0) {
-            unsigned stillLong = 0;
-            for (unsigned l = 0; l < longCount; ++l) {
-                const unsigned i = longOnes[l];
-                const unsigned half = length[i] / 2;
-                lo[i] += valueIf(ir[lo[i] + half - 1] < row[i], half);
-                length[i] -= half;
-                __builtin_prefetch(ir + lo[i] + length[i] / 2);
-                longOnes[stillLong] = i;
-                stillLong += length[i] > kComparedRows ? 1U : 0U;
-            }
-            longCount = stillLong;
-        }
-        for (unsigned i = 0; i < size; ++i) {
-            const unsigned begin = lo[i];
-            const unsigned end = begin + length[i];
-            if (begin + std::uint64_t{kComparedRows} > readable) { // too near the end of the block
-                found(done + i, findRow(ir, begin, end, row[i]));
-                continue;
-            }
-            const unsigned rank = rankAmong(ir + begin, length[i], row[i]);
-            const bool isSame = ir[begin + std::min(rank, kComparedRows - 1)] == row[i];
-            found(done + i,
-                  Slot{begin + rank, (static_cast<unsigned>(rank < length[i]) & static_cast<unsigned>(isSame)) != 0});
+            longCount = halve(longCount);
         }
     }
+
+    [[nodiscard]] unsigned row(unsigned i) const { return row_[i]; }
+    [[nodiscard]] unsigned begin(unsigned i) const { return begin_[i]; }
+    [[nodiscard]] unsigned length(unsigned i) const { return length_[i]; }
+
+  private:
+    /// One step of the first `longCount` long ones; how many are long still.
+    unsigned halve(unsigned longCount)
+    {
+        unsigned stillLong = 0;
+        for (unsigned l = 0; l < longCount; ++l) {
+            const unsigned i = longOnes_[l];
+            const unsigned half = length_[i] / 2;
+            begin_[i] += valueIf(ir_[begin_[i] + half - 1] < row_[i], half);
+            length_[i] -= half;
+            __builtin_prefetch(ir_ + begin_[i] + length_[i] / 2);
+            longOnes_[stillLong] = i;
+            stillLong += length_[i] > kComparedRows ? 1U : 0U;
+        }
+        return stillLong;
+    }
+
+    const unsigned* jc_;
+    const unsigned* ir_;
+    std::array<unsigned, kSize> row_;
+    std::array<unsigned, kSize> column_;
+    std::array<unsigned, kSize> begin_;
+    std::array<unsigned, kSize> length_;
+    std::array<unsigned, kSize> longOnes_;
+};
+
+/// f(t, batch, i) for t = 0 .. count-1 in this order, search t being the i-th of a batch that is narrowed.
+template <typename PlaceOf, typename F>
+void forEachNarrowed(const Columns& a, unsigned count, PlaceOf& placeOf, F&& f)
+{
+    PlaceBatch batch(a);
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        size = std::min(PlaceBatch::kSize, count - done);
+        batch.narrow(placeOf, done, size);
+        for (unsigned i = 0; i < size; ++i) {
+            f(done + i, batch, i);
+        }
+    }
+}
+
+/// Whether kComparedRows rows can be read from entry `begin` on: not too near the end of the block.
+inline bool canCompare(const Columns& a, unsigned begin)
+{
+    return begin + std::uint64_t{kComparedRows} <= a.nzmax;
+}
+
+/// found(t, slot) for t = 0 .. count-1 in this order, `slot` being where placeOf(t) is stored in its column or would be
+/// inserted. Every column must be one of the matrix.
+template <typename PlaceOf, typename F>
+void searchPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
+{
+    forEachNarrowed(a, count, placeOf, [&, ir = a.ir](unsigned t, const PlaceBatch& batch, unsigned i) {
+        const unsigned row = batch.row(i);
+        const unsigned begin = batch.begin(i);
+        const unsigned length = batch.length(i);
+        if (!canCompare(a, begin)) {
+            found(t, findRow(ir, begin, begin + length, row));
+            return;
+        }
+        const unsigned rank = rankAmong(ir + begin, length, row);
+        const bool isSame = ir[begin + std::min(rank, kComparedRows - 1)] == row;
+        found(t, Slot{begin + rank, (static_cast<unsigned>(rank < length) & static_cast<unsigned>(isSame)) != 0});
+    });
+}
+
+/// found(t, position) for those t = 0 .. count-1, in this order, for which placeOf(t) is stored: at `position`. Half
+/// the comparisons of searchPlaces(), which has to know the rank of what is not stored as well.
+template <typename PlaceOf, typename F>
+void findPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
+{
+    forEachNarrowed(a, count, placeOf, [&, ir = a.ir](unsigned t, const PlaceBatch& batch, unsigned i) {
+        const unsigned begin = batch.begin(i);
+        const unsigned length = batch.length(i);
+        if (!canCompare(a, begin)) {
+            if (const Slot slot = findRow(ir, begin, begin + length, batch.row(i)); slot.stored) {
+                found(t, slot.position);
+            }
+            return;
+        }
+        if (const unsigned same = whichAmong(ir + begin, length, batch.row(i)); same != 0) {
+            found(t, begin + static_cast<unsigned>(std::countr_zero(same)));
+        }
+    });
 }
 
 } // namespace zqsp

@@ -68,6 +68,27 @@ inline unsigned rankAmong(const unsigned* rows, unsigned length, unsigned row)
 #endif
 }
 
+/// Which of kComparedRows rows from `rows` on, of those only the first `length`, are `row`: a bit for each.
+inline unsigned whichAmong(const unsigned* rows, unsigned length, unsigned row)
+{
+    const unsigned first = (1U << length) - 1;
+#ifdef __SSE2__
+    const __m128i key = _mm_set1_epi32(static_cast<int>(row));
+    const auto isSame = [&](unsigned at) {
+        return _mm_cmpeq_epi32(key, _mm_loadu_si128(reinterpret_cast<const __m128i*>(rows + at)));
+    };
+    const __m128i same =
+        _mm_packs_epi16(_mm_packs_epi32(isSame(0), isSame(4)), _mm_packs_epi32(isSame(8), isSame(12)));
+    return static_cast<unsigned>(_mm_movemask_epi8(same)) & first;
+#else
+    unsigned same = 0;
+    for (unsigned i = 0; i < kComparedRows; ++i) {
+        same |= (rows[i] == row ? 1U : 0U) << i;
+    }
+    return same & first;
+#endif
+}
+
 /// lowerBound() where the answer is expected near `lo`: doubling steps, then the binary search between the last two.
 /// Costs the logarithm of the distance moved (Bentley and Yao, 1976).
 template <typename Sorted>

@@ -61,7 +61,7 @@ void findAnywhere(const Columns& a, unsigned count, PositionAt positionAt, HitLi
         const unsigned column = divisor.quotient(position);
         return Place{position - column * a.m, column};
     };
-    searchPlaces(a, count, placeOf, [&](unsigned t, Slot slot) { hits.addIfStored(t, slot); });
+    findPlaces(a, count, placeOf, [&](unsigned t, unsigned entry) { hits.add(t, entry); });
 }
 
 /// Whether ascending positions are found faster by galloping than each by a search of its column, which goes on many
