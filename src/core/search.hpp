@@ -77,8 +77,7 @@ inline unsigned whichAmong(const unsigned* rows, unsigned length, unsigned row)
     const auto isSame = [&](unsigned at) {
         return _mm_cmpeq_epi32(key, _mm_loadu_si128(reinterpret_cast<const __m128i*>(rows + at)));
     };
-    const __m128i same =
-        _mm_packs_epi16(_mm_packs_epi32(isSame(0), isSame(4)), _mm_packs_epi32(isSame(8), isSame(12)));
+    const __m128i same = _mm_packs_epi16(_mm_packs_epi32(isSame(0), isSame(4)), _mm_packs_epi32(isSame(8), isSame(12)));
     return static_cast<unsigned>(_mm_movemask_epi8(same)) & first;
 #else
     unsigned same = 0;

@@ -3,7 +3,10 @@
 #include "core/fast_divisor.hpp"
 #include "core/place_search.hpp"
 #include "core/search.hpp"
+#include "reference/entry_filter.hpp"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 
 namespace zqsp {
@@ -52,16 +55,33 @@ void findAscending(const Columns& a, const S& positions, HitList& hits)
 }
 
 /// Positions in any order: each is searched in its column.
-template <typename PositionAt>
-void findAnywhere(const Columns& a, unsigned count, PositionAt positionAt, HitList& hits)
+template <typename S>
+void findAnywhere(const Columns& a, const S& positions, HitList& hits)
 {
+    const unsigned count = positions.count();
     const FastDivisor divisor(a.m);
     const auto placeOf = [&](unsigned t) {
-        const unsigned position = positionAt(t);
+        const unsigned position = positions[t];
         const unsigned column = divisor.quotient(position);
         return Place{position - column * a.m, column};
     };
-    findPlaces(a, count, placeOf, [&](unsigned t, unsigned entry) { hits.add(t, entry); });
+    if (!EntryFilter::pays(a, count)) {
+        findPlaces(a, count, placeOf, [&](unsigned t, unsigned entry) { hits.add(t, entry); });
+        return;
+    }
+    const EntryFilter filter(a);
+    std::array<unsigned, 1024> left; // of a block of positions, those that may be stored
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        size = std::min<unsigned>(left.size(), count - done);
+        unsigned leftCount = 0;
+        for (unsigned i = 0; i < size; ++i) {
+            left[leftCount] = done + i;
+            leftCount += filter.mayHold(positions[done + i]) ? 1U : 0U;
+        }
+        findPlaces(
+            a, leftCount, [&](unsigned i) { return placeOf(left[i]); },
+            [&](unsigned i, unsigned entry) { hits.add(left[i], entry); });
+    }
 }
 
 /// Whether ascending positions are found faster by galloping than each by a search of its column, which goes on many
@@ -93,14 +113,15 @@ void findInMask(const Columns& a, const LogicalMask& mask, HitList& hits)
     }
 }
 
-/// Ascending positions that outnumber the entries: each entry is looked for among them, by galloping from where the one
-/// before was. `positions[t]` is the t-th.
-template <typename Positions>
-void findByEntries(const Columns& a, const Positions& positions, unsigned count, HitList& hits)
+/// Ascending positions that outnumber the entries of their columns, `first` to `last`: each entry is looked for among
+/// them, by galloping from where the one before was.
+template <typename S>
+void findByEntries(const Columns& a, unsigned first, unsigned last, const S& positions, HitList& hits)
 {
+    const unsigned count = positions.count();
     unsigned t = 0;
-    std::uint64_t start = 0;
-    for (unsigned j = 0; j < a.n && t < count; ++j, start += a.m) {
+    std::uint64_t start = std::uint64_t{first} * a.m;
+    for (unsigned j = first; j <= last; ++j, start += a.m) {
         for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
             const std::uint64_t position = start + a.ir[e];
             if (position > positions[count - 1]) {
@@ -117,40 +138,34 @@ void findByEntries(const Columns& a, const Positions& positions, unsigned count,
     }
 }
 
-/// An arithmetic progression as a list of positions.
-struct RangePositions
+/// A range or a list of at least one position.
+template <typename S>
+void findNumbered(const Columns& a, const S& positions, HitList& hits)
 {
-    IndexRange range;
-    unsigned operator[](unsigned t) const { return range.first + t * static_cast<unsigned>(range.stride); }
-};
+    const unsigned count = positions.count();
+    if (positions.order() == Order::kAscending) {
+        const unsigned first = positions[0] / a.m;
+        const unsigned last = positions[count - 1] / a.m;
+        if (a.jc[last + 1] - a.jc[first] <= count) {
+            findByEntries(a, first, last, positions, hits);
+            return;
+        }
+        if (gallopIsCheaper(a, count)) {
+            findAscending(a, positions, hits);
+            return;
+        }
+    }
+    findAnywhere(a, positions, hits);
+}
 
 void find(const Columns& a, const IndexRange& range, HitList& hits)
 {
-    const RangePositions positions{range};
-    if (range.order() == Order::kAscending && range.count() > a.nnz()) {
-        findByEntries(a, positions, range.count(), hits);
-        return;
-    }
-    if (range.order() == Order::kAscending && gallopIsCheaper(a, range.count())) {
-        findAscending(a, range, hits);
-    } else {
-        findAnywhere(
-            a, range.count(), [positions](unsigned t) { return positions[t]; }, hits);
-    }
+    findNumbered(a, range, hits);
 }
 
 void find(const Columns& a, const IndexList& list, HitList& hits)
 {
-    if (list.order() == Order::kAscending && list.count() > a.nnz()) {
-        findByEntries(a, list, list.count(), hits);
-        return;
-    }
-    if (list.order() == Order::kAscending && gallopIsCheaper(a, list.count())) {
-        findAscending(a, list, hits);
-    } else {
-        findAnywhere(
-            a, list.count(), [&list](unsigned t) { return list[t]; }, hits);
-    }
+    findNumbered(a, list, hits);
 }
 
 void find(const Columns& a, const LogicalMask& mask, HitList& hits)

@@ -67,6 +67,10 @@ struct IndexRange
     [[nodiscard]] unsigned highest() const { return stride < 0 ? first : last; }
     /// Whether the range is a run of neighbours in ascending order.
     [[nodiscard]] bool isRun() const { return stride == 1; }
+    unsigned operator[](std::size_t i) const
+    {
+        return first + static_cast<unsigned>(i) * static_cast<unsigned>(stride);
+    }
 
     template <typename F>
     void forEach(F&& f) const
