@@ -97,7 +97,7 @@ spStatus assignElements(kxArray* A, const kxArray* originalB, const kxArray* K)
     const kxClassID id = targetClass(A, originalB);
     Operand B(originalB);
     B.become(kxMustBe(originalB, id));
-    const LinearIndices indices(K);
+    LinearIndices indices(K);
     const unsigned count = indices.count();
     const bool isScalar = elementsOf(B.get()) == 1;
     if (!isScalar && elementsOf(B.get()) != count) {
@@ -108,8 +108,8 @@ spStatus assignElements(kxArray* A, const kxArray* originalB, const kxArray* K)
     if (m >= 2 && n >= 2 && indices.anyAbove(static_cast<double>(m) * n)) {
         return spCannotResize;
     }
-    Block<unsigned> positions;
-    const spStatus status = indices.toPositions(positions);
+    Subscript positions;
+    const spStatus status = indices.takePositions(positions);
     if (status != spOK) {
         return status;
     }
@@ -119,8 +119,7 @@ spStatus assignElements(kxArray* A, const kxArray* originalB, const kxArray* K)
     B.become(kxMustBeFull(B.get()));
     onSparseTarget(A, id, [&](kxArray* target) {
         if (count > 0) {
-            const LinearLayout layout(m, n, positions[0]);
-            assignPositions(target, layout, Columns(B.get()), isScalar, positions.get(), count);
+            assignPositions(target, m, n, Columns(B.get()), isScalar, positions);
         }
     });
     return spOK;

@@ -1,13 +1,16 @@
 #include "assign/linear_batch.hpp"
 
 #include "assign/element.hpp"
+#include "assign/linear_layout.hpp"
 #include "core/counts.hpp"
 #include "core/relay.hpp"
 #include "core/search.hpp"
 #include "core/sort.hpp"
 #include "core/values.hpp"
+#include "reference/linear_hits.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
 
 namespace zqsp {
@@ -60,8 +63,13 @@ class AssignedValues
         });
     }
 
+    [[nodiscard]] bool areAllZero() const { return scalarIsZero_; } // of a scalar; values are not looked through
+
     [[nodiscard]] bool anyZero(unsigned count) const
     {
+        if (isScalar_) {
+            return scalarIsZero_;
+        }
         return withZeroTest([count](auto isZero) {
             bool any = false;
             for (unsigned t = 0; t < count && !any; ++t) {
@@ -102,29 +110,37 @@ class BatchPlan
     unsigned size_ = 0;
 };
 
-Block<Key> sortedByPosition(const unsigned* positions, unsigned count)
+/// The positions in the order of their assignment, as a list.
+IndexList listOf(const Subscript& positions)
 {
+    if (const auto* list = std::get_if<IndexList>(&positions)) {
+        return {list->begin(), list->count(), list->order()};
+    }
+    auto indices = Block<unsigned>::make(countOf(positions));
+    unsigned* end = indices.get();
+    std::visit([&](const auto& form) { form.forEach([&](unsigned position) { *end++ = position; }); }, positions);
+    return {std::move(indices), countOf(positions), orderOf(positions)};
+}
+
+Block<Key> sortedByPosition(const IndexList& positions)
+{
+    const unsigned count = positions.count();
     auto keys = Block<Key>::make(count);
-    bool ascends = true;
-    unsigned highest = 0;
     for (unsigned t = 0; t < count; ++t) {
         keys[t] = makeKey(positions[t], t);
-        ascends &= positions[t] >= highest;
-        highest = std::max(highest, positions[t]);
     }
-    if (!ascends) {
-        KeySorter(count, highest).sort(keys.get(), count);
+    if (positions.order() != Order::kAscending) {
+        KeySorter(count, positions.highest()).sort(keys.get(), count);
     }
     return keys;
 }
 
 /// The capacity after the insertions (+1) and removals (-1) that the assignments make one after another.
-unsigned replayCapacity(const Columns& a, LinearLayout layout, const unsigned* positions, const signed char* changes,
-                        unsigned count)
+unsigned replayCapacity(const Columns& a, LinearLayout layout, const IndexList& positions, const signed char* changes)
 {
     unsigned stored = a.nnz();
     unsigned capacity = a.nzmax;
-    for (unsigned t = 0; t < count; ++t) {
+    for (unsigned t = 0; t < positions.count(); ++t) {
         layout.cover(positions[t]);
         if (changes[t] > 0) {
             if (stored == capacity) {
@@ -161,9 +177,10 @@ void findSlots(const Columns& a, const LinearLayout& layout, std::span<const Key
 }
 
 BatchPlan planBatch(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
-                    const unsigned* positions, unsigned count)
+                    const IndexList& positions)
 {
-    const Block<Key> keys = sortedByPosition(positions, count);
+    const unsigned count = positions.count();
+    const Block<Key> keys = sortedByPosition(positions);
     const auto changes = Block<signed char>::zeroed(count);
     BatchPlan plan(count);
     std::uint64_t insertions = 0;
@@ -188,20 +205,20 @@ BatchPlan planBatch(const Columns& a, const LinearLayout& layout, const Assigned
             }
         });
     });
-    plan.capacity =
-        a.nnz() + insertions <= a.nzmax ? a.nzmax : replayCapacity(a, layout, positions, changes.get(), count);
+    plan.capacity = a.nnz() + insertions <= a.nzmax ? a.nzmax : replayCapacity(a, layout, positions, changes.get());
     return plan;
 }
 
 /// Where every position is stored and no value is zero, the entries are overwritten in the order of the assignments:
 /// nothing is sorted, and the last of repeated positions wins by being last. False, with nothing changed, elsewhere.
-bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValues& values, const unsigned* positions,
-                      unsigned count)
+/// (Inlined in its caller, it measures a quarter slower: the search wants the registers for itself.)
+[[gnu::noinline]] bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValues& values,
+                                        const IndexList& positions)
 {
     constexpr unsigned kBlock = 256; // a miss ends the search
     const Columns a(A);
-    const auto positionIsInside = [&](unsigned position) { return isInside(a, layout, position); };
-    if (values.anyZero(count) || !std::all_of(positions, positions + count, positionIsInside)) {
+    const unsigned count = positions.count();
+    if (!isInside(a, layout, positions.highest()) || values.anyZero(count)) {
         return false;
     }
     const auto entries = Block<unsigned>::make(count);
@@ -229,6 +246,40 @@ bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValu
     return true;
 }
 
+/// A(K) = 0 inside of A: what is stored at the positions goes, nothing comes. The entries are marked, a bit each, which
+/// puts them into order without a sort of the positions; and where positions outnumber the entries, it is these that
+/// are looked for.
+void removeStored(kxArray* A, const Subscript& positions)
+{
+    constexpr unsigned kWord = 64;
+    const Columns a(A);
+    const HitList hits = findHits(a, positions);
+    if (hits.count() == 0) {
+        return;
+    }
+    const std::size_t words = a.nnz() / kWord + 1;
+    const auto marks = Block<std::uint64_t>::zeroed(words);
+    hits.forEach([&](Hit hit) { marks[hit.source / kWord] |= std::uint64_t{1} << hit.source % kWord; });
+    const auto patches = Block<Patch>::make(hits.count());
+    std::size_t size = 0;
+    unsigned column = 0;
+    for (std::size_t w = 0; w < words; ++w) {
+        for (std::uint64_t bits = marks[w]; bits != 0; bits &= bits - 1) {
+            const auto entry = static_cast<unsigned>(w * kWord + static_cast<unsigned>(std::countr_zero(bits)));
+            if (size > 0 && patches[size - 1].end == entry && entry < a.jc[column + 1]) {
+                ++patches[size - 1].end; // neighbours go together
+                continue;
+            }
+            while (a.jc[column + 1] <= entry) {
+                ++column;
+            }
+            patches[size++] = {column, entry, entry + 1, 0};
+        }
+    }
+    Relay relay(A, {.capacity = a.nzmax, .columns = a.n});
+    relay.commit(std::span<const Patch>(patches.get(), size), [](const Patch&, unsigned) {});
+}
+
 void assignOne(kxArray* A, const LinearLayout& layout, const AssignedValues& values, unsigned position)
 {
     const Columns a(A);
@@ -241,23 +292,27 @@ void assignOne(kxArray* A, const LinearLayout& layout, const AssignedValues& val
 
 } // namespace
 
-void assignPositions(kxArray* A, const LinearLayout& initial, const Columns& b, bool isScalar,
-                     const unsigned* positions, unsigned count)
+void assignPositions(kxArray* A, unsigned m, unsigned n, const Columns& b, bool isScalar, const Subscript& positions)
 {
     const AssignedValues values(b, isScalar);
-    LinearLayout layout = initial;
-    for (unsigned t = 0; t < count; ++t) {
-        layout.cover(positions[t]);
-    }
-    if (count == 1) {
-        assignOne(A, layout, values, positions[0]);
+    const unsigned highest = highestOf(positions);
+    if (values.areAllZero() && highest < std::uint64_t{m} * n) {
+        removeStored(A, positions);
         return;
     }
-    if (overwriteInOrder(A, initial, values, positions, count)) {
+    const IndexList list = listOf(positions);
+    const LinearLayout initial(m, n, list[0]);
+    LinearLayout layout = initial;
+    layout.cover(highest);
+    if (list.count() == 1) {
+        assignOne(A, layout, values, list[0]);
+        return;
+    }
+    if (overwriteInOrder(A, initial, values, list)) {
         return;
     }
     const Columns a(A);
-    const BatchPlan plan = planBatch(a, initial, values, positions, count);
+    const BatchPlan plan = planBatch(a, initial, values, list);
     const std::span<const ElementPatch> patches = plan.patches();
     Relay relay(
         A, {.capacity = plan.capacity, .columns = std::max(layout.n(), a.n), .imaginaryPart = values.areComplex()});

@@ -2,18 +2,18 @@
 #ifndef ZQSP_ASSIGN_LINEAR_BATCH_HPP
 #define ZQSP_ASSIGN_LINEAR_BATCH_HPP
 
-#include "assign/linear_layout.hpp"
 #include "core/columns.hpp"
+#include "subscript/forms.hpp"
 
 namespace zqsp {
 
-/// Assigns value t of b (full, of A's class; the one value of a scalar) to position t, for t = 0 .. count-1, as if one
-/// after another: the last of repeated positions wins, zeros remove, dimensions grow, and nzmax is what insertion one
-/// at a time, ten entries of growth each, leaves. A must be sparse, `initial` that of A, and count at least 1.
-/// Positions are 0-based, and inside A where A is a true matrix. A is unchanged where this raises. Cost: count log
-/// count + nnz + n, or, where all positions are stored and no value is zero, a search for each.
-void assignPositions(kxArray* A, const LinearLayout& initial, const Columns& b, bool isScalar,
-                     const unsigned* positions, unsigned count);
+/// Assigns value t of b (full, of A's class; the one value of a scalar) to the t-th position as if one after another:
+/// the last of repeated positions wins, zeros remove, dimensions grow, and nzmax is what insertion one at a time, ten
+/// entries of growth each, leaves. A must be sparse, or have been of m rows and n columns before it was made so, and
+/// there must be at least one position. Positions are 0-based, and inside A where A is a true matrix. A is unchanged
+/// where this raises. Cost: count log count + nnz + n, or, where all positions are stored and no value is zero, a
+/// search for each.
+void assignPositions(kxArray* A, unsigned m, unsigned n, const Columns& b, bool isScalar, const Subscript& positions);
 
 } // namespace zqsp
 

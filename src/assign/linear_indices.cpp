@@ -1,9 +1,8 @@
 #include "assign/linear_indices.hpp"
 
-#include "subscript/convert.hpp"
-
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace zqsp {
 
@@ -41,12 +40,21 @@ void requireRealPositive(const kxArray* K, SubscriptKind kind)
     }
 }
 
+/// The highest number whose position every conversion gives alike.
+unsigned highestPlain()
+{
+    return std::min(kxGetMaxNumberOfElements(), 0x7FFFFFFFU);
+}
+
 } // namespace
 
 LinearIndices::LinearIndices(const kxArray* K) : converted_(K)
 {
     const SubscriptKind kind = kindOf(K);
     requireRealPositive(K, kind);
+    if (convertAsReference(K, kind)) {
+        return;
+    }
     if (kind == SubscriptKind::kMask || kind == SubscriptKind::kSparseMask) {
         fromMask_ = maskPositions(K, kind, count_);
         values_ = fromMask_.get();
@@ -64,8 +72,26 @@ LinearIndices::LinearIndices(const kxArray* K) : converted_(K)
     count_ = static_cast<unsigned>(elementsOf(converted_.get())); // a sparse one holds no zeros
 }
 
+/// Whether the conversion of all other exports accepts the subscript. Only what it refuses is looked at value by value:
+/// the answers to bad values, and to fractional ranges, are others here.
+bool LinearIndices::convertAsReference(const kxArray* K, SubscriptKind kind)
+{
+    if (kind == SubscriptKind::kColonObject && !isIntegralColon(K)) {
+        return false;
+    }
+    areValid_ = convertSubscript(K, Extent::forReference(highestPlain()), positions_) == spOK;
+    if (areValid_) {
+        count_ = countOf(positions_);
+        highest_ = highestOf(positions_);
+    }
+    return areValid_;
+}
+
 bool LinearIndices::anyAbove(double limit) const
 {
+    if (areValid_) {
+        return count_ > 0 && highest_ + 1.0 > limit;
+    }
     bool above = false;
     for (unsigned t = 0; t < count_; ++t) {
         above |= values_[t] > limit;
@@ -73,16 +99,15 @@ bool LinearIndices::anyAbove(double limit) const
     return above;
 }
 
-spStatus LinearIndices::toPositions(Block<unsigned>& positions) const
+spStatus LinearIndices::takePositions(Subscript& positions)
 {
-    positions = Block<unsigned>::make(count_);
-    const double highest = std::min(kxGetMaxNumberOfElements(), 0x7FFFFFFFU);
+    if (areValid_) {
+        positions = std::move(positions_);
+        return spOK;
+    }
+    auto list = Block<unsigned>::make(count_);
     for (unsigned t = 0; t < count_; ++t) {
         const double value = values_[t];
-        if (value >= 1 && value <= highest && value == static_cast<double>(static_cast<int>(value))) {
-            positions[t] = static_cast<unsigned>(static_cast<int>(value)) - 1;
-            continue;
-        }
         if (!std::isfinite(value)) {
             return spIndexNotPositiveInteger;
         }
@@ -93,8 +118,10 @@ spStatus LinearIndices::toPositions(Block<unsigned>& positions) const
         if (index == 0) {
             return spIndexBelowOne;
         }
-        positions[t] = index - 1;
+        list[t] = index - 1;
     }
+    const bool ascends = std::is_sorted(list.get(), list.get() + count_);
+    positions = IndexList(std::move(list), count_, ascends ? Order::kAscending : Order::kUnsorted);
     return spOK;
 }
 

@@ -160,6 +160,10 @@ void findNumbered(const Columns& a, const S& positions, HitList& hits)
 
 void find(const Columns& a, const IndexRange& range, HitList& hits)
 {
+    if (range.isRun()) {
+        RunHits(a, range).forEach([&](Hit hit) { hits.add(hit.ordinal, hit.source); });
+        return;
+    }
     findNumbered(a, range, hits);
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/errors.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -107,6 +108,14 @@ SubscriptKind kindOf(const kxArray* subscript)
         return isSparse(subscript) ? SubscriptKind::kSparseMask : SubscriptKind::kMask;
     }
     return SubscriptKind::kNumeric;
+}
+
+bool isIntegralColon(const kxArray* colon)
+{
+    double values[3] = {0, 0, 0};
+    kxGetColonObjValues(colon, values);
+    int integer = 0;
+    return std::all_of(values, values + 3, [&](double value) { return isInt32(value, integer); });
 }
 
 spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscript& form)

@@ -21,6 +21,9 @@ enum class SubscriptKind
 /// The bare colon carries the colon-object flag too, so it is asked for first.
 SubscriptKind kindOf(const kxArray* subscript);
 
+/// Whether all three values of a colon object are signed 32-bit integers.
+bool isIntegralColon(const kxArray* colon);
+
 /// What a subscript is validated against.
 struct Extent
 {

@@ -8,6 +8,7 @@
 #include "core/owners.hpp"
 #include "subscript/mask_bits.hpp"
 
+#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <utility>
@@ -97,6 +98,19 @@ class IndexList
     [[nodiscard]] unsigned count() const { return count_; }
     [[nodiscard]] Order order() const { return order_; }
     unsigned operator[](std::size_t i) const { return indices_[i]; }
+    /// Of a list that is not empty.
+    [[nodiscard]] unsigned highest() const
+    {
+        switch (order_) {
+        case Order::kAscending:
+            return indices_[count_ - 1];
+        case Order::kDescending:
+            return indices_[0];
+        case Order::kUnsorted:
+            break;
+        }
+        return *std::max_element(begin(), end());
+    }
     [[nodiscard]] const unsigned* begin() const { return indices_; }
     [[nodiscard]] const unsigned* end() const { return indices_ + count_; }
 
@@ -178,6 +192,12 @@ static_assert(Selector<IndexRange> && Selector<IndexList> && Selector<LogicalMas
 inline unsigned countOf(const Subscript& subscript)
 {
     return std::visit([](const auto& form) { return form.count(); }, subscript);
+}
+
+/// 0 when nothing is selected.
+inline unsigned highestOf(const Subscript& subscript)
+{
+    return countOf(subscript) == 0 ? 0 : std::visit([](const auto& form) { return form.highest(); }, subscript);
 }
 
 inline Order orderOf(const Subscript& subscript)

@@ -115,21 +115,9 @@ inline unsigned lastTrue(const unsigned char* values, unsigned length)
 template <typename F>
 void forEachTrue(const unsigned char* values, unsigned length, F&& f)
 {
-    unsigned i = 0;
-    while (length - i >= kMaskWord) {
-        std::uint64_t bits = trueBits(values + i);
-        if (bits == 0) {
-            i = skipFalse(values, i + kMaskWord, length);
-            continue;
-        }
-        for (; bits != 0; bits &= bits - 1) {
-            f(i + static_cast<unsigned>(std::countr_zero(bits)) / 8);
-        }
-        i += kMaskWord;
-    }
-    for (; i < length; ++i) {
-        if (values[i] != 0) {
-            f(i);
+    for (unsigned i = 0; i < length; i += std::min(kMaskBlock, length - i)) {
+        for (std::uint64_t bits = trueBlock(values + i, length - i); bits != 0; bits &= bits - 1) {
+            f(i + static_cast<unsigned>(std::countr_zero(bits)));
         }
     }
 }
