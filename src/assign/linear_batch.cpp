@@ -160,9 +160,9 @@ bool isInside(const Columns& a, const LinearLayout& layout, unsigned position)
     return layout.placeOf(position).column < a.n;
 }
 
-/// slotOf(i, slot) for ascending keys, whose places are searched together where the target has their columns.
-/// (Galloping from one to the next takes fewer steps, but each has to wait for the one before: measured, three times as
-/// long.)
+/// slotOf(i, slot) for ascending keys. Where they outnumber the entries, one gallops from each to the next, mostly no
+/// step; elsewhere their places are searched together, as a gallop would have to wait for the one before (measured,
+/// the one takes four fifths of the time of the other, the other a third of the one).
 template <typename F>
 void findSlots(const Columns& a, const LinearLayout& layout, std::span<const Key> keys, F&& slotOf)
 {
@@ -170,7 +170,17 @@ void findSlots(const Columns& a, const LinearLayout& layout, std::span<const Key
     const auto keyIsInside = [&](Key key) { return isInside(a, layout, majorOf(key)); };
     const auto inside =
         static_cast<unsigned>(std::partition_point(keys.begin(), keys.end(), keyIsInside) - keys.begin());
-    searchPlaces(a, inside, placeOf, slotOf);
+    if (inside > a.nnz()) {
+        unsigned entry = 0;
+        for (unsigned i = 0; i < inside; ++i) {
+            const Place place = placeOf(i);
+            const unsigned end = a.jc[place.column + 1];
+            entry = gallop(a.ir, std::max(entry, a.jc[place.column]), end, place.row);
+            slotOf(i, Slot{entry, entry < end && a.ir[entry] == place.row});
+        }
+    } else {
+        searchPlaces(a, inside, placeOf, slotOf);
+    }
     for (unsigned i = inside; i < keys.size(); ++i) {
         slotOf(i, Slot{a.nnz(), false});
     }
