@@ -1,4 +1,5 @@
 #include "core/counts.hpp"
+#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
 #include "reference/column_visit.hpp"
@@ -10,20 +11,20 @@ namespace zqsp {
 
 namespace {
 
-/// Columns up to this length are filtered entry by entry, longer ones are trimmed by bisection.
-constexpr unsigned kShortColumn = 24;
+/// Short columns are filtered entry by entry, longer ones are trimmed by bisection.
+bool areShort(const Columns& a, unsigned column, unsigned length)
+{
+    constexpr std::uint64_t kShortColumn = 24;
+    return a.jc[column + length] - a.jc[column] <= length * kShortColumn;
+}
 
 /// The entries of the visited columns in rows first .. first+k-1.
 std::uint64_t countInInterval(const Columns& a, unsigned first, unsigned k, const Subscript& columns)
 {
     std::uint64_t total = 0;
     forEachRun(columns, [&](unsigned column, unsigned length) {
-        if (a.jc[column + length] - a.jc[column] <= length * std::uint64_t{kShortColumn}) {
-            unsigned inside = 0; // no branch and no search: the loop runs in vector registers
-            for (unsigned e = a.jc[column]; e < a.jc[column + length]; ++e) {
-                inside += a.ir[e] - first < k ? 1U : 0U;
-            }
-            total += inside;
+        if (areShort(a, column, length)) {
+            total += countSelected(a, a.jc[column], a.jc[column + length], RowChoice::Interval{first, k});
             return;
         }
         for (unsigned j = column; j < column + length; ++j) {
@@ -52,24 +53,20 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subs
         unsigned written = 0;
         unsigned* columnEnd = out.jc + 1;
         forEachColumnRun(a, columns, [&](unsigned column, unsigned length) {
+            if (areShort(a, column, length)) {
+                written = moveSelected(a, column, length, RowChoice::Interval{first, k}, out, written, columnEnd);
+                columnEnd += length;
+                return;
+            }
             for (unsigned j = column; j < column + length; ++j) {
-                unsigned e = a.jc[j];
-                unsigned end = a.jc[j + 1];
-                if (end - e <= kShortColumn && capacity - written >= end - e) {
-                    for (; e < end; ++e) { // written first, kept only if it lies inside: no branch to mispredict
-                        const unsigned row = a.ir[e] - first;
-                        out.ir[written] = row;
-                        to.copy(written, from, e);
-                        written += row < k ? 1U : 0U;
-                    }
-                } else {
-                    e = lowerBoundOfSame(a.ir, e, end, first);
-                    end = lowerBoundOfSame(a.ir, e, end, first + k);
-                    to.copyRun(written, from, e, end - e);
-                    for (; e < end; ++e) {
-                        out.ir[written++] = a.ir[e] - first;
-                    }
+                const unsigned begin = lowerBoundOfSame(a.ir, a.jc[j], a.jc[j + 1], first);
+                const unsigned inside = lowerBoundOfSame(a.ir, begin, a.jc[j + 1], first + k) - begin;
+                to.copyRun(written, from, begin, inside);
+                unsigned* const ir = out.ir + written;
+                for (unsigned i = 0; i < inside; ++i) {
+                    ir[i] = a.ir[begin + i] - first;
                 }
+                written += inside;
                 *columnEnd++ = written;
             }
         });

@@ -1,4 +1,5 @@
 #include "core/counts.hpp"
+#include "core/row_selection.hpp"
 #include "core/sort.hpp"
 #include "core/values.hpp"
 #include "reference/column_visit.hpp"
@@ -95,11 +96,7 @@ Tally tallySelected(const Columns& a, const Subscript& columns, const unsigned* 
 {
     Tally result;
     forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
-        unsigned selected = 0;
-        for (unsigned e = a.jc[first]; e < a.jc[first + length]; ++e) {
-            selected += map[a.ir[e]] != NOT_SELECTED ? 1U : 0U;
-        }
-        result.total += selected;
+        result.total += countSelected(a, a.jc[first], a.jc[first + length], RowChoice::Map{map});
         for (unsigned j = first; j < first + length; ++j) {
             result.longest = std::max(result.longest, a.length(j));
         }
@@ -202,22 +199,19 @@ void forEachColumn(const Columns& a, const Subscript& columns, Writer<Values>& w
     });
 }
 
-/// Position form of an ascending or descending subscript: walking the entries in the subscript's direction meets the
-/// new rows in ascending order.
+/// Position form of a descending subscript: the entries of a column, from the last to the first, have ascending new
+/// rows.
 template <typename Values>
-void writeMonotone(const Columns& a, const Subscript& columns, const unsigned* map, bool descending,
-                   Writer<Values>& writer)
+void writeDescending(const Columns& a, const Subscript& columns, const unsigned* map, Writer<Values>& writer)
 {
     forEachColumn(a, columns, writer, [&](unsigned begin, unsigned end) {
-        const unsigned step = descending ? ~0U : 1U;
-        unsigned e = descending ? end - 1 : begin;
         if (writer.room() >= end - begin) {
-            for (unsigned i = begin; i < end; ++i, e += step) {
+            for (unsigned e = end; e-- > begin;) {
                 writer.putIfSelected(map[a.ir[e]], e);
             }
             return;
         }
-        for (unsigned i = begin; i < end; ++i, e += step) {
+        for (unsigned e = end; e-- > begin;) {
             if (const unsigned newRow = map[a.ir[e]]; newRow != NOT_SELECTED) {
                 writer.put(newRow, e);
             }
@@ -291,6 +285,15 @@ ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const Subscript&
     const unsigned total = checkedCount(counted.total);
     ArrayOwner result = createLike(a, k, countOf(columns), total);
     const Columns out(result.get());
+    if (!rowMap.repeats && order == Order::kAscending) {
+        unsigned written = 0;
+        unsigned* ends = out.jc + 1;
+        forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
+            written = moveSelected(a, first, length, RowChoice::Map{rowMap.map.get()}, out, written, ends);
+            ends += length;
+        });
+        return result;
+    }
     Block<Key> keys;
     if (order == Order::kUnsorted) {
         keys = Block<Key>::make(counted.longest);
@@ -303,7 +306,7 @@ ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const Subscript&
         } else if (order == Order::kUnsorted) {
             writeSorted(a, columns, rowMap.map.get(), keys.get(), sorter, writer);
         } else {
-            writeMonotone(a, columns, rowMap.map.get(), order == Order::kDescending, writer);
+            writeDescending(a, columns, rowMap.map.get(), writer);
         }
     });
     return result;

@@ -2,7 +2,7 @@
 #ifndef ZQSP_REFERENCE_SMALL_COLUMN_HPP
 #define ZQSP_REFERENCE_SMALL_COLUMN_HPP
 
-#include "subscript/forms.hpp"
+#include "core/row_selection.hpp"
 
 #include <array>
 #include <cstdint>

@@ -16,9 +16,6 @@
 
 namespace zqsp {
 
-/// The new place of what is not selected.
-inline constexpr unsigned NOT_SELECTED = 0xFFFFFFFFU;
-
 /// What is known of the order of a selection.
 enum class Order
 {

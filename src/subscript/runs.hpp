@@ -44,7 +44,7 @@ class RunWalk
 
 /// f(first, length) for every run of the subscript.
 template <typename F>
-void forEachRun(const Subscript& subscript, F&& f)
+[[gnu::always_inline]] inline void forEachRun(const Subscript& subscript, F&& f)
 {
     RunWalk walk(subscript);
     for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
