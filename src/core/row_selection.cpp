@@ -16,6 +16,61 @@ namespace zqsp {
 
 namespace {
 
+/// One entry after the other, in one loop over rows and values. An entry is written before it is known to be selected:
+/// at worst it is written over by the next one. (What the loop reads is copied out of the records first: its stores
+/// might change them, as far as the compiler knows.)
+template <typename Choice, typename Values>
+unsigned moveOneByOne(const Columns& from, unsigned first, unsigned count, Choice newRow, const Columns& to,
+                      Values source, Values target, unsigned at, unsigned* ends)
+{
+    const unsigned* const columnEnd = from.jc + first + 1;
+    const unsigned* const rows = from.ir;
+    unsigned* const newRows = to.ir;
+    const unsigned capacity = to.nzmax;
+    unsigned e = from.jc[first];
+    for (unsigned i = 0; i < count; ++i) {
+        const unsigned end = columnEnd[i];
+        if (capacity - at >= end - e) {
+            for (; e < end; ++e) {
+                const unsigned row = newRow(rows[e]);
+                newRows[at] = row;
+                target.copy(at, source, e);
+                at += row != NOT_SELECTED ? 1U : 0U;
+            }
+        } else {
+            for (; e < end; ++e) {
+                if (const unsigned row = newRow(rows[e]); row != NOT_SELECTED) {
+                    newRows[at] = row;
+                    target.copy(at++, source, e);
+                }
+            }
+        }
+        ends[i] = at;
+    }
+    return at;
+}
+
+unsigned countOneByOne(const unsigned* rows, unsigned count, const RowChoice& choice)
+{
+    return choice.visit([=](auto newRow) {
+        unsigned selected = 0;
+        for (unsigned i = 0; i < count; ++i) {
+            selected += newRow(rows[i]) != NOT_SELECTED ? 1U : 0U;
+        }
+        return selected;
+    });
+}
+
+#ifdef __x86_64__
+/// Sixteen entries go through one register: their new rows are looked up together, compared at once, and pressed
+/// together, as are their values. The loops work on blocks, first the rows of one, then its values: what is moved may
+/// overlap its source where it moves to a lower place. Up to `room` elements from `to` on may be written, at least as
+/// many as are selected; what lies behind these is lost. Measured against one entry after the other: half to three
+/// quarters of the time.
+namespace avx512 {
+
+#define ZQSP_AVX512 __attribute__((target("avx512f,popcnt")))
+
 constexpr unsigned kGroup = 16;       // entries that are looked at together
 constexpr unsigned kBlockSize = 4096; // entries; a block stays in the nearer caches between the loops
 constexpr unsigned kGroups = kBlockSize / kGroup;
@@ -27,97 +82,6 @@ struct Selection
     std::array<std::uint16_t, kGroups> bits;
     std::array<unsigned, kGroups> before;
 };
-
-/// The loops over one block, one set for each kind of processor. What is moved may overlap its source where it moves to
-/// a lower place. Up to `room` elements from `to` on may be written, at least as many as are selected; what lies behind
-/// these is lost.
-struct Kernels
-{
-    unsigned (*count)(const unsigned* rows, unsigned count, const RowChoice& choice);
-    /// Learns what is selected, moves its new rows, and returns how many there are.
-    unsigned (*moveRows)(const unsigned* rows, unsigned count, const RowChoice& choice, unsigned* to, std::size_t room,
-                         Selection& selection);
-    void (*moveBytes)(const std::uint8_t* values, unsigned count, const Selection& selection, std::uint8_t* to,
-                      std::size_t room);
-    void (*moveDoubles)(const double* values, unsigned count, const Selection& selection, double* to, std::size_t room);
-    /// For the column ends `from[0]`, `from[1]`, ... that lie in the block, which starts at entry `begin` and has
-    /// `size` entries: `base` and what is selected before them. Returns their number.
-    unsigned (*columnEnds)(const unsigned* from, unsigned count, unsigned begin, unsigned size, unsigned base,
-                           const Selection& selection, unsigned* ends);
-};
-
-namespace portable {
-
-unsigned count(const unsigned* rows, unsigned count, const RowChoice& choice)
-{
-    return choice.visit([=](auto newRow) {
-        unsigned selected = 0;
-        for (unsigned i = 0; i < count; ++i) {
-            selected += newRow(rows[i]) != NOT_SELECTED ? 1U : 0U;
-        }
-        return selected;
-    });
-}
-
-/// An entry is written before it is known to be selected: at worst it is written over by the next one.
-unsigned moveRows(const unsigned* rows, unsigned count, const RowChoice& choice, unsigned* to, std::size_t room,
-                  Selection& selection)
-{
-    return choice.visit([=, &selection](auto newRow) {
-        unsigned written = 0;
-        for (unsigned g = 0; g * kGroup < count; ++g) {
-            const unsigned size = std::min(kGroup, count - g * kGroup);
-            selection.before[g] = written;
-            unsigned bits = 0;
-            for (unsigned i = 0; i < size; ++i) {
-                const unsigned row = newRow(rows[g * kGroup + i]);
-                const unsigned selected = row != NOT_SELECTED ? 1U : 0U;
-                if (written < room) { // false behind the last one only, and so foreseen
-                    to[written] = row;
-                }
-                written += selected;
-                bits |= selected << i;
-            }
-            selection.bits[g] = static_cast<std::uint16_t>(bits);
-        }
-        return written;
-    });
-}
-
-template <typename T>
-void moveValues(const T* values, unsigned count, const Selection& selection, T* to, std::size_t room)
-{
-    unsigned written = 0;
-    for (unsigned i = 0; i < count; ++i) {
-        if (written < room) {
-            to[written] = values[i];
-        }
-        written += static_cast<unsigned>(selection.bits[i / kGroup]) >> i % kGroup & 1U;
-    }
-}
-
-unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size, unsigned base,
-                    const Selection& selection, unsigned* ends)
-{
-    unsigned served = 0;
-    for (; served < count && from[served] - begin < size; ++served) {
-        const unsigned entry = from[served] - begin;
-        const unsigned inGroup = selection.bits[entry / kGroup] & ((1U << entry % kGroup) - 1);
-        ends[served] = base + selection.before[entry / kGroup] + static_cast<unsigned>(std::popcount(inGroup));
-    }
-    return served;
-}
-
-constexpr Kernels kernels = {count, moveRows, moveValues<std::uint8_t>, moveValues<double>, columnEnds};
-
-} // namespace portable
-
-#ifdef __x86_64__
-/// A group goes through one register: its map entries are gathered, compared at once, and pressed together. Measured
-/// against the portable loops: a third of the time for rows and values together, two thirds for the counting.
-namespace avx512 {
-
-#define ZQSP_AVX512 __attribute__((target("avx512f,popcnt")))
 
 ZQSP_AVX512 inline unsigned ones(unsigned bits)
 {
@@ -164,18 +128,13 @@ ZQSP_AVX512 inline unsigned selectedOf(__m512i newRows)
 }
 
 template <typename Choice>
-ZQSP_AVX512 unsigned countOf(const unsigned* rows, unsigned count, Choice choice)
+ZQSP_AVX512 unsigned count(const unsigned* rows, unsigned count, Choice choice)
 {
     unsigned selected = 0;
     for (std::size_t i = 0; i < count; i += kGroup) {
         selected += ones(selectedOf(newRows(rows + i, count - static_cast<unsigned>(i), choice)));
     }
     return selected;
-}
-
-unsigned count(const unsigned* rows, unsigned count, const RowChoice& choice)
-{
-    return choice.visit([=](auto newRow) { return countOf(rows, count, newRow); });
 }
 
 /// Writes `count` lanes, and where there is room all sixteen, which is faster.
@@ -188,9 +147,10 @@ ZQSP_AVX512 inline void storeRows(unsigned* to, std::size_t room, __m512i rows, 
     }
 }
 
+/// Learns what is selected, moves its new rows, and returns how many there are.
 template <typename Choice>
-ZQSP_AVX512 unsigned moveRowsOf(const unsigned* rows, unsigned count, Choice choice, unsigned* to, std::size_t room,
-                                Selection& selection)
+ZQSP_AVX512 unsigned moveRows(const unsigned* rows, unsigned count, Choice choice, unsigned* to, std::size_t room,
+                              Selection& selection)
 {
     unsigned written = 0;
     for (unsigned g = 0; g * kGroup < count; ++g) {
@@ -203,12 +163,6 @@ ZQSP_AVX512 unsigned moveRowsOf(const unsigned* rows, unsigned count, Choice cho
         written += ones(bits);
     }
     return written;
-}
-
-unsigned moveRows(const unsigned* rows, unsigned count, const RowChoice& choice, unsigned* to, std::size_t room,
-                  Selection& selection)
-{
-    return choice.visit([=, &selection](auto newRow) { return moveRowsOf(rows, count, newRow, to, room, selection); });
 }
 
 ZQSP_AVX512 inline void storeDoubles(double* to, std::size_t room, __m512d values, unsigned count)
@@ -266,6 +220,8 @@ ZQSP_AVX512 void moveBytes(const std::uint8_t* values, unsigned count, const Sel
     }
 }
 
+/// For the column ends `from[0]`, `from[1]`, ... that lie in the block, which starts at entry `begin` and has `size`
+/// entries: `base` and what is selected before them. Returns their number.
 ZQSP_AVX512 unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size, unsigned base,
                                 const Selection& selection, unsigned* ends)
 {
@@ -278,118 +234,54 @@ ZQSP_AVX512 unsigned columnEnds(const unsigned* from, unsigned count, unsigned b
     return served;
 }
 
-#undef ZQSP_AVX512
-
-constexpr Kernels kernels = {count, moveRows, moveBytes, moveDoubles, columnEnds};
-
-} // namespace avx512
-#endif
-
-/// The loops for this processor. (A gather takes signed offsets.)
-const Kernels& kernelsFor([[maybe_unused]] const Columns& a)
+bool areThere()
 {
-#ifdef __x86_64__
 #ifdef ZQSP_PORTABLE_LOOPS
-    constexpr bool isWanted = false;
+    return false;
 #else
-    constexpr bool isWanted = true;
+    static const bool there = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("popcnt");
+    return there;
 #endif
-    static const bool isThere = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("popcnt");
-    if (isWanted && isThere && a.m <= INT32_MAX) {
-        return avx512::kernels;
-    }
-#endif
-    return portable::kernels;
 }
 
-template <typename T>
-void moveValuesOf(const std::byte* values, unsigned count, const Selection& selection, std::byte* to, std::size_t room)
-{
-    portable::moveValues(reinterpret_cast<const T*>(values), count, selection, reinterpret_cast<T*>(to), room);
-}
-
-/// `values` and `to`: whole blocks, with the entries to start from.
-void moveValues(const Kernels& kernels, unsigned elementSize, const std::byte* values, unsigned begin, unsigned count,
-                const Selection& selection, std::byte* to, unsigned at, std::size_t room)
-{
-    values += std::size_t{begin} * elementSize;
-    to += std::size_t{at} * elementSize;
-    switch (elementSize) {
-    case sizeof(double):
-        kernels.moveDoubles(reinterpret_cast<const double*>(values), count, selection, reinterpret_cast<double*>(to),
-                            room);
-        break;
-    case sizeof(float):
-        moveValuesOf<std::uint32_t>(values, count, selection, to, room);
-        break;
-    case sizeof(std::uint16_t):
-        moveValuesOf<std::uint16_t>(values, count, selection, to, room);
-        break;
-    default:
-        kernels.moveBytes(reinterpret_cast<const std::uint8_t*>(values), count, selection,
-                          reinterpret_cast<std::uint8_t*>(to), room);
-        break;
-    }
-}
-
-/// So few entries, those of one column mostly, are not worth the preparations of the loops above.
-bool areFew(unsigned entries)
+/// Whether these loops serve so many entries of an array: few entries, those of one column mostly, are not worth the
+/// preparations; values have 1 or 8 bytes; and a look-up takes signed rows.
+bool serve(const Columns& a, unsigned entries)
 {
     constexpr unsigned kFew = 48;
-    return entries <= kFew;
+    return entries > kFew && (a.elementSize == 1 || a.elementSize == sizeof(double)) && a.m <= INT32_MAX && areThere();
 }
 
-/// moveSelected() in one loop.
-unsigned moveFew(const Columns& from, unsigned first, unsigned count, const RowChoice& choice, const Columns& to,
-                 unsigned at, unsigned* ends)
+/// `from` and `to`: whole blocks.
+void moveValues(unsigned elementSize, const std::byte* from, unsigned begin, unsigned count, const Selection& selection,
+                std::byte* to, unsigned at, std::size_t room)
 {
-    return withStorage(from, [&, at](auto source) mutable {
-        const decltype(source) target(to);
-        return choice.visit([&, source](auto newRow) {
-            unsigned e = from.jc[first];
-            for (unsigned i = 0; i < count; ++i) {
-                for (const unsigned end = from.jc[first + i + 1]; e < end; ++e) {
-                    const unsigned row = newRow(from.ir[e]);
-                    if (at < to.nzmax) {
-                        to.ir[at] = row;
-                        target.copy(at, source, e);
-                    }
-                    at += row != NOT_SELECTED ? 1U : 0U;
-                }
-                ends[i] = at;
-            }
-            return at;
-        });
-    });
-}
-
-} // namespace
-
-unsigned countSelected(const Columns& a, unsigned begin, unsigned end, const RowChoice& choice)
-{
-    return (areFew(end - begin) ? portable::count : kernelsFor(a).count)(a.ir + begin, end - begin, choice);
+    if (elementSize == 1) {
+        moveBytes(reinterpret_cast<const std::uint8_t*>(from) + begin, count, selection,
+                  reinterpret_cast<std::uint8_t*>(to) + at, room);
+    } else {
+        moveDoubles(reinterpret_cast<const double*>(from) + begin, count, selection, reinterpret_cast<double*>(to) + at,
+                    room);
+    }
 }
 
 unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const RowChoice& choice, const Columns& to,
                       unsigned at, unsigned* ends)
 {
-    const Kernels& kernels = kernelsFor(from);
     const bool inPlace = from.ir == to.ir;
     const unsigned last = from.jc[first + count];
-    if (areFew(last - from.jc[first])) {
-        return moveFew(from, first, count, choice, to, at, ends);
-    }
     const unsigned* columnEnd = from.jc + first + 1;
     Selection selection;
     for (unsigned begin = from.jc[first], size = 0; begin < last; begin += size) {
         size = std::min(kBlockSize, last - begin);
         const std::size_t room = (inPlace ? begin + size : to.nzmax) - at;
-        const unsigned selected = kernels.moveRows(from.ir + begin, size, choice, to.ir + at, room, selection);
-        moveValues(kernels, from.elementSize, from.pr, begin, size, selection, to.pr, at, room);
+        const unsigned selected =
+            choice.visit([&](auto rows) { return moveRows(from.ir + begin, size, rows, to.ir + at, room, selection); });
+        moveValues(from.elementSize, from.pr, begin, size, selection, to.pr, at, room);
         if (from.pi != nullptr) {
-            moveValues(kernels, from.elementSize, from.pi, begin, size, selection, to.pi, at, room);
+            moveValues(from.elementSize, from.pi, begin, size, selection, to.pi, at, room);
         }
-        const unsigned served = kernels.columnEnds(columnEnd, count, begin, size, at, selection, ends);
+        const unsigned served = columnEnds(columnEnd, count, begin, size, at, selection, ends);
         columnEnd += served;
         ends += served;
         count -= served;
@@ -397,6 +289,38 @@ unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const
     }
     std::fill_n(ends, count, at);
     return at;
+}
+
+#undef ZQSP_AVX512
+
+} // namespace avx512
+#endif
+
+} // namespace
+
+unsigned countSelected(const Columns& a, unsigned begin, unsigned end, const RowChoice& choice)
+{
+#ifdef __x86_64__
+    if (avx512::serve(a, end - begin)) {
+        return choice.visit([&](auto rows) { return avx512::count(a.ir + begin, end - begin, rows); });
+    }
+#endif
+    return countOneByOne(a.ir + begin, end - begin, choice);
+}
+
+unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const RowChoice& choice, const Columns& to,
+                      unsigned at, unsigned* ends)
+{
+#ifdef __x86_64__
+    if (avx512::serve(from, from.jc[first + count] - from.jc[first])) {
+        return avx512::moveSelected(from, first, count, choice, to, at, ends);
+    }
+#endif
+    return withStorage(from, [&](auto source) {
+        const decltype(source) target(to);
+        return choice.visit(
+            [&](auto newRow) { return moveOneByOne(from, first, count, newRow, to, source, target, at, ends); });
+    });
 }
 
 } // namespace zqsp

@@ -3,6 +3,7 @@
 #define ZQSP_CORE_ROW_SELECTION_HPP
 
 #include "core/columns.hpp"
+#include "core/search.hpp"
 
 #include <utility>
 #include <variant>
@@ -27,7 +28,10 @@ class RowChoice
     {
         unsigned first;
         unsigned size;
-        unsigned operator()(unsigned row) const { return row - first < size ? row - first : NOT_SELECTED; }
+        unsigned operator()(unsigned row) const
+        {
+            return (row - first) | valueIf(row - first >= size, NOT_SELECTED); // of ?:, compilers make a branch
+        }
     };
     /// All but the rows first .. first+size-1, which those behind follow up.
     struct Gap
@@ -36,7 +40,7 @@ class RowChoice
         unsigned size;
         unsigned operator()(unsigned row) const
         {
-            return row < first ? row : (row - first < size ? NOT_SELECTED : row - size);
+            return (row - valueIf(row >= first, size)) | valueIf(row - first < size, NOT_SELECTED);
         }
     };
 
