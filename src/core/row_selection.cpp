@@ -1,5 +1,6 @@
 #include "core/row_selection.hpp"
 
+#include "core/processor.hpp"
 #include "core/values.hpp"
 
 #include <algorithm>
@@ -7,10 +8,6 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
-
-#ifdef __x86_64__
-#include <immintrin.h>
-#endif
 
 namespace zqsp {
 
@@ -68,8 +65,6 @@ unsigned countOneByOne(const unsigned* rows, unsigned count, const RowChoice& ch
 /// many as are selected; what lies behind these is lost. Measured against one entry after the other: half to three
 /// quarters of the time.
 namespace avx512 {
-
-#define ZQSP_AVX512 __attribute__((target("avx512f,popcnt")))
 
 constexpr unsigned kGroup = 16;       // entries that are looked at together
 constexpr unsigned kBlockSize = 4096; // entries; a block stays in the nearer caches between the loops
@@ -234,22 +229,13 @@ ZQSP_AVX512 unsigned columnEnds(const unsigned* from, unsigned count, unsigned b
     return served;
 }
 
-bool areThere()
-{
-#ifdef ZQSP_PORTABLE_LOOPS
-    return false;
-#else
-    static const bool there = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("popcnt");
-    return there;
-#endif
-}
-
 /// Whether these loops serve so many entries of an array: few entries, those of one column mostly, are not worth the
 /// preparations; values have 1 or 8 bytes; and a look-up takes signed rows.
 bool serve(const Columns& a, unsigned entries)
 {
     constexpr unsigned kFew = 48;
-    return entries > kFew && (a.elementSize == 1 || a.elementSize == sizeof(double)) && a.m <= INT32_MAX && areThere();
+    return entries > kFew && (a.elementSize == 1 || a.elementSize == sizeof(double)) && a.m <= INT32_MAX &&
+           haveAvx512();
 }
 
 /// `from` and `to`: whole blocks.
@@ -290,8 +276,6 @@ unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const
     std::fill_n(ends, count, at);
     return at;
 }
-
-#undef ZQSP_AVX512
 
 } // namespace avx512
 #endif

@@ -1,11 +1,10 @@
 #include "core/counts.hpp"
 #include "core/row_selection.hpp"
-#include "core/sort.hpp"
 #include "core/values.hpp"
+#include "reference/column_sorter.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
-#include "reference/small_column.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -20,7 +19,7 @@ namespace {
 struct RowMap
 {
     Block<unsigned> map;   // m + 1 words
-    Block<unsigned> order; // offset form of subscripts that do not ascend: k words
+    Block<unsigned> order; // offset form of subscripts that do not ascend: k words, and two
     bool repeats = false;
 };
 
@@ -57,7 +56,7 @@ void fillOffsets(const IndexList& list, unsigned m, RowMap& rowMap)
     }
     const bool needsOrder = list.order() != Order::kAscending;
     if (needsOrder) {
-        rowMap.order = Block<unsigned>::make(list.count());
+        rowMap.order = Block<unsigned>::make(std::size_t{list.count()} + 2);
     }
     unsigned sum = 0;
     for (unsigned r = 0; r < m; ++r) {
@@ -142,134 +141,116 @@ Tally tallyOf(const Columns& a, const Subscript& columns, const RowMap& rowMap, 
     return everyRow ? tallyWhole(a, columns) : tallySelected(a, columns, rowMap.map.get());
 }
 
-/// Writes the entries of the result in order, column by column.
-template <typename Values>
-class Writer
+/// Position form: the entries begin .. end-1 that are selected, with their new rows. There is room for one more.
+unsigned collectSelected(const Columns& a, unsigned begin, unsigned end, const unsigned* map, unsigned* rows,
+                         unsigned* sources)
 {
-  public:
-    Writer(const Columns& a, const Columns& out, unsigned total)
-        : from_(a), to_(out), ir_(out.ir), columnEnd_(out.jc + 1), total_(total)
-    {
+    const unsigned* const ir = a.ir;
+    unsigned count = 0;
+    for (unsigned e = begin; e < end; ++e) { // written first, kept only if it is selected: no branch to mispredict
+        const unsigned newRow = map[ir[e]];
+        rows[count] = newRow;
+        sources[count] = e;
+        count += newRow != NOT_SELECTED ? 1U : 0U;
     }
-
-    void put(unsigned newRow, unsigned source)
-    {
-        ir_[written_] = newRow;
-        to_.copy(written_, from_, source);
-        ++written_;
-    }
-    /// Writes the entry and keeps it only if it is selected: no branch on an unpredictable hit. There must be room().
-    void putIfSelected(unsigned newRow, unsigned source)
-    {
-        ir_[written_] = newRow;
-        to_.copy(written_, from_, source);
-        written_ += newRow != NOT_SELECTED ? 1U : 0U;
-    }
-    /// Writes `count` entries with distinct new rows in the order of these: each goes where its rank says.
-    void putRanked(const SmallColumn& column)
-    {
-        for (unsigned i = 0; i < column.count(); ++i) {
-            const unsigned at = written_ + column.rank(i);
-            ir_[at] = column.newRow(i);
-            to_.copy(at, from_, column.source(i));
-        }
-        written_ += column.count();
-    }
-    [[nodiscard]] unsigned room() const { return total_ - written_; }
-    void endColumn() { *columnEnd_++ = written_; }
-
-  private:
-    Values from_;
-    Values to_;
-    unsigned* ir_;
-    unsigned* columnEnd_;
-    unsigned total_;
-    unsigned written_ = 0;
-};
-
-/// Calls column(begin, end) for each visited column and closes the column after it.
-template <typename Values, typename F>
-void forEachColumn(const Columns& a, const Subscript& columns, Writer<Values>& writer, F&& column)
-{
-    forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
-        for (unsigned j = first; j < first + length; ++j) {
-            column(a.jc[j], a.jc[j + 1]);
-            writer.endColumn();
-        }
-    });
+    return count;
 }
 
 /// Position form of a descending subscript: the entries of a column, from the last to the first, have ascending new
-/// rows.
+/// rows, and are written at once.
 template <typename Values>
-void writeDescending(const Columns& a, const Subscript& columns, const unsigned* map, Writer<Values>& writer)
+void writeDescending(const Columns& a, const Subscript& columns, const unsigned* map, const Columns& out)
 {
-    forEachColumn(a, columns, writer, [&](unsigned begin, unsigned end) {
-        if (writer.room() >= end - begin) {
-            for (unsigned e = end; e-- > begin;) {
-                writer.putIfSelected(map[a.ir[e]], e);
-            }
-            return;
-        }
-        for (unsigned e = end; e-- > begin;) {
-            if (const unsigned newRow = map[a.ir[e]]; newRow != NOT_SELECTED) {
-                writer.put(newRow, e);
-            }
-        }
-    });
-}
-
-/// Position form of an unsorted subscript: each column is collected as (new row, source) keys and sorted; short ones
-/// are ranked instead.
-template <typename Values>
-void writeSorted(const Columns& a, const Subscript& columns, const unsigned* map, Key* keys, const KeySorter& sorter,
-                 Writer<Values>& writer)
-{
-    forEachColumn(a, columns, writer, [&](unsigned begin, unsigned end) {
-        if (end - begin <= SmallColumn::kMost) {
-            SmallColumn column;
-            for (unsigned e = begin; e < end; ++e) {
-                column.addIfSelected(map[a.ir[e]], e);
-            }
-            writer.putRanked(column);
-            return;
-        }
-        std::size_t count = 0;
-        for (unsigned e = begin; e < end; ++e) {
-            if (const unsigned newRow = map[a.ir[e]]; newRow != NOT_SELECTED) {
-                keys[count++] = makeKey(newRow, e);
-            }
-        }
-        sorter.sort(keys, count);
-        for (std::size_t i = 0; i < count; ++i) {
-            writer.put(majorOf(keys[i]), minorOf(keys[i]));
-        }
-    });
-}
-
-/// Offset form. The slots of a row hold its new rows in ascending order; only unsorted subscripts need a sort.
-template <typename Values>
-void writeRepeated(const Columns& a, const Subscript& columns, const RowMap& rowMap, Order order, Key* keys,
-                   const KeySorter& sorter, Writer<Values>& writer)
-{
-    const unsigned* map = rowMap.map.get();
-    const unsigned* positions = rowMap.order.get();
-    forEachColumn(a, columns, writer, [&](unsigned begin, unsigned end) {
-        std::size_t count = 0;
-        for (unsigned i = begin; i < end; ++i) {
-            const unsigned e = order == Order::kDescending ? begin + (end - 1 - i) : i;
-            for (unsigned slot = map[a.ir[e]]; slot < map[a.ir[e] + 1]; ++slot) {
-                const unsigned newRow = positions != nullptr ? positions[slot] : slot;
-                if (order == Order::kUnsorted) {
-                    keys[count++] = makeKey(newRow, e);
-                } else {
-                    writer.put(newRow, e);
+    const Values from(a);
+    const Values to(out);
+    const unsigned* const ir = a.ir; // copied out of the records: stores might change these, as far as is known
+    unsigned* const outIr = out.ir;
+    unsigned written = 0;
+    unsigned* columnEnd = out.jc + 1;
+    forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
+        for (unsigned j = first; j < first + length; ++j) {
+            const unsigned begin = a.jc[j];
+            unsigned e = a.jc[j + 1];
+            if (out.nzmax - written >= e - begin) {
+                while (e-- > begin) { // written first, kept only if it is selected
+                    const unsigned newRow = map[ir[e]];
+                    outIr[written] = newRow;
+                    to.copy(written, from, e);
+                    written += newRow != NOT_SELECTED ? 1U : 0U;
+                }
+            } else {
+                while (e-- > begin) {
+                    if (const unsigned newRow = map[ir[e]]; newRow != NOT_SELECTED) {
+                        outIr[written] = newRow;
+                        to.copy(written++, from, e);
+                    }
                 }
             }
+            *columnEnd++ = written;
         }
-        sorter.sort(keys, count);
-        for (std::size_t i = 0; i < count; ++i) {
-            writer.put(majorOf(keys[i]), minorOf(keys[i]));
+    });
+}
+
+/// Offset form: all copies of the entries. The slots of a row hold its new rows in ascending order. Most rows have two
+/// or fewer, which need no branch either. There is room for two more, and `order`, if it is there, has two more words.
+/// `backwards`: from the last entry to the first.
+unsigned collectCopies(const Columns& a, unsigned begin, unsigned end, const unsigned* map, const unsigned* order,
+                       bool backwards, unsigned* rows, unsigned* sources)
+{
+    const auto newRow = [order](unsigned slot) { return order != nullptr ? order[slot] : slot; };
+    const unsigned* const ir = a.ir;
+    const unsigned step = backwards ? ~0U : 1U;
+    unsigned e = backwards ? end - 1 : begin;
+    unsigned count = 0;
+    for (unsigned i = begin; i < end; ++i, e += step) {
+        const unsigned slot = map[ir[e]];
+        const unsigned slotEnd = map[ir[e] + 1];
+        for (unsigned s = slot; s < slot + 2; ++s) {
+            rows[count] = newRow(s);
+            sources[count] = e;
+            count += s < slotEnd ? 1U : 0U;
+        }
+        for (unsigned s = slot + 2; s < slotEnd; ++s) {
+            rows[count] = newRow(s);
+            sources[count++] = e;
+        }
+    }
+    return count;
+}
+
+/// Offset form, and position form of an unsorted subscript: each column is collected, sorted unless its order is known,
+/// and written.
+template <typename Values>
+void writeCollected(const Columns& a, const Subscript& columns, const RowMap& rowMap, Order order, unsigned longest,
+                    const Columns& out)
+{
+    const Values from(a);
+    const Values to(out);
+    unsigned* const outIr = out.ir;
+    ColumnSorter sorter(longest, out.m);
+    unsigned* const rows = sorter.rows();
+    unsigned* const sources = sorter.sources();
+    unsigned written = 0;
+    unsigned* columnEnd = out.jc + 1;
+    forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
+        for (unsigned j = first; j < first + length; ++j) {
+            const unsigned count = rowMap.repeats
+                                       ? collectCopies(a, a.jc[j], a.jc[j + 1], rowMap.map.get(), rowMap.order.get(),
+                                                       order == Order::kDescending, rows, sources)
+                                       : collectSelected(a, a.jc[j], a.jc[j + 1], rowMap.map.get(), rows, sources);
+            const auto place = [&](unsigned at, unsigned newRow, unsigned source) {
+                outIr[written + at] = newRow;
+                to.copy(written + at, from, source);
+            };
+            if (order == Order::kUnsorted) {
+                sorter.sort(count, place);
+            } else {
+                for (unsigned i = 0; i < count; ++i) {
+                    place(i, rows[i], sources[i]);
+                }
+            }
+            written += count;
+            *columnEnd++ = written;
         }
     });
 }
@@ -294,19 +275,11 @@ ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const Subscript&
         });
         return result;
     }
-    Block<Key> keys;
-    if (order == Order::kUnsorted) {
-        keys = Block<Key>::make(counted.longest);
-    }
-    const KeySorter sorter(order == Order::kUnsorted ? counted.longest : 0, k);
     withStorage(a, [&](auto from) {
-        Writer<decltype(from)> writer(a, out, total);
-        if (rowMap.repeats) {
-            writeRepeated(a, columns, rowMap, order, keys.get(), sorter, writer);
-        } else if (order == Order::kUnsorted) {
-            writeSorted(a, columns, rowMap.map.get(), keys.get(), sorter, writer);
+        if (!rowMap.repeats && order == Order::kDescending) {
+            writeDescending<decltype(from)>(a, columns, rowMap.map.get(), out);
         } else {
-            writeDescending(a, columns, rowMap.map.get(), writer);
+            writeCollected<decltype(from)>(a, columns, rowMap, order, counted.longest, out);
         }
     });
     return result;
