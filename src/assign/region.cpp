@@ -67,10 +67,11 @@ void fillDirectly(Relay& relay, const Region& region, const RightSide& b, const 
 }
 
 /// One forward pass: what stays of a target column, then the columns up to the next one, move to the left.
-template <typename Values>
-void closeUp(const Columns& a, const Region& region, const RowFilter& filter, Values values)
+template <typename Values, typename Test>
+void closeUp(const Columns& a, const Region& region, const RowFilter& filter, Values values, Test isTarget)
 {
     const TargetIndices& columns = region.columns;
+    unsigned* const ir = a.ir;
     unsigned kept = a.jc[columns.first()]; // entries in their places
     unsigned next = kept;                  // first entry not looked at yet
     const auto keep = [&](unsigned end) {
@@ -85,10 +86,10 @@ void closeUp(const Columns& a, const Region& region, const RowFilter& filter, Va
             next = span.end;
         }
         for (; next < span.end; ++next) { // written first, kept only if it is no target
-            const unsigned row = a.ir[next];
-            a.ir[kept] = row;
+            const unsigned row = ir[next];
+            ir[kept] = row;
             values.copy(kept, values, next);
-            kept += filter.isTarget(row) ? 0U : 1U;
+            kept += isTarget(row) ? 0U : 1U;
         }
         const unsigned shift = kept - next; // modulo 2^32
         const unsigned following = t + 1 < columns.count() ? columns[t + 1] : a.n;
@@ -136,7 +137,8 @@ void clearRegion(kxArray* A, const Region& region)
     const RowFilter filter(before, region.rows, region.columns);
     growColumns(A, region.n); // the last thing that can fail
     const Columns a(A);
-    withStorage(a, [&](auto values) { closeUp(a, region, filter, values); });
+    withStorage(
+        a, [&](auto values) { filter.withTest([&](auto isTarget) { closeUp(a, region, filter, values, isTarget); }); });
     kxSetM(A, region.m);
 }
 

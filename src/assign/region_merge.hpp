@@ -74,26 +74,28 @@ class RegionMerge
     /// Entries that stay and entries of b alternate in order of row. One at a time: the runs of either are short.
     void merge(const RegionPatch& patch, unsigned at) const
     {
-        unsigned source = patch.sourceBegin;
-        const auto bring = [&] {
-            outRows_[at] = targetRow(source);
-            outValues_.copy(at++, values_, b_.isScalar ? 0 : source);
-            ++source;
-        };
-        for (unsigned e = patch.begin; e < patch.end; ++e) {
-            const unsigned row = oldRows_[e];
-            if (filter_.isTarget(row)) {
-                continue;
+        filter_.withTest([&, at](auto isTarget) mutable {
+            unsigned source = patch.sourceBegin;
+            const auto bring = [&] {
+                outRows_[at] = targetRow(source);
+                outValues_.copy(at++, values_, b_.isScalar ? 0 : source);
+                ++source;
+            };
+            for (unsigned e = patch.begin; e < patch.end; ++e) {
+                const unsigned row = oldRows_[e];
+                if (isTarget(row)) {
+                    continue;
+                }
+                while (source < patch.sourceEnd && targetRow(source) < row) {
+                    bring();
+                }
+                outRows_[at] = row;
+                outValues_.copy(at++, oldValues_, e);
             }
-            while (source < patch.sourceEnd && targetRow(source) < row) {
+            while (source < patch.sourceEnd) {
                 bring();
             }
-            outRows_[at] = row;
-            outValues_.copy(at++, oldValues_, e);
-        }
-        while (source < patch.sourceEnd) {
-            bring();
-        }
+        });
     }
 
     const unsigned* oldRows_;

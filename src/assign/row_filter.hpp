@@ -51,27 +51,33 @@ class RowFilter
         return {first, endsInside ? end : lowerBoundOfSame(a.ir, first, end, highest_ + 1)};
     }
 
-    /// Whether a row within the span of the targets is one of them.
-    [[nodiscard]] bool isTarget(unsigned row) const
+    /// f(isTarget), isTarget(row) telling whether a row within the span of the targets is one of them: how that is
+    /// found out is decided once for the loops of f.
+    template <typename F>
+    [[gnu::always_inline]] auto withTest(F&& f) const
     {
         if (rows_.isRun()) {
-            return true;
+            return f([](unsigned) { return true; });
         }
         if (bits_) {
-            const unsigned bit = row - lowest_;
-            return (bits_[bit / 64] >> (bit % 64) & 1U) != 0;
+            return f([bits = bits_.get(), lowest = lowest_](unsigned row) {
+                const unsigned bit = row - lowest;
+                return (bits[bit / 64] >> (bit % 64) & 1U) != 0;
+            });
         }
-        return findRow(rows_.list(), 0, rows_.count(), row).stored;
+        return f([this](unsigned row) { return findRow(rows_.list(), 0, rows_.count(), row).stored; });
     }
 
     /// Entries of a span that do not lie in target rows.
     [[nodiscard]] unsigned countOthers(const Columns& a, EntrySpan span) const
     {
-        unsigned others = 0;
-        for (unsigned e = span.begin; e < span.end && !rows_.isRun(); ++e) {
-            others += isTarget(a.ir[e]) ? 0U : 1U;
-        }
-        return others;
+        return withTest([ir = a.ir, span](auto isTarget) {
+            unsigned others = 0;
+            for (unsigned e = span.begin; e < span.end; ++e) {
+                others += isTarget(ir[e]) ? 0U : 1U;
+            }
+            return others;
+        });
     }
 
   private:
