@@ -1,13 +1,7 @@
 #include "core/row_selection.hpp"
 
-#include "core/processor.hpp"
 #include "core/values.hpp"
-
-#include <algorithm>
-#include <array>
-#include <bit>
-#include <cstdint>
-#include <cstring>
+#include "core/wide_selection.hpp"
 
 namespace zqsp {
 
@@ -58,248 +52,26 @@ unsigned countOneByOne(const unsigned* rows, unsigned count, const RowChoice& ch
     });
 }
 
-#ifdef __x86_64__
-/// Sixteen entries go through one register: their new rows are looked up together, compared at once, and pressed
-/// together, as are their values. The loops work on blocks, first the rows of one, then its values: what is moved may
-/// overlap its source where it moves to a lower place. Up to `room` elements from `to` on may be written, at least as
-/// many as are selected; what lies behind these is lost. Measured against one entry after the other: half to three
-/// quarters of the time.
-namespace avx512 {
-
-constexpr unsigned kGroup = 16;       // entries that are looked at together
-constexpr unsigned kBlockSize = 4096; // entries; a block stays in the nearer caches between the loops
-constexpr unsigned kGroups = kBlockSize / kGroup;
-
-/// What is selected of one block: a bit for each entry of each group of sixteen, and how many are selected before the
-/// group.
-struct Selection
-{
-    std::array<std::uint16_t, kGroups> bits;
-    std::array<unsigned, kGroups> before;
-};
-
-ZQSP_AVX512 inline unsigned ones(unsigned bits)
-{
-    return static_cast<unsigned>(__builtin_popcount(bits));
-}
-
-/// The new rows of up to sixteen; NOT_SELECTED in the lanes behind them.
-ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Map map)
-{
-    const __m512i none = _mm512_set1_epi32(-1);
-    if (count >= kGroup) {
-        return _mm512_i32gather_epi32(_mm512_loadu_si512(rows), map.newRow, sizeof *map.newRow);
-    }
-    const auto lanes = static_cast<__mmask16>((1U << count) - 1);
-    return _mm512_mask_i32gather_epi32(none, lanes, _mm512_maskz_loadu_epi32(lanes, rows), map.newRow,
-                                       sizeof *map.newRow);
-}
-
-ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Interval interval)
-{
-    const auto lanes = static_cast<__mmask16>(count >= kGroup ? 0xFFFFU : (1U << count) - 1);
-    const __m512i shifted =
-        _mm512_sub_epi32(_mm512_maskz_loadu_epi32(lanes, rows), _mm512_set1_epi32(static_cast<int>(interval.first)));
-    const __mmask16 inside =
-        _mm512_mask_cmplt_epu32_mask(lanes, shifted, _mm512_set1_epi32(static_cast<int>(interval.size)));
-    return _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), inside, shifted);
-}
-
-ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Gap gap)
-{
-    const auto lanes = static_cast<__mmask16>(count >= kGroup ? 0xFFFFU : (1U << count) - 1);
-    const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
-    const __m512i first = _mm512_set1_epi32(static_cast<int>(gap.first));
-    const __m512i size = _mm512_set1_epi32(static_cast<int>(gap.size));
-    const __mmask16 isBehind = _mm512_mask_cmpge_epu32_mask(lanes, old, first);
-    const __mmask16 isInside = _mm512_mask_cmplt_epu32_mask(isBehind, _mm512_sub_epi32(old, first), size);
-    const auto stays = static_cast<__mmask16>(lanes & ~static_cast<unsigned>(isInside));
-    return _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), stays, _mm512_mask_sub_epi32(old, isBehind, old, size));
-}
-
-ZQSP_AVX512 inline unsigned selectedOf(__m512i newRows)
-{
-    return _mm512_cmpneq_epi32_mask(newRows, _mm512_set1_epi32(-1));
-}
-
-template <typename Choice>
-ZQSP_AVX512 unsigned count(const unsigned* rows, unsigned count, Choice choice)
-{
-    unsigned selected = 0;
-    for (std::size_t i = 0; i < count; i += kGroup) {
-        selected += ones(selectedOf(newRows(rows + i, count - static_cast<unsigned>(i), choice)));
-    }
-    return selected;
-}
-
-/// Writes `count` lanes, and where there is room all sixteen, which is faster.
-ZQSP_AVX512 inline void storeRows(unsigned* to, std::size_t room, __m512i rows, unsigned count)
-{
-    if (room >= kGroup) {
-        _mm512_storeu_si512(to, rows);
-    } else {
-        _mm512_mask_storeu_epi32(to, static_cast<__mmask16>((1U << count) - 1), rows);
-    }
-}
-
-/// Learns what is selected, moves its new rows, and returns how many there are.
-template <typename Choice>
-ZQSP_AVX512 unsigned moveRows(const unsigned* rows, unsigned count, Choice choice, unsigned* to, std::size_t room,
-                              Selection& selection)
-{
-    unsigned written = 0;
-    for (unsigned g = 0; g * kGroup < count; ++g) {
-        const __m512i mapped = newRows(rows + g * kGroup, count - g * kGroup, choice);
-        const unsigned bits = selectedOf(mapped);
-        const __m512i pressed = _mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), mapped);
-        selection.before[g] = written;
-        selection.bits[g] = static_cast<std::uint16_t>(bits);
-        storeRows(to + written, room - written, pressed, ones(bits));
-        written += ones(bits);
-    }
-    return written;
-}
-
-ZQSP_AVX512 inline void storeDoubles(double* to, std::size_t room, __m512d values, unsigned count)
-{
-    constexpr std::size_t kLanes = 8;
-    if (room >= kLanes) {
-        _mm512_storeu_pd(to, values);
-    } else {
-        _mm512_mask_storeu_pd(to, static_cast<__mmask8>((1U << count) - 1), values);
-    }
-}
-
-ZQSP_AVX512 void moveDoubles(const double* values, unsigned count, const Selection& selection, double* to,
-                             std::size_t room)
-{
-    constexpr unsigned kHalf = kGroup / 2;
-    std::size_t written = 0;
-    for (unsigned g = 0; g * kGroup < count; ++g) {
-        const double* const from = values + g * kGroup;
-        const unsigned here = std::min(kGroup, count - g * kGroup);
-        const unsigned lanes = (1U << here) - 1;
-        const auto lowBits = static_cast<__mmask8>(selection.bits[g]);
-        const auto highBits = static_cast<__mmask8>(selection.bits[g] >> kHalf);
-        const __m512d low = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes), from);
-        const __m512d high = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes >> kHalf), from + kHalf);
-        storeDoubles(to + written, room - written, _mm512_maskz_compress_pd(lowBits, low), ones(lowBits));
-        written += ones(lowBits);
-        storeDoubles(to + written, room - written, _mm512_maskz_compress_pd(highBits, high), ones(highBits));
-        written += ones(highBits);
-    }
-}
-
-ZQSP_AVX512 inline __m128i pressBytes(const std::uint8_t* group, unsigned bits)
-{
-    const __m512i wide = _mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(group)));
-    return _mm512_cvtepi32_epi8(_mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), wide));
-}
-
-ZQSP_AVX512 void moveBytes(const std::uint8_t* values, unsigned count, const Selection& selection, std::uint8_t* to,
-                           std::size_t room)
-{
-    std::size_t written = 0;
-    unsigned g = 0;
-    for (; (g + 1) * kGroup <= count && room - written >= kGroup; ++g) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + written), pressBytes(values + g * kGroup, selection.bits[g]));
-        written += ones(selection.bits[g]);
-    }
-    for (; g * kGroup < count; ++g) { // the last groups go through a buffer
-        std::array<std::uint8_t, kGroup> group{};
-        std::memcpy(group.data(), values + g * kGroup, std::min(kGroup, count - g * kGroup));
-        const __m128i pressed = pressBytes(group.data(), selection.bits[g]);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(group.data()), pressed);
-        std::memcpy(to + written, group.data(), ones(selection.bits[g]));
-        written += ones(selection.bits[g]);
-    }
-}
-
-/// For the column ends `from[0]`, `from[1]`, ... that lie in the block, which starts at entry `begin` and has `size`
-/// entries: `base` and what is selected before them. Returns their number.
-ZQSP_AVX512 unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size, unsigned base,
-                                const Selection& selection, unsigned* ends)
-{
-    unsigned served = 0;
-    for (; served < count && from[served] - begin < size; ++served) {
-        const unsigned entry = from[served] - begin;
-        const unsigned inGroup = selection.bits[entry / kGroup] & ((1U << entry % kGroup) - 1);
-        ends[served] = base + selection.before[entry / kGroup] + ones(inGroup);
-    }
-    return served;
-}
-
-/// Whether these loops serve so many entries of an array: few entries, those of one column mostly, are not worth the
-/// preparations; values have 1 or 8 bytes; and a look-up takes signed rows.
-bool serve(const Columns& a, unsigned entries)
-{
-    constexpr unsigned kFew = 48;
-    return entries > kFew && (a.elementSize == 1 || a.elementSize == sizeof(double)) && a.m <= INT32_MAX &&
-           haveAvx512();
-}
-
-/// `from` and `to`: whole blocks.
-void moveValues(unsigned elementSize, const std::byte* from, unsigned begin, unsigned count, const Selection& selection,
-                std::byte* to, unsigned at, std::size_t room)
-{
-    if (elementSize == 1) {
-        moveBytes(reinterpret_cast<const std::uint8_t*>(from) + begin, count, selection,
-                  reinterpret_cast<std::uint8_t*>(to) + at, room);
-    } else {
-        moveDoubles(reinterpret_cast<const double*>(from) + begin, count, selection, reinterpret_cast<double*>(to) + at,
-                    room);
-    }
-}
-
-unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const RowChoice& choice, const Columns& to,
-                      unsigned at, unsigned* ends)
-{
-    const bool inPlace = from.ir == to.ir;
-    const unsigned last = from.jc[first + count];
-    const unsigned* columnEnd = from.jc + first + 1;
-    Selection selection;
-    for (unsigned begin = from.jc[first], size = 0; begin < last; begin += size) {
-        size = std::min(kBlockSize, last - begin);
-        const std::size_t room = (inPlace ? begin + size : to.nzmax) - at;
-        const unsigned selected =
-            choice.visit([&](auto rows) { return moveRows(from.ir + begin, size, rows, to.ir + at, room, selection); });
-        moveValues(from.elementSize, from.pr, begin, size, selection, to.pr, at, room);
-        if (from.pi != nullptr) {
-            moveValues(from.elementSize, from.pi, begin, size, selection, to.pi, at, room);
-        }
-        const unsigned served = columnEnds(columnEnd, count, begin, size, at, selection, ends);
-        columnEnd += served;
-        ends += served;
-        count -= served;
-        at += selected;
-    }
-    std::fill_n(ends, count, at);
-    return at;
-}
-
-} // namespace avx512
-#endif
-
 } // namespace
 
 unsigned countSelected(const Columns& a, unsigned begin, unsigned end, const RowChoice& choice)
 {
-#ifdef __x86_64__
-    if (avx512::serve(a, end - begin)) {
-        return choice.visit([&](auto rows) { return avx512::count(a.ir + begin, end - begin, rows); });
+    if constexpr (wide::kCompiled) {
+        if (wide::serve(a, end - begin)) {
+            return wide::countSelected(a, begin, end, choice);
+        }
     }
-#endif
     return countOneByOne(a.ir + begin, end - begin, choice);
 }
 
 unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const RowChoice& choice, const Columns& to,
                       unsigned at, unsigned* ends)
 {
-#ifdef __x86_64__
-    if (avx512::serve(from, from.jc[first + count] - from.jc[first])) {
-        return avx512::moveSelected(from, first, count, choice, to, at, ends);
+    if constexpr (wide::kCompiled) {
+        if (wide::serve(from, from.jc[first + count] - from.jc[first])) {
+            return wide::moveSelected(from, first, count, choice, to, at, ends);
+        }
     }
-#endif
     return withStorage(from, [&](auto source) {
         const decltype(source) target(to);
         return choice.visit(

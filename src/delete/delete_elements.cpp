@@ -2,6 +2,7 @@
 #include "core/operand_check.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
+#include "core/wide_selection.hpp"
 #include "delete/deleted_set.hpp"
 #include "delete/deletion_target.hpp"
 #include "subscript/convert.hpp"
@@ -113,6 +114,12 @@ unsigned compactByEntries(const Columns& a, unsigned nnz, Rank rank)
 
 unsigned compact(const Columns& a, unsigned nnz, const DeletedSet& deleted)
 {
+    if constexpr (wide::kCompiled) {
+        const auto* list = std::get_if<IndexList>(&deleted.positions());
+        if (list != nullptr && list->count() <= nnz && wide::serveList(a, nnz, list->count())) {
+            return wide::deleteListed(a, nnz, list->begin(), list->count());
+        }
+    }
     if (deleted.count() > nnz) {
         if (const auto* mask = std::get_if<LogicalMask>(&deleted.positions())) {
             return compactByEntries(a, nnz, MaskRank(*mask));

@@ -1,0 +1,34 @@
+// The loops of core/row_selection.hpp for registers of 512 bits: sixteen entries go through one at a time.
+#ifndef ZQSP_CORE_WIDE_SELECTION_HPP
+#define ZQSP_CORE_WIDE_SELECTION_HPP
+
+#include "core/row_selection.hpp"
+
+namespace zqsp::wide {
+
+/// Whether the loops are there at all. They may be called where serve() holds, or serveList().
+#ifdef __x86_64__
+inline constexpr bool kCompiled = true;
+#else
+inline constexpr bool kCompiled = false;
+#endif
+
+/// Whether the loops serve so many entries of an array: few entries, those of one column mostly, are not worth the
+/// preparations; values have 1 or 8 bytes; and a look-up takes signed rows.
+bool serve(const Columns& a, unsigned entries);
+
+unsigned countSelected(const Columns& a, unsigned begin, unsigned end, const RowChoice& choice);
+
+unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const RowChoice& choice, const Columns& to,
+                      unsigned at, unsigned* ends);
+
+/// Whether deleteListed() serves: not where so few are deleted that the runs between them are better moved whole.
+bool serveList(const Columns& a, unsigned entries, unsigned deleted);
+
+/// Deletes strictly ascending positions from the entries 0 .. entries-1, whose ir are ascending positions, wherever the
+/// column starts are: deleted entries go, the positions of the others close up. Returns the number of entries left.
+unsigned deleteListed(const Columns& a, unsigned entries, const unsigned* deleted, unsigned count);
+
+} // namespace zqsp::wide
+
+#endif
