@@ -303,6 +303,23 @@ unsigned deleteListed(const Columns& a, unsigned entries, const unsigned* delete
     return kept;
 }
 
+ZQSP_AVX512 unsigned writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
+{
+    constexpr unsigned kAlways = 2 * kGroup; // starts: where there are more to an entry, a branch is seldom wrong
+    std::uint64_t column = 0;
+    unsigned e = 0;
+    for (; e < count && columns[e] + std::uint64_t{kAlways} <= length; ++e) {
+        const __m512i own = _mm512_set1_epi32(static_cast<int>(e));
+        _mm512_storeu_si512(starts + column, own);
+        _mm512_storeu_si512(starts + column + kGroup, own);
+        for (column += kAlways; column <= columns[e]; column += kGroup) {
+            _mm512_storeu_si512(starts + column, own);
+        }
+        column = std::uint64_t{columns[e]} + 1;
+    }
+    return e;
+}
+
 } // namespace zqsp::wide
 
 #endif

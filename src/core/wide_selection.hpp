@@ -2,6 +2,7 @@
 #ifndef ZQSP_CORE_WIDE_SELECTION_HPP
 #define ZQSP_CORE_WIDE_SELECTION_HPP
 
+#include "core/processor.hpp"
 #include "core/row_selection.hpp"
 
 namespace zqsp::wide {
@@ -28,6 +29,11 @@ bool serveList(const Columns& a, unsigned entries, unsigned deleted);
 /// Deletes strictly ascending positions from the entries 0 .. entries-1, whose ir are ascending positions, wherever the
 /// column starts are: deleted entries go, the positions of the others close up. Returns the number of entries left.
 unsigned deleteListed(const Columns& a, unsigned entries, const unsigned* deleted, unsigned count);
+
+/// Where haveAvx512(): column starts of a row vector whose entries lie in `columns`, ascending, written over from the
+/// front on, thirty-two and more at a time. Returns the number of entries up to whose columns they are right; those
+/// that are left lie near the end of the `length` + 1 starts.
+unsigned writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts);
 
 } // namespace zqsp::wide
 

@@ -131,21 +131,34 @@ unsigned compact(const Columns& a, unsigned nnz, const DeletedSet& deleted)
     return compactElements(a, nnz, deleted.positions());
 }
 
-/// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.
-/// Starts are written in whole rounds, and written over by those that follow: how many columns lie between two entries
-/// is nothing that a processor could predict.
-void columnToRow(const Columns& a, unsigned count, unsigned length, unsigned* newJc)
+/// The column starts of a row vector as far as they can be written in whole rounds, and written over by those that
+/// follow: how many columns lie between two entries is nothing that a processor could predict. Returns the number of
+/// entries up to whose columns they are right.
+unsigned writeStartsInRounds(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
 {
+    if constexpr (wide::kCompiled) {
+        if (haveAvx512()) {
+            return wide::writeStarts(columns, count, length, starts);
+        }
+    }
     constexpr unsigned kStarts = 16;
     std::uint64_t column = 0; // first one whose start is not known
     unsigned e = 0;
-    for (; e < count && a.ir[e] + std::uint64_t{kStarts} <= length; ++e) {
-        const std::uint64_t end = std::uint64_t{a.ir[e]} + 1;
+    for (; e < count && columns[e] + std::uint64_t{kStarts} <= length; ++e) {
+        const std::uint64_t end = std::uint64_t{columns[e]} + 1;
         for (; column < end; column += kStarts) {
-            std::fill_n(newJc + column, kStarts, e);
+            std::fill_n(starts + column, kStarts, e);
         }
         column = end;
     }
+    return e;
+}
+
+/// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.
+void columnToRow(const Columns& a, unsigned count, unsigned length, unsigned* newJc)
+{
+    unsigned e = writeStartsInRounds(a.ir, count, length, newJc);
+    std::uint64_t column = e == 0 ? 0 : std::uint64_t{a.ir[e - 1]} + 1;
     for (; e < count; ++e) {
         for (; column <= a.ir[e]; ++column) {
             newJc[column] = e;
