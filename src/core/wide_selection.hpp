@@ -5,6 +5,8 @@
 #include "core/processor.hpp"
 #include "core/row_selection.hpp"
 
+#include <array>
+
 namespace zqsp::wide {
 
 /// Whether the loops are there at all. They may be called where serve() holds, or serveList().
@@ -29,6 +31,31 @@ bool serveList(const Columns& a, unsigned entries, unsigned deleted);
 /// Deletes strictly ascending positions from the entries 0 .. entries-1, whose ir are ascending positions, wherever the
 /// column starts are: deleted entries go, the positions of the others close up. Returns the number of entries left.
 unsigned deleteListed(const Columns& a, unsigned entries, const unsigned* deleted, unsigned count);
+
+/// A filter of up to 128 rows that stays in registers: bits at two places that multiplicative hashing gives (Bloom,
+/// 1970).
+class FewRows
+{
+  public:
+    static constexpr unsigned kMost = 128;
+
+    void add(unsigned row);
+    /// Where haveAvx512(): the first of the groups of sixteen entries from `begin` on that may have one of the rows, a
+    /// bit of `lanes` set for each entry that may; or, with no bit set, the first group that ends behind `end`. One
+    /// group in five at most is mistaken for one that has. Measured: half the time of looking rows up in a table.
+    unsigned firstGroup(const unsigned* ir, unsigned begin, unsigned end, unsigned& lanes) const;
+
+    static constexpr unsigned kGroup = 16;
+
+  private:
+    static constexpr unsigned kMultiplier = 0x9E3779B1U;
+    static constexpr unsigned kWord = 27; ///< the upper five bits of a product number one of 32 words
+    static constexpr unsigned kBit = 22;  ///< the next five a bit of it
+    static constexpr unsigned kNext = 10; ///< and so on for the second place
+
+    std::array<unsigned, 32> first_{};
+    std::array<unsigned, 32> second_{};
+};
 
 /// Where haveAvx512(): column starts of a row vector whose entries lie in `columns`, ascending, written over from the
 /// front on, thirty-two and more at a time. Returns the number of entries up to whose columns they are right; those

@@ -1,12 +1,14 @@
 #include "core/growing_list.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
+#include "core/wide_selection.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
 #include "reference/sorted_rows.hpp"
 
 #include <algorithm>
+#include <bit>
 
 namespace zqsp {
 
@@ -16,11 +18,63 @@ namespace {
 class RowTable
 {
   public:
-    explicit RowTable(unsigned m) : bits_(Block<std::uint64_t>::zeroed(m / 64 + std::size_t{1})) {}
+    /// `count` rows will be added; about so many entries are to be looked up.
+    RowTable(unsigned m, unsigned count, std::uint64_t entries)
+        : bits_(Block<std::uint64_t>::zeroed(m / 64 + std::size_t{1})),
+          filters_(wide::kCompiled && haveAvx512() && count <= wide::FewRows::kMost && entries >= kMany)
+    {
+    }
 
-    void add(unsigned row) { bits_[row / 64] |= std::uint64_t{1} << (row % 64); }
+    void add(unsigned row)
+    {
+        bits_[row / 64] |= std::uint64_t{1} << (row % 64);
+        if constexpr (wide::kCompiled) {
+            if (filters_) {
+                few_.add(row);
+            }
+        }
+    }
+
+    /// visit(e) for the entries begin .. end-1 whose rows the table has.
+    template <typename F>
+    void forEachFound(const unsigned* ir, unsigned begin, unsigned end, F&& visit) const
+    {
+        if constexpr (wide::kCompiled) {
+            while (filters_) {
+                unsigned lanes = 0;
+                begin = few_.firstGroup(ir, begin, end, lanes);
+                if (lanes == 0) {
+                    break;
+                }
+                for (; lanes != 0; lanes &= lanes - 1) {
+                    const unsigned e = begin + static_cast<unsigned>(std::countr_zero(lanes));
+                    if (has(ir[e])) {
+                        visit(e);
+                    }
+                }
+                begin += wide::FewRows::kGroup;
+            }
+        }
+        for (unsigned e = begin; e < end;) {
+            const unsigned groupEnd = end - e > kGroup ? e + kGroup : end;
+            if (groupEnd - e == kGroup && !hasAny(ir + e)) { // a branch for all of them, which is seldom taken
+                e = groupEnd;
+                continue;
+            }
+            for (; e < groupEnd; ++e) {
+                if (has(ir[e])) {
+                    visit(e);
+                }
+            }
+        }
+    }
+
+  private:
+    static constexpr unsigned kGroup = 8;
+    static constexpr std::uint64_t kMany = 4096; // entries that pay for the filter
+
+    [[nodiscard]] std::uint64_t bitOf(unsigned row) const { return bits_[row / 64] >> (row % 64) & 1U; }
     [[nodiscard]] bool has(unsigned row) const { return bitOf(row) != 0; }
-    /// Whether one of the next kGroup rows is there: a branch for all of them, which is seldom taken.
     [[nodiscard]] bool hasAny(const unsigned* rows) const
     {
         std::uint64_t any = 0;
@@ -30,36 +84,15 @@ class RowTable
         return any != 0;
     }
 
-    static constexpr unsigned kGroup = 8;
-
-  private:
-    [[nodiscard]] std::uint64_t bitOf(unsigned row) const { return bits_[row / 64] >> (row % 64) & 1U; }
-
     Block<std::uint64_t> bits_;
+    wide::FewRows few_;
+    bool filters_;
 };
-
-/// visit(e) for the entries begin .. end-1 whose rows the table has.
-template <typename F>
-void forEachFound(const unsigned* ir, unsigned begin, unsigned end, const RowTable& table, F&& visit)
-{
-    for (unsigned e = begin; e < end;) {
-        const unsigned groupEnd = end - e > RowTable::kGroup ? e + RowTable::kGroup : end;
-        if (groupEnd - e == RowTable::kGroup && !table.hasAny(ir + e)) {
-            e = groupEnd;
-            continue;
-        }
-        for (; e < groupEnd; ++e) {
-            if (table.has(ir[e])) {
-                visit(e);
-            }
-        }
-    }
-}
 
 template <typename Rows>
 ArrayOwner gather(const Columns& a, const Rows& rows, bool ascending, const Subscript& columns)
 {
-    RowTable table(a.m);
+    RowTable table(a.m, rows.count(), std::uint64_t{a.nnz()} * countOf(columns) / std::max(a.n, 1U));
     for (unsigned i = 0; i < rows.count(); ++i) {
         table.add(rows[i]);
     }
@@ -78,7 +111,7 @@ ArrayOwner gather(const Columns& a, const Rows& rows, bool ascending, const Subs
     // Neighbouring columns are searched as one: between entries that are found nobody looks where columns end.
     forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
         unsigned column = first;
-        forEachFound(a.ir, a.jc[first], a.jc[first + length], table, [&](unsigned e) {
+        table.forEachFound(a.ir, a.jc[first], a.jc[first + length], [&](unsigned e) {
             for (; a.jc[column + 1] <= e; ++column) {
                 finishColumn();
             }
