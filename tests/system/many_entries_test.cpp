@@ -1,0 +1,124 @@
+// Thousands of entries in one call: the loops that work on whole blocks of them, and the choices that only sizes make.
+#include "support/call.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+#include <random>
+
+using namespace zqsp::test;
+
+namespace {
+
+/// Numbers below a bound, the same each time.
+class Random
+{
+  public:
+    explicit Random(unsigned seed) : engine_(seed) {}
+    unsigned below(unsigned bound) { return static_cast<unsigned>(engine_() % bound); }
+    std::mt19937& engine() { return engine_; }
+
+  private:
+    std::mt19937 engine_;
+};
+
+/// Columns of all lengths up to twice the average, some of them empty, and one entry in eight an explicit zero.
+Model scattered(Random& random, Storage storage, unsigned m, unsigned n, unsigned perColumn)
+{
+    Model a = Model::empty(storage, m, n);
+    for (unsigned j = 0; j < n; ++j) {
+        for (unsigned left = random.below(2 * perColumn + 1); left > 0; --left) {
+            const double real = random.below(8) == 0                 ? 0
+                                : storage.classId == kxLOGICAL_CLASS ? 1
+                                                                     : random.below(99) + 1;
+            const double imaginary = storage.complex ? random.below(3) : 0;
+            a.entries[{j, random.below(m)}] = Value(real, imaginary);
+        }
+    }
+    return a.fit();
+}
+
+std::vector<double> sample(Random& random, unsigned extent, unsigned count)
+{
+    std::vector<double> numbers(count);
+    std::generate(numbers.begin(), numbers.end(), [&] { return random.below(extent) + 1.0; });
+    return numbers;
+}
+
+std::vector<double> ascending(std::vector<double> numbers, bool once)
+{
+    std::sort(numbers.begin(), numbers.end());
+    if (once) {
+        numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+    }
+    return numbers;
+}
+
+/// Of a dimension or of all elements: a few and many numbers in each order, with and without repeats, and masks.
+std::vector<Subscript> subscripts(Random& random, unsigned extent, unsigned many)
+{
+    std::vector<Subscript> all;
+    for (const unsigned count : {10U, 100U, many}) {
+        const std::vector<double> numbers = sample(random, extent, count);
+        all.push_back(Subscript::list(numbers));
+        all.push_back(Subscript::list(ascending(numbers, false)));
+        std::vector<double> once = ascending(numbers, true);
+        all.push_back(Subscript::list(once));
+        std::vector<double> mask(extent, 0);
+        for (const double number : once) {
+            mask[static_cast<std::size_t>(number) - 1] = 1;
+        }
+        all.push_back(Subscript::mask(mask).shaped(extent, 1));
+        std::reverse(once.begin(), once.end());
+        all.push_back(Subscript::list(once));
+        std::shuffle(once.begin(), once.end(), random.engine());
+        all.push_back(Subscript::list(once));
+    }
+    all.push_back(Subscript::range(extent / 4 + 1, 1, extent / 4 * 3));
+    all.push_back(Subscript::range(extent, -3, 1));
+    return all;
+}
+
+void expectAllAsPredicted(const Operation& operation)
+{
+    const std::string complaint = checkOperation(operation);
+    EXPECT_EQ("", complaint.substr(0, 2000)) << "(the text is cut off)";
+}
+
+class ManyEntries : public testing::TestWithParam<Storage>
+{
+};
+
+} // namespace
+
+TEST_P(ManyEntries, RowsAndRegions)
+{
+    Random random(1);
+    for (const auto& [m, n, perColumn] : {std::tuple{7000U, 400U, 12U}, {600U, 30U, 250U}, {300U, 8U, 290U}}) {
+        const Model a = scattered(random, GetParam(), m, n, perColumn);
+        for (const Subscript& i : subscripts(random, m, m / 2)) {
+            expectAllAsPredicted({.callee = Export::Ref5, .a = a, .i = i});
+            expectAllAsPredicted({.callee = Export::DeleteRows, .a = a, .i = i});
+            expectAllAsPredicted({.callee = Export::Ref6, .a = a, .i = i, .j = Subscript::range(n / 2 + 1, 1, n)});
+        }
+    }
+}
+
+TEST_P(ManyEntries, Elements)
+{
+    Random random(2);
+    for (const auto& [m, n, perColumn] : {std::tuple{300U, 80U, 60U}, {20000U, 1U, 9000U}, {50U, 300U, 1U}}) {
+        const Model a = scattered(random, GetParam(), m, n, perColumn);
+        for (const Subscript& k : subscripts(random, m * n, m * n / 3)) {
+            expectAllAsPredicted({.callee = Export::Ref3, .a = a, .i = k});
+            expectAllAsPredicted({.callee = Export::DeleteElements, .a = a, .i = k});
+            expectAllAsPredicted({.callee = Export::Ass3, .a = a, .b = RightSide::scalar(0), .i = k});
+            expectAllAsPredicted({.callee = Export::Ass3, .a = a, .b = RightSide::scalar(3), .i = k});
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Storages, ManyEntries,
+                         testing::Values(Storage{}, Storage{.complex = true}, Storage{kxLOGICAL_CLASS},
+                                         Storage{kxSINGLE_CLASS}));
