@@ -3,7 +3,14 @@
 #define ZQSP_CORE_PROCESSOR_HPP
 
 #ifdef __x86_64__
+// g++ 12 takes its own way of writing "no value" for the use of one.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#if !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
+#pragma GCC diagnostic pop
 /// Marks a function that may be called only where haveAvx512() holds.
 #define ZQSP_AVX512 __attribute__((target("avx512f,popcnt")))
 #endif
