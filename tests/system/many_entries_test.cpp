@@ -119,6 +119,29 @@ TEST_P(ManyEntries, Elements)
     }
 }
 
+TEST_P(ManyEntries, OnBothSidesOfTheSignedRange)
+{
+    constexpr unsigned kMiddle = 0x80000000U;
+    const MaxElements limit(0xFFFFFFFFU);
+    Random random(3);
+    Model column = Model::empty(GetParam(), 0xF0000000U, 1);
+    std::vector<double> some;
+    for (unsigned i = 0; i < 500; ++i) {
+        const unsigned row = kMiddle - 1000 + random.below(2000);
+        column.entries[{0, row}] = 1;
+        some.push_back(kMiddle - 1000.0 + random.below(2000));
+    }
+    column.fit();
+    for (const Subscript& k : {Subscript::list(some), Subscript::list(ascending(some, true))}) {
+        expectAllAsPredicted({.callee = Export::DeleteElements, .a = column, .i = k});
+        expectAllAsPredicted({.callee = Export::Ref3, .a = column, .i = k});
+        expectAllAsPredicted({.callee = Export::Ref5, .a = column, .i = k});
+    }
+    const Subscript middle = Subscript::range(kMiddle - 500.0, 1, kMiddle + 500.0);
+    expectAllAsPredicted({.callee = Export::Ref5, .a = column, .i = middle});
+    expectAllAsPredicted({.callee = Export::DeleteRows, .a = column, .i = middle});
+}
+
 INSTANTIATE_TEST_SUITE_P(Storages, ManyEntries,
                          testing::Values(Storage{}, Storage{.complex = true}, Storage{kxLOGICAL_CLASS},
                                          Storage{kxSINGLE_CLASS}));
