@@ -37,9 +37,7 @@ Model Model::empty(Storage storage, unsigned m, unsigned n)
 
 Model Model::unset()
 {
-    Model model = empty({kxUNKNOWN_CLASS, false}, 0, 0);
-    model.sparse = false;
-    return model;
+    return emptyFull({kxUNKNOWN_CLASS, false}, 0, 0);
 }
 
 Place Model::place(std::uint64_t linear) const

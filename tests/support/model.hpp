@@ -71,6 +71,14 @@ inline Model withCapacity(Model model, unsigned nzmax)
     return model;
 }
 
+/// An empty full array.
+inline Model emptyFull(Storage storage, unsigned m, unsigned n)
+{
+    Model model = Model::empty(storage, m, n);
+    model.sparse = false;
+    return model;
+}
+
 /// A new array holding the model. Spare capacity is filled with rubbish.
 Array toArray(const Model& model);
 /// The model of an array whose invariants hold.

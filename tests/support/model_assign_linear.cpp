@@ -15,7 +15,7 @@ std::vector<double> indexValues(const Subscript& k)
     const bool holdsZeros =
         k.form == Form::SparseNumeric && (converted ? zeros > 0 : k.storedCount() < k.values.size());
     if (k.complex || holdsZeros) {
-        throw Failure{spOK, kNotPositiveIntegerError};
+        throw Failure(kNotPositiveIntegerError);
     }
     if (k.form == Form::Range) {
         return rangeValues(k);
@@ -34,13 +34,13 @@ void checkIndices(const std::vector<double>& values)
 {
     for (const double v : values) {
         if (std::isfinite(v) && v > kxGetMaxNumberOfElements()) {
-            throw Failure{spOK, kSizeLimitError};
+            throw Failure(kSizeLimitError);
         }
         if (!std::isfinite(v) || v != std::trunc(v) || v < 0) {
-            throw Failure{spIndexNotPositiveInteger, ""};
+            throw Failure(spIndexNotPositiveInteger);
         }
         if (v == 0) {
-            throw Failure{spIndexBelowOne, ""};
+            throw Failure(spIndexBelowOne);
         }
     }
 }
@@ -94,7 +94,7 @@ Model fillAll(const Model& a, const RightSide& b)
 {
     const kxClassID id = a.storage.classId;
     if (id == kxUNKNOWN_CLASS || (!b.isScalar() && !isReshape(a.m, a.n, b.m(), b.n()))) {
-        throw Failure{spOK, kColonMismatchError};
+        throw Failure(kColonMismatchError);
     }
     if (a.isEmpty() && !b.isScalar()) {
         return a;
@@ -102,8 +102,8 @@ Model fillAll(const Model& a, const RightSide& b)
     const RightSide converted = b.converted(id);
     Model result = a;
     if (!b.isScalar()) {
-        result = reshaped(RightSide::of(converted.asSparse()).model, a.m, a.n);
-        const bool copied = b.kind == RightSide::Kind::Sparse && b.storage.classId == id;
+        result = reshaped(converted.asSparse(), a.m, a.n);
+        const bool copied = b.kind == RightSide::Kind::Sparse && b.storage().classId == id;
         result.nzmax = copied ? b.model.nzmax : Model::kAnyCapacity;
         return result;
     }
@@ -116,7 +116,7 @@ Model fillAll(const Model& a, const RightSide& b)
         return result;
     }
     if (!isCountable(a.m, a.n)) {
-        throw Failure{spIndexExceedsMaxSize, ""};
+        throw Failure(spIndexExceedsMaxSize);
     }
     for (unsigned j = 0; j < a.n; ++j) {
         for (unsigned i = 0; i < a.m; ++i) {
@@ -124,24 +124,24 @@ Model fillAll(const Model& a, const RightSide& b)
         }
     }
     result.nzmax = result.nnz();
-    result.storage.complex = a.storage.complex || converted.storage.complex;
+    result.storage.complex = a.storage.complex || converted.storage().complex;
     return result;
 }
 
 /// A(K) = B, one index after another.
 Model assignEach(const Model& a, const RightSide& b, const Subscript& k)
 {
-    const kxClassID id = a.storage.classId == kxUNKNOWN_CLASS ? b.storage.classId : a.storage.classId;
+    const kxClassID id = a.storage.classId == kxUNKNOWN_CLASS ? b.storage().classId : a.storage.classId;
     const std::vector<Value> elements = b.converted(id).elements();
     const std::vector<double> values = indexValues(k);
     if (elements.size() != 1 && elements.size() != values.size()) {
-        throw Failure{spIndexAssignCountMismatch, ""};
+        throw Failure(spIndexAssignCountMismatch);
     }
     const auto numel = static_cast<double>(a.numel());
     const bool outside = std::any_of(values.begin(), values.end(), [&](double v) { return v > numel; });
     const bool matrix = a.m >= 2 && a.n >= 2;
     if (matrix && outside) {
-        throw Failure{spCannotResize, ""};
+        throw Failure(spCannotResize);
     }
     checkIndices(values);
 

@@ -16,11 +16,6 @@ struct Region
     std::uint64_t n;
 };
 
-[[noreturn]] void fail(spStatus status)
-{
-    throw Failure{status, ""};
-}
-
 /// Whether B fits; where told, the region first takes its rows or columns from B.
 bool fits(Region& region, const RightSide& b, bool rowsFollow, bool columnsFollow)
 {
@@ -51,17 +46,15 @@ Positions everyOne(std::uint64_t count)
 void growColumns(Model& a, unsigned column)
 {
     if (column >= a.n && column > (kxGetMaxNumberOfElements() - 2) / 4) {
-        throw Failure{spOK, kMaxSizeError};
+        throw Failure(kMaxSizeError);
     }
     a.n = std::max(a.n, column + 1);
 }
 
 /// An empty matrix in place of a target that is not sparse yet.
-Model fresh(const RightSide& b, unsigned m, unsigned n, unsigned nzmax)
+Model fresh(Storage storage, unsigned m, unsigned n, unsigned nzmax)
 {
-    Model a = Model::empty(b.storage, m, n);
-    a.nzmax = nzmax;
-    return a;
+    return withCapacity(Model::empty(storage, m, n), nzmax);
 }
 
 Value scalarOf(const RightSide& b)
@@ -89,7 +82,7 @@ void writeRegion(Model& a, const Positions& rows, const Positions& columns, cons
             }
         }
     }
-    a.storage.complex = a.storage.complex || b.storage.complex;
+    a.storage.complex = a.storage.complex || b.storage().complex;
     a.fit();
 }
 
@@ -113,9 +106,9 @@ Model enter(const Model& a, RightSide b, const Subscript& s, const std::function
 Model writeNothing(const Model& a, const RightSide& b)
 {
     if (b.numel() > 1) {
-        fail(spAssignDimMismatch);
+        throw Failure(spAssignDimMismatch);
     }
-    return a.isUnset() ? fresh(RightSide::full({0, 0}, {}, {b.storage.classId, false}), 0, 0, 1) : a;
+    return a.isUnset() ? fresh({b.storage().classId, false}, 0, 0, 1) : a;
 }
 
 Model writeColumns(const Model& a, const RightSide& b, const Subscript& j)
@@ -127,13 +120,13 @@ Model writeColumns(const Model& a, const RightSide& b, const Subscript& j)
     const bool follows = a.isEmpty() && a.m == a.n && b.numel() > 0;
     Region region{a.m, columns.size()};
     if (!fits(region, b, follows, false)) {
-        fail(spAssignDimMismatch);
+        throw Failure(spAssignDimMismatch);
     }
     Model result = a;
     if (a.isUnset()) {
         const std::uint64_t nnz = b.kind == RightSide::Kind::Sparse ? b.model.nnz() : 1;
         const std::uint64_t nzmax = b.isScalar() ? nnz * region.n : nnz;
-        result = fresh(b, 0, highest(columns) + 1, static_cast<unsigned>(nzmax));
+        result = fresh(b.storage(), 0, highest(columns) + 1, static_cast<unsigned>(nzmax));
     }
     result.m = static_cast<unsigned>(region.m);
     growColumns(result, highest(columns));
@@ -150,9 +143,9 @@ Model writeRows(const Model& a, const RightSide& b, const Subscript& i)
     const bool follows = a.isEmpty() && a.m == a.n && b.numel() > 0;
     Region region{rows.size(), a.n};
     if (!fits(region, b, false, follows)) {
-        fail(spAssignDimMismatch);
+        throw Failure(spAssignDimMismatch);
     }
-    Model result = a.isUnset() ? fresh(b, a.m, 0, 0) : a;
+    Model result = a.isUnset() ? fresh(b.storage(), a.m, 0, 0) : a;
     result.n = static_cast<unsigned>(region.n);
     result.m = std::max(a.m, highest(rows) + 1);
     writeRegion(result, rows, everyOne(region.n), b);
@@ -171,13 +164,13 @@ unsigned oneIndex(const Subscript& s)
 {
     const double x = s.values[0];
     if (std::isfinite(x) && x > kxGetMaxNumberOfElements()) {
-        throw Failure{spOK, kSizeLimitError};
+        throw Failure(kSizeLimitError);
     }
     if (!std::isfinite(x) || x != std::trunc(x) || x < 0) {
-        fail(spIndexNotPositiveInteger);
+        throw Failure(spIndexNotPositiveInteger);
     }
     if (x == 0) {
-        fail(spIndexBelowOne);
+        throw Failure(spIndexBelowOne);
     }
     return static_cast<unsigned>(x) - 1;
 }
@@ -196,7 +189,7 @@ void writeOne(Model& a, Place place, const RightSide& b)
         a.nzmax += 10;
     }
     a.entries[place] = value;
-    a.storage.complex = a.storage.complex || b.storage.complex;
+    a.storage.complex = a.storage.complex || b.storage().complex;
 }
 
 /// Several columns of a matrix of moderate height are written with a table of their entries, which the maximum bounds.
@@ -213,7 +206,7 @@ void checkTable(const Model& result, const Positions& columns)
     }
     const std::size_t bytes = std::max<std::size_t>(elementSizeOf(result.storage.classId), 4);
     if (columns.size() > max / 4 || entries > max / bytes) {
-        throw Failure{spOK, kMaxSizeError};
+        throw Failure(kMaxSizeError);
     }
 }
 
@@ -224,7 +217,7 @@ Model writeGeneral(const Model& a, const RightSide& b, const Positions& rows, co
     const unsigned column = highest(columns);
     const bool zeroScalar = b.isScalar() && scalarOf(b) == 0.0;
     const bool one = rows.size() == 1 && columns.size() == 1;
-    Model result = a.isUnset() ? fresh(b, m, column + 1, zeroScalar || one ? 1 : 0) : a;
+    Model result = a.isUnset() ? fresh(b.storage(), m, column + 1, zeroScalar || one ? 1 : 0) : a;
     growColumns(result, column);
     result.m = m;
     if (one && !zeroScalar) {
@@ -244,7 +237,7 @@ Model growGeneral(const Model& a, const RightSide& b, const Positions& rows, con
     const unsigned m = rows.empty() ? a.m : std::max(a.m, highest(rows) + 1);
     const unsigned n = columns.empty() ? 0 : highest(columns) + 1;
     if (a.isUnset()) {
-        return fresh(RightSide::full({0, 0}, {}, {b.storage.classId, false}), m, n, 1);
+        return fresh({b.storage().classId, false}, m, n, 1);
     }
     Model result = a;
     result.m = m;
@@ -291,18 +284,18 @@ Model assignGeneral(const Model& a, const RightSide& original, const Subscript& 
     const spStatus mismatch = b.isLiteral() ? spEmptyAssignDisallowed : spAssignDimMismatch;
     if (isOneNumber(i) && isOneNumber(j)) {
         if (!b.isScalar()) {
-            fail(mismatch);
+            throw Failure(mismatch);
         }
         const unsigned row = oneIndex(i);
         const unsigned column = oneIndex(j);
-        result = a.isUnset() ? fresh(b, row + 1, column + 1, 1) : a;
+        result = a.isUnset() ? fresh(b.storage(), row + 1, column + 1, 1) : a;
         writeOne(result, {column, row}, b);
     } else {
         const Positions rows = convert(i, a.m, Purpose::Assignment);
         const Positions columns = convert(j, a.n, Purpose::Assignment);
         Region region{rows.size(), columns.size()};
         if (!fits(region, b, false, false)) {
-            fail(mismatch);
+            throw Failure(mismatch);
         }
         const bool none = rows.empty() || columns.empty();
         result = (none ? growGeneral : writeGeneral)(a, b, rows, columns);

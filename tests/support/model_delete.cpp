@@ -78,7 +78,7 @@ Model deleteElements(const Model& a, const Subscript& k)
     constexpr std::uint64_t kByteLimit = 0xFFFFFFFFU;
     const bool fits = isCountable(a.m, a.n) && a.numel() * elementSizeOf(a.storage.classId) <= kByteLimit;
     if (a.n != 1 && !fits) {
-        throw Failure{spCannotResizeToRowVector, ""};
+        throw Failure(spCannotResizeToRowVector);
     }
     const PositionSet deleted = deletedPositions(k, std::min<std::uint64_t>(a.numel(), kxGetMaxNumberOfElements()));
     if (a.isEmpty() || deleted.empty()) {

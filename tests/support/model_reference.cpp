@@ -100,11 +100,6 @@ Model finished(Model result)
     return result;
 }
 
-Model duplicate(const Model& a)
-{
-    return finished(a);
-}
-
 /// The elements at these linear positions, laid out by columns in an m-by-n result.
 Model gather(const Model& a, const Positions& positions, std::uint64_t m, std::uint64_t n)
 {
@@ -150,7 +145,7 @@ Shape linearShape(const Model& a, const Subscript& s, std::uint64_t k)
 Model refAll(const Model& a)
 {
     if (!isCountable(a.m, a.n)) {
-        throw Failure{spOK, kTooLargeError};
+        throw Failure(kTooLargeError);
     }
     Model result = reshaped(a, static_cast<unsigned>(a.numel()), 1);
     result.nzmax = a.nnz();
@@ -177,7 +172,7 @@ Model refLinear(const Model& a, const Subscript& k)
 Model refColumns(const Model& a, const Subscript& j)
 {
     if (j.form == Form::Colon) {
-        return duplicate(a);
+        return finished(a);
     }
     return finished(select(a, std::nullopt, convert(j, a.n, Purpose::Reference)));
 }
@@ -205,7 +200,7 @@ Model refByLists(const Model& a, const Subscript& rows, const Subscript& columns
         Positions all;
         for (const double value : list.values) {
             if (value > extent) { // nothing else bounds it
-                throw Failure{spOK, kOutOfRangeError};
+                throw Failure(kOutOfRangeError);
             }
             all.push_back(static_cast<std::uint64_t>(value) - 1);
         }
@@ -227,7 +222,7 @@ Model refByRanges(const Model& a, const Subscript& rows, const Subscript& column
         if (failure.status == spOK) {
             throw;
         }
-        throw Failure{spOK, failure.status == spIndexOutOfRange ? kOutOfRangeError : kNotPositiveIntegerError};
+        throw Failure(failure.status == spIndexOutOfRange ? kOutOfRangeError : kNotPositiveIntegerError);
     }
 }
 

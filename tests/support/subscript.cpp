@@ -111,22 +111,16 @@ std::uint64_t Subscript::numel() const
     return step == 0 || steps < 0 ? 0 : static_cast<std::uint64_t>(steps) + 1;
 }
 
-namespace {
-
-Array fullArray(const Subscript& s)
+Array toArray(const Subscript& s)
 {
-    const unsigned dims[] = {s.m, s.n};
-    Array array(kxCreateNumericArray(2, dims, s.classId, s.complex ? kxCOMPLEX : kxREAL));
-    for (std::size_t i = 0; i < s.values.size(); ++i) {
-        writeElement(array->pr, s.classId, i, s.values[i]);
+    if (s.form == Form::Colon) {
+        return Array(kxCreateColon());
     }
-    return array;
-}
-
-/// Sparse subscripts are built as the model of a matrix.
-Array sparseArray(const Subscript& s)
-{
+    if (s.form == Form::Range) {
+        return Array(kxCreateColonObject(s.start, s.step, s.stop));
+    }
     Model model = Model::empty({s.classId, s.complex}, s.m, s.n);
+    model.sparse = s.form == Form::SparseNumeric || s.form == Form::SparseMask;
     for (const Place place : s.stored) {
         model.entries[place] = s.form == Form::SparseNumeric || s.storesFalse ? 0 : 1;
     }
@@ -136,25 +130,6 @@ Array sparseArray(const Subscript& s)
         }
     }
     return toArray(model.fit());
-}
-
-} // namespace
-
-Array toArray(const Subscript& s)
-{
-    switch (s.form) {
-    case Form::Numeric:
-    case Form::Mask:
-        return fullArray(s);
-    case Form::SparseNumeric:
-    case Form::SparseMask:
-        return sparseArray(s);
-    case Form::Range:
-        return Array(kxCreateColonObject(s.start, s.step, s.stop));
-    case Form::Colon:
-        break;
-    }
-    return Array(kxCreateColon());
 }
 
 Positions maskPositions(const Subscript& mask)

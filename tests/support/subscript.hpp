@@ -23,6 +23,10 @@ struct Failure
 {
     spStatus status = spOK;
     std::string thrown;
+
+    Failure() = default;
+    Failure(spStatus returned) : status(returned) {}
+    Failure(const char* identifier) : thrown(identifier) {}
     bool operator==(const Failure&) const = default;
 };
 
@@ -44,6 +48,8 @@ enum class Form
     Range,         ///< colon object
     Colon          ///< the bare colon
 };
+inline constexpr Form kEveryForm[] = {Form::Numeric,    Form::SparseNumeric, Form::Mask,
+                                      Form::SparseMask, Form::Range,         Form::Colon};
 
 struct Subscript
 {

@@ -48,7 +48,7 @@ Model filledColumn(Storage storage, unsigned m)
     return a.fit();
 }
 
-class Limits : public testing::TestWithParam<NamedExport>
+class Limits : public testing::TestWithParam<Export>
 {
 };
 
@@ -57,7 +57,7 @@ class Limits : public testing::TestWithParam<NamedExport>
 /// The maximum is lowered to about the size of the operands once these exist.
 TEST_P(Limits, ALowerMaximum)
 {
-    const Export callee = GetParam().callee;
+    const Export callee = GetParam();
     unsigned decided = 0;
     property(1000, [&] {
         const Model drawn = drawModel();
@@ -90,7 +90,7 @@ TEST(Limits, MoreNumbersThanTheMaximum)
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, Limits, testing::ValuesIn(everyExport()),
-                         [](const auto& tested) { return tested.param.name; });
+                         [](const auto& tested) { return nameOf(tested.param); });
 
 TEST(Limits, TheLastIndexOf32Bits)
 {
@@ -181,13 +181,13 @@ TEST(Limits, SubscriptsOfMoreElementsThanTheMaximum)
     const Subscript zeros = Subscript::sparseList({1, 2, 0, 3, 0});
     const Subscript mask = Subscript::mask({1, 0, 0, 0, 1});
     const std::pair<Operation, Failure> cases[] = {
-        {{.callee = Export::Ref5, .a = a, .i = zeros}, {spIndexBelowOne, ""}},
-        {{.callee = Export::DeleteRows, .a = a, .i = zeros}, {spIndexBelowOne, ""}},
-        {{.callee = Export::Ass3, .a = a, .b = kSeven, .i = zeros}, {spOK, kNotPositiveIntegerError}},
-        {{.callee = Export::Ass3, .a = patterned(kReal, 1, 3), .b = kSeven, .i = mask}, {spOK, kSizeLimitError}},
-        {{.callee = Export::Ass4, .a = a, .b = kSeven, .i = mask}, {spIndexOutOfRange, ""}},
-        {{.callee = Export::Ass5, .a = a, .b = kSeven, .i = mask}, {spIndexOutOfRange, ""}},
-        {{.callee = Export::Ass6, .a = a, .b = kSeven, .i = at({1}), .j = mask}, {spIndexOutOfRange, ""}},
+        {{.callee = Export::Ref5, .a = a, .i = zeros}, spIndexBelowOne},
+        {{.callee = Export::DeleteRows, .a = a, .i = zeros}, spIndexBelowOne},
+        {{.callee = Export::Ass3, .a = a, .b = kSeven, .i = zeros}, kNotPositiveIntegerError},
+        {{.callee = Export::Ass3, .a = patterned(kReal, 1, 3), .b = kSeven, .i = mask}, kSizeLimitError},
+        {{.callee = Export::Ass4, .a = a, .b = kSeven, .i = mask}, spIndexOutOfRange},
+        {{.callee = Export::Ass5, .a = a, .b = kSeven, .i = mask}, spIndexOutOfRange},
+        {{.callee = Export::Ass6, .a = a, .b = kSeven, .i = at({1}), .j = mask}, spIndexOutOfRange},
     };
     for (const auto& [op, failure] : cases) {
         const Call call(op);
