@@ -98,9 +98,9 @@ TEST_F(LimitsTest, RangesHaveTheExpectedCounts)
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << c.start << ':' << c.step << ':' << c.stop);
         const Array lazy(kxCreateColonObject(c.start, c.step, c.stop));
-        EXPECT_EQ(dimensions(lazy.get()), (std::vector<unsigned>{1, c.count}));
+        EXPECT_EQ(dimensions(lazy), (std::vector<unsigned>{1, c.count}));
         const Array values(kxColonop(c.start, c.step, c.stop, kxDOUBLE_CLASS));
-        ASSERT_EQ(dimensions(values.get()), (std::vector<unsigned>{1, c.count}));
+        ASSERT_EQ(dimensions(values), (std::vector<unsigned>{1, c.count}));
         const auto* value = static_cast<const double*>(values->pr);
         for (unsigned i = 0; i < c.count; ++i) {
             EXPECT_DOUBLE_EQ(value[i], i == 0 ? c.start : c.start + i * c.step);
@@ -143,7 +143,7 @@ TEST_F(LimitsTest, RangeValuesTakeTheClassAskedFor)
     EXPECT_EQ(elements<float>(Array(kxMustBe(lazy.get(), kxSINGLE_CLASS))->pr, 3), (std::vector<float>{1, 2, 3}));
     EXPECT_EQ(elements<double>(Array(kxMustBe(lazy.get(), kxDOUBLE_CLASS))->pr, 3), (std::vector<double>{1, 2, 3}));
     const Array column(kxTranspose(lazy.get()));
-    EXPECT_EQ(dimensions(column.get()), (std::vector<unsigned>{3, 1}));
+    EXPECT_EQ(dimensions(column), (std::vector<unsigned>{3, 1}));
     EXPECT_EQ(kxGetNumNonZeroEl(Array(kxMustBeSparse(lazy.get())).get()), 3U);
     const Array long1(kxColonop(1, 1, 1000, kxUINT16_CLASS)); // longer than a piece of the conversion
     EXPECT_EQ(static_cast<unsigned short*>(long1->pr)[999], 1000);

@@ -106,7 +106,7 @@ TEST_F(MemoryTest, EveryAllocatorFunctionIsCountedAndCanBeMadeToFailOnce)
 
 TEST_F(MemoryTest, ReallocatingASharedBlockLeavesTheOtherHolderItsOwn)
 {
-    const Array original = full<double>(2, 1, kxDOUBLE_CLASS, {1, 2});
+    const Array original = full(Model::of(kReal, {{1}, {2}}));
     const Array copy(kxCreateSharedDataCopy(original.get()));
     ASSERT_EQ(copy->pr, original->pr);
 
@@ -123,7 +123,7 @@ TEST_F(MemoryTest, ReallocatingASharedBlockLeavesTheOtherHolderItsOwn)
 
 TEST_F(MemoryTest, ThreadsMayAllocateAndShareAtOnce)
 {
-    const Array shared = full<double>(1, 1, kxDOUBLE_CLASS, {7});
+    const Array shared = full(Model::of(kReal, {{7}}));
     const auto work = [&shared] {
         for (unsigned i = 0; i < 300; ++i) {
             const Array copy(kxCreateSharedDataCopy(shared.get()));
