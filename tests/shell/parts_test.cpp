@@ -142,16 +142,5 @@ TEST(Lines, OpenBracketsContinueAndErrorsDoNotEnd)
     EXPECT_NE(shell.errors().find("  at line 2: y = [1"), std::string::npos) << shell.errors();
 }
 
-TEST(Session, LeavesNoBlockBehind)
-{
-    const std::size_t before = kxrt::live_blocks();
-    {
-        TestShell shell;
-        shell("A = sprand(100, 100, 0.1); B = A; B(:, 3) = []; r = 1:1e9; s = 'text'; C = A(:); A(0)");
-        EXPECT_GT(kxrt::live_blocks(), before);
-    }
-    EXPECT_EQ(kxrt::live_blocks(), before);
-}
-
 } // namespace
 } // namespace kxsh::test

@@ -47,6 +47,13 @@ class TestShell
     Runner::Outcome outcome_ = Runner::Outcome::kDone;
 };
 
+inline std::string contentOf(const std::string& path)
+{
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    return content.str();
+}
+
 /// A folder of its own for the running test, removed at its end.
 class TestFolder
 {
