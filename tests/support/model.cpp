@@ -28,11 +28,7 @@ Model Model::of(Storage storage, std::initializer_list<std::initializer_list<Val
 
 Model Model::empty(Storage storage, unsigned m, unsigned n)
 {
-    Model model;
-    model.m = m;
-    model.n = n;
-    model.storage = storage;
-    return model;
+    return {.m = m, .n = n, .storage = storage};
 }
 
 Model Model::unset()

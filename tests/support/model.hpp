@@ -34,11 +34,11 @@ struct Model
 
     unsigned m = 0;
     unsigned n = 0;
-    Storage storage;
+    Storage storage = {};
     unsigned nzmax = 0;
     bool sparse = true;     ///< false: a full array, its non-zero elements the entries; nzmax means nothing
     bool hideClass = false; ///< build it with a class id that must be asked for; not compared
-    std::map<Place, Value> entries;
+    std::map<Place, Value> entries = {};
 
     /// A matrix of these rows; nzmax is the number of non-zeros.
     static Model of(Storage storage, std::initializer_list<std::initializer_list<Value>> rows);

@@ -5,6 +5,19 @@
 
 namespace zqsp::test {
 
+void checkIndex(double value)
+{
+    if (std::isfinite(value) && value > kxGetMaxNumberOfElements()) {
+        throw Failure(kSizeLimitError);
+    }
+    if (!std::isfinite(value) || value != std::trunc(value) || value < 0) {
+        throw Failure(spIndexNotPositiveInteger);
+    }
+    if (value == 0) {
+        throw Failure(spIndexBelowOne);
+    }
+}
+
 namespace {
 
 /// The index values of K, 1-based, as floats.
@@ -28,21 +41,6 @@ std::vector<double> indexValues(const Subscript& k)
         values.push_back(static_cast<double>(position + 1));
     }
     return values;
-}
-
-void checkIndices(const std::vector<double>& values)
-{
-    for (const double v : values) {
-        if (std::isfinite(v) && v > kxGetMaxNumberOfElements()) {
-            throw Failure(kSizeLimitError);
-        }
-        if (!std::isfinite(v) || v != std::trunc(v) || v < 0) {
-            throw Failure(spIndexNotPositiveInteger);
-        }
-        if (v == 0) {
-            throw Failure(spIndexBelowOne);
-        }
-    }
 }
 
 /// Where the next index goes; the shape is looked at anew for each.
@@ -143,7 +141,7 @@ Model assignEach(const Model& a, const RightSide& b, const Subscript& k)
     if (matrix && outside) {
         throw Failure(spCannotResize);
     }
-    checkIndices(values);
+    std::for_each(values.begin(), values.end(), checkIndex);
 
     Model result = a;
     if (a.storage.classId == kxUNKNOWN_CLASS) {

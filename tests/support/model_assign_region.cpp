@@ -1,7 +1,6 @@
 #include "support/model_operations.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 #include <set>
 
@@ -162,17 +161,8 @@ bool isOneNumber(const Subscript& s)
 
 unsigned oneIndex(const Subscript& s)
 {
-    const double x = s.values[0];
-    if (std::isfinite(x) && x > kxGetMaxNumberOfElements()) {
-        throw Failure(kSizeLimitError);
-    }
-    if (!std::isfinite(x) || x != std::trunc(x) || x < 0) {
-        throw Failure(spIndexNotPositiveInteger);
-    }
-    if (x == 0) {
-        throw Failure(spIndexBelowOne);
-    }
-    return static_cast<unsigned>(x) - 1;
+    checkIndex(s.values[0]);
+    return static_cast<unsigned>(s.values[0]) - 1;
 }
 
 /// Stores or removes one element; a full matrix grows by ten entries.

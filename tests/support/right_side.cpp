@@ -7,8 +7,6 @@ namespace zqsp::test {
 
 RightSide RightSide::full(std::vector<unsigned> dims, const std::vector<Value>& values, Storage storage)
 {
-    RightSide b;
-    b.kind = Kind::Full;
     while (dims.size() > 2 && dims.back() == 1) { // as the runtime has it
         dims.pop_back();
     }
@@ -16,28 +14,21 @@ RightSide RightSide::full(std::vector<unsigned> dims, const std::vector<Value>& 
     for (std::size_t d = 1; d < dims.size(); ++d) {
         n *= dims[d];
     }
-    b.model = emptyFull(storage, dims[0], n);
+    Model model = emptyFull(storage, dims[0], n);
     for (std::size_t i = 0; i < values.size(); ++i) {
-        b.model.entries[b.model.place(i)] = values[i];
+        model.entries[model.place(i)] = values[i];
     }
-    b.dims = std::move(dims);
-    return b;
+    return {.kind = Kind::Full, .dims = std::move(dims), .model = model};
 }
 
 RightSide RightSide::of(const Model& sparse)
 {
-    RightSide b;
-    b.kind = Kind::Sparse;
-    b.dims = {sparse.m, sparse.n};
-    b.model = sparse;
-    return b;
+    return {.kind = Kind::Sparse, .dims = {sparse.m, sparse.n}, .model = sparse};
 }
 
 RightSide RightSide::literal(Kind kind)
 {
-    RightSide b;
-    b.kind = kind;
-    return b;
+    return {.kind = kind};
 }
 
 namespace {

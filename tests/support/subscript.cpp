@@ -8,54 +8,36 @@ namespace zqsp::test {
 
 Subscript Subscript::list(std::vector<double> values)
 {
-    Subscript s;
-    s.n = static_cast<unsigned>(values.size());
-    s.values = std::move(values);
-    return s;
+    const auto n = static_cast<unsigned>(values.size());
+    return {.n = n, .values = std::move(values)};
 }
 
 Subscript Subscript::sparseList(std::vector<double> values)
 {
-    Subscript s = list(std::move(values));
-    s.form = Form::SparseNumeric;
-    return s;
+    const auto n = static_cast<unsigned>(values.size());
+    return {.form = Form::SparseNumeric, .n = n, .values = std::move(values)};
 }
 
 Subscript Subscript::mask(std::vector<double> zerosAndOnes)
 {
-    Subscript s = list(std::move(zerosAndOnes));
-    s.form = Form::Mask;
-    s.classId = kxLOGICAL_CLASS;
-    return s;
+    const auto n = static_cast<unsigned>(zerosAndOnes.size());
+    return {.form = Form::Mask, .classId = kxLOGICAL_CLASS, .n = n, .values = std::move(zerosAndOnes)};
 }
 
 Subscript Subscript::sparseMask(unsigned m, unsigned n, std::vector<Place> stored)
 {
-    Subscript s;
-    s.form = Form::SparseMask;
-    s.classId = kxLOGICAL_CLASS;
-    s.m = m;
-    s.n = n;
     std::sort(stored.begin(), stored.end());
-    s.stored = std::move(stored);
-    return s;
+    return {.form = Form::SparseMask, .classId = kxLOGICAL_CLASS, .m = m, .n = n, .stored = std::move(stored)};
 }
 
 Subscript Subscript::range(double start, double step, double stop)
 {
-    Subscript s;
-    s.form = Form::Range;
-    s.start = start;
-    s.step = step;
-    s.stop = stop;
-    return s;
+    return {.form = Form::Range, .start = start, .step = step, .stop = stop};
 }
 
 Subscript Subscript::colon()
 {
-    Subscript s;
-    s.form = Form::Colon;
-    return s;
+    return {.form = Form::Colon};
 }
 
 Subscript Subscript::ofModel(const Model& model)
