@@ -69,22 +69,6 @@ TEST(LinearReference, ShapeOfTheResult)
     }
 }
 
-TEST(LinearReference, LongSubscripts)
-{
-    property(600, [] {
-        const Storage storage = drawFrom<Storage>(
-            {{kxDOUBLE_CLASS, false}, {kxLOGICAL_CLASS, false}, {kxDOUBLE_CLASS, true}, {kxUINT8_CLASS, false}});
-        Model a = drawModel(storage, Shape::Dense);
-        if (drawOneIn(2)) {
-            const auto elements = static_cast<unsigned>(a.numel());
-            a = drawOneIn(2) ? reshaped(a, 1, elements) : reshaped(a, elements, 1);
-        }
-        Wanted wanted = wantedElements(a);
-        wanted.most = 500;
-        holds(linear(a, drawSubscript(wanted)));
-    });
-}
-
 namespace {
 
 /// A matrix of 4.9e9 elements and its stored positions as the entries of a mask with `m` rows, others added.
@@ -133,23 +117,4 @@ TEST(LinearReference, LargeMasks)
     Model column = Model::empty({}, 0xF0000000, 1);
     column.entries[{0, 0xEFFFFFFF}] = 5;
     expectEnds(linear(column.fit(), Subscript::sparseMask(0xF0000000, 1, {{0, 7}, {0, 0xEFFFFFFF}})), spOK);
-}
-
-TEST(LinearReference, LimitsOfMatricesPastTheMaximum)
-{
-    const MaxElements limit(10);
-    const Model a = third(4, 4);
-    const std::pair<Subscript, Failure> cases[] = {
-        {Subscript::list({10}), {}},
-        {Subscript::list({11}), spIndexExceedsMaxSize},
-        {Subscript::list({11}).as(kxUINT32_CLASS), spIndexExceedsMaxSize},
-        {Subscript::list({11}).as(kxINT8_CLASS), spIndexOutOfRange},
-        {Subscript::range(9, 1, 10), {}},
-        {Subscript::range(9, 1, 11), kMaxSizeError},
-        {Subscript::range(11, 1, 11), spIndexOutOfRange},
-        {Subscript::colon(), kTooLargeError},
-    };
-    for (const auto& [k, failure] : cases) {
-        expectEnds(linear(a, k), failure);
-    }
 }

@@ -41,6 +41,25 @@ TEST_P(RandomReference, EveryFormOfOneSubscript)
     }
 }
 
+TEST_P(RandomReference, LongSubscripts)
+{
+    property(100, [&] {
+        const auto drawn = [](Wanted wanted, unsigned most) {
+            wanted.most = most;
+            return drawSubscript(wanted);
+        };
+        const Model a = drawModel(GetParam(), Shape::Dense);
+        const auto elements = static_cast<unsigned>(a.numel());
+        const Model any = drawOneIn(2) ? a : drawOneIn(2) ? reshaped(a, 1, elements) : reshaped(a, elements, 1);
+        const Model wide = reshaped(a, a.n, a.m);
+        const Subscript i = drawn(wantedRows(a), 300);
+        holds({.callee = Export::Ref3, .a = any, .i = drawn(wantedElements(any), 500)});
+        holds({.callee = Export::Ref4, .a = wide, .i = i});
+        holds({.callee = Export::Ref5, .a = a, .i = i});
+        holds({.callee = Export::Ref6, .a = a, .i = i, .j = drawn(wantedColumns(a), 40)});
+    });
+}
+
 TEST_P(RandomReference, MoreThanFourThousandMillionElements)
 {
     property(150, [&] {

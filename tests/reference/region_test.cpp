@@ -20,12 +20,6 @@ Model evenColumns(unsigned m, unsigned n, unsigned length, unsigned firstRow = 0
     return a.fit();
 }
 
-Wanted longer(Wanted wanted, unsigned most)
-{
-    wanted.most = most;
-    return wanted;
-}
-
 std::vector<double> ones(unsigned count)
 {
     return std::vector<double>(count, 1.0);
@@ -56,21 +50,6 @@ TEST(RowReference, MethodIsChosenByTheRule)
         EXPECT_EQ(usesRowMap(a, 3), m == 30);
         EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = a, .i = Subscript::list({1, 1, 3})}));
     }
-}
-
-TEST(RowReference, LongSubscripts)
-{
-    property(600, [] {
-        const Storage storage = drawFrom<Storage>(
-            {{kxDOUBLE_CLASS, false}, {kxLOGICAL_CLASS, false}, {kxDOUBLE_CLASS, true}, {kxINT16_CLASS, true}});
-        const Model a = drawModel(storage, Shape::Dense);
-        const Subscript i = drawSubscript(longer(wantedRows(a), 300));
-        holds({.callee = Export::Ref5, .a = a, .i = i});
-        const Subscript j = drawSubscript(longer(wantedColumns(a), 40));
-        holds({.callee = Export::Ref6, .a = a, .i = i, .j = j});
-        const Model wide = reshaped(a, a.n, a.m);
-        holds({.callee = Export::Ref4, .a = wide, .i = i});
-    });
 }
 
 TEST(RowReference, ColumnsOfEveryLengthAreSorted)

@@ -1,5 +1,6 @@
 #include "support/call.hpp"
 
+#include <algorithm>
 #include <ostream>
 
 namespace zqsp::test {
@@ -23,33 +24,6 @@ Operation resolved(Operation op)
 
 namespace {
 
-std::vector<unsigned> zeroBased(const Subscript& list)
-{
-    std::vector<unsigned> indices;
-    for (const double value : list.values) {
-        indices.push_back(static_cast<unsigned>(value) - 1);
-    }
-    return indices;
-}
-
-kxArray* referenceByLists(const kxArray* a, const Subscript& i, const Subscript& j)
-{
-    const std::vector<unsigned> rows = zeroBased(i);
-    const std::vector<unsigned> columns = zeroBased(j);
-    static const unsigned kNothing = 0; // a list without elements is not a null list
-    const auto data = [](const Subscript& s, const std::vector<unsigned>& list) {
-        return s.form == Form::Colon ? nullptr : (list.empty() ? &kNothing : list.data());
-    };
-    return kxSparseReference(a, data(i, rows), static_cast<unsigned>(rows.size()), data(j, columns),
-                             static_cast<unsigned>(columns.size()));
-}
-
-kxArray* referenceByRanges(const kxArray* a, const Subscript& i, const Subscript& j)
-{
-    return kxSparseColonReference(a, static_cast<int>(i.start), static_cast<int>(i.step), static_cast<int>(i.stop),
-                                  static_cast<int>(j.start), static_cast<int>(j.step), static_cast<int>(j.stop));
-}
-
 /// The arrays of a call, as the export takes them.
 struct Operands
 {
@@ -60,6 +34,37 @@ struct Operands
     const kxArray* j;
     kxArray** out;
 };
+
+std::vector<unsigned> zeroBased(const Subscript& list)
+{
+    std::vector<unsigned> indices;
+    for (const double value : list.values) {
+        indices.push_back(static_cast<unsigned>(value) - 1);
+    }
+    return indices;
+}
+
+spStatus referenceByLists(const Operands& x)
+{
+    const std::vector<unsigned> rows = zeroBased(x.op.i);
+    const std::vector<unsigned> columns = zeroBased(x.op.j);
+    static const unsigned kNothing = 0; // a list without elements is not a null list
+    const auto data = [](const Subscript& s, const std::vector<unsigned>& list) {
+        return s.form == Form::Colon ? nullptr : (list.empty() ? &kNothing : list.data());
+    };
+    *x.out = kxSparseReference(x.a, data(x.op.i, rows), static_cast<unsigned>(rows.size()), data(x.op.j, columns),
+                               static_cast<unsigned>(columns.size()));
+    return spOK;
+}
+
+spStatus referenceByRanges(const Operands& x)
+{
+    const auto word = [](double value) { return static_cast<int>(value); };
+    const auto& [op, a, b, i, j, out] = x;
+    *out = kxSparseColonReference(a, word(op.i.start), word(op.i.step), word(op.i.stop), word(op.j.start),
+                                  word(op.j.step), word(op.j.stop));
+    return spOK;
+}
 
 /// What there is to know of an export.
 struct ExportTraits
@@ -82,16 +87,8 @@ const ExportTraits kExports[] = {
      [](const Operands& x) { return spRef5(x.a, x.i, x.out); }},
     {"spRef6", 2, [](const Operation& op) { return refGeneral(op.a, op.i, op.j); },
      [](const Operands& x) { return spRef6(x.a, x.i, x.j, x.out); }},
-    {"kxSparseReference", 2, [](const Operation& op) { return refByLists(op.a, op.i, op.j); },
-     [](const Operands& x) {
-         *x.out = referenceByLists(x.a, x.op.i, x.op.j);
-         return spOK;
-     }},
-    {"kxSparseColonReference", 2, [](const Operation& op) { return refByRanges(op.a, op.i, op.j); },
-     [](const Operands& x) {
-         *x.out = referenceByRanges(x.a, x.op.i, x.op.j);
-         return spOK;
-     }},
+    {"kxSparseReference", 2, [](const Operation& op) { return refByLists(op.a, op.i, op.j); }, referenceByLists},
+    {"kxSparseColonReference", 2, [](const Operation& op) { return refByRanges(op.a, op.i, op.j); }, referenceByRanges},
     {"spAss3", 1, [](const Operation& op) { return assignLinear(op.a, op.b, op.i); },
      [](const Operands& x) { return spAss3(x.a, x.b, x.i); }},
     {"spAss4", 1, [](const Operation& op) { return assignColumns(op.a, op.b, op.i); },
@@ -124,15 +121,10 @@ bool takesBareIndices(Export callee)
 
 } // namespace
 
-const std::vector<Export>& everyExport()
+std::vector<Export> everyExport()
 {
-    static const std::vector<Export> all = [] {
-        std::vector<Export> exports;
-        for (std::size_t i = 0; i < std::size(kExports); ++i) {
-            exports.push_back(static_cast<Export>(i));
-        }
-        return exports;
-    }();
+    std::vector<Export> all(std::size(kExports));
+    std::generate(all.begin(), all.end(), [next = 0]() mutable { return static_cast<Export>(next++); });
     return all;
 }
 

@@ -56,11 +56,12 @@ Model& Model::fit()
     return *this;
 }
 
-void Model::freeImagIfZero()
+Model withoutImagZeros(Model model)
 {
-    const bool zero =
-        std::all_of(entries.begin(), entries.end(), [](const auto& entry) { return entry.second.imag() == 0; });
-    storage.complex = storage.complex && !zero;
+    const bool zero = std::all_of(model.entries.begin(), model.entries.end(),
+                                  [](const auto& entry) { return entry.second.imag() == 0; });
+    model.storage.complex = model.storage.complex && !zero;
+    return model;
 }
 
 Array toArray(const Model& model)

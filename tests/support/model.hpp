@@ -60,9 +60,10 @@ struct Model
 
     /// Makes the capacity cover the entries.
     Model& fit();
-    /// Drops an imaginary part without a non-zero stored value.
-    void freeImagIfZero();
 };
+
+/// The same without an imaginary part that stores no other value than zero.
+Model withoutImagZeros(Model model);
 
 /// The same with this capacity.
 inline Model withCapacity(Model model, unsigned nzmax)

@@ -164,9 +164,9 @@ Model assignEach(const Model& a, const RightSide& b, const Subscript& k)
 
 Model assignLinear(const Model& a, const RightSide& b, const Subscript& k)
 {
-    Model result = b.isDeletion() ? deleteElements(a, k) : k.form == Form::Colon ? fillAll(a, b) : assignEach(a, b, k);
-    result.freeImagIfZero();
-    return result;
+    return withoutImagZeros(b.isDeletion()          ? deleteElements(a, k)
+                            : k.form == Form::Colon ? fillAll(a, b)
+                                                    : assignEach(a, b, k));
 }
 
 } // namespace zqsp::test

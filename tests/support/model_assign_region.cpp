@@ -1,7 +1,6 @@
 #include "support/model_operations.hpp"
 
 #include <algorithm>
-#include <functional>
 #include <set>
 
 namespace zqsp::test {
@@ -85,22 +84,6 @@ void writeRegion(Model& a, const Positions& rows, const Positions& columns, cons
     a.fit();
 }
 
-/// The shared beginning of A(:,J) = B and A(I,:) = B.
-Model enter(const Model& a, RightSide b, const Subscript& s, const std::function<Model(const Model&, RightSide)>& work)
-{
-    b = b.squeezed();
-    if (!b.isScalar()) {
-        b = RightSide::of(b.asSparse());
-    }
-    if (a.storage.classId == kxUNKNOWN_CLASS && s.form == Form::Colon) {
-        Model result = b.asSparse();
-        result.sparse = b.kind == RightSide::Kind::Sparse;
-        result.nzmax = Model::kAnyCapacity;
-        return result;
-    }
-    return work(a, a.storage.classId == kxUNKNOWN_CLASS ? b : b.converted(a.storage.classId));
-}
-
 /// No column or no row is named.
 Model writeNothing(const Model& a, const RightSide& b)
 {
@@ -110,45 +93,54 @@ Model writeNothing(const Model& a, const RightSide& b)
     return a.isUnset() ? fresh({b.storage().classId, false}, 0, 0, 1) : a;
 }
 
-Model writeColumns(const Model& a, const RightSide& b, const Subscript& j)
+/// A(:,J) = B, or A(I,:) = B, once B is of the target's class.
+Model writeLines(const Model& a, const RightSide& b, const Subscript& s, bool columns)
 {
-    const Positions columns = convert(j, a.n, Purpose::Assignment);
-    if (columns.empty()) {
+    const Positions lines = convert(s, columns ? a.n : a.m, Purpose::Assignment);
+    if (lines.empty()) {
         return writeNothing(a, b);
     }
     const bool follows = a.isEmpty() && a.m == a.n && b.numel() > 0;
-    Region region{a.m, columns.size()};
-    if (!fits(region, b, follows, false)) {
+    Region region = columns ? Region{a.m, lines.size()} : Region{lines.size(), a.n};
+    if (!fits(region, b, columns && follows, !columns && follows)) {
         throw Failure(spAssignDimMismatch);
     }
+    const unsigned last = highest(lines);
     Model result = a;
-    if (a.isUnset()) {
+    if (a.isUnset() && columns) {
         const std::uint64_t nnz = b.kind == RightSide::Kind::Sparse ? b.model.nnz() : 1;
         const std::uint64_t nzmax = b.isScalar() ? nnz * region.n : nnz;
-        result = fresh(b.storage(), 0, highest(columns) + 1, static_cast<unsigned>(nzmax));
+        result = fresh(b.storage(), 0, last + 1, static_cast<unsigned>(nzmax));
+    } else if (a.isUnset()) {
+        result = fresh(b.storage(), a.m, 0, 0);
     }
-    result.m = static_cast<unsigned>(region.m);
-    growColumns(result, highest(columns));
-    writeRegion(result, everyOne(region.m), columns, b);
+    if (columns) {
+        growColumns(result, last);
+        result.m = static_cast<unsigned>(region.m);
+        writeRegion(result, everyOne(region.m), lines, b);
+    } else {
+        result.m = std::max(a.m, last + 1);
+        result.n = static_cast<unsigned>(region.n);
+        writeRegion(result, lines, everyOne(region.n), b);
+    }
     return result;
 }
 
-Model writeRows(const Model& a, const RightSide& b, const Subscript& i)
+Model assignLines(const Model& a, RightSide b, const Subscript& s, bool columns)
 {
-    const Positions rows = convert(i, a.m, Purpose::Assignment);
-    if (rows.empty()) {
-        return writeNothing(a, b);
+    b = b.squeezed();
+    if (!b.isScalar()) {
+        b = RightSide::of(b.asSparse());
     }
-    const bool follows = a.isEmpty() && a.m == a.n && b.numel() > 0;
-    Region region{rows.size(), a.n};
-    if (!fits(region, b, false, follows)) {
-        throw Failure(spAssignDimMismatch);
+    const bool classless = a.storage.classId == kxUNKNOWN_CLASS;
+    Model result = b.asSparse();
+    if (classless && s.form == Form::Colon) { // the target takes B whole
+        result.sparse = b.kind == RightSide::Kind::Sparse;
+        result.nzmax = Model::kAnyCapacity;
+    } else {
+        result = writeLines(a, classless ? b : b.converted(a.storage.classId), s, columns);
     }
-    Model result = a.isUnset() ? fresh(b.storage(), a.m, 0, 0) : a;
-    result.n = static_cast<unsigned>(region.n);
-    result.m = std::max(a.m, highest(rows) + 1);
-    writeRegion(result, rows, everyOne(region.n), b);
-    return result;
+    return withoutImagZeros(result);
 }
 
 /// Whether A(i,j) = B takes the short way for this subscript: one number of a class that may be complex.
@@ -241,21 +233,12 @@ Model growGeneral(const Model& a, const RightSide& b, const Positions& rows, con
 
 Model assignColumns(const Model& a, const RightSide& b, const Subscript& j)
 {
-    Model result =
-        b.isDeletion()
-            ? deleteColumns(a, j)
-            : enter(a, b, j, [&](const Model& x, const RightSide& prepared) { return writeColumns(x, prepared, j); });
-    result.freeImagIfZero();
-    return result;
+    return b.isDeletion() ? withoutImagZeros(deleteColumns(a, j)) : assignLines(a, b, j, true);
 }
 
 Model assignRows(const Model& a, const RightSide& b, const Subscript& i)
 {
-    Model result = b.isDeletion() ? deleteRows(a, i) : enter(a, b, i, [&](const Model& x, const RightSide& prepared) {
-        return writeRows(x, prepared, i);
-    });
-    result.freeImagIfZero();
-    return result;
+    return b.isDeletion() ? withoutImagZeros(deleteRows(a, i)) : assignLines(a, b, i, false);
 }
 
 Model assignGeneral(const Model& a, const RightSide& original, const Subscript& i, const Subscript& j)
@@ -266,8 +249,7 @@ Model assignGeneral(const Model& a, const RightSide& original, const Subscript& 
         result = original.asSparse();
         result.sparse = original.kind == RightSide::Kind::Sparse;
         result.nzmax = result.sparse ? original.model.nzmax : Model::kAnyCapacity;
-        result.freeImagIfZero();
-        return result;
+        return withoutImagZeros(result);
     }
     RightSide b = original.isDeletion() || id == kxUNKNOWN_CLASS ? original : original.converted(id);
     b = b.squeezed();
@@ -290,8 +272,7 @@ Model assignGeneral(const Model& a, const RightSide& original, const Subscript& 
         const bool none = rows.empty() || columns.empty();
         result = (none ? growGeneral : writeGeneral)(a, b, rows, columns);
     }
-    result.freeImagIfZero();
-    return result;
+    return withoutImagZeros(result);
 }
 
 } // namespace zqsp::test

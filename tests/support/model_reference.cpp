@@ -94,12 +94,6 @@ Model select(const Model& a, const std::optional<Positions>& rows, const Positio
     return result;
 }
 
-Model finished(Model result)
-{
-    result.freeImagIfZero();
-    return result;
-}
-
 /// The elements at these linear positions, laid out by columns in an m-by-n result.
 Model gather(const Model& a, const Positions& positions, std::uint64_t m, std::uint64_t n)
 {
@@ -166,15 +160,15 @@ Model refLinear(const Model& a, const Subscript& k)
     if (!countable && k.form == Form::SparseMask && !isCountable(k.m, k.n) && !positions.empty()) {
         result.nzmax = std::min(static_cast<unsigned>(positions.size()), a.nnz());
     }
-    return finished(result);
+    return withoutImagZeros(result);
 }
 
 Model refColumns(const Model& a, const Subscript& j)
 {
     if (j.form == Form::Colon) {
-        return finished(a);
+        return withoutImagZeros(a);
     }
-    return finished(select(a, std::nullopt, convert(j, a.n, Purpose::Reference)));
+    return withoutImagZeros(select(a, std::nullopt, convert(j, a.n, Purpose::Reference)));
 }
 
 Model refRows(const Model& a, const Subscript& i)
@@ -188,7 +182,7 @@ Model refGeneral(const Model& a, const Subscript& i, const Subscript& j)
         return refColumns(a, j);
     }
     const Positions rows = convert(i, a.m, Purpose::Reference);
-    return finished(select(a, rows, convert(j, a.n, Purpose::Reference)));
+    return withoutImagZeros(select(a, rows, convert(j, a.n, Purpose::Reference)));
 }
 
 Model refByLists(const Model& a, const Subscript& rows, const Subscript& columns)

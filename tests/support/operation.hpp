@@ -35,7 +35,7 @@ enum class Export
 };
 
 /// Every export that takes a sparse array.
-const std::vector<Export>& everyExport();
+std::vector<Export> everyExport();
 const char* nameOf(Export callee);
 bool isReference(Export callee);
 bool isAssignment(Export callee);
