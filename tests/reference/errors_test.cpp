@@ -9,14 +9,10 @@ using namespace zqsp::test;
 
 namespace {
 
-/// Lets exceptions leave by their own class for a scope.
-class LegacyErrorsReturn
+/// Exceptions leave by their own class.
+struct LegacyErrorsReturn : Setting
 {
-  public:
-    LegacyErrorsReturn() { kxrt::legacy_errors_raise(false); }
-    LegacyErrorsReturn(const LegacyErrorsReturn&) = delete;
-    LegacyErrorsReturn& operator=(const LegacyErrorsReturn&) = delete;
-    ~LegacyErrorsReturn() { kxrt::legacy_errors_raise(true); }
+    LegacyErrorsReturn() : Setting([] { kxrt::legacy_errors_raise(true); }) { kxrt::legacy_errors_raise(false); }
 };
 
 /// The exception of a message leaves by its own class, whose bases tell the message.

@@ -1,6 +1,6 @@
 // A(I,:) and A(I,J): the choice of method, repeated rows, the same subscript twice, counts past 32 bits.
-#include "support/draw.hpp"
-#include "support/generators.hpp"
+#include "support/call.hpp"
+#include <gtest/gtest.h>
 
 #include <algorithm>
 
@@ -119,23 +119,13 @@ TEST(GeneralReference, CountsPast32BitsRaiseASizeError)
     constexpr unsigned kMany = 65536; // times as many entries, 2^32 in all
     const Subscript many = Subscript::list(ones(kMany));
     const Model column = evenColumns(kMany, 1, kMany);
-    const Model scalar = evenColumns(1, 1, 1);
-    const Array columnArray = toArray(column);
-    const Array scalarArray = toArray(scalar);
-    const Array subscript = toArray(many);
-    const Array searched = toArray(evenColumns(0x7FFFFFFF, 1, 1));
-    kxArray* out = nullptr;
-    const Failure tooLarge(kMaxSizeError);
-    const auto j = subscript.get();
-    expectFails([&] { return spRef4(columnArray.get(), j, &out); }, tooLarge, {columnArray.get(), j});
-    expectFails([&] { return spRef6(scalarArray.get(), j, j, &out); }, tooLarge, {scalarArray.get(), j});
-    expectFails([&] { return spRef6(searched.get(), j, j, &out); }, tooLarge, {searched.get(), j});
-    const std::vector<unsigned> zeros(kMany, 0);
-    expectFails(
-        [&] {
-            out = kxSparseReference(columnArray.get(), nullptr, 0, zeros.data(), kMany);
-            return spOK;
-        },
-        tooLarge, {columnArray.get()});
-    EXPECT_EQ(out, nullptr);
+    const Outcome tooLarge{Failure(kMaxSizeError), {}};
+    const Operation cases[] = {
+        {.callee = Export::Ref4, .a = column, .i = many},
+        {.callee = Export::Ref6, .a = evenColumns(1, 1, 1), .i = many, .jIs = Alias::SharesSubscript},
+        {.callee = Export::Ref6, .a = evenColumns(0x7FFFFFFF, 1, 1), .i = many, .j = many}, // by searches
+        {.callee = Export::ReferenceByLists, .a = column, .i = Subscript::colon(), .j = many}};
+    for (const Operation& op : cases) {
+        EXPECT_EQ("", makeAndCheck(Call(op), op, tooLarge).complaint); // too large for the model
+    }
 }

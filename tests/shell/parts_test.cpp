@@ -1,4 +1,4 @@
-// The parts that the statements stand on: assembly, random numbers, completion, lines as they come.
+// The parts that the statements stand on: assembly, random numbers, completion.
 #include "test_shell.hpp"
 
 #include "assembly.hpp"
@@ -106,40 +106,6 @@ TEST(Completion, NamesAndFiles)
     EXPECT_EQ(files.common, folder / "plate");
     EXPECT_EQ(files.begun, (folder / "pla").size());
     EXPECT_EQ(complete(shell.session(), "f('no/such/folder/x").candidates, Names{});
-}
-
-/// Lines from a list; an empty one stands for Ctrl-C.
-class Script : public LineSource
-{
-  public:
-    explicit Script(std::vector<std::string> lines) : lines_(std::move(lines)) {}
-    Event next(std::string& line, bool continued) override
-    {
-        prompts += continued ? '.' : '>';
-        if (at_ == lines_.size()) {
-            return Event::kEnd;
-        }
-        line = lines_[at_++];
-        return line.empty() ? Event::kInterrupted : Event::kLine;
-    }
-    std::string prompts;
-
-  private:
-    std::vector<std::string> lines_;
-    std::size_t at_ = 0;
-};
-
-TEST(Lines, OpenBracketsContinueAndErrorsDoNotEnd)
-{
-    TestShell shell;
-    Script lines({"x = [1 2", "3 4];", "y = oops", "z = (1 +", "", "w = 3;", "quit", "v = 4;"});
-    EXPECT_FALSE(shell.runner().runLines(lines)) << "one line failed";
-    EXPECT_EQ(lines.prompts, ">.>>.>>");
-    EXPECT_NE(shell.errors().find("  at line 3: y = oops"), std::string::npos) << shell.errors();
-    EXPECT_EQ(shell("vars"), "  w  full double, 1-by-1\n  x  full double, 2-by-2\n");
-    Script unfinished({"x = 5;", "y = [1"});
-    EXPECT_FALSE(shell.runner().runLines(unfinished));
-    EXPECT_NE(shell.errors().find("  at line 2: y = [1"), std::string::npos) << shell.errors();
 }
 
 } // namespace

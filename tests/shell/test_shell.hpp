@@ -36,7 +36,6 @@ class TestShell
         return open == std::string::npos ? "" : line.substr(open + 1, line.size() - open - 2);
     }
     [[nodiscard]] Session& session() { return session_; }
-    Runner& runner() { return runner_; }
     Value& operator[](const std::string& name) { return session_.variables.at(name); }
 
   private:

@@ -15,16 +15,6 @@ constexpr unsigned kTop = 0xFFFFFFFF;
 const RightSide kSeven = RightSide::scalar(7);
 const RightSide kZero = RightSide::scalar(0);
 
-/// Sets the largest block for a scope.
-class LargestBlock
-{
-  public:
-    explicit LargestBlock(std::size_t bytes) { kxrt::set_largest_block(bytes); }
-    LargestBlock(const LargestBlock&) = delete;
-    LargestBlock& operator=(const LargestBlock&) = delete;
-    ~LargestBlock() { kxrt::set_largest_block(std::size_t{1} << 36); }
-};
-
 Subscript at(std::vector<double> indices)
 {
     return Subscript::list(std::move(indices));
