@@ -159,30 +159,10 @@ TEST(FailingStatements, ErrorsNameWhatIsWrong)
 /// Each allocation of the runtime fails once.
 TEST(FailingStatements, ExhaustedMemory)
 {
-    const Texts statements = {"A(3, 3) = 9",
-                              "A(8, 9) = 1",
-                              "A(:, 2) = 5",
-                              "A(2, :) = [1 2 3 4 5]",
-                              "A([1 7 3]) = []",
-                              "A(:, [1 3]) = []",
-                              "A([2 4], :) = []",
-                              "A(A > 1) = 2",
-                              "A(:) = 1:25",
-                              "A(2:3, [5 1]) = [1 2; 3 4]",
-                              "A(7, 7) = 1i",
-                              "Z(2, :) = 0",
-                              "F(3, 3) = 1",
-                              "F(1, :) = []",
-                              "fresh(3, 4) = 2",
-                              "A = A(:, [3 1])",
-                              "x = full(A)",
-                              "c(9) = 1",
-                              "L(4, :) = true",
-                              "A = reshape(A, 1, 25)",
-                              "Z = Z + Z",
-                              "y = [A; 1 2 3 4 5]",
-                              "y = sparse(1:3, 1:3, 2i)"};
-    for (const std::string& statement : statements) {
+    for (const std::string& statement :
+         Texts{"A(8, 9) = 1", "A(A > 1) = 2", "A(:, [1 3]) = []", "A(:) = 1:25", "Z(2, :) = 0", "F(3, 3) = 1",
+               "F(1, :) = []", "fresh(3, 4) = 2", "L(4, :) = true", "x = full(A)", "A = reshape(A, 1, 25)", "Z = Z + Z",
+               "y = [A; 1 2 3 4 5]", "y = sparse(1:3, 1:3, 2i)"}) {
         const LeakCheck leaks;
         bool failed = true;
         int faults = 0;

@@ -4,50 +4,41 @@
 #include "assembly.hpp"
 #include "completion.hpp"
 #include "sampling.hpp"
+#include "support/model.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <complex>
 #include <map>
-#include <set>
 
 namespace kxsh::test {
 namespace {
 
-/// Random lists against a map, with rows on both sides of the 16 bits by which they are counted.
+using zqsp::test::Model;
+
+/// Random lists against the model, with rows on both sides of the 16 bits by which they are counted.
 TEST(Assembly, SumsPlacesAndDropsZeros)
 {
     Sampler random(11);
     for (const unsigned m : {1U, 7U, 65536U, 65537U, 4000000U}) {
         for (const bool complex : {false, true}) {
             const unsigned n = 1 + static_cast<unsigned>(random.below(6));
-            std::map<std::pair<unsigned, unsigned>, std::complex<double>> expected;
+            Model expected = Model::empty({kxDOUBLE_CLASS, complex}, m, n);
             Triplets triplets;
             for (int k = 0; k < 500; ++k) {
-                const auto row =
-                    static_cast<unsigned>(random.below(2) != 0 ? random.below(m) : random.below(std::min(m, 5U)));
+                const std::uint64_t rows = random.below(2) != 0 ? m : std::min(m, 5U);
+                const auto row = static_cast<unsigned>(random.below(rows));
                 const auto column = static_cast<unsigned>(random.below(n));
-                const std::complex<double> value(static_cast<double>(random.below(3)) - 1,
-                                                 complex ? static_cast<double>(random.below(3)) - 1 : 0);
+                const auto part = [&random] { return static_cast<double>(random.below(3)) - 1; };
+                const zqsp::test::Value value(part(), complex ? part() : 0);
                 triplets.push(row, column, value.real());
                 if (complex) {
                     triplets.im.push_back(value.imag());
                 }
-                expected[{column, row}] += value;
+                expected.entries[{column, row}] += value;
             }
-            std::erase_if(expected, [](const auto& entry) { return entry.second == 0.0; });
-            const Value made = assemble(triplets, m, n);
-            ASSERT_EQ(made.entries(), expected.size());
-            EXPECT_EQ(made.get()->nzmax, expected.size());
-            auto entry = expected.begin();
-            for (unsigned j = 0; j < n; ++j) {
-                for (unsigned k = made.starts()[j]; k < made.starts()[j + 1]; ++k, ++entry) {
-                    EXPECT_EQ(entry->first, std::make_pair(j, made.rowIndices()[k]));
-                    EXPECT_EQ(entry->second.real(), made.data<double>()[k]);
-                    EXPECT_EQ(entry->second.imag(), made.isComplex() ? made.imagData<double>()[k] : 0);
-                }
-            }
+            std::erase_if(expected.entries, [](const auto& entry) { return entry.second == 0.0; });
+            EXPECT_EQ("", zqsp::test::diff(assemble(triplets, m, n).get(), expected.fit()));
         }
     }
 }
