@@ -24,6 +24,14 @@ TEST(RegionRules, LastOfRepeatedIndicesWins)
         Model::of(kReal, {{9, 0, 8, 0, 0}, {0, 3, 7, 0, 0}, {0, 0, 0, 0, 6}}));
 }
 
+TEST(RegionRules, DeletionsDropAnImaginaryPartOfZeros)
+{
+    const Model a = Model::of(kComplex, {{Value(0, 1), 0, 2}, {0, 3, 0}});
+    const RightSide mark = RightSide::literal();
+    expectGives(toColumns(a, at({1}), mark), withCapacity(Model::of(kReal, {{0, 2}, {3, 0}}), 3));
+    expectGives(toRows(a, at({1, 1}), mark), withCapacity(Model::of(kReal, {{0, 3, 0}}), 3));
+}
+
 TEST(FreshTargets, TakeTheOpenExtentFromTheRightSide)
 {
     const RightSide b = byRows({{1, 0, 2}, {3, 4, 0}});

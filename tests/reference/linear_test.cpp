@@ -118,3 +118,13 @@ TEST(LinearReference, LargeMasks)
     column.entries[{0, 0xEFFFFFFF}] = 5;
     expectEnds(linear(column.fit(), Subscript::sparseMask(0xF0000000, 1, {{0, 7}, {0, 0xEFFFFFFF}})), spOK);
 }
+
+TEST(LinearReference, MatricesPastTheMaximum)
+{
+    const MaxElements limit(10);
+    const Model a = third(4, 4);
+    expectEnds(linear(a, Subscript::list({11})), spIndexExceedsMaxSize);
+    expectEnds(linear(a, Subscript::list({11}).as(kxINT8_CLASS)), spIndexOutOfRange);
+    expectEnds(linear(a, Subscript::range(9, 1, 11)), kMaxSizeError);
+    expectEnds(linear(a, Subscript::range(11, 1, 11)), spIndexOutOfRange);
+}
