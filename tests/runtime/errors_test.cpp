@@ -67,6 +67,7 @@ TEST_F(ErrorsTest, ExceptionsAreCaughtByClassAndBasesHoweverTheyTravel)
         exceptionOf<keys::pmaxsize>());
     expectCaught<fl::except::bad_alloc, std::bad_alloc, IUserException>(detail::legacy(fl::except::bad_alloc()));
     EXPECT_THROW(fl::except::bad_alloc().rethrow(), std::bad_alloc);
+    EXPECT_GT(std::string(fl::except::bad_alloc().what()).size(), 20U);
 }
 
 TEST_F(ErrorsTest, TextsConvertBetweenEncodings)

@@ -138,8 +138,9 @@ TEST(Terminal, ControlCStopsTheStatementNotTheShell)
     shell.await("be gun");
     ::usleep(200000);
     shell.exchange(kControlC, "interrupted (kxsh:interrupted)");
-    shell.type("print('still', x, y)\n");
-    shell.await("still 5 6");
+    shell.exchange("print('still', x, y)\n", "still 5 6");
+    shell.type(kControlD);
+    EXPECT_EQ(shell.wait(), 0);
 }
 
 } // namespace
