@@ -52,14 +52,11 @@ TEST(FreshTargets, UnsetOnesBecomeSparse)
     const auto none = [](unsigned m, unsigned n, unsigned nzmax) {
         return withCapacity(Model::empty(kReal, m, n), nzmax);
     };
-    expectGives(toRegion(unset, at({2}), at({3}), kSeven), Model::of(kReal, {{0, 0, 0}, {0, 0, 7}}));
     expectGives(toRegion(unset, at({2}), at({3}), kZero), none(2, 3, 1));
     expectGives(toRegion(unset, at({1, 2}), at({3, 2}), RightSide::of(none(2, 2, 9))), none(2, 3, 0));
     expectGives(toRegion(unset, at({}), at({4}), kSeven), none(0, 4, 1));
     expectGives(toColumns(unset, at({3, 1}), kZero), none(1, 3, 2));
     expectGives(toColumns(wide, at({3}), kSeven), none(0, 3, 1));
-    expectGives(toRows(unset, at({3}), kZero), none(3, 1, 0));
-    expectGives(toRows(unset, at({}), kSeven), none(0, 0, 1));
     expectGives(toRows(wide, at({2}), kSeven), Model::of(kReal, {{0, 0, 0, 0, 0}, {7, 7, 7, 7, 7}}));
     // Single numbers make a matrix that just holds the element; the other forms keep the rows there are.
     const Model tall = emptyFull(kReal, 5, 0);

@@ -34,6 +34,7 @@ TEST_P(RandomReference, EveryFormOfOneSubscript)
     for (const Form form : kEveryForm) {
         property(300, [&] {
             const Model a = drawModel(GetParam());
+            holds({.callee = Export::Ref2, .a = a});
             holds({.callee = Export::Ref3, .a = a, .i = drawSubscript(wantedElements(a), form)});
             holds({.callee = Export::Ref4, .a = a, .i = drawSubscript(wantedColumns(a), form)});
             holds({.callee = Export::Ref5, .a = a, .i = drawSubscript(wantedRows(a), form)});

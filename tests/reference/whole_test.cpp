@@ -32,17 +32,6 @@ std::vector<Place> drawPlaces(unsigned m, unsigned n)
 
 } // namespace
 
-TEST(WholeColon, EveryStorageAndShape)
-{
-    for (const Storage storage : sparseStorages()) {
-        property(30, [&] {
-            const Model a = drawModel(storage);
-            holds({.callee = Export::Ref2, .a = a});
-            holds({.callee = Export::Ref3, .a = a, .i = Subscript::colon()});
-        });
-    }
-}
-
 TEST(WholeColon, TooManyElements)
 {
     const struct
