@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
 namespace kxsh::test {
 namespace {
@@ -54,6 +55,16 @@ TEST(Sampling, ChoosesDistinctNumbersInOrder)
             EXPECT_TRUE(std::is_sorted(chosen.begin(), chosen.end(), std::less_equal<>())) << "and none twice";
             EXPECT_TRUE(count == 0 || chosen.back() < bound);
         }
+    }
+    // Every number has its chance: over many seeds, each of ten is chosen about 300 times in 1000 draws of three.
+    std::map<std::uint64_t, int> times;
+    for (std::uint64_t seed = 0; seed < 1000; ++seed) {
+        for (const std::uint64_t number : Sampler(seed).choose(3, 10)) {
+            ++times[number];
+        }
+    }
+    for (const auto& [number, count] : times) {
+        EXPECT_NEAR(count, 300, 75) << number;
     }
 }
 

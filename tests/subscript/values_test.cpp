@@ -155,8 +155,6 @@ TEST(SubscriptValues, SparseAndComplex)
     Subscript complex = Subscript::list({9, 0, 1});
     complex.complex = true;
     expectStatus(complex, spIndexNotPositiveInteger, spIndexNotPositiveInteger);
-    expectStatus(Subscript::sparseList({2, 4, 1, 2}).shaped(2, 2), spOK, spOK);
-    expectStatus(Subscript::sparseList({}).shaped(0, 3), spOK, spOK);
 }
 
 TEST(SubscriptValues, HiddenClassIsAskedFor)
