@@ -1,8 +1,7 @@
-// A(K) = B against the model, which assigns one index after another.
+// A(K) = B and A(:) = B against the model, which assigns one index after another.
+#include "assign/cases.hpp"
 #include "support/draw.hpp"
 #include "support/generators.hpp"
-
-#include <algorithm>
 
 using namespace zqsp::test;
 
@@ -10,10 +9,16 @@ namespace {
 
 constexpr Form kForms[] = {Form::Numeric, Form::SparseNumeric, Form::Mask, Form::SparseMask, Form::Range};
 
-/// Matrices, vectors, scalars, empty and unset targets. What an explicit false does when it is overwritten is open.
+/// What an explicit false does when it is overwritten is open.
+bool mayHoldZeros(Storage storage)
+{
+    return storage.classId != kxLOGICAL_CLASS;
+}
+
+/// Matrices, vectors, scalars, empty and unset targets.
 Model drawTarget(Storage storage, Shape shape)
 {
-    Model a = drawModel(storage, shape, storage.classId != kxLOGICAL_CLASS);
+    const Model a = drawModel(storage, shape, mayHoldZeros(storage));
     const auto count = static_cast<unsigned>(a.numel());
     switch (draw(6)) {
     case 0:
@@ -21,7 +26,7 @@ Model drawTarget(Storage storage, Shape shape)
     case 1:
         return reshaped(a, count, 1);
     case 2:
-        return drawOneIn(6) ? Model::unset() : a;
+        return drawOneIn(4) ? drawUnmadeTarget(storage) : a;
     default:
         return a;
     }
@@ -31,7 +36,8 @@ Model drawTarget(Storage storage, Shape shape)
 Subscript drawIndices(const Model& a, Form form, unsigned most)
 {
     const bool isMatrix = a.m >= 2 && a.n >= 2;
-    Wanted wanted{.extent = a.numel(), .purpose = Purpose::Assignment, .likely = storedElements(a), .most = most};
+    Wanted wanted = wantedElements(a, Purpose::Assignment);
+    wanted.most = most;
     wanted.growth = !isMatrix ? 12 : (drawOneIn(20) ? 2 : 0);
     return drawSubscript(wanted, form);
 }
@@ -45,11 +51,10 @@ RightSide drawValues(const Subscript& k)
     return drawRightSide(static_cast<unsigned>(count));
 }
 
-Operation drawAssignment(Storage storage, Shape shape, Form form, unsigned most)
+Operation drawAssignment(const Model& a, Form form, unsigned most)
 {
-    const Model a = drawTarget(storage, shape);
     const Subscript k = drawIndices(a, form, most);
-    return {.callee = Export::Ass3, .a = a, .b = drawValues(k), .i = k};
+    return toElements(a, k, drawValues(k));
 }
 
 class RandomLinearAssignment : public testing::TestWithParam<Storage>
@@ -61,7 +66,7 @@ class RandomLinearAssignment : public testing::TestWithParam<Storage>
 TEST_P(RandomLinearAssignment, EveryForm)
 {
     for (const Form form : kForms) {
-        property(500, [&] { holds(drawAssignment(GetParam(), Shape::Small, form, 12)); });
+        property(500, [&] { holds(drawAssignment(drawTarget(GetParam(), Shape::Small), form, 12)); });
     }
 }
 
@@ -70,7 +75,7 @@ TEST_P(RandomLinearAssignment, LongSubscripts)
     for (const Form form : kForms) {
         property(60, [&] {
             const Shape shape = drawFrom<Shape>({Shape::Small, Shape::Tall, Shape::Dense});
-            holds(drawAssignment(GetParam(), shape, form, 300));
+            holds(drawAssignment(drawTarget(GetParam(), shape), form, 300));
         });
     }
 }
@@ -78,9 +83,8 @@ TEST_P(RandomLinearAssignment, LongSubscripts)
 TEST_P(RandomLinearAssignment, MoreThanFourThousandMillionElements)
 {
     property(25, [&] {
-        Model a = drawModel(GetParam(), Shape::Huge, GetParam().classId != kxLOGICAL_CLASS);
-        const Subscript k = drawIndices(a, drawFrom<Form>({Form::Numeric, Form::SparseMask, Form::Range}), 8);
-        holds({.callee = Export::Ass3, .a = a, .b = drawValues(k), .i = k});
+        const Model a = drawModel(GetParam(), Shape::Huge, mayHoldZeros(GetParam()));
+        holds(drawAssignment(a, drawFrom<Form>({Form::Numeric, Form::SparseMask, Form::Range}), 8));
     });
 }
 
@@ -91,42 +95,25 @@ TEST_P(RandomLinearAssignment, RunsThatMixEverything)
     property(600, [&] {
         const bool isColumn = drawOneIn(2);
         const unsigned length = draw(12);
-        Model a = drawModelOfSize(GetParam(), isColumn ? length : 1, isColumn ? 1 : length,
-                                  GetParam().classId != kxLOGICAL_CLASS);
+        Model a = drawModelOfSize(GetParam(), isColumn ? length : 1, isColumn ? 1 : length, mayHoldZeros(GetParam()));
         a.nzmax = a.nnz() + draw(3);
-        const unsigned count = 1 + draw(60);
         const unsigned reach = 1 + draw(30);
         std::vector<double> k;
         std::vector<Value> b;
-        for (unsigned t = 0; t < count; ++t) {
+        for (unsigned count = 1 + draw(60); count > 0; --count) {
             k.push_back(1.0 + draw(reach));
             b.emplace_back(draw(3) == 0 ? 0 : 1 + draw(9), drawOneIn(8) ? 1 : 0);
         }
-        holds({.callee = Export::Ass3,
-               .a = a,
-               .b = RightSide::full({1, count}, b, {kxDOUBLE_CLASS, true}),
-               .i = Subscript::list(k)});
+        holds(toElements(a, at(k), row(b, kComplex)));
     });
 }
 
-TEST_P(RandomLinearAssignment, OneByOneIsTheSame)
+TEST_P(RandomLinearAssignment, Colon)
 {
-    property(300, [&] {
-        const Operation op = drawAssignment(GetParam(), Shape::Small, Form::Numeric, 12);
-        if (!predict(op).ended.completed() || op.i.values.empty() || op.a.isUnset()) {
-            return;
-        }
-        const Array once = toArray(op.a);
-        const Array oneByOne = toArray(op.a);
-        RC_ASSERT(spAss3(once.get(), toArray(op.b).get(), toArray(op.i).get()) == spOK);
-        const RightSide b = op.b.converted(op.a.storage.classId);
-        const std::vector<Value> values = b.elements();
-        for (std::size_t t = 0; t < op.i.values.size(); ++t) {
-            const Array value = toArray(RightSide::scalar(values[values.size() == 1 ? 0 : t], b.storage));
-            const Array index = toArray(Subscript::list({op.i.values[t]}));
-            RC_ASSERT(spAss3(oneByOne.get(), value.get(), index.get()) == spOK);
-        }
-        RC_ASSERT(diff(once.get(), fromArray(oneByOne.get())) == "");
+    property(500, [&] {
+        const Model a = drawModel(GetParam(), Shape::Small);
+        holds(toElements(a, Subscript::colon(), drawRightSide(static_cast<unsigned>(a.numel()))));
+        holds(toElements(a, Subscript::colon(), drawRightSide(a.m, a.n)));
     });
 }
 

@@ -4,6 +4,7 @@
 #include "functions.hpp"
 #include "parser.hpp"
 #include "runner.hpp"
+#include "shell/variables.hpp"
 #include "target.hpp"
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <sstream>
 
 using namespace zqsp::test;
+using kxsh::test::Variables;
 
 namespace {
 
@@ -30,32 +32,6 @@ bool isOneStatement(const std::string& text)
         return false; // nothing of it is carried out then; the variables are looked at all the same
     }
 }
-
-/// The variables at one moment.
-class Variables
-{
-  public:
-    explicit Variables(const kxsh::Session& session) : session_(session)
-    {
-        for (const auto& [name, value] : session.variables) {
-            snapshots_.emplace_back(name, Snapshot(value.get()));
-        }
-    }
-
-    [[nodiscard]] std::string changes() const
-    {
-        std::string found = snapshots_.size() == session_.variables.size() ? "" : "other variables";
-        for (const auto& [name, snapshot] : snapshots_) {
-            const std::string parts = snapshot.changes();
-            found += parts.empty() ? "" : name + " changed: " + parts;
-        }
-        return found;
-    }
-
-  private:
-    const kxsh::Session& session_;
-    std::vector<std::pair<std::string, Snapshot>> snapshots_;
-};
 
 /// The lines of a text, and between them the checks of what the last one did.
 class CheckedLines : public kxsh::LineSource

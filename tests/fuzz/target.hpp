@@ -16,17 +16,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace zqsp::test {
 
 /// Whatever an input asks for, it gets neither large arrays nor large blocks.
-class FuzzLimits
+struct FuzzLimits
 {
-  public:
-    FuzzLimits() : elements_(kElements) { kxrt::set_largest_block(std::size_t{16} * kElements); }
-    FuzzLimits(const FuzzLimits&) = delete;
-    FuzzLimits& operator=(const FuzzLimits&) = delete;
-    ~FuzzLimits() { kxrt::set_largest_block(std::size_t{1} << 36); }
-
-  private:
-    static constexpr unsigned kElements = 1U << 12;
-    MaxElements elements_;
+    MaxElements elements{1U << 12};
+    LargestBlock block{std::size_t{1} << 16};
 };
 
 /// Ends the program, and with it the input's run, unless the complaint is "".

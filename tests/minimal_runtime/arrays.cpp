@@ -6,8 +6,17 @@
 #include <new>
 #include <stdexcept>
 
-namespace minrt {
+using namespace minrt;
+
 namespace {
+
+/// The layout behind the record: dimensions and the values of a range lie in the header itself.
+struct Record : kxArray
+{
+    unsigned dimensions[2];
+    double range[3];
+    bool bareColon;
+};
 
 Record& recordOf(kxArray* array)
 {
@@ -19,41 +28,7 @@ const Record& recordOf(const kxArray* array)
     return static_cast<const Record&>(*array);
 }
 
-void* duplicate(const void* block, std::size_t bytes)
-{
-    return block == nullptr ? nullptr : std::memcpy(kxMalloc(bytes), block, bytes);
-}
-
-void freeData(Record& record)
-{
-    kxFree(record.pr);
-    kxFree(record.pi);
-    kxFree(record.ir);
-    kxFree(record.jc);
-}
-
-Record* newFull(unsigned m, unsigned n, kxClassID id, unsigned flags)
-{
-    Record* record = newRecord(m, n, id, flags);
-    record->pr = kxCalloc(std::size_t{m} * n, sizeOf(id));
-    return record;
-}
-
-} // namespace
-
-void unsupported(const std::string& what)
-{
-    throw std::invalid_argument("the minimal runtime has no " + what);
-}
-
-unsigned sizeOf(kxClassID id)
-{
-    if (id != kxDOUBLE_CLASS && id != kxLOGICAL_CLASS) {
-        unsupported("class " + std::to_string(id));
-    }
-    return id == kxDOUBLE_CLASS ? sizeof(double) : 1;
-}
-
+/// m-by-n, without data.
 Record* newRecord(unsigned m, unsigned n, kxClassID id, unsigned flags)
 {
     auto* record = new (kxCalloc(1, sizeof(Record))) Record();
@@ -66,14 +41,44 @@ Record* newRecord(unsigned m, unsigned n, kxClassID id, unsigned flags)
     return record;
 }
 
-kxArray* createRange(double first, double step, double last)
+unsigned sizeOf(kxClassID id)
+{
+    return id == kxDOUBLE_CLASS ? sizeof(double) : 1;
+}
+
+template <typename T>
+T* duplicate(const T* block, std::size_t bytes)
+{
+    return block == nullptr ? nullptr : static_cast<T*>(std::memcpy(kxMalloc(bytes), block, bytes));
+}
+
+void freeData(const kxArray* array)
+{
+    for (void* block : {array->pr, array->pi, static_cast<void*>(array->ir), static_cast<void*>(array->jc)}) {
+        kxFree(block);
+    }
+}
+
+} // namespace
+
+namespace minrt {
+
+kxArray* unsupported(const std::string& what)
+{
+    throw std::invalid_argument("the minimal runtime has no " + what);
+}
+
+unsigned countOf(double first, double step, double last)
 {
     const double steps = step == 0 ? -1 : (last - first) / step;
-    Record* record =
-        newRecord(1, steps < 0 ? 0 : static_cast<unsigned>(steps) + 1, kxDOUBLE_CLASS, kxFLAG_COLON_OBJECT);
-    record->range[0] = first;
-    record->range[1] = step;
-    record->range[2] = last;
+    return steps < 0 ? 0 : static_cast<unsigned>(steps) + 1;
+}
+
+kxArray* createRange(double first, double step, double last)
+{
+    Record* record = newRecord(1, countOf(first, step, last), kxDOUBLE_CLASS, kxFLAG_COLON_OBJECT);
+    const double range[] = {first, step, last};
+    std::copy_n(range, 3, record->range);
     return record;
 }
 
@@ -84,21 +89,23 @@ kxArray* createColon()
     return record;
 }
 
-kxArray* createMask(unsigned m, unsigned n)
+kxArray* createMask(unsigned n)
 {
-    return newFull(m, n, kxLOGICAL_CLASS, 0);
+    Record* record = newRecord(1, n, kxLOGICAL_CLASS, 0);
+    record->pr = kxCalloc(n, 1);
+    return record;
 }
 
 } // namespace minrt
 
 const unsigned* kxArray::get_dimensions() const
 {
-    return minrt::recordOf(this).dimensions;
+    return recordOf(this).dimensions;
 }
 
 bool kxArray::is_colon_index() const
 {
-    return minrt::recordOf(this).bareColon;
+    return recordOf(this).bareColon;
 }
 
 kxClassID kxArray::_get_class_id_non_trivial() const
@@ -107,9 +114,6 @@ kxClassID kxArray::_get_class_id_non_trivial() const
 }
 
 namespace matrix::detail::noninlined::kx_array_api {
-
-using minrt::Record;
-using minrt::recordOf;
 
 unsigned kxGetN(const kxArray* array)
 {
@@ -130,7 +134,7 @@ unsigned kxGetNumNonZeroEl(const kxArray* array)
 
 unsigned kxGetElementSize(const kxArray* array)
 {
-    return minrt::sizeOf(array->class_id);
+    return sizeOf(array->class_id);
 }
 
 bool kxIsEmpty(const kxArray* array)
@@ -145,15 +149,8 @@ bool kxIsScalar(const kxArray* array)
 
 double kxGetScalar(const kxArray* array)
 {
-    if (kxIsEmpty(array)) {
-        minrt::unsupported("first element of an empty array");
-    }
     const bool stored = array->jc == nullptr || (array->jc[1] > 0 && array->ir[0] == 0);
-    if (!stored) {
-        return 0;
-    }
-    return array->class_id == kxDOUBLE_CLASS ? *static_cast<const double*>(array->pr)
-                                             : *static_cast<const unsigned char*>(array->pr);
+    return stored ? *static_cast<const double*>(array->pr) : 0;
 }
 
 bool* kxGetLogicals(const kxArray* array)
@@ -168,13 +165,14 @@ void kxGetColonObjValues(const kxArray* colonObject, double values[3])
 
 kxArray* kxCreateSparseNumericMatrix(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
 {
-    const unsigned size = minrt::sizeOf(id);
-    const bool complex = complexity == kxCOMPLEX;
-    Record* record =
-        minrt::newRecord(m, n, id, kxFLAG_SPARSE | (id == kxDOUBLE_CLASS ? unsigned{kxFLAG_MAY_BE_COMPLEX} : 0U));
+    if (id != kxDOUBLE_CLASS) {
+        unsupported("sparse array of another class");
+    }
+    const std::size_t bytes = std::size_t{nzmax} * sizeof(double);
+    Record* record = newRecord(m, n, id, kxFLAG_SPARSE | kxFLAG_MAY_BE_COMPLEX);
     record->nzmax = nzmax;
-    record->pr = kxMalloc(std::size_t{nzmax} * size);
-    record->pi = complex ? kxMalloc(std::size_t{nzmax} * size) : nullptr;
+    record->pr = kxMalloc(bytes);
+    record->pi = complexity == kxCOMPLEX ? kxMalloc(bytes) : nullptr;
     record->ir = static_cast<unsigned*>(kxMalloc(std::size_t{nzmax} * sizeof(unsigned)));
     record->jc = static_cast<unsigned*>(kxCalloc(std::size_t{n} + 1, sizeof(unsigned)));
     return record;
@@ -182,32 +180,26 @@ kxArray* kxCreateSparseNumericMatrix(unsigned m, unsigned n, unsigned nzmax, kxC
 
 kxArray* kxCreateDoubleMatrix(unsigned m, unsigned n, kxComplexity complexity)
 {
-    Record* record = minrt::newFull(m, n, kxDOUBLE_CLASS, kxFLAG_MAY_BE_COMPLEX);
-    if (complexity == kxCOMPLEX) {
-        record->pi = kxCalloc(std::size_t{m} * n, sizeof(double));
-    }
+    Record* record = newRecord(m, n, kxDOUBLE_CLASS, kxFLAG_MAY_BE_COMPLEX);
+    record->pr = kxCalloc(std::size_t{m} * n, sizeof(double));
+    record->pi = complexity == kxCOMPLEX ? kxCalloc(std::size_t{m} * n, sizeof(double)) : nullptr;
     return record;
 }
 
 kxArray* kxCreateEmptyCopy(const kxArray* array)
 {
     return array->jc != nullptr ? kxCreateSparseNumericMatrix(0, 0, 0, array->class_id, kxREAL)
-                                : minrt::newFull(0, 0, array->class_id, array->flags);
+                                : kxCreateDoubleMatrix(0, 0, kxREAL);
 }
 
 kxArray* kxCreateDeepCopy(const kxArray* array)
 {
-    const Record& source = recordOf(array);
-    Record* copy = minrt::newRecord(source.dimensions[0], source.dimensions[1], source.class_id, source.flags);
-    copy->nzmax = source.nzmax;
-    copy->bareColon = source.bareColon;
-    std::copy_n(source.range, 3, copy->range);
-    const std::size_t stored = source.jc != nullptr ? source.nzmax : kxGetNumberOfElements(array);
-    copy->pr = minrt::duplicate(source.pr, stored * minrt::sizeOf(source.class_id));
-    copy->pi = minrt::duplicate(source.pi, stored * minrt::sizeOf(source.class_id));
-    copy->ir = static_cast<unsigned*>(minrt::duplicate(source.ir, stored * sizeof(unsigned)));
-    copy->jc =
-        static_cast<unsigned*>(minrt::duplicate(source.jc, (std::size_t{source.dimensions[1]} + 1) * sizeof(unsigned)));
+    auto* copy = static_cast<kxArray*>(std::memcpy(kxMalloc(sizeof(Record)), array, sizeof(Record)));
+    const std::size_t stored = array->jc != nullptr ? array->nzmax : kxGetNumberOfElements(array);
+    copy->pr = duplicate(array->pr, stored * sizeOf(array->class_id));
+    copy->pi = duplicate(array->pi, stored * sizeOf(array->class_id));
+    copy->ir = duplicate(array->ir, stored * sizeof(unsigned));
+    copy->jc = duplicate(array->jc, (std::size_t{kxGetN(array)} + 1) * sizeof(unsigned));
     return copy;
 }
 
@@ -224,14 +216,14 @@ kxArray* kxCreateSharedDataCopy(const kxArray* array)
 void kxDestroyArray(kxArray* array)
 {
     if (array != nullptr) {
-        minrt::freeData(recordOf(array));
+        freeData(array);
         kxFree(array);
     }
 }
 
 void kxMoveArrayOntoHeader(kxArray* dst, kxArray* src)
 {
-    minrt::freeData(recordOf(dst));
+    freeData(dst);
     std::memcpy(static_cast<void*>(dst), src, sizeof(Record));
     kxFree(src);
 }
@@ -280,11 +272,6 @@ void kxSetImagData(kxArray* array, void* pi)
 {
     array->pi = pi;
     array->flags |= pi != nullptr ? unsigned{kxFLAG_MAY_BE_COMPLEX} : 0U;
-}
-
-void kxSetPi(kxArray* array, double* pi)
-{
-    kxSetImagData(array, pi);
 }
 
 void kxSetIr(kxArray* array, unsigned* ir)

@@ -1,4 +1,4 @@
-// Conversion between the two classes and the two storages, transposition, ranges.
+// Conversion between the two storages, transposition, ranges.
 #include "minimal_runtime.hpp"
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 #include <numeric>
 #include <vector>
 
-using minrt::Record;
+using namespace minrt;
 
 namespace {
 
@@ -18,70 +18,39 @@ struct Entry
     double im;
 };
 
-double valueAt(const void* block, kxClassID id, std::size_t at)
-{
-    if (block == nullptr) {
-        return 0;
-    }
-    return id == kxDOUBLE_CLASS ? static_cast<const double*>(block)[at] : static_cast<const unsigned char*>(block)[at];
-}
-
-void store(void* block, kxClassID id, std::size_t at, double value)
-{
-    if (id == kxDOUBLE_CLASS) {
-        static_cast<double*>(block)[at] = value;
-    } else {
-        static_cast<unsigned char*>(block)[at] = value != 0 ? 1 : 0;
-    }
-}
-
 /// The entries that are not zero, column by column.
 std::vector<Entry> entriesOf(const kxArray* array)
 {
     std::vector<Entry> entries;
     const unsigned m = array->get_dimensions()[0];
-    const auto add = [&](unsigned i, unsigned j, std::size_t at) {
-        const Entry entry{i, j, valueAt(array->pr, array->class_id, at), valueAt(array->pi, array->class_id, at)};
-        if (entry.re != 0 || entry.im != 0) {
-            entries.push_back(entry);
+    const unsigned stored = kxGetNumNonZeroEl(array);
+    for (unsigned at = 0, column = 0; at < stored; ++at) {
+        while (array->jc != nullptr && array->jc[column + 1] <= at) {
+            ++column;
         }
-    };
-    for (unsigned j = 0; j < minrt::kxGetN(array); ++j) {
-        if (array->jc != nullptr) {
-            for (unsigned e = array->jc[j]; e < array->jc[j + 1]; ++e) {
-                add(array->ir[e], j, e);
-            }
-        } else {
-            for (unsigned i = 0; i < m; ++i) {
-                add(i, j, std::size_t{j} * m + i);
-            }
+        const double re = static_cast<double*>(array->pr)[at];
+        const double im = array->pi != nullptr ? static_cast<double*>(array->pi)[at] : 0;
+        if (re != 0 || im != 0) {
+            const bool sparse = array->jc != nullptr;
+            entries.push_back({sparse ? array->ir[at] : at % m, sparse ? column : at / m, re, im});
         }
     }
     return entries;
 }
 
-kxComplexity complexityOf(const kxArray* array, kxClassID id)
+/// An m-by-n array of these entries, which come column by column, in the storage and with the parts of `like`.
+kxArray* assemble(const std::vector<Entry>& entries, unsigned m, unsigned n, bool sparse, const kxArray* like)
 {
-    return array->pi != nullptr && id == kxDOUBLE_CLASS ? kxCOMPLEX : kxREAL;
-}
-
-/// An array of these entries, which come column by column.
-kxArray* assemble(const std::vector<Entry>& entries, unsigned m, unsigned n, kxClassID id, bool sparse,
-                  kxComplexity cplx)
-{
-    kxArray* array = nullptr;
-    if (sparse) {
-        array = minrt::kxCreateSparseNumericMatrix(m, n, std::max<unsigned>(static_cast<unsigned>(entries.size()), 1),
-                                                   id, cplx);
-    } else {
-        array = id == kxDOUBLE_CLASS ? minrt::kxCreateDoubleMatrix(m, n, cplx) : minrt::createMask(m, n);
-    }
-    for (std::size_t e = 0; e < entries.size(); ++e) {
+    const kxComplexity complexity = like->pi != nullptr ? kxCOMPLEX : kxREAL;
+    const auto count = static_cast<unsigned>(entries.size());
+    kxArray* array = sparse ? kxCreateSparseNumericMatrix(m, n, std::max(count, 1U), kxDOUBLE_CLASS, complexity)
+                            : kxCreateDoubleMatrix(m, n, complexity);
+    for (unsigned e = 0; e < count; ++e) {
         const Entry& entry = entries[e];
         const std::size_t at = sparse ? e : std::size_t{entry.column} * m + entry.row;
-        store(array->pr, id, at, entry.re);
+        static_cast<double*>(array->pr)[at] = entry.re;
         if (array->pi != nullptr) {
-            store(array->pi, id, at, entry.im);
+            static_cast<double*>(array->pi)[at] = entry.im;
         }
         if (sparse) {
             array->ir[e] = entry.row;
@@ -94,15 +63,15 @@ kxArray* assemble(const std::vector<Entry>& entries, unsigned m, unsigned n, kxC
     return array;
 }
 
-kxArray* convert(const kxArray* array, kxClassID id, bool sparse)
-{
-    return assemble(entriesOf(array), array->get_dimensions()[0], minrt::kxGetN(array), id, sparse,
-                    complexityOf(array, id));
-}
-
 kxArray* itself(const kxArray* array)
 {
     return const_cast<kxArray*>(array); // NOLINT(cppcoreguidelines-pro-type-const-cast): as the interface has it
+}
+
+kxArray* inStorage(const kxArray* array, bool sparse)
+{
+    const bool same = (array->jc != nullptr) == sparse;
+    return same ? itself(array) : assemble(entriesOf(array), array->get_dimensions()[0], kxGetN(array), sparse, array);
 }
 
 } // namespace
@@ -111,22 +80,22 @@ namespace matrix::detail::noninlined::kx_array_api {
 
 kxArray* kxMustBe(const kxArray* array, kxClassID id)
 {
-    minrt::sizeOf(id);
-    return array->class_id == id ? itself(array) : convert(array, id, array->jc != nullptr);
+    return array->class_id == id ? itself(array) : unsupported("conversion between classes");
 }
 
 kxArray* kxMustBeSparse(const kxArray* array)
 {
-    return array->jc != nullptr ? itself(array) : convert(array, array->class_id, true);
+    return inStorage(array, true);
 }
 
 kxArray* kxMustBeFull(const kxArray* array)
 {
     if ((array->flags & kxFLAG_COLON_OBJECT) != 0) {
-        const double* range = static_cast<const Record*>(array)->range;
+        double range[3];
+        kxGetColonObjValues(array, range);
         return kxColonop(range[0], range[1], range[2], kxDOUBLE_CLASS);
     }
-    return array->jc == nullptr ? itself(array) : convert(array, array->class_id, false);
+    return inStorage(array, false);
 }
 
 kxArray* kxTranspose(const kxArray* array)
@@ -137,19 +106,14 @@ kxArray* kxTranspose(const kxArray* array)
     }
     std::stable_sort(entries.begin(), entries.end(),
                      [](const Entry& a, const Entry& b) { return a.column < b.column; });
-    return assemble(entries, kxGetN(array), array->get_dimensions()[0], array->class_id, array->jc != nullptr,
-                    complexityOf(array, array->class_id));
+    return assemble(entries, kxGetN(array), array->get_dimensions()[0], array->jc != nullptr, array);
 }
 
 kxArray* kxColonop(double start, double step, double stop, kxClassID id)
 {
-    if (id != kxDOUBLE_CLASS) {
-        minrt::unsupported("range of class " + std::to_string(id));
-    }
-    const double steps = step == 0 ? -1 : (stop - start) / step;
-    const unsigned count = steps < 0 ? 0 : static_cast<unsigned>(steps) + 1;
-    kxArray* array = kxCreateDoubleMatrix(1, count, kxREAL);
-    for (unsigned i = 0; i < count; ++i) {
+    kxArray* array = id == kxDOUBLE_CLASS ? kxCreateDoubleMatrix(1, countOf(start, step, stop), kxREAL)
+                                          : unsupported("range of another class");
+    for (unsigned i = 0; i < kxGetN(array); ++i) {
         static_cast<double*>(array->pr)[i] = start + i * step;
     }
     return array;
@@ -157,14 +121,12 @@ kxArray* kxColonop(double start, double step, double stop, kxClassID id)
 
 int* kxSignedIndexColonop(double start, double step, double stop, unsigned* count)
 {
-    kxArray* values = kxColonop(start, step, stop, kxDOUBLE_CLASS);
-    *count = kxGetN(values);
+    *count = countOf(start, step, stop);
     auto* indices = static_cast<int*>(kxMalloc(std::size_t{*count} * sizeof(int)));
     for (unsigned i = 0; i < *count; ++i) {
-        const double value = std::clamp(static_cast<double*>(values->pr)[i], -2147483648.0, 2147483647.0);
+        const double value = std::clamp(start + i * step, -2147483648.0, 2147483647.0);
         indices[i] = value == std::floor(value) ? static_cast<int>(value) : 0;
     }
-    kxDestroyArray(values);
     return indices;
 }
 

@@ -1,6 +1,6 @@
 // A(I,:) and A(I,J): the choice of method, repeated rows, the same subscript twice, counts past 32 bits.
-#include "support/draw.hpp"
-#include "support/generators.hpp"
+#include "support/call.hpp"
+#include <gtest/gtest.h>
 
 #include <algorithm>
 
@@ -52,21 +52,6 @@ TEST(RowReference, MethodIsChosenByTheRule)
     }
 }
 
-TEST(RowReference, LongSubscripts)
-{
-    property(600, [] {
-        const Storage storage = drawFrom<Storage>(
-            {{kxDOUBLE_CLASS, false}, {kxLOGICAL_CLASS, false}, {kxDOUBLE_CLASS, true}, {kxINT16_CLASS, true}});
-        const Model a = drawModel(storage, Shape::Dense);
-        const Subscript i = drawSubscript({.extent = a.m, .likely = storedRows(a), .most = 300});
-        holds({.callee = Export::Ref5, .a = a, .i = i});
-        const Subscript j = drawSubscript({.extent = a.n, .likely = storedColumns(a), .most = 40});
-        holds({.callee = Export::Ref6, .a = a, .i = i, .j = j});
-        const Model wide = reshaped(a, a.n, a.m);
-        holds({.callee = Export::Ref4, .a = wide, .i = i});
-    });
-}
-
 TEST(RowReference, ColumnsOfEveryLengthAreSorted)
 {
     // Full columns of all rows in a scattered order, once each and with repeats: by each way of sorting.
@@ -97,58 +82,17 @@ TEST(RowReference, ColumnsOfEveryLengthAreSorted)
 TEST(GeneralReference, SameSubscriptTwice)
 {
     const Subscript p = Subscript::list({3, 1, 3, 2});
-    const Subscript sparse = Subscript::sparseList({2, 1});
-    for (const Subscript& s : {p, p.as(kxUINT8_CLASS), sparse, Subscript::list({}), Subscript::mask({1, 0, 1})}) {
-        for (const auto& [m, n] : {std::pair{4U, 4U}, {3U, 5U}, {5U, 3U}, {5U, 2U}}) {
-            const Operation op{
-                .callee = Export::Ref6, .a = evenColumns(m, n, 2, 1), .i = s, .jIs = Alias::SharesSubscript};
-            EXPECT_EQ("", checkOperation(op));
-        }
+    for (const auto& [m, n, status] :
+         {std::tuple{4U, 4U, spOK}, {3U, 5U, spOK}, {5U, 3U, spOK}, {5U, 2U, spIndexOutOfRange}}) {
+        expectEnds({.callee = Export::Ref6, .a = evenColumns(m, n, 2, 1), .i = p, .jIs = Alias::SharesSubscript},
+                   status);
     }
-    const Operation beyond{.callee = Export::Ref6, .a = evenColumns(5, 2, 2), .i = p, .jIs = Alias::SharesSubscript};
-    EXPECT_EQ(predict(beyond).ended.status, spIndexOutOfRange);
-}
-
-TEST(GeneralReference, RowsThenColumnsIsBothAtOnce)
-{
-    property(500, [] {
-        const unsigned side = 1 + draw(8);
-        const Model a = drawModelOfSize(drawStorage(), side, side);
-        const Subscript p = drawSubscript({.extent = side, .mayFail = false});
-        const Array array = toArray(a);
-        const Array subscript = toArray(p);
-        Array rows;
-        Array rowsThenColumns;
-        Array both;
-        RC_ASSERT(spRef5(array.get(), subscript.get(), rows.slot()) == spOK);
-        RC_ASSERT(spRef4(rows.get(), subscript.get(), rowsThenColumns.slot()) == spOK);
-        RC_ASSERT(spRef6(array.get(), subscript.get(), subscript.get(), both.slot()) == spOK);
-        Model expected = fromArray(rowsThenColumns.get());
-        expected.nzmax = Model::kAnyCapacity;
-        RC_ASSERT(diff(both.get(), expected) == "");
-    });
-}
-
-TEST(GeneralReference, RowStatusComesFirst)
-{
+    // both are bad: the rows come first
     const Model a = evenColumns(3, 3, 1);
-    const Subscript good = Subscript::list({1});
     const Subscript fraction = Subscript::list({1.5});
     const Subscript beyond = Subscript::list({4});
-    const struct
-    {
-        Subscript i, j;
-        spStatus status;
-    } cases[] = {{fraction, beyond, spIndexNotPositiveInteger},
-                 {beyond, fraction, spIndexOutOfRange},
-                 {good, fraction, spIndexNotPositiveInteger},
-                 {Subscript::colon(), beyond, spIndexOutOfRange},
-                 {beyond, Subscript::colon(), spIndexOutOfRange}};
-    for (const auto& [i, j, status] : cases) {
-        const Operation op{.callee = Export::Ref6, .a = a, .i = i, .j = j};
-        EXPECT_EQ(predict(op).ended.status, status);
-        EXPECT_EQ("", checkOperation(op));
-    }
+    expectEnds({.callee = Export::Ref6, .a = a, .i = fraction, .j = beyond}, spIndexNotPositiveInteger);
+    expectEnds({.callee = Export::Ref6, .a = a, .i = beyond, .j = fraction}, spIndexOutOfRange);
 }
 
 TEST(GeneralReference, FewRowsInAnyOrder)
@@ -175,23 +119,13 @@ TEST(GeneralReference, CountsPast32BitsRaiseASizeError)
     constexpr unsigned kMany = 65536; // times as many entries, 2^32 in all
     const Subscript many = Subscript::list(ones(kMany));
     const Model column = evenColumns(kMany, 1, kMany);
-    const Model scalar = evenColumns(1, 1, 1);
-    const Array columnArray = toArray(column);
-    const Array scalarArray = toArray(scalar);
-    const Array subscript = toArray(many);
-    const Array searched = toArray(evenColumns(0x7FFFFFFF, 1, 1));
-    kxArray* out = nullptr;
-    const Failure tooLarge{spOK, kMaxSizeError};
-    const auto j = subscript.get();
-    expectFails([&] { return spRef4(columnArray.get(), j, &out); }, tooLarge, {columnArray.get(), j});
-    expectFails([&] { return spRef6(scalarArray.get(), j, j, &out); }, tooLarge, {scalarArray.get(), j});
-    expectFails([&] { return spRef6(searched.get(), j, j, &out); }, tooLarge, {searched.get(), j});
-    const std::vector<unsigned> zeros(kMany, 0);
-    expectFails(
-        [&] {
-            out = kxSparseReference(columnArray.get(), nullptr, 0, zeros.data(), kMany);
-            return spOK;
-        },
-        tooLarge, {columnArray.get()});
-    EXPECT_EQ(out, nullptr);
+    const Outcome tooLarge{Failure(kMaxSizeError), {}};
+    const Operation cases[] = {
+        {.callee = Export::Ref4, .a = column, .i = many},
+        {.callee = Export::Ref6, .a = evenColumns(1, 1, 1), .i = many, .jIs = Alias::SharesSubscript},
+        {.callee = Export::Ref6, .a = evenColumns(0x7FFFFFFF, 1, 1), .i = many, .j = many}, // by searches
+        {.callee = Export::ReferenceByLists, .a = column, .i = Subscript::colon(), .j = many}};
+    for (const Operation& op : cases) {
+        EXPECT_EQ("", makeAndCheck(Call(op), op, tooLarge).complaint); // too large for the model
+    }
 }

@@ -32,25 +32,6 @@ std::vector<Place> drawPlaces(unsigned m, unsigned n)
 
 } // namespace
 
-TEST(WholeColon, EveryStorageAndShape)
-{
-    for (const Storage storage : sparseStorages()) {
-        property(30, [&] {
-            const Model a = drawModel(storage);
-            holds({.callee = Export::Ref2, .a = a});
-            holds({.callee = Export::Ref3, .a = a, .i = Subscript::colon()});
-        });
-    }
-}
-
-TEST(WholeColon, KeepsAnImaginaryPartOfZeros)
-{
-    const Model a = Model::of({kxDOUBLE_CLASS, true}, {{1, 0}, {0, 2}});
-    const Outcome expected = predict({.callee = Export::Ref2, .a = a});
-    EXPECT_TRUE(expected.result.storage.complex);
-    EXPECT_EQ("", checkOperation({.callee = Export::Ref2, .a = a}));
-}
-
 TEST(WholeColon, TooManyElements)
 {
     const struct
@@ -91,8 +72,11 @@ TEST(Reshape, BothMethodsGiveTheSame)
     property(3000, [] {
         const Model a = drawModel();
         const auto elements = static_cast<unsigned>(a.numel());
+        if (elements == 0) {
+            return holds({.callee = Export::Reshape, .a = a, .newM = draw(5), .newN = 0});
+        }
         const unsigned m = std::gcd(elements, 1 + draw(60)) * std::gcd(elements, 1 + draw(7));
-        RC_PRE(elements > 0 && elements % m == 0);
+        RC_PRE(elements % m == 0);
         const Operation op{.callee = Export::Reshape, .a = a, .newM = m, .newN = elements / m};
         holds(op);
         const MaxElements tiny(0); // no element count is representable: by division

@@ -10,14 +10,9 @@ namespace {
 using CheckTest = RuntimeTest;
 
 /// 4-by-3 with the entries (1,1), (3,1), (2,3) and room for one more.
-Array sound(kxClassID id = kxDOUBLE_CLASS, kxComplexity complexity = kxREAL)
+Array sound(Storage storage = kReal)
 {
-    Array array(kxCreateSparseNumericMatrix(4, 3, 4, id, complexity));
-    const unsigned starts[] = {0, 2, 2, 3};
-    const unsigned rows[] = {0, 2, 1};
-    std::copy_n(starts, 4, array->jc);
-    std::copy_n(rows, 3, array->ir);
-    return array;
+    return toArray(withCapacity(Model::of(storage, {{1, 0, 0}, {0, 0, 1}, {1, 0, 0}, {0, 0, 0}}), 4));
 }
 
 TEST_F(CheckTest, NamesTheFirstViolation)
@@ -49,9 +44,9 @@ TEST_F(CheckTest, NamesTheFirstViolation)
         EXPECT_EQ(kxCheckSparse(array.get()), violation);
         array->ndims = 2;
     }
-    EXPECT_EQ(kxCheckSparse(sound(kxLOGICAL_CLASS).get()), "");
-    EXPECT_EQ(kxCheckSparse(sound(kxINT16_CLASS, kxCOMPLEX).get()), "");
-    const Array empty(kxCreateSparseNumericMatrix(0, 0, 0, kxDOUBLE_CLASS, kxREAL));
+    EXPECT_EQ(kxCheckSparse(sound(kLogical).get()), "");
+    EXPECT_EQ(kxCheckSparse(sound({kxINT16_CLASS, true}).get()), "");
+    const Array empty = toArray(Model::empty(kReal, 0, 0));
     EXPECT_EQ(kxCheckSparse(empty.get()), "");
     for (unsigned** block : {&empty->ir, reinterpret_cast<unsigned**>(&empty->pr)}) {
         kxFree(std::exchange(*block, nullptr)); // without a capacity there need be none

@@ -1,7 +1,9 @@
 // Conversion between classes and storages, and transposition.
 #include "arrays.hpp"
 
-#include <cmath>
+#include "support/draw.hpp"
+#include "support/generators.hpp"
+
 #include <cstdint>
 #include <limits>
 
@@ -20,7 +22,7 @@ constexpr kxClassID kClasses[] = {kxLOGICAL_CLASS, kxCHAR_CLASS,   kxDOUBLE_CLAS
 template <typename To, typename From>
 std::vector<To> converted(const std::vector<From>& values, kxClassID from, kxClassID id)
 {
-    const Array source = full(1, static_cast<unsigned>(values.size()), from, values);
+    const Array source = fullRow(from, values);
     const Array result(kxMustBe(source.get(), id));
     EXPECT_EQ(result->class_id, id);
     return elements<To>(result->pr, values.size());
@@ -49,75 +51,63 @@ TEST_F(ConvertTest, IntegersAreRoundedSaturatedAndExact)
 
 TEST_F(ConvertTest, EveryPairOfClassesKeepsSmallValuesFullAndSparse)
 {
-    const std::vector<double> expected{1, 0, 0, 1, 1, 0};
-    const Array doubles = full(2, 3, kxDOUBLE_CLASS, expected);
-    for (const kxClassID from : kClasses) {
-        const Array source(kxMustBe(Array(kxMustBeSparse(doubles.get())).get(), kxINT8_CLASS));
-        const Array fromSparse(from == kxINT8_CLASS ? kxDuplicateArray(source.get()) : kxMustBe(source.get(), from));
-        const Array fromFull(kxMustBeFull(fromSparse.get()));
-        EXPECT_EQ(fromFull->class_id, from);
-        for (const kxClassID to : kClasses) {
-            SCOPED_TRACE(std::to_string(from) + " to " + std::to_string(to));
-            if (from == to) {
-                EXPECT_EQ(kxMustBe(fromSparse.get(), to), fromSparse.get());
-                continue;
+    Model model = Model::of(kReal, {{1, 0, 1}, {0, 1, 0}});
+    for (const bool sparse : {false, true}) {
+        model.sparse = sparse;
+        for (const kxClassID from : kClasses) {
+            model.storage.classId = from;
+            const Array source = toArray(model);
+            for (const kxClassID to : kClasses) {
+                Array result(kxMustBe(source.get(), to));
+                Model expected = model;
+                expected.storage.classId = to;
+                EXPECT_EQ("", diff(result.get(), expected)) << "from class " << from;
+                EXPECT_EQ(result.get() == source.get(), from == to);
+                if (from == to) {
+                    static_cast<void>(result.release());
+                }
             }
-            const Array sparse(kxMustBe(fromSparse.get(), to));
-            const Array dense(kxMustBe(fromFull.get(), to));
-            const Array expanded(kxMustBeFull(sparse.get()));
-            EXPECT_EQ(kxGetNumNonZeroEl(sparse.get()), 3U);
-            EXPECT_EQ(sparse->flags & kxFLAG_MAY_BE_COMPLEX, dense->flags & kxFLAG_MAY_BE_COMPLEX);
-            const std::size_t bytes = 6U * kxGetElementSize(dense.get());
-            EXPECT_EQ(elements<char>(expanded->pr, bytes), elements<char>(dense->pr, bytes));
-            const Array back(to == kxDOUBLE_CLASS ? kxDuplicateArray(dense.get())
-                                                  : kxMustBe(dense.get(), kxDOUBLE_CLASS));
-            EXPECT_EQ(elements<double>(back->pr, 6), expected);
         }
     }
 }
 
 TEST_F(ConvertTest, SparseEntriesThatBecomeZeroAreDropped)
 {
-    const Array source = full<double>(2, 2, kxDOUBLE_CLASS, {0.2, 3, 0, 0.4}, {0, 0, 0, 2});
-    const Array sparse(kxMustBeSparse(source.get()));
-    const Array result(kxMustBe(sparse.get(), kxINT8_CLASS));
-    EXPECT_EQ(elements<unsigned>(result->jc, 3), (std::vector<unsigned>{0, 1, 2}));
-    EXPECT_EQ(elements<unsigned>(result->ir, 2), (std::vector<unsigned>{1, 1}));
-    EXPECT_EQ(elements<std::int8_t>(result->pr, 2), (std::vector<std::int8_t>{3, 0}));
-    EXPECT_EQ(elements<std::int8_t>(result->pi, 2), (std::vector<std::int8_t>{0, 2}));
+    const Array source = toArray(Model::of(kComplex, {{0.2, 0}, {3, Value(0.4, 2)}}));
+    const Array result(kxMustBe(source.get(), kxINT8_CLASS));
+    const Model expected = Model::of({kxINT8_CLASS, true}, {{0, 0}, {3, Value(0, 2)}});
+    EXPECT_EQ("", diff(result.get(), withCapacity(expected, 3)));
 }
 
 TEST_F(ConvertTest, LogicalCountsEitherPartAndRefusesNaN)
 {
-    const Array source = full<double>(1, 3, kxDOUBLE_CLASS, {0, 0, 2}, {0, 1, 0});
+    const Array source = full(Model::of(kComplex, {{0, Value(0, 1), 2}}));
     const Array truth(kxMustBe(source.get(), kxLOGICAL_CLASS));
     EXPECT_EQ(elements<std::uint8_t>(truth->pr, 3), (std::vector<std::uint8_t>{0, 1, 1}));
     EXPECT_EQ(truth->pi, nullptr);
     EXPECT_EQ(errorOf([&] { Array(kxMustBe(source.get(), kxCHAR_CLASS)); }), "kx:invalidOperand");
-
-    for (const Array& bad :
-         {full<double>(1, 1, kxDOUBLE_CLASS, {kNaN}), full<double>(1, 1, kxDOUBLE_CLASS, {1}, {kNaN})}) {
-        const Array sparse(kxMustBeSparse(bad.get()));
-        EXPECT_EQ(errorOf([&] { Array(kxMustBe(bad.get(), kxLOGICAL_CLASS)); }), "kx:invalidOperand");
-        EXPECT_EQ(errorOf([&] { Array(kxMustBe(sparse.get(), kxLOGICAL_CLASS)); }), "kx:invalidOperand");
+    for (const Model& bad : {Model::of(kReal, {{kNaN}}), Model::of(kComplex, {{Value(1, kNaN)}})}) {
+        for (const Array& array : {full(bad), toArray(bad)}) {
+            EXPECT_EQ(errorOf([&] { Array(kxMustBe(array.get(), kxLOGICAL_CLASS)); }), "kx:invalidOperand");
+        }
     }
 }
 
 TEST_F(ConvertTest, HiddenClassesAndOddOperands)
 {
-    Array hidden = full<double>(1, 2, kxDOUBLE_CLASS, {1, 2});
+    const Array hidden = full(Model::of(kReal, {{1, 2}}));
     kxrt::hide_class(hidden.get());
     ASSERT_GT(hidden->class_id, 16U);
     EXPECT_EQ(kxMustBe(hidden.get(), kxDOUBLE_CLASS), hidden.get());
     EXPECT_EQ(elements<float>(Array(kxMustBe(hidden.get(), kxSINGLE_CLASS))->pr, 2), (std::vector<float>{1, 2}));
     const Array sparse(kxMustBeSparse(hidden.get()));
-    EXPECT_EQ(elements<double>(Array(kxMustBeFull(sparse.get()))->pr, 2), (std::vector<double>{1, 2}));
-    EXPECT_EQ(dimensions(Array(kxTranspose(hidden.get())).get()), (std::vector<unsigned>{2, 1}));
+    EXPECT_EQ("", diff(sparse.get(), Model::of(kReal, {{1, 2}})));
+    EXPECT_EQ(dimensions(Array(kxTranspose(hidden.get()))), (std::vector<unsigned>{2, 1}));
     EXPECT_EQ(kxGetElementSize(hidden.get()), 8U);
 
     const unsigned dims[] = {2, 2, 2};
     const Array cube(kxCreateNumericArray(3, dims, kxDOUBLE_CLASS, kxREAL));
-    EXPECT_EQ(dimensions(Array(kxMustBe(cube.get(), kxUINT8_CLASS)).get()), (std::vector<unsigned>{2, 2, 2}));
+    EXPECT_EQ(dimensions(Array(kxMustBe(cube.get(), kxUINT8_CLASS))), (std::vector<unsigned>{2, 2, 2}));
     const Array colon(kxCreateColon());
     const Array unset(kxCreateUnset());
     for (const kxArray* odd : {cube.get(), colon.get(), unset.get()}) {
@@ -127,58 +117,31 @@ TEST_F(ConvertTest, HiddenClassesAndOddOperands)
     EXPECT_EQ(errorOf([&] { kxMustBe(unset.get(), kxDOUBLE_CLASS); }), "kx:invalidOperand");
     EXPECT_EQ(errorOf([&] { kxMustBe(hidden.get(), static_cast<kxClassID>(5)); }), "kx:invalidOperand");
     const Array empty(kxCreateEmptyCopy(sparse.get()));
-    EXPECT_EQ(dimensions(empty.get()), (std::vector<unsigned>{0, 0}));
-    EXPECT_EQ(empty->flags, kxFLAG_SPARSE | kxFLAG_MAY_BE_COMPLEX);
+    EXPECT_EQ("", diff(empty.get(), Model::empty(kReal, 0, 0)));
 }
 
-/// Rows within each column increase, and the record is otherwise sound.
-void expectSoundColumns(const kxArray* array)
+TEST_F(ConvertTest, StoragesAndTransposesOfRandomMatrices)
 {
-    const unsigned n = kxGetN(array);
-    ASSERT_EQ(array->jc[0], 0U);
-    ASSERT_LE(array->jc[n], array->nzmax);
-    for (unsigned column = 0; column < n; ++column) {
-        for (unsigned e = array->jc[column]; e < array->jc[column + 1]; ++e) {
-            EXPECT_TRUE(e == array->jc[column] || array->ir[e - 1] < array->ir[e]);
-            EXPECT_LT(array->ir[e], array->get_dimensions()[0]);
+    property(400, [] {
+        const Model sparse = drawModelOfSize(drawStorage(), draw(80), draw(80), false);
+        Model transposed = Model::empty(sparse.storage, sparse.n, sparse.m);
+        for (const auto& [place, value] : sparse.entries) {
+            transposed.entries[{place.row, place.column}] = value;
         }
-    }
-}
+        const unsigned capacity = std::max(sparse.nnz(), 1U);
+        const Array array = toArray(sparse);
+        RC_ASSERT(diff(Array(kxTranspose(array.get())).get(), withCapacity(transposed, capacity)) == "");
 
-TEST_F(ConvertTest, TransposesAgreeWithTheNaiveLoopInBothStorages)
-{
-    const unsigned shapes[][2] = {{1, 1}, {1, 9}, {9, 1}, {33, 70}, {70, 33}, {0, 4}, {4, 0}};
-    for (const auto& [m, n] : shapes) {
-        for (const bool complex : {false, true}) {
-            SCOPED_TRACE(std::to_string(m) + "-by-" + std::to_string(n));
-            const Array array = scattered(m, n, complex, 17 * m + n);
-            const Array turned(kxTranspose(array.get()));
-            const Array sparse(kxMustBeSparse(array.get()));
-            const Array sparseTurned(kxTranspose(sparse.get()));
-            const Array expanded(kxMustBeFull(sparseTurned.get()));
-            expectSoundColumns(sparse.get());
-            expectSoundColumns(sparseTurned.get());
-            ASSERT_EQ(dimensions(turned.get()), (std::vector<unsigned>{n, m}));
-            ASSERT_EQ(dimensions(sparseTurned.get()), (std::vector<unsigned>{n, m}));
-            for (void* kxArray::*part : {&kxArray::pr, &kxArray::pi}) {
-                if (array.get()->*part == nullptr) {
-                    EXPECT_EQ(sparseTurned.get()->*part, nullptr);
-                    continue;
-                }
-                std::vector<double> expected(std::size_t{m} * n);
-                for (std::size_t i = 0; i < m; ++i) {
-                    for (std::size_t j = 0; j < n; ++j) {
-                        expected[j + i * n] = static_cast<double*>(array.get()->*part)[i + j * m];
-                    }
-                }
-                EXPECT_EQ(elements<double>(turned.get()->*part, expected.size()), expected);
-                EXPECT_EQ(elements<double>(expanded.get()->*part, expected.size()), expected);
-            }
-        }
-    }
-    const Array text = full<std::uint16_t>(2, 2, kxCHAR_CLASS, {'a', 'b', 'c', 'd'});
+        Model dense = sparse;
+        dense.sparse = transposed.sparse = false;
+        const Array expanded(kxMustBeFull(array.get()));
+        RC_ASSERT(diff(expanded.get(), dense) == "");
+        RC_ASSERT(diff(Array(kxMustBeSparse(expanded.get())).get(), withCapacity(sparse, capacity)) == "");
+        RC_ASSERT(diff(Array(kxTranspose(expanded.get())).get(), transposed) == "");
+    });
+    const Array text = full(Model::of({kxCHAR_CLASS, false}, {{'a', 'b'}, {'c', 'd'}}));
     EXPECT_EQ(elements<std::uint16_t>(Array(kxTranspose(text.get()))->pr, 4),
-              (std::vector<std::uint16_t>{'a', 'c', 'b', 'd'}));
+              (std::vector<std::uint16_t>{'a', 'b', 'c', 'd'}));
 }
 
 } // namespace

@@ -10,6 +10,7 @@ namespace {
 
 using MemoryTest = RuntimeTest;
 
+constexpr std::size_t kMega = std::size_t{1} << 20;
 constexpr std::size_t kTooLarge = std::size_t{1} << 60;
 
 TEST_F(MemoryTest, BlocksAreAlignedCountedAndNeverNull)
@@ -43,16 +44,8 @@ TEST_F(MemoryTest, ReallocationKeepsTheContentAcrossSmallAndLargeSizes)
     Block block(kxMalloc(held));
     std::memset(block.get(), 1, held);
     unsigned char mark = 1;
-    const std::size_t sizes[] = {5000,
-                                 std::size_t{1} << 20,
-                                 std::size_t{9} << 20,
-                                 (std::size_t{9} << 20) + 80,
-                                 std::size_t{40} << 20,
-                                 std::size_t{2} << 20,
-                                 300,
-                                 0,
-                                 64};
-    for (const std::size_t size : sizes) {
+    for (const std::size_t size : {std::size_t{5000}, kMega, 9 * kMega, 9 * kMega + 80, 40 * kMega, 2 * kMega,
+                                   std::size_t{300}, std::size_t{0}, std::size_t{64}}) {
         block.reset(kxRealloc(block.release(), size));
         const auto* bytes = static_cast<const unsigned char*>(block.get());
         const std::size_t kept = std::min(held, size);
@@ -106,7 +99,7 @@ TEST_F(MemoryTest, EveryAllocatorFunctionIsCountedAndCanBeMadeToFailOnce)
 
 TEST_F(MemoryTest, ReallocatingASharedBlockLeavesTheOtherHolderItsOwn)
 {
-    const Array original = full<double>(2, 1, kxDOUBLE_CLASS, {1, 2});
+    const Array original = full(Model::of(kReal, {{1}, {2}}));
     const Array copy(kxCreateSharedDataCopy(original.get()));
     ASSERT_EQ(copy->pr, original->pr);
 
@@ -123,7 +116,7 @@ TEST_F(MemoryTest, ReallocatingASharedBlockLeavesTheOtherHolderItsOwn)
 
 TEST_F(MemoryTest, ThreadsMayAllocateAndShareAtOnce)
 {
-    const Array shared = full<double>(1, 1, kxDOUBLE_CLASS, {7});
+    const Array shared = full(Model::of(kReal, {{7}}));
     const auto work = [&shared] {
         for (unsigned i = 0; i < 300; ++i) {
             const Array copy(kxCreateSharedDataCopy(shared.get()));

@@ -7,18 +7,13 @@
 namespace kxsh::test {
 namespace {
 
-struct Case
+/// Statements, each with what it prints.
+void expectPrinted(const std::vector<std::pair<std::string, std::string>>& cases)
 {
-    std::string statements;
-    std::string printed;
-};
-
-void expectPrinted(const std::vector<Case>& cases)
-{
-    for (const Case& each : cases) {
+    for (const auto& [statements, printed] : cases) {
         TestShell shell;
-        EXPECT_EQ(shell(each.statements), each.printed) << each.statements;
-        EXPECT_EQ(shell.errors(), "") << each.statements;
+        EXPECT_EQ(shell(statements), printed) << statements;
+        EXPECT_EQ(shell.errors(), "") << statements;
     }
 }
 

@@ -1,53 +1,44 @@
-// The parts that the statements stand on: assembly, random numbers, completion, lines as they come.
+// The parts that the statements stand on: assembly, random numbers, completion.
 #include "test_shell.hpp"
 
 #include "assembly.hpp"
 #include "completion.hpp"
 #include "sampling.hpp"
+#include "support/model.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <complex>
 #include <map>
-#include <set>
 
 namespace kxsh::test {
 namespace {
 
-/// Random lists against a map, with rows on both sides of the 16 bits by which they are counted.
+using zqsp::test::Model;
+
+/// Random lists against the model, with rows on both sides of the 16 bits by which they are counted.
 TEST(Assembly, SumsPlacesAndDropsZeros)
 {
     Sampler random(11);
     for (const unsigned m : {1U, 7U, 65536U, 65537U, 4000000U}) {
         for (const bool complex : {false, true}) {
             const unsigned n = 1 + static_cast<unsigned>(random.below(6));
-            std::map<std::pair<unsigned, unsigned>, std::complex<double>> expected;
+            Model expected = Model::empty({kxDOUBLE_CLASS, complex}, m, n);
             Triplets triplets;
             for (int k = 0; k < 500; ++k) {
-                const auto row =
-                    static_cast<unsigned>(random.below(2) != 0 ? random.below(m) : random.below(std::min(m, 5U)));
+                const std::uint64_t rows = random.below(2) != 0 ? m : std::min(m, 5U);
+                const auto row = static_cast<unsigned>(random.below(rows));
                 const auto column = static_cast<unsigned>(random.below(n));
-                const std::complex<double> value(static_cast<double>(random.below(3)) - 1,
-                                                 complex ? static_cast<double>(random.below(3)) - 1 : 0);
+                const auto part = [&random] { return static_cast<double>(random.below(3)) - 1; };
+                const zqsp::test::Value value(part(), complex ? part() : 0);
                 triplets.push(row, column, value.real());
                 if (complex) {
                     triplets.im.push_back(value.imag());
                 }
-                expected[{column, row}] += value;
+                expected.entries[{column, row}] += value;
             }
-            std::erase_if(expected, [](const auto& entry) { return entry.second == 0.0; });
-            const Value made = assemble(triplets, m, n);
-            ASSERT_EQ(made.entries(), expected.size());
-            EXPECT_EQ(made.get()->nzmax, expected.size());
-            auto entry = expected.begin();
-            for (unsigned j = 0; j < n; ++j) {
-                for (unsigned k = made.starts()[j]; k < made.starts()[j + 1]; ++k, ++entry) {
-                    EXPECT_EQ(entry->first, std::make_pair(j, made.rowIndices()[k]));
-                    EXPECT_EQ(entry->second.real(), made.data<double>()[k]);
-                    EXPECT_EQ(entry->second.imag(), made.isComplex() ? made.imagData<double>()[k] : 0);
-                }
-            }
+            std::erase_if(expected.entries, [](const auto& entry) { return entry.second == 0.0; });
+            EXPECT_EQ("", zqsp::test::diff(assemble(triplets, m, n).get(), expected.fit()));
         }
     }
 }
@@ -106,51 +97,6 @@ TEST(Completion, NamesAndFiles)
     EXPECT_EQ(files.common, folder / "plate");
     EXPECT_EQ(files.begun, (folder / "pla").size());
     EXPECT_EQ(complete(shell.session(), "f('no/such/folder/x").candidates, Names{});
-}
-
-/// Lines from a list; an empty one stands for Ctrl-C.
-class Script : public LineSource
-{
-  public:
-    explicit Script(std::vector<std::string> lines) : lines_(std::move(lines)) {}
-    Event next(std::string& line, bool continued) override
-    {
-        prompts += continued ? '.' : '>';
-        if (at_ == lines_.size()) {
-            return Event::kEnd;
-        }
-        line = lines_[at_++];
-        return line.empty() ? Event::kInterrupted : Event::kLine;
-    }
-    std::string prompts;
-
-  private:
-    std::vector<std::string> lines_;
-    std::size_t at_ = 0;
-};
-
-TEST(Lines, OpenBracketsContinueAndErrorsDoNotEnd)
-{
-    TestShell shell;
-    Script lines({"x = [1 2", "3 4];", "y = oops", "z = (1 +", "", "w = 3;", "quit", "v = 4;"});
-    EXPECT_FALSE(shell.runner().runLines(lines)) << "one line failed";
-    EXPECT_EQ(lines.prompts, ">.>>.>>");
-    EXPECT_NE(shell.errors().find("  at line 3: y = oops"), std::string::npos) << shell.errors();
-    EXPECT_EQ(shell("vars"), "  w  full double, 1-by-1\n  x  full double, 2-by-2\n");
-    Script unfinished({"x = 5;", "y = [1"});
-    EXPECT_FALSE(shell.runner().runLines(unfinished));
-    EXPECT_NE(shell.errors().find("  at line 2: y = [1"), std::string::npos) << shell.errors();
-}
-
-TEST(Session, LeavesNoBlockBehind)
-{
-    const std::size_t before = kxrt::live_blocks();
-    {
-        TestShell shell;
-        shell("A = sprand(100, 100, 0.1); B = A; B(:, 3) = []; r = 1:1e9; s = 'text'; C = A(:); A(0)");
-        EXPECT_GT(kxrt::live_blocks(), before);
-    }
-    EXPECT_EQ(kxrt::live_blocks(), before);
 }
 
 } // namespace

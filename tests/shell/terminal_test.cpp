@@ -48,8 +48,8 @@ class AtTerminal
         ASSERT_EQ(::write(terminal_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
 
-    /// Waits until this has appeared behind what was waited for before; gives what came with it.
-    std::string await(std::string_view text)
+    /// Waits until this has appeared behind what was waited for before.
+    void await(std::string_view text)
     {
         const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         std::size_t found = std::string::npos;
@@ -63,9 +63,15 @@ class AtTerminal
             }
             screen_.append(bytes, static_cast<std::size_t>(got));
         }
-        const std::string seen = screen_.substr(0, found + text.size());
-        screen_.erase(0, seen.size());
-        return seen;
+        screen_.erase(0, found + text.size());
+    }
+
+    /// Types, and waits for the answer and the next prompt.
+    void exchange(std::string_view keys, std::string_view answer, std::string_view prompt = "kx> ")
+    {
+        type(keys);
+        await(answer);
+        await(prompt);
     }
 
     /// Exit status of the program, which is about to end; -1 when it does not.
@@ -99,30 +105,19 @@ TEST(Terminal, ContinuesCompletesAndRemembers)
         AtTerminal shell(folder);
         shell.await("quit to leave.");
         shell.await("kx> ");
-        shell.type("x = [1 2\n");
-        shell.await("..> ");
-        shell.type("3 4]\n");
-        shell.await("x = full double, 2-by-2");
-        shell.await("kx> ");
-        shell.type("spey\t(3)\n");
-        shell.await("sparse double, 3-by-3");
-        shell.await("kx> ");
+        shell.exchange("x = [1 2\n", "", "..> ");
+        shell.exchange("3 4]\n", "x = full double, 2-by-2");
+        shell.exchange("spey\t(3)\n", "sparse double, 3-by-3");
         shell.type("mm\t\t");
         shell.await("mmread  mmwrite");
-        shell.type("read('nowhere.mtx')\n");
-        shell.await("cannot read nowhere.mtx");
-        shell.await("kx> ");
-        shell.type("print('remember', 1 + 1)\n");
-        shell.await("remember 2");
-        shell.await("kx> ");
+        shell.exchange("read('nowhere.mtx')\n", "cannot read nowhere.mtx");
+        shell.exchange("print('remember', 1 + 1)\n", "remember 2");
         shell.type("quit\n");
         EXPECT_EQ(shell.wait(), 0) << "errors at the terminal are no failure of the program";
     }
     AtTerminal again(folder);
     again.await("kx> ");
-    again.type(kUp + kUp + "\n");
-    again.await("remember 2");
-    again.await("kx> ");
+    again.exchange(kUp + kUp + "\n", "remember 2");
     again.type(kControlD);
     EXPECT_EQ(again.wait(), 0);
 }
@@ -132,26 +127,20 @@ TEST(Terminal, ControlCStopsTheStatementNotTheShell)
     const TestFolder folder;
     AtTerminal shell(folder);
     shell.await("kx> ");
-    shell.type("x = 5; y = 6\n");
-    shell.await("y = 6");
-    shell.await("kx> ");
+    shell.exchange("x = 5; y = 6\n", "y = 6");
     shell.type("x = 7 + ");
     shell.await("7 + ");
-    shell.type(kControlC);
-    shell.await("kx> ");
-    shell.type("x = [1 2\n");
-    shell.await("..> ");
-    shell.type(kControlC);
-    shell.await("kx> ");
+    shell.exchange(kControlC, "");
+    shell.exchange("x = [1 2\n", "", "..> ");
+    shell.exchange(kControlC, "");
     // Seconds of work: millions of numbers are drawn.
     shell.type("x = 5; print('be', 'gun'); z = sprand(6000, 6000, 0.5); x = 8;\n");
     shell.await("be gun");
     ::usleep(200000);
-    shell.type(kControlC);
-    shell.await("interrupted (kxsh:interrupted)");
-    shell.await("kx> ");
-    shell.type("print('still', x, y)\n");
-    shell.await("still 5 6");
+    shell.exchange(kControlC, "interrupted (kxsh:interrupted)");
+    shell.exchange("print('still', x, y)\n", "still 5 6");
+    shell.type(kControlD);
+    EXPECT_EQ(shell.wait(), 0);
 }
 
 } // namespace

@@ -36,7 +36,6 @@ class TestShell
         return open == std::string::npos ? "" : line.substr(open + 1, line.size() - open - 2);
     }
     [[nodiscard]] Session& session() { return session_; }
-    Runner& runner() { return runner_; }
     Value& operator[](const std::string& name) { return session_.variables.at(name); }
 
   private:
@@ -46,6 +45,13 @@ class TestShell
     Runner runner_{session_, errors_};
     Runner::Outcome outcome_ = Runner::Outcome::kDone;
 };
+
+inline std::string contentOf(const std::string& path)
+{
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    return content.str();
+}
 
 /// A folder of its own for the running test, removed at its end.
 class TestFolder

@@ -46,35 +46,9 @@ auto withType(kxClassID id, F&& f)
 
 const char* nameOfClass(kxClassID id)
 {
-    switch (id) {
-    case kxUNKNOWN_CLASS:
-        return "unset";
-    case kxLOGICAL_CLASS:
-        return "logical";
-    case kxCHAR_CLASS:
-        return "char";
-    case kxDOUBLE_CLASS:
-        return "double";
-    case kxSINGLE_CLASS:
-        return "single";
-    case kxINT8_CLASS:
-        return "int8";
-    case kxUINT8_CLASS:
-        return "uint8";
-    case kxINT16_CLASS:
-        return "int16";
-    case kxUINT16_CLASS:
-        return "uint16";
-    case kxINT32_CLASS:
-        return "int32";
-    case kxUINT32_CLASS:
-        return "uint32";
-    case kxINT64_CLASS:
-        return "int64";
-    case kxUINT64_CLASS:
-        return "uint64";
-    }
-    return "of an unknown class";
+    constexpr const char* kNames[] = {"unset", "",      "",      "logical", "char",  "",       "double", "single",
+                                      "int8",  "uint8", "int16", "uint16",  "int32", "uint32", "int64",  "uint64"};
+    return id < std::size(kNames) ? kNames[id] : "of an unknown class";
 }
 
 } // namespace

@@ -1,13 +1,9 @@
 #include "support/call.hpp"
 
+#include <algorithm>
 #include <ostream>
 
 namespace zqsp::test {
-
-bool isReference(Export callee)
-{
-    return callee <= Export::ReferenceByRanges;
-}
 
 /// The operation with its aliased operands described by what they are.
 Operation resolved(Operation op)
@@ -28,20 +24,16 @@ Operation resolved(Operation op)
 
 namespace {
 
-bool takesRightSide(Export callee)
+/// The arrays of a call, as the export takes them.
+struct Operands
 {
-    return callee >= Export::Ass3 && callee <= Export::Ass6;
-}
-
-bool takesBareIndices(Export callee)
-{
-    return callee == Export::ReferenceByLists || callee == Export::ReferenceByRanges;
-}
-
-bool takesColumns(Export callee)
-{
-    return callee == Export::Ref6 || callee == Export::Ass6 || takesBareIndices(callee);
-}
+    const Operation& op;
+    kxArray* a;
+    const kxArray* b;
+    const kxArray* i;
+    const kxArray* j;
+    kxArray** out;
+};
 
 std::vector<unsigned> zeroBased(const Subscript& list)
 {
@@ -52,25 +44,109 @@ std::vector<unsigned> zeroBased(const Subscript& list)
     return indices;
 }
 
-kxArray* referenceByLists(const kxArray* a, const Subscript& i, const Subscript& j)
+spStatus referenceByLists(const Operands& x)
 {
-    const std::vector<unsigned> rows = zeroBased(i);
-    const std::vector<unsigned> columns = zeroBased(j);
+    const std::vector<unsigned> rows = zeroBased(x.op.i);
+    const std::vector<unsigned> columns = zeroBased(x.op.j);
     static const unsigned kNothing = 0; // a list without elements is not a null list
     const auto data = [](const Subscript& s, const std::vector<unsigned>& list) {
         return s.form == Form::Colon ? nullptr : (list.empty() ? &kNothing : list.data());
     };
-    return kxSparseReference(a, data(i, rows), static_cast<unsigned>(rows.size()), data(j, columns),
-                             static_cast<unsigned>(columns.size()));
+    *x.out = kxSparseReference(x.a, data(x.op.i, rows), static_cast<unsigned>(rows.size()), data(x.op.j, columns),
+                               static_cast<unsigned>(columns.size()));
+    return spOK;
 }
 
-kxArray* referenceByRanges(const kxArray* a, const Subscript& i, const Subscript& j)
+spStatus referenceByRanges(const Operands& x)
 {
-    return kxSparseColonReference(a, static_cast<int>(i.start), static_cast<int>(i.step), static_cast<int>(i.stop),
-                                  static_cast<int>(j.start), static_cast<int>(j.step), static_cast<int>(j.stop));
+    const auto word = [](double value) { return static_cast<int>(value); };
+    const auto& [op, a, b, i, j, out] = x;
+    *out = kxSparseColonReference(a, word(op.i.start), word(op.i.step), word(op.i.stop), word(op.j.start),
+                                  word(op.j.step), word(op.j.stop));
+    return spOK;
+}
+
+/// What there is to know of an export.
+struct ExportTraits
+{
+    const char* name;
+    unsigned subscripts;
+    Model (*model)(const Operation&);
+    spStatus (*call)(const Operands&);
+};
+
+/// In the order of Export.
+const ExportTraits kExports[] = {
+    {"spRef2", 0, [](const Operation& op) { return refAll(op.a); },
+     [](const Operands& x) { return spRef2(x.a, x.out); }},
+    {"spRef3", 1, [](const Operation& op) { return refLinear(op.a, op.i); },
+     [](const Operands& x) { return spRef3(x.a, x.i, x.out); }},
+    {"spRef4", 1, [](const Operation& op) { return refColumns(op.a, op.i); },
+     [](const Operands& x) { return spRef4(x.a, x.i, x.out); }},
+    {"spRef5", 1, [](const Operation& op) { return refRows(op.a, op.i); },
+     [](const Operands& x) { return spRef5(x.a, x.i, x.out); }},
+    {"spRef6", 2, [](const Operation& op) { return refGeneral(op.a, op.i, op.j); },
+     [](const Operands& x) { return spRef6(x.a, x.i, x.j, x.out); }},
+    {"kxSparseReference", 2, [](const Operation& op) { return refByLists(op.a, op.i, op.j); }, referenceByLists},
+    {"kxSparseColonReference", 2, [](const Operation& op) { return refByRanges(op.a, op.i, op.j); }, referenceByRanges},
+    {"spAss3", 1, [](const Operation& op) { return assignLinear(op.a, op.b, op.i); },
+     [](const Operands& x) { return spAss3(x.a, x.b, x.i); }},
+    {"spAss4", 1, [](const Operation& op) { return assignColumns(op.a, op.b, op.i); },
+     [](const Operands& x) { return spAss4(x.a, x.b, x.i); }},
+    {"spAss5", 1, [](const Operation& op) { return assignRows(op.a, op.b, op.i); },
+     [](const Operands& x) { return spAss5(x.a, x.b, x.i); }},
+    {"spAss6", 2, [](const Operation& op) { return assignGeneral(op.a, op.b, op.i, op.j); },
+     [](const Operands& x) { return spAss6(x.a, x.b, x.i, x.j); }},
+    {"spDeleteColumns", 1, [](const Operation& op) { return deleteColumns(op.a, op.i); },
+     [](const Operands& x) { return spDeleteColumns(x.a, x.i); }},
+    {"spDeleteRows", 1, [](const Operation& op) { return deleteRows(op.a, op.i); },
+     [](const Operands& x) { return spDeleteRows(x.a, x.i); }},
+    {"spDeleteElements", 1, [](const Operation& op) { return deleteElements(op.a, op.i); },
+     [](const Operands& x) { return spDeleteElements(x.a, x.i); }},
+    {"spReshape", 0, [](const Operation& op) { return reshaped(op.a, op.newM, op.newN); },
+     [](const Operands& x) {
+         spReshape(x.a, x.op.newM, x.op.newN);
+         return spOK;
+     }}};
+
+const ExportTraits& traitsOf(Export callee)
+{
+    return kExports[static_cast<std::size_t>(callee)];
+}
+
+bool takesBareIndices(Export callee)
+{
+    return callee == Export::ReferenceByLists || callee == Export::ReferenceByRanges;
 }
 
 } // namespace
+
+std::vector<Export> everyExport()
+{
+    std::vector<Export> all(std::size(kExports));
+    std::generate(all.begin(), all.end(), [next = 0]() mutable { return static_cast<Export>(next++); });
+    return all;
+}
+
+const char* nameOf(Export callee)
+{
+    return traitsOf(callee).name;
+}
+
+bool isReference(Export callee)
+{
+    return callee <= Export::ReferenceByRanges;
+}
+
+bool isAssignment(Export callee)
+{
+    return callee >= Export::Ass3 && callee <= Export::Ass6;
+}
+
+Model modelled(const Operation& operation)
+{
+    return traitsOf(operation.callee).model(operation);
+}
 
 template <typename Description>
 Array Call::operand(Alias is, const Description& description) const
@@ -81,7 +157,7 @@ Array Call::operand(Alias is, const Description& description) const
     case Alias::SharesTarget:
         return Array(kxCreateSharedDataCopy(a_.get()));
     case Alias::SharesSubscript:
-        return Array(kxCreateSharedDataCopy(i_.get()));
+        return Array(kxCreateSharedDataCopy(pointer(i_)));
     case Alias::Target:
         break;
     }
@@ -92,15 +168,14 @@ Call::Call(const Operation& operation) : Call(operation, toArray(operation.a)) {
 
 Call::Call(const Operation& operation, Array target) : op_(resolved(operation)), a_(std::move(target))
 {
-    const Export callee = op_.callee;
-    if (takesRightSide(callee)) {
+    const unsigned subscripts = takesBareIndices(op_.callee) ? 0 : traitsOf(op_.callee).subscripts;
+    if (isAssignment(op_.callee)) {
         b_ = operand(op_.bIs, op_.b);
     }
-    if (callee == Export::Ref2 || callee == Export::Reshape || takesBareIndices(callee)) {
-        return;
+    if (subscripts > 0) {
+        i_ = operand(op_.iIs, op_.i);
     }
-    i_ = operand(op_.iIs, op_.i);
-    if (takesColumns(callee)) {
+    if (subscripts > 1) {
         j_ = operand(op_.jIs, op_.j);
     }
 }
@@ -111,85 +186,25 @@ std::vector<const kxArray*> Call::unchanging(bool completed) const
     if (!completed || isReference(op_.callee)) {
         all.push_back(a_.get());
     }
-    const auto add = [&](const Array& array, Alias is) {
-        if (array.get() != nullptr && (!completed || is == Alias::None || is == Alias::SharesSubscript)) {
-            all.push_back(array.get());
+    for (const Array* operand : {&b_, &i_, &j_}) {
+        if (operand->get() != nullptr) {
+            all.push_back(operand->get());
         }
-    };
-    add(b_, op_.bIs);
-    add(i_, op_.iIs);
-    add(j_, op_.jIs);
+    }
     return all;
 }
 
 spStatus Call::make(kxArray** out) const
 {
-    kxArray* a = a_.get();
-    const kxArray* b = pointer(b_);
-    const kxArray* i = pointer(i_);
-    const kxArray* j = pointer(j_);
-    switch (op_.callee) {
-    case Export::Ref2:
-        return spRef2(a, out);
-    case Export::Ref3:
-        return spRef3(a, i, out);
-    case Export::Ref4:
-        return spRef4(a, i, out);
-    case Export::Ref5:
-        return spRef5(a, i, out);
-    case Export::Ref6:
-        return spRef6(a, i, j, out);
-    case Export::ReferenceByLists:
-        *out = referenceByLists(a, op_.i, op_.j);
-        return spOK;
-    case Export::ReferenceByRanges:
-        *out = referenceByRanges(a, op_.i, op_.j);
-        return spOK;
-    case Export::Ass3:
-        return spAss3(a, b, i);
-    case Export::Ass4:
-        return spAss4(a, b, i);
-    case Export::Ass5:
-        return spAss5(a, b, i);
-    case Export::Ass6:
-        return spAss6(a, b, i, j);
-    case Export::DeleteColumns:
-        return spDeleteColumns(a, i);
-    case Export::DeleteRows:
-        return spDeleteRows(a, i);
-    case Export::DeleteElements:
-        return spDeleteElements(a, i);
-    case Export::Reshape:
-        break;
-    }
-    spReshape(a, op_.newM, op_.newN);
-    return spOK;
+    return traitsOf(op_.callee).call({op_, a_.get(), pointer(b_), pointer(i_), pointer(j_), out});
 }
 
 namespace {
 
-const char* nameOf(Export callee)
-{
-    constexpr const char* kNames[] = {
-        "spRef2",   "spRef3", "spRef4", "spRef5", "spRef6",          "kxSparseReference", "kxSparseColonReference",
-        "spAss3",   "spAss4", "spAss5", "spAss6", "spDeleteColumns", "spDeleteRows",      "spDeleteElements",
-        "spReshape"};
-    return kNames[static_cast<std::size_t>(callee)];
-}
-
 const char* nameOf(Alias alias)
 {
-    switch (alias) {
-    case Alias::None:
-        break;
-    case Alias::Target:
-        return " is the target";
-    case Alias::SharesTarget:
-        return " shares the target's data";
-    case Alias::SharesSubscript:
-        return " shares I's data";
-    }
-    return "";
+    constexpr const char* kNames[] = {"", " is the target", " shares the target's data", " shares I's data"};
+    return kNames[static_cast<std::size_t>(alias)];
 }
 
 } // namespace
@@ -198,16 +213,16 @@ std::ostream& operator<<(std::ostream& out, const Operation& operation)
 {
     const Operation op = resolved(operation);
     out << "\n" << nameOf(op.callee) << "\n  A = " << op.a;
-    if (takesRightSide(op.callee)) {
+    if (isAssignment(op.callee)) {
         out << "\n  B" << nameOf(op.bIs) << " = " << op.b;
     }
     if (op.callee == Export::Reshape) {
-        return out << "\n  to " << op.newM << "x" << op.newN;
+        out << "\n  to " << op.newM << "x" << op.newN;
     }
-    if (op.callee != Export::Ref2) {
+    if (traitsOf(op.callee).subscripts > 0) {
         out << "\n  I" << nameOf(op.iIs) << " = " << op.i;
     }
-    if (takesColumns(op.callee)) {
+    if (traitsOf(op.callee).subscripts > 1) {
         out << "\n  J" << nameOf(op.jIs) << " = " << op.j;
     }
     return out;

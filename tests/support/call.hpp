@@ -11,6 +11,8 @@ namespace zqsp::test {
 
 /// The operation with its aliased operands described by what they are.
 Operation resolved(Operation operation);
+/// What the models say the resolved operation gives; throws Failure.
+Model modelled(const Operation& operation);
 
 /// The operands of one call. An alias that is the target itself has no array of its own.
 class Call
@@ -21,7 +23,7 @@ class Call
     Call(const Operation& operation, Array target);
 
     [[nodiscard]] kxArray* target() const { return a_.get(); }
-    /// The arrays that a failing call must not change; a completed one may change only the target and what shares it.
+    /// The arrays that a call must not change: all but the target, and that too where it fails or is only read.
     [[nodiscard]] std::vector<const kxArray*> unchanging(bool completed) const;
 
     [[nodiscard]] Array takeTarget() { return std::move(a_); }

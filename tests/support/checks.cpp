@@ -21,18 +21,27 @@ std::ostream& operator<<(std::ostream& out, const Ended& ended)
     return out << "status " << ended.status << (ended.thrown.empty() ? "" : ", thrown ") << ended.thrown;
 }
 
+namespace {
+
+Ended thrown(const std::string& identifier)
+{
+    return Failure(identifier.c_str());
+}
+
+} // namespace
+
 Ended run(const std::function<spStatus()>& call)
 {
     try {
-        return Failure{call(), ""};
+        return Failure(call());
     } catch (const kxrt::Error& error) {
-        return Failure{spOK, error.identifier()};
+        return thrown(error.identifier());
     } catch (const std::bad_alloc&) {
-        return Failure{spOK, "<std::bad_alloc>"};
+        return thrown("<std::bad_alloc>");
     } catch (const fl::except::IUserException& error) {
-        return Failure{spOK, "<" + error.error_id() + ">"};
+        return thrown("<" + error.error_id() + ">");
     } catch (const std::exception& error) {
-        return Failure{spOK, std::string("<") + error.what() + ">"};
+        return thrown(std::string("<") + error.what() + ">");
     }
 }
 

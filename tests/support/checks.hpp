@@ -72,20 +72,38 @@ class LeakCheck
 void expectFails(const std::function<spStatus()>& call, const Failure& failure,
                  const std::vector<const kxArray*>& unchanged);
 
-/// Sets the runtime's maximum number of elements for a scope.
-class MaxElements
+/// A setting of the runtime for a scope.
+class Setting
 {
   public:
-    explicit MaxElements(unsigned limit) : before_(kxGetMaxNumberOfElements())
+    Setting(const Setting&) = delete;
+    Setting& operator=(const Setting&) = delete;
+    ~Setting() { undo_(); }
+
+  protected:
+    explicit Setting(std::function<void()> undo) : undo_(std::move(undo)) {}
+
+  private:
+    std::function<void()> undo_;
+};
+
+/// The maximum number of elements.
+struct MaxElements : Setting
+{
+    explicit MaxElements(unsigned limit)
+        : Setting([before = kxGetMaxNumberOfElements()] { kxrt::set_max_number_of_elements(before); })
     {
         kxrt::set_max_number_of_elements(limit);
     }
-    MaxElements(const MaxElements&) = delete;
-    MaxElements& operator=(const MaxElements&) = delete;
-    ~MaxElements() { kxrt::set_max_number_of_elements(before_); }
+};
 
-  private:
-    unsigned before_;
+/// The largest block.
+struct LargestBlock : Setting
+{
+    explicit LargestBlock(std::size_t bytes) : Setting([] { kxrt::set_largest_block(std::size_t{1} << 36); })
+    {
+        kxrt::set_largest_block(bytes);
+    }
 };
 
 } // namespace zqsp::test

@@ -79,13 +79,6 @@ void drawDenseEntries(Model& a, const Values& values)
     }
 }
 
-std::vector<unsigned> sortedUnique(std::vector<unsigned> list)
-{
-    std::sort(list.begin(), list.end());
-    list.erase(std::unique(list.begin(), list.end()), list.end());
-    return list;
-}
-
 } // namespace
 
 Model drawModel(Storage storage, Shape shape, bool explicitZeros)
@@ -140,33 +133,13 @@ Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZero
     return a;
 }
 
-std::vector<unsigned> storedRows(const Model& a)
+Model drawUnmadeTarget(Storage storage)
 {
-    std::vector<unsigned> rows;
-    for (const auto& [place, value] : a.entries) {
-        rows.push_back(place.row);
+    if (drawOneIn(2)) {
+        return Model::unset();
     }
-    return sortedUnique(rows);
-}
-
-std::vector<unsigned> storedColumns(const Model& a)
-{
-    std::vector<unsigned> columns;
-    for (const auto& [place, value] : a.entries) {
-        columns.push_back(place.column);
-    }
-    return sortedUnique(columns);
-}
-
-std::vector<unsigned> storedElements(const Model& a)
-{
-    std::vector<unsigned> positions;
-    for (const auto& [place, value] : a.entries) {
-        if (a.linear(place) < kxGetMaxNumberOfElements()) {
-            positions.push_back(static_cast<unsigned>(a.linear(place)));
-        }
-    }
-    return positions;
+    const auto [m, n] = drawFrom<std::pair<unsigned, unsigned>>({{0, 0}, {0, 5}, {5, 0}});
+    return emptyFull({storage.classId, false}, m, n);
 }
 
 namespace {
@@ -194,10 +167,8 @@ RightSide drawShaped(const std::vector<unsigned>& dims)
     if (dims.size() == 2 && drawOneIn(2)) {
         return RightSide::of(drawModelOfSize(storage, dims[0], dims[1]));
     }
-    RightSide b = RightSide::full(dims, {}, storage);
     const bool floating = storage.classId == kxDOUBLE_CLASS || storage.classId == kxSINGLE_CLASS;
-    b.values = drawElements(b.numel(), storage, floating);
-    return b;
+    return RightSide::full(dims, drawElements(RightSide::full(dims, {}).numel(), storage, floating), storage);
 }
 
 RightSide drawScalar()

@@ -5,7 +5,7 @@
 //     {
 //         property(2000, [] {
 //             const Model a = drawModel();
-//             const Subscript i = drawSubscript({.extent = a.m, .likely = storedRows(a)});
+//             const Subscript i = drawSubscript(wantedRows(a));
 //             holds({.callee = Export::Ref5, .a = a, .i = i});
 //         });
 //     }
@@ -46,10 +46,8 @@ Model drawModel();                                           ///< any storage
 /// A matrix of this very size.
 Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros = true);
 
-/// Positions worth naming: those that store something.
-std::vector<unsigned> storedRows(const Model& a);
-std::vector<unsigned> storedColumns(const Model& a);
-std::vector<unsigned> storedElements(const Model& a); ///< linear, as far as they fit
+/// A target that is not sparse yet: without a class, or full and empty.
+Model drawUnmadeTarget(Storage storage);
 
 // ---- Subscripts ----
 
@@ -64,10 +62,17 @@ struct Wanted
     bool mayFail = true;               ///< one in eight is spoilt: a bad value, a position past the extent
 };
 
+/// For a dimension of the matrix; what is stored is likely to be named.
+Wanted wantedRows(const Model& a, Purpose purpose = Purpose::Reference);
+Wanted wantedColumns(const Model& a, Purpose purpose = Purpose::Reference);
+Wanted wantedElements(const Model& a, Purpose purpose = Purpose::Reference);
+
 /// A subscript of any form, class and shape.
 Subscript drawSubscript(const Wanted& wanted);
 /// One of this form.
 Subscript drawSubscript(const Wanted& wanted, Form form);
+/// A numeric one of which unsigned words can hold every value.
+Subscript drawBareList(const Wanted& wanted);
 
 // ---- Right-hand sides ----
 
@@ -81,6 +86,9 @@ RightSide drawRightSide(unsigned count);
 
 /// Fails the running property with the text of checkOperation() unless it is "".
 void holds(const Operation& operation);
+
+/// The same with the text of checkFaults().
+void survivesFaults(const Operation& operation, unsigned* faults = nullptr);
 
 /// What a check by RapidCheck failed with.
 std::string failureOf(const rc::detail::TestResult& result);

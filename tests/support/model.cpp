@@ -28,18 +28,12 @@ Model Model::of(Storage storage, std::initializer_list<std::initializer_list<Val
 
 Model Model::empty(Storage storage, unsigned m, unsigned n)
 {
-    Model model;
-    model.m = m;
-    model.n = n;
-    model.storage = storage;
-    return model;
+    return {.m = m, .n = n, .storage = storage};
 }
 
 Model Model::unset()
 {
-    Model model = empty({kxUNKNOWN_CLASS, false}, 0, 0);
-    model.sparse = false;
-    return model;
+    return emptyFull({kxUNKNOWN_CLASS, false}, 0, 0);
 }
 
 Place Model::place(std::uint64_t linear) const
@@ -62,11 +56,12 @@ Model& Model::fit()
     return *this;
 }
 
-void Model::freeImagIfZero()
+Model withoutImagZeros(Model model)
 {
-    const bool zero =
-        std::all_of(entries.begin(), entries.end(), [](const auto& entry) { return entry.second.imag() == 0; });
-    storage.complex = storage.complex && !zero;
+    const bool zero = std::all_of(model.entries.begin(), model.entries.end(),
+                                  [](const auto& entry) { return entry.second.imag() == 0; });
+    model.storage.complex = model.storage.complex && !zero;
+    return model;
 }
 
 Array toArray(const Model& model)

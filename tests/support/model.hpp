@@ -34,11 +34,11 @@ struct Model
 
     unsigned m = 0;
     unsigned n = 0;
-    Storage storage;
+    Storage storage = {};
     unsigned nzmax = 0;
     bool sparse = true;     ///< false: a full array, its non-zero elements the entries; nzmax means nothing
     bool hideClass = false; ///< build it with a class id that must be asked for; not compared
-    std::map<Place, Value> entries;
+    std::map<Place, Value> entries = {};
 
     /// A matrix of these rows; nzmax is the number of non-zeros.
     static Model of(Storage storage, std::initializer_list<std::initializer_list<Value>> rows);
@@ -60,14 +60,23 @@ struct Model
 
     /// Makes the capacity cover the entries.
     Model& fit();
-    /// Drops an imaginary part without a non-zero stored value.
-    void freeImagIfZero();
 };
+
+/// The same without an imaginary part that stores no other value than zero.
+Model withoutImagZeros(Model model);
 
 /// The same with this capacity.
 inline Model withCapacity(Model model, unsigned nzmax)
 {
     model.nzmax = nzmax;
+    return model;
+}
+
+/// An empty full array.
+inline Model emptyFull(Storage storage, unsigned m, unsigned n)
+{
+    Model model = Model::empty(storage, m, n);
+    model.sparse = false;
     return model;
 }
 

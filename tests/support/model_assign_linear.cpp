@@ -5,6 +5,19 @@
 
 namespace zqsp::test {
 
+void checkIndex(double value)
+{
+    if (std::isfinite(value) && value > kxGetMaxNumberOfElements()) {
+        throw Failure(kSizeLimitError);
+    }
+    if (!std::isfinite(value) || value != std::trunc(value) || value < 0) {
+        throw Failure(spIndexNotPositiveInteger);
+    }
+    if (value == 0) {
+        throw Failure(spIndexBelowOne);
+    }
+}
+
 namespace {
 
 /// The index values of K, 1-based, as floats.
@@ -15,7 +28,7 @@ std::vector<double> indexValues(const Subscript& k)
     const bool holdsZeros =
         k.form == Form::SparseNumeric && (converted ? zeros > 0 : k.storedCount() < k.values.size());
     if (k.complex || holdsZeros) {
-        throw Failure{spOK, kNotPositiveIntegerError};
+        throw Failure(kNotPositiveIntegerError);
     }
     if (k.form == Form::Range) {
         return rangeValues(k);
@@ -28,21 +41,6 @@ std::vector<double> indexValues(const Subscript& k)
         values.push_back(static_cast<double>(position + 1));
     }
     return values;
-}
-
-void checkIndices(const std::vector<double>& values)
-{
-    for (const double v : values) {
-        if (std::isfinite(v) && v > kxGetMaxNumberOfElements()) {
-            throw Failure{spOK, kSizeLimitError};
-        }
-        if (!std::isfinite(v) || v != std::trunc(v) || v < 0) {
-            throw Failure{spIndexNotPositiveInteger, ""};
-        }
-        if (v == 0) {
-            throw Failure{spIndexBelowOne, ""};
-        }
-    }
 }
 
 /// Where the next index goes; the shape is looked at anew for each.
@@ -94,7 +92,7 @@ Model fillAll(const Model& a, const RightSide& b)
 {
     const kxClassID id = a.storage.classId;
     if (id == kxUNKNOWN_CLASS || (!b.isScalar() && !isReshape(a.m, a.n, b.m(), b.n()))) {
-        throw Failure{spOK, kColonMismatchError};
+        throw Failure(kColonMismatchError);
     }
     if (a.isEmpty() && !b.isScalar()) {
         return a;
@@ -102,8 +100,8 @@ Model fillAll(const Model& a, const RightSide& b)
     const RightSide converted = b.converted(id);
     Model result = a;
     if (!b.isScalar()) {
-        result = reshaped(RightSide::of(converted.asSparse()).model, a.m, a.n);
-        const bool copied = b.kind == RightSide::Kind::Sparse && b.storage.classId == id;
+        result = reshaped(converted.asSparse(), a.m, a.n);
+        const bool copied = b.kind == RightSide::Kind::Sparse && b.storage().classId == id;
         result.nzmax = copied ? b.model.nzmax : Model::kAnyCapacity;
         return result;
     }
@@ -116,7 +114,7 @@ Model fillAll(const Model& a, const RightSide& b)
         return result;
     }
     if (!isCountable(a.m, a.n)) {
-        throw Failure{spIndexExceedsMaxSize, ""};
+        throw Failure(spIndexExceedsMaxSize);
     }
     for (unsigned j = 0; j < a.n; ++j) {
         for (unsigned i = 0; i < a.m; ++i) {
@@ -124,26 +122,26 @@ Model fillAll(const Model& a, const RightSide& b)
         }
     }
     result.nzmax = result.nnz();
-    result.storage.complex = a.storage.complex || converted.storage.complex;
+    result.storage.complex = a.storage.complex || converted.storage().complex;
     return result;
 }
 
 /// A(K) = B, one index after another.
 Model assignEach(const Model& a, const RightSide& b, const Subscript& k)
 {
-    const kxClassID id = a.storage.classId == kxUNKNOWN_CLASS ? b.storage.classId : a.storage.classId;
+    const kxClassID id = a.storage.classId == kxUNKNOWN_CLASS ? b.storage().classId : a.storage.classId;
     const std::vector<Value> elements = b.converted(id).elements();
     const std::vector<double> values = indexValues(k);
     if (elements.size() != 1 && elements.size() != values.size()) {
-        throw Failure{spIndexAssignCountMismatch, ""};
+        throw Failure(spIndexAssignCountMismatch);
     }
     const auto numel = static_cast<double>(a.numel());
     const bool outside = std::any_of(values.begin(), values.end(), [&](double v) { return v > numel; });
     const bool matrix = a.m >= 2 && a.n >= 2;
     if (matrix && outside) {
-        throw Failure{spCannotResize, ""};
+        throw Failure(spCannotResize);
     }
-    checkIndices(values);
+    std::for_each(values.begin(), values.end(), checkIndex);
 
     Model result = a;
     if (a.storage.classId == kxUNKNOWN_CLASS) {
@@ -166,9 +164,9 @@ Model assignEach(const Model& a, const RightSide& b, const Subscript& k)
 
 Model assignLinear(const Model& a, const RightSide& b, const Subscript& k)
 {
-    Model result = b.isDeletion() ? deleteElements(a, k) : k.form == Form::Colon ? fillAll(a, b) : assignEach(a, b, k);
-    result.freeImagIfZero();
-    return result;
+    return withoutImagZeros(b.isDeletion()          ? deleteElements(a, k)
+                            : k.form == Form::Colon ? fillAll(a, b)
+                                                    : assignEach(a, b, k));
 }
 
 } // namespace zqsp::test

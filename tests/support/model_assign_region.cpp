@@ -1,8 +1,6 @@
 #include "support/model_operations.hpp"
 
 #include <algorithm>
-#include <cmath>
-#include <functional>
 #include <set>
 
 namespace zqsp::test {
@@ -15,11 +13,6 @@ struct Region
     std::uint64_t m;
     std::uint64_t n;
 };
-
-[[noreturn]] void fail(spStatus status)
-{
-    throw Failure{status, ""};
-}
 
 /// Whether B fits; where told, the region first takes its rows or columns from B.
 bool fits(Region& region, const RightSide& b, bool rowsFollow, bool columnsFollow)
@@ -51,17 +44,15 @@ Positions everyOne(std::uint64_t count)
 void growColumns(Model& a, unsigned column)
 {
     if (column >= a.n && column > (kxGetMaxNumberOfElements() - 2) / 4) {
-        throw Failure{spOK, kMaxSizeError};
+        throw Failure(kMaxSizeError);
     }
     a.n = std::max(a.n, column + 1);
 }
 
 /// An empty matrix in place of a target that is not sparse yet.
-Model fresh(const RightSide& b, unsigned m, unsigned n, unsigned nzmax)
+Model fresh(Storage storage, unsigned m, unsigned n, unsigned nzmax)
 {
-    Model a = Model::empty(b.storage, m, n);
-    a.nzmax = nzmax;
-    return a;
+    return withCapacity(Model::empty(storage, m, n), nzmax);
 }
 
 Value scalarOf(const RightSide& b)
@@ -89,74 +80,67 @@ void writeRegion(Model& a, const Positions& rows, const Positions& columns, cons
             }
         }
     }
-    a.storage.complex = a.storage.complex || b.storage.complex;
+    a.storage.complex = a.storage.complex || b.storage().complex;
     a.fit();
-}
-
-/// The shared beginning of A(:,J) = B and A(I,:) = B.
-Model enter(const Model& a, RightSide b, const Subscript& s, const std::function<Model(const Model&, RightSide)>& work)
-{
-    b = b.squeezed();
-    if (!b.isScalar()) {
-        b = RightSide::of(b.asSparse());
-    }
-    if (a.storage.classId == kxUNKNOWN_CLASS && s.form == Form::Colon) {
-        Model result = b.asSparse();
-        result.sparse = b.kind == RightSide::Kind::Sparse;
-        result.nzmax = Model::kAnyCapacity;
-        return result;
-    }
-    return work(a, a.storage.classId == kxUNKNOWN_CLASS ? b : b.converted(a.storage.classId));
 }
 
 /// No column or no row is named.
 Model writeNothing(const Model& a, const RightSide& b)
 {
     if (b.numel() > 1) {
-        fail(spAssignDimMismatch);
+        throw Failure(spAssignDimMismatch);
     }
-    return a.isUnset() ? fresh(RightSide::full({0, 0}, {}, {b.storage.classId, false}), 0, 0, 1) : a;
+    return a.isUnset() ? fresh({b.storage().classId, false}, 0, 0, 1) : a;
 }
 
-Model writeColumns(const Model& a, const RightSide& b, const Subscript& j)
+/// A(:,J) = B, or A(I,:) = B, once B is of the target's class.
+Model writeLines(const Model& a, const RightSide& b, const Subscript& s, bool columns)
 {
-    const Positions columns = convert(j, a.n, Purpose::Assignment);
-    if (columns.empty()) {
+    const Positions lines = convert(s, columns ? a.n : a.m, Purpose::Assignment);
+    if (lines.empty()) {
         return writeNothing(a, b);
     }
     const bool follows = a.isEmpty() && a.m == a.n && b.numel() > 0;
-    Region region{a.m, columns.size()};
-    if (!fits(region, b, follows, false)) {
-        fail(spAssignDimMismatch);
+    Region region = columns ? Region{a.m, lines.size()} : Region{lines.size(), a.n};
+    if (!fits(region, b, columns && follows, !columns && follows)) {
+        throw Failure(spAssignDimMismatch);
     }
+    const unsigned last = highest(lines);
     Model result = a;
-    if (a.isUnset()) {
+    if (a.isUnset() && columns) {
         const std::uint64_t nnz = b.kind == RightSide::Kind::Sparse ? b.model.nnz() : 1;
         const std::uint64_t nzmax = b.isScalar() ? nnz * region.n : nnz;
-        result = fresh(b, 0, highest(columns) + 1, static_cast<unsigned>(nzmax));
+        result = fresh(b.storage(), 0, last + 1, static_cast<unsigned>(nzmax));
+    } else if (a.isUnset()) {
+        result = fresh(b.storage(), a.m, 0, 0);
     }
-    result.m = static_cast<unsigned>(region.m);
-    growColumns(result, highest(columns));
-    writeRegion(result, everyOne(region.m), columns, b);
+    if (columns) {
+        growColumns(result, last);
+        result.m = static_cast<unsigned>(region.m);
+        writeRegion(result, everyOne(region.m), lines, b);
+    } else {
+        result.m = std::max(a.m, last + 1);
+        result.n = static_cast<unsigned>(region.n);
+        writeRegion(result, lines, everyOne(region.n), b);
+    }
     return result;
 }
 
-Model writeRows(const Model& a, const RightSide& b, const Subscript& i)
+Model assignLines(const Model& a, RightSide b, const Subscript& s, bool columns)
 {
-    const Positions rows = convert(i, a.m, Purpose::Assignment);
-    if (rows.empty()) {
-        return writeNothing(a, b);
+    b = b.squeezed();
+    if (!b.isScalar()) {
+        b = RightSide::of(b.asSparse());
     }
-    const bool follows = a.isEmpty() && a.m == a.n && b.numel() > 0;
-    Region region{rows.size(), a.n};
-    if (!fits(region, b, false, follows)) {
-        fail(spAssignDimMismatch);
+    const bool classless = a.storage.classId == kxUNKNOWN_CLASS;
+    Model result = b.asSparse();
+    if (classless && s.form == Form::Colon) { // the target takes B whole
+        result.sparse = b.kind == RightSide::Kind::Sparse;
+        result.nzmax = Model::kAnyCapacity;
+    } else {
+        result = writeLines(a, classless ? b : b.converted(a.storage.classId), s, columns);
     }
-    Model result = a.isUnset() ? fresh(b, a.m, 0, 0) : a;
-    result.n = static_cast<unsigned>(region.n);
-    result.m = std::max(a.m, highest(rows) + 1);
-    writeRegion(result, rows, everyOne(region.n), b);
-    return result;
+    return withoutImagZeros(result);
 }
 
 /// Whether A(i,j) = B takes the short way for this subscript: one number of a class that may be complex.
@@ -169,17 +153,8 @@ bool isOneNumber(const Subscript& s)
 
 unsigned oneIndex(const Subscript& s)
 {
-    const double x = s.values[0];
-    if (std::isfinite(x) && x > kxGetMaxNumberOfElements()) {
-        throw Failure{spOK, kSizeLimitError};
-    }
-    if (!std::isfinite(x) || x != std::trunc(x) || x < 0) {
-        fail(spIndexNotPositiveInteger);
-    }
-    if (x == 0) {
-        fail(spIndexBelowOne);
-    }
-    return static_cast<unsigned>(x) - 1;
+    checkIndex(s.values[0]);
+    return static_cast<unsigned>(s.values[0]) - 1;
 }
 
 /// Stores or removes one element; a full matrix grows by ten entries.
@@ -196,7 +171,7 @@ void writeOne(Model& a, Place place, const RightSide& b)
         a.nzmax += 10;
     }
     a.entries[place] = value;
-    a.storage.complex = a.storage.complex || b.storage.complex;
+    a.storage.complex = a.storage.complex || b.storage().complex;
 }
 
 /// Several columns of a matrix of moderate height are written with a table of their entries, which the maximum bounds.
@@ -213,7 +188,7 @@ void checkTable(const Model& result, const Positions& columns)
     }
     const std::size_t bytes = std::max<std::size_t>(elementSizeOf(result.storage.classId), 4);
     if (columns.size() > max / 4 || entries > max / bytes) {
-        throw Failure{spOK, kMaxSizeError};
+        throw Failure(kMaxSizeError);
     }
 }
 
@@ -224,7 +199,7 @@ Model writeGeneral(const Model& a, const RightSide& b, const Positions& rows, co
     const unsigned column = highest(columns);
     const bool zeroScalar = b.isScalar() && scalarOf(b) == 0.0;
     const bool one = rows.size() == 1 && columns.size() == 1;
-    Model result = a.isUnset() ? fresh(b, m, column + 1, zeroScalar || one ? 1 : 0) : a;
+    Model result = a.isUnset() ? fresh(b.storage(), m, column + 1, zeroScalar || one ? 1 : 0) : a;
     growColumns(result, column);
     result.m = m;
     if (one && !zeroScalar) {
@@ -244,7 +219,7 @@ Model growGeneral(const Model& a, const RightSide& b, const Positions& rows, con
     const unsigned m = rows.empty() ? a.m : std::max(a.m, highest(rows) + 1);
     const unsigned n = columns.empty() ? 0 : highest(columns) + 1;
     if (a.isUnset()) {
-        return fresh(RightSide::full({0, 0}, {}, {b.storage.classId, false}), m, n, 1);
+        return fresh({b.storage().classId, false}, m, n, 1);
     }
     Model result = a;
     result.m = m;
@@ -258,21 +233,12 @@ Model growGeneral(const Model& a, const RightSide& b, const Positions& rows, con
 
 Model assignColumns(const Model& a, const RightSide& b, const Subscript& j)
 {
-    Model result =
-        b.isDeletion()
-            ? deleteColumns(a, j)
-            : enter(a, b, j, [&](const Model& x, const RightSide& prepared) { return writeColumns(x, prepared, j); });
-    result.freeImagIfZero();
-    return result;
+    return b.isDeletion() ? withoutImagZeros(deleteColumns(a, j)) : assignLines(a, b, j, true);
 }
 
 Model assignRows(const Model& a, const RightSide& b, const Subscript& i)
 {
-    Model result = b.isDeletion() ? deleteRows(a, i) : enter(a, b, i, [&](const Model& x, const RightSide& prepared) {
-        return writeRows(x, prepared, i);
-    });
-    result.freeImagIfZero();
-    return result;
+    return b.isDeletion() ? withoutImagZeros(deleteRows(a, i)) : assignLines(a, b, i, false);
 }
 
 Model assignGeneral(const Model& a, const RightSide& original, const Subscript& i, const Subscript& j)
@@ -283,32 +249,30 @@ Model assignGeneral(const Model& a, const RightSide& original, const Subscript& 
         result = original.asSparse();
         result.sparse = original.kind == RightSide::Kind::Sparse;
         result.nzmax = result.sparse ? original.model.nzmax : Model::kAnyCapacity;
-        result.freeImagIfZero();
-        return result;
+        return withoutImagZeros(result);
     }
     RightSide b = original.isDeletion() || id == kxUNKNOWN_CLASS ? original : original.converted(id);
     b = b.squeezed();
     const spStatus mismatch = b.isLiteral() ? spEmptyAssignDisallowed : spAssignDimMismatch;
     if (isOneNumber(i) && isOneNumber(j)) {
         if (!b.isScalar()) {
-            fail(mismatch);
+            throw Failure(mismatch);
         }
         const unsigned row = oneIndex(i);
         const unsigned column = oneIndex(j);
-        result = a.isUnset() ? fresh(b, row + 1, column + 1, 1) : a;
+        result = a.isUnset() ? fresh(b.storage(), row + 1, column + 1, 1) : a;
         writeOne(result, {column, row}, b);
     } else {
         const Positions rows = convert(i, a.m, Purpose::Assignment);
         const Positions columns = convert(j, a.n, Purpose::Assignment);
         Region region{rows.size(), columns.size()};
         if (!fits(region, b, false, false)) {
-            fail(mismatch);
+            throw Failure(mismatch);
         }
         const bool none = rows.empty() || columns.empty();
         result = (none ? growGeneral : writeGeneral)(a, b, rows, columns);
     }
-    result.freeImagIfZero();
-    return result;
+    return withoutImagZeros(result);
 }
 
 } // namespace zqsp::test

@@ -28,40 +28,37 @@ Model withoutAnything(const Model& a, unsigned m, unsigned n)
     return result;
 }
 
-} // namespace
-
-Model deleteColumns(const Model& a, const Subscript& j)
+/// The columns, or the rows, that S names.
+Model deleteLines(const Model& a, const Subscript& s, bool columns)
 {
-    if (j.form == Form::Colon) {
-        return withoutAnything(a, a.m, 0);
+    if (s.form == Form::Colon) {
+        return columns ? withoutAnything(a, a.m, 0) : withoutAnything(a, 0, a.n);
     }
-    const PositionSet deleted = deletedPositions(j, a.n);
+    const PositionSet deleted = deletedPositions(s, columns ? a.n : a.m);
     Model result = a;
-    result.n = a.n - static_cast<unsigned>(deleted.size());
+    (columns ? result.n : result.m) -= static_cast<unsigned>(deleted.size());
     result.entries.clear();
     for (const auto& [place, value] : a.entries) {
-        if (!deleted.contains(place.column)) {
-            result.entries[{static_cast<unsigned>(shifted(deleted, place.column)), place.row}] = value;
+        Place moved = place;
+        unsigned& line = columns ? moved.column : moved.row;
+        if (!deleted.contains(line)) {
+            line = static_cast<unsigned>(shifted(deleted, line));
+            result.entries[moved] = value;
         }
     }
     return result;
 }
 
+} // namespace
+
+Model deleteColumns(const Model& a, const Subscript& j)
+{
+    return deleteLines(a, j, true);
+}
+
 Model deleteRows(const Model& a, const Subscript& i)
 {
-    if (i.form == Form::Colon) {
-        return withoutAnything(a, 0, a.n);
-    }
-    const PositionSet deleted = deletedPositions(i, a.m);
-    Model result = a;
-    result.m = a.m - static_cast<unsigned>(deleted.size());
-    result.entries.clear();
-    for (const auto& [place, value] : a.entries) {
-        if (!deleted.contains(place.row)) {
-            result.entries[{place.column, static_cast<unsigned>(shifted(deleted, place.row))}] = value;
-        }
-    }
-    return result;
+    return deleteLines(a, i, false);
 }
 
 Model deleteElements(const Model& a, const Subscript& k)
@@ -78,7 +75,7 @@ Model deleteElements(const Model& a, const Subscript& k)
     constexpr std::uint64_t kByteLimit = 0xFFFFFFFFU;
     const bool fits = isCountable(a.m, a.n) && a.numel() * elementSizeOf(a.storage.classId) <= kByteLimit;
     if (a.n != 1 && !fits) {
-        throw Failure{spCannotResizeToRowVector, ""};
+        throw Failure(spCannotResizeToRowVector);
     }
     const PositionSet deleted = deletedPositions(k, std::min<std::uint64_t>(a.numel(), kxGetMaxNumberOfElements()));
     if (a.isEmpty() || deleted.empty()) {

@@ -43,6 +43,9 @@ Model deleteElements(const Model& a, const Subscript& k); ///< spDeleteElements
 
 // ---- Assignment (model_assign_linear.cpp, model_assign_region.cpp) ----
 
+/// The value of an index that is converted by itself, 1-based; throws Failure unless it is a good one.
+void checkIndex(double value);
+
 Model assignLinear(const Model& a, const RightSide& b, const Subscript& k);                      ///< spAss3
 Model assignColumns(const Model& a, const RightSide& b, const Subscript& j);                     ///< spAss4
 Model assignRows(const Model& a, const RightSide& b, const Subscript& i);                        ///< spAss5

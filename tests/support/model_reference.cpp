@@ -94,17 +94,6 @@ Model select(const Model& a, const std::optional<Positions>& rows, const Positio
     return result;
 }
 
-Model finished(Model result)
-{
-    result.freeImagIfZero();
-    return result;
-}
-
-Model duplicate(const Model& a)
-{
-    return finished(a);
-}
-
 /// The elements at these linear positions, laid out by columns in an m-by-n result.
 Model gather(const Model& a, const Positions& positions, std::uint64_t m, std::uint64_t n)
 {
@@ -150,7 +139,7 @@ Shape linearShape(const Model& a, const Subscript& s, std::uint64_t k)
 Model refAll(const Model& a)
 {
     if (!isCountable(a.m, a.n)) {
-        throw Failure{spOK, kTooLargeError};
+        throw Failure(kTooLargeError);
     }
     Model result = reshaped(a, static_cast<unsigned>(a.numel()), 1);
     result.nzmax = a.nnz();
@@ -171,15 +160,15 @@ Model refLinear(const Model& a, const Subscript& k)
     if (!countable && k.form == Form::SparseMask && !isCountable(k.m, k.n) && !positions.empty()) {
         result.nzmax = std::min(static_cast<unsigned>(positions.size()), a.nnz());
     }
-    return finished(result);
+    return withoutImagZeros(result);
 }
 
 Model refColumns(const Model& a, const Subscript& j)
 {
     if (j.form == Form::Colon) {
-        return duplicate(a);
+        return withoutImagZeros(a);
     }
-    return finished(select(a, std::nullopt, convert(j, a.n, Purpose::Reference)));
+    return withoutImagZeros(select(a, std::nullopt, convert(j, a.n, Purpose::Reference)));
 }
 
 Model refRows(const Model& a, const Subscript& i)
@@ -193,7 +182,7 @@ Model refGeneral(const Model& a, const Subscript& i, const Subscript& j)
         return refColumns(a, j);
     }
     const Positions rows = convert(i, a.m, Purpose::Reference);
-    return finished(select(a, rows, convert(j, a.n, Purpose::Reference)));
+    return withoutImagZeros(select(a, rows, convert(j, a.n, Purpose::Reference)));
 }
 
 Model refByLists(const Model& a, const Subscript& rows, const Subscript& columns)
@@ -205,7 +194,7 @@ Model refByLists(const Model& a, const Subscript& rows, const Subscript& columns
         Positions all;
         for (const double value : list.values) {
             if (value > extent) { // nothing else bounds it
-                throw Failure{spOK, kOutOfRangeError};
+                throw Failure(kOutOfRangeError);
             }
             all.push_back(static_cast<std::uint64_t>(value) - 1);
         }
@@ -227,7 +216,7 @@ Model refByRanges(const Model& a, const Subscript& rows, const Subscript& column
         if (failure.status == spOK) {
             throw;
         }
-        throw Failure{spOK, failure.status == spIndexOutOfRange ? kOutOfRangeError : kNotPositiveIntegerError};
+        throw Failure(failure.status == spIndexOutOfRange ? kOutOfRangeError : kNotPositiveIntegerError);
     }
 }
 

@@ -8,43 +8,6 @@ namespace zqsp::test {
 
 namespace {
 
-Model resultOf(const Operation& op)
-{
-    switch (op.callee) {
-    case Export::Ref2:
-        return refAll(op.a);
-    case Export::Ref3:
-        return refLinear(op.a, op.i);
-    case Export::Ref4:
-        return refColumns(op.a, op.i);
-    case Export::Ref5:
-        return refRows(op.a, op.i);
-    case Export::Ref6:
-        return refGeneral(op.a, op.i, op.j);
-    case Export::ReferenceByLists:
-        return refByLists(op.a, op.i, op.j);
-    case Export::ReferenceByRanges:
-        return refByRanges(op.a, op.i, op.j);
-    case Export::Ass3:
-        return assignLinear(op.a, op.b, op.i);
-    case Export::Ass4:
-        return assignColumns(op.a, op.b, op.i);
-    case Export::Ass5:
-        return assignRows(op.a, op.b, op.i);
-    case Export::Ass6:
-        return assignGeneral(op.a, op.b, op.i, op.j);
-    case Export::DeleteColumns:
-        return deleteColumns(op.a, op.i);
-    case Export::DeleteRows:
-        return deleteRows(op.a, op.i);
-    case Export::DeleteElements:
-        return deleteElements(op.a, op.i);
-    case Export::Reshape:
-        break;
-    }
-    return reshaped(op.a, op.newM, op.newN);
-}
-
 /// On operands of its own; leaks of theirs are told too.
 Made makeOnce(const Operation& op, const Outcome& expected, long failing)
 {
@@ -109,7 +72,7 @@ Made makeAndCheck(const Call& call, const Operation& op, const Outcome& expected
 Outcome predict(const Operation& operation)
 {
     try {
-        return {Ended(), resultOf(resolved(operation))};
+        return {Ended(), modelled(resolved(operation))};
     } catch (const Failure& failure) {
         return {failure, {}};
     }
@@ -141,16 +104,6 @@ void expectEnds(const Operation& operation, const Failure& failure)
 {
     EXPECT_EQ(predict(operation).ended, Ended(failure)) << operation;
     EXPECT_EQ("", checkOperation(operation));
-}
-
-void expectEnds(const Operation& operation, spStatus status)
-{
-    expectEnds(operation, Failure{status, ""});
-}
-
-void expectEnds(const Operation& operation, const char* thrown)
-{
-    expectEnds(operation, Failure{spOK, thrown});
 }
 
 void expectMakes(const Operation& operation, const Model& expected)

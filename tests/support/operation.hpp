@@ -11,6 +11,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 namespace zqsp::test {
 
@@ -33,7 +34,11 @@ enum class Export
     Reshape ///< to newM-by-newN, which must be a legal shape
 };
 
+/// Every export that takes a sparse array.
+std::vector<Export> everyExport();
+const char* nameOf(Export callee);
 bool isReference(Export callee);
+bool isAssignment(Export callee);
 
 /// What an operand is, other than an array of its own.
 enum class Alias
@@ -78,8 +83,6 @@ std::string checkFaults(const Operation& operation, unsigned* faults = nullptr);
 
 /// Expects (gtest) that the call ends so, in the model as well; all else as checkOperation().
 void expectEnds(const Operation& operation, const Failure& failure);
-void expectEnds(const Operation& operation, spStatus status);
-void expectEnds(const Operation& operation, const char* thrown);
 /// Expects that the call gives the target a content given by hand; expectGives(): in the model as well.
 void expectMakes(const Operation& operation, const Model& expected);
 void expectGives(const Operation& operation, const Model& expected);

@@ -39,14 +39,23 @@ rc::detail::TestParams paramsFor(const std::string& id, int runs)
     return params;
 }
 
+void requireNone(const std::string& complaint)
+{
+    if (!complaint.empty()) {
+        RC_FAIL(complaint);
+    }
+}
+
 } // namespace
 
 void holds(const Operation& operation)
 {
-    const std::string complaint = checkOperation(operation);
-    if (!complaint.empty()) {
-        RC_FAIL(complaint);
-    }
+    requireNone(checkOperation(operation));
+}
+
+void survivesFaults(const Operation& operation, unsigned* faults)
+{
+    requireNone(checkFaults(operation, faults));
 }
 
 std::string failureOf(const rc::detail::TestResult& result)

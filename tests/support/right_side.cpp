@@ -1,50 +1,34 @@
 #include "support/right_side.hpp"
 
 #include <cmath>
-#include <functional>
-#include <numeric>
 #include <ostream>
 
 namespace zqsp::test {
 
-RightSide RightSide::full(std::vector<unsigned> dims, std::vector<Value> values, Storage storage)
+RightSide RightSide::full(std::vector<unsigned> dims, const std::vector<Value>& values, Storage storage)
 {
-    RightSide b;
-    b.kind = Kind::Full;
-    b.dims = std::move(dims);
-    while (b.dims.size() > 2 && b.dims.back() == 1) { // as the runtime has it
-        b.dims.pop_back();
+    while (dims.size() > 2 && dims.back() == 1) { // as the runtime has it
+        dims.pop_back();
     }
-    b.values = std::move(values);
-    b.storage = storage;
-    return b;
+    unsigned n = 1;
+    for (std::size_t d = 1; d < dims.size(); ++d) {
+        n *= dims[d];
+    }
+    Model model = emptyFull(storage, dims[0], n);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        model.entries[model.place(i)] = values[i];
+    }
+    return {.kind = Kind::Full, .dims = std::move(dims), .model = model};
 }
 
 RightSide RightSide::of(const Model& sparse)
 {
-    RightSide b;
-    b.kind = Kind::Sparse;
-    b.dims = {sparse.m, sparse.n};
-    b.storage = sparse.storage;
-    b.model = sparse;
-    return b;
+    return {.kind = Kind::Sparse, .dims = {sparse.m, sparse.n}, .model = sparse};
 }
 
 RightSide RightSide::literal(Kind kind)
 {
-    RightSide b;
-    b.kind = kind;
-    return b;
-}
-
-std::uint64_t RightSide::numel() const
-{
-    return std::accumulate(dims.begin(), dims.end(), std::uint64_t{1}, std::multiplies<>());
-}
-
-unsigned RightSide::n() const
-{
-    return std::accumulate(dims.begin() + 1, dims.end(), 1U, std::multiplies<>());
+    return {.kind = kind};
 }
 
 namespace {
@@ -53,12 +37,12 @@ Value convertValue(Value value, Storage to)
 {
     if (to.classId == kxLOGICAL_CLASS) {
         if (std::isnan(value.real()) || std::isnan(value.imag())) {
-            throw Failure{spOK, kInvalidOperandError};
+            throw Failure(kInvalidOperandError);
         }
         return value != 0.0 ? 1 : 0;
     }
     if (to.classId == kxCHAR_CLASS && value.imag() != 0) {
-        throw Failure{spOK, kInvalidOperandError};
+        throw Failure(kInvalidOperandError);
     }
     return {convertElement(value.real(), to.classId), to.complex ? convertElement(value.imag(), to.classId) : 0};
 }
@@ -68,22 +52,18 @@ Value convertValue(Value value, Storage to)
 RightSide RightSide::converted(kxClassID id) const
 {
     RightSide b = *this;
-    if (id == storage.classId) {
+    if (id == storage().classId) {
         return b;
     }
-    b.storage = {id, storage.complex && isNumeric(id)};
+    b.model.storage = {id, storage().complex && isNumeric(id)};
     if (b.isLiteral()) {
         b.kind = Kind::Full;
     }
-    for (Value& value : b.values) {
-        value = convertValue(value, b.storage);
+    for (auto& [place, value] : b.model.entries) {
+        value = convertValue(value, b.storage());
     }
-    b.model.storage = b.storage;
-    b.model.entries.clear();
-    for (const auto& [place, value] : model.entries) {
-        if (const Value v = convertValue(value, b.storage); v != 0.0) {
-            b.model.entries[place] = v;
-        }
+    if (kind == Kind::Sparse) {
+        std::erase_if(b.model.entries, [](const auto& entry) { return entry.second == 0.0; });
     }
     return b;
 }
@@ -93,39 +73,31 @@ RightSide RightSide::squeezed() const
     if (dims.size() == 2) {
         return *this;
     }
-    RightSide b = *this;
-    b.dims.clear();
+    std::vector<unsigned> kept;
     for (const unsigned length : dims) {
         if (length != 1) {
-            b.dims.push_back(length);
+            kept.push_back(length);
         }
     }
-    if (b.dims.size() > 2) {
-        throw Failure{spAssignDimMismatch, ""};
+    if (kept.size() > 2) {
+        throw Failure(spAssignDimMismatch);
     }
-    b.dims.resize(2, 1);
-    return b;
+    kept.resize(2, 1);
+    return full(std::move(kept), elements(), storage());
 }
 
 Model RightSide::asSparse() const
 {
-    if (kind == Kind::Sparse) {
-        return model;
-    }
-    Model sparse = Model::empty(storage, m(), n());
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (values[i] != 0.0) {
-            sparse.entries[sparse.place(i)] = values[i];
-        }
+    Model sparse = model;
+    if (kind != Kind::Sparse) {
+        sparse.sparse = true;
+        std::erase_if(sparse.entries, [](const auto& entry) { return entry.second == 0.0; });
     }
     return sparse.fit();
 }
 
 std::vector<Value> RightSide::elements() const
 {
-    if (kind != Kind::Sparse) {
-        return values;
-    }
     std::vector<Value> all(model.numel());
     for (const auto& [place, value] : model.entries) {
         all[model.linear(place)] = value;
@@ -135,26 +107,18 @@ std::vector<Value> RightSide::elements() const
 
 Array toArray(const RightSide& b)
 {
-    if (b.isLiteral()) {
-        Array literal(kxCreateEmptyLiteral());
-        if (!b.isDeletion()) {
-            kxSetArrayScope(literal.get(), kxELEMENT_SCOPE);
+    if (!b.isLiteral()) {
+        Array array = toArray(b.model);
+        if (b.dims.size() > 2) {
+            kxSetDimensions(array.get(), b.dims.data(), static_cast<unsigned>(b.dims.size()));
         }
-        return literal;
+        return array;
     }
-    if (b.kind == RightSide::Kind::Sparse) {
-        return toArray(b.model);
+    Array literal(kxCreateEmptyLiteral());
+    if (!b.isDeletion()) {
+        kxSetArrayScope(literal.get(), kxELEMENT_SCOPE);
     }
-    const auto [id, complex] = b.storage;
-    Array array(
-        kxCreateNumericArray(static_cast<unsigned>(b.dims.size()), b.dims.data(), id, complex ? kxCOMPLEX : kxREAL));
-    for (std::size_t i = 0; i < b.values.size(); ++i) {
-        writeElement(array->pr, id, i, b.values[i].real());
-        if (complex) {
-            writeElement(array->pi, id, i, b.values[i].imag());
-        }
-    }
-    return array;
+    return literal;
 }
 
 std::ostream& operator<<(std::ostream& out, const RightSide& b)
@@ -162,21 +126,11 @@ std::ostream& operator<<(std::ostream& out, const RightSide& b)
     if (b.isLiteral()) {
         return out << (b.isDeletion() ? "[]" : "contained []");
     }
-    if (b.kind == RightSide::Kind::Sparse) {
-        return out << b.model;
+    out << b.model;
+    for (std::size_t d = 0; b.dims.size() > 2 && d < b.dims.size(); ++d) {
+        out << (d > 0 ? "-by-" : " as ") << b.dims[d];
     }
-    out << "full " << nameOf(b.storage) << ' ';
-    for (std::size_t d = 0; d < b.dims.size(); ++d) {
-        out << (d > 0 ? "x" : "") << b.dims[d];
-    }
-    out << " [";
-    for (const Value value : b.values) {
-        out << ' ' << value.real();
-        if (b.storage.complex) {
-            out << std::showpos << value.imag() << 'i' << std::noshowpos;
-        }
-    }
-    return out << " ]";
+    return out;
 }
 
 } // namespace zqsp::test

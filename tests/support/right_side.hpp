@@ -25,11 +25,9 @@ struct RightSide
 
     Kind kind = Kind::EmptyLiteral;
     std::vector<unsigned> dims = {0, 0};
-    Storage storage;
-    std::vector<Value> values; ///< of a full array, by columns
-    Model model;               ///< of a sparse one
+    Model model = emptyFull(kReal, 0, 0); ///< as a matrix; a full one holds every element as an entry, zeros too
 
-    static RightSide full(std::vector<unsigned> dims, std::vector<Value> values, Storage storage = {});
+    static RightSide full(std::vector<unsigned> dims, const std::vector<Value>& values, Storage storage = {});
     static RightSide scalar(Value value, Storage storage = {}) { return full({1, 1}, {value}, storage); }
     static RightSide of(const Model& sparse);
     static RightSide literal(Kind kind = Kind::EmptyLiteral);
@@ -37,11 +35,12 @@ struct RightSide
     [[nodiscard]] bool isDeletion() const { return kind == Kind::EmptyLiteral; }
     /// Whether it carries the literal's flag, whatever holds it.
     [[nodiscard]] bool isLiteral() const { return isDeletion() || kind == Kind::ContainedLiteral; }
-    [[nodiscard]] std::uint64_t numel() const;
+    [[nodiscard]] Storage storage() const { return model.storage; }
+    [[nodiscard]] std::uint64_t numel() const { return std::uint64_t{m()} * n(); }
     [[nodiscard]] bool isScalar() const { return numel() == 1; }
     /// Rows and columns; the columns of more than two dimensions are their product.
-    [[nodiscard]] unsigned m() const { return dims[0]; }
-    [[nodiscard]] unsigned n() const;
+    [[nodiscard]] unsigned m() const { return model.m; }
+    [[nodiscard]] unsigned n() const { return model.n; }
 
     /// With elements of class `id`; a sparse one loses what becomes zero. NaN to logical throws Failure.
     [[nodiscard]] RightSide converted(kxClassID id) const;

@@ -8,54 +8,36 @@ namespace zqsp::test {
 
 Subscript Subscript::list(std::vector<double> values)
 {
-    Subscript s;
-    s.n = static_cast<unsigned>(values.size());
-    s.values = std::move(values);
-    return s;
+    const auto n = static_cast<unsigned>(values.size());
+    return {.n = n, .values = std::move(values)};
 }
 
 Subscript Subscript::sparseList(std::vector<double> values)
 {
-    Subscript s = list(std::move(values));
-    s.form = Form::SparseNumeric;
-    return s;
+    const auto n = static_cast<unsigned>(values.size());
+    return {.form = Form::SparseNumeric, .n = n, .values = std::move(values)};
 }
 
 Subscript Subscript::mask(std::vector<double> zerosAndOnes)
 {
-    Subscript s = list(std::move(zerosAndOnes));
-    s.form = Form::Mask;
-    s.classId = kxLOGICAL_CLASS;
-    return s;
+    const auto n = static_cast<unsigned>(zerosAndOnes.size());
+    return {.form = Form::Mask, .classId = kxLOGICAL_CLASS, .n = n, .values = std::move(zerosAndOnes)};
 }
 
 Subscript Subscript::sparseMask(unsigned m, unsigned n, std::vector<Place> stored)
 {
-    Subscript s;
-    s.form = Form::SparseMask;
-    s.classId = kxLOGICAL_CLASS;
-    s.m = m;
-    s.n = n;
     std::sort(stored.begin(), stored.end());
-    s.stored = std::move(stored);
-    return s;
+    return {.form = Form::SparseMask, .classId = kxLOGICAL_CLASS, .m = m, .n = n, .stored = std::move(stored)};
 }
 
 Subscript Subscript::range(double start, double step, double stop)
 {
-    Subscript s;
-    s.form = Form::Range;
-    s.start = start;
-    s.step = step;
-    s.stop = stop;
-    return s;
+    return {.form = Form::Range, .start = start, .step = step, .stop = stop};
 }
 
 Subscript Subscript::colon()
 {
-    Subscript s;
-    s.form = Form::Colon;
-    return s;
+    return {.form = Form::Colon};
 }
 
 Subscript Subscript::ofModel(const Model& model)
@@ -111,22 +93,16 @@ std::uint64_t Subscript::numel() const
     return step == 0 || steps < 0 ? 0 : static_cast<std::uint64_t>(steps) + 1;
 }
 
-namespace {
-
-Array fullArray(const Subscript& s)
+Array toArray(const Subscript& s)
 {
-    const unsigned dims[] = {s.m, s.n};
-    Array array(kxCreateNumericArray(2, dims, s.classId, s.complex ? kxCOMPLEX : kxREAL));
-    for (std::size_t i = 0; i < s.values.size(); ++i) {
-        writeElement(array->pr, s.classId, i, s.values[i]);
+    if (s.form == Form::Colon) {
+        return Array(kxCreateColon());
     }
-    return array;
-}
-
-/// Sparse subscripts are built as the model of a matrix.
-Array sparseArray(const Subscript& s)
-{
+    if (s.form == Form::Range) {
+        return Array(kxCreateColonObject(s.start, s.step, s.stop));
+    }
     Model model = Model::empty({s.classId, s.complex}, s.m, s.n);
+    model.sparse = s.form == Form::SparseNumeric || s.form == Form::SparseMask;
     for (const Place place : s.stored) {
         model.entries[place] = s.form == Form::SparseNumeric || s.storesFalse ? 0 : 1;
     }
@@ -136,25 +112,6 @@ Array sparseArray(const Subscript& s)
         }
     }
     return toArray(model.fit());
-}
-
-} // namespace
-
-Array toArray(const Subscript& s)
-{
-    switch (s.form) {
-    case Form::Numeric:
-    case Form::Mask:
-        return fullArray(s);
-    case Form::SparseNumeric:
-    case Form::SparseMask:
-        return sparseArray(s);
-    case Form::Range:
-        return Array(kxCreateColonObject(s.start, s.step, s.stop));
-    case Form::Colon:
-        break;
-    }
-    return Array(kxCreateColon());
 }
 
 Positions maskPositions(const Subscript& mask)

@@ -23,6 +23,10 @@ struct Failure
 {
     spStatus status = spOK;
     std::string thrown;
+
+    Failure() = default;
+    Failure(spStatus returned) : status(returned) {}
+    Failure(const char* identifier) : thrown(identifier) {}
     bool operator==(const Failure&) const = default;
 };
 
@@ -44,6 +48,8 @@ enum class Form
     Range,         ///< colon object
     Colon          ///< the bare colon
 };
+inline constexpr Form kEveryForm[] = {Form::Numeric,    Form::SparseNumeric, Form::Mask,
+                                      Form::SparseMask, Form::Range,         Form::Colon};
 
 struct Subscript
 {
@@ -53,9 +59,9 @@ struct Subscript
     bool storesFalse = false; ///< SparseMask: every stored value is false (it selects all the same)
     unsigned m = 1;
     unsigned n = 0;
-    std::vector<double> values; ///< Numeric, SparseNumeric, Mask: the m*n elements, 1-based (masks: 0 and 1)
-    std::vector<Place> stored;  ///< SparseMask: the stored places, sorted; SparseNumeric: those of explicit zeros
-    double start = 1;           ///< Range
+    std::vector<double> values = {}; ///< Numeric, SparseNumeric, Mask: the m*n elements, 1-based (masks: 0 and 1)
+    std::vector<Place> stored = {};  ///< SparseMask: the stored places, sorted; SparseNumeric: those of explicit zeros
+    double start = 1;                ///< Range
     double step = 1;
     double stop = 0;
 

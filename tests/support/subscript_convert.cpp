@@ -60,10 +60,10 @@ spStatus integerStatus(double x, kxClassID id, double limit, Purpose purpose)
 Positions convertNumeric(const Subscript& s, std::uint64_t limit, Purpose purpose)
 {
     if (s.form == Form::SparseNumeric && s.storedCount() < s.values.size()) {
-        throw Failure{spIndexBelowOne, ""};
+        throw Failure(spIndexBelowOne);
     }
     if (s.complex) {
-        throw Failure{spIndexNotPositiveInteger, ""};
+        throw Failure(spIndexNotPositiveInteger);
     }
     const bool floating = s.classId == kxDOUBLE_CLASS || s.classId == kxSINGLE_CLASS;
     Positions positions;
@@ -71,7 +71,7 @@ Positions convertNumeric(const Subscript& s, std::uint64_t limit, Purpose purpos
         const spStatus status =
             (floating ? floatingStatus : integerStatus)(x, s.classId, static_cast<double>(limit), purpose);
         if (status != spOK) {
-            throw Failure{status, ""};
+            throw Failure(status);
         }
         positions.push_back(static_cast<std::uint64_t>(x) - 1);
     }
@@ -89,16 +89,16 @@ bool isInt32(double x)
 void checkWholeRange(const Subscript& s, double limit, Purpose purpose, bool countOverflowed)
 {
     if (s.start < 1 || s.stop < 1) {
-        throw Failure{spIndexNotPositiveInteger, ""};
+        throw Failure(spIndexNotPositiveInteger);
     }
     if (s.start > limit || s.stop > limit) {
         if (countOverflowed && s.start != s.stop) {
-            throw Failure{spOK, kMaxSizeError};
+            throw Failure(kMaxSizeError);
         }
-        throw Failure{rangeStatus(purpose), ""};
+        throw Failure(rangeStatus(purpose));
     }
     if (s.numel() > kxGetMaxNumberOfElements()) {
-        throw Failure{spOK, kMaxSizeError};
+        throw Failure(kMaxSizeError);
     }
 }
 
@@ -112,10 +112,10 @@ Positions convertRange(const Subscript& s, std::uint64_t limit, Purpose purpose,
     const double highest = std::min(static_cast<double>(limit), kHighestInt32); // signed words hold no more
     for (const double x : rangeValues(s)) {
         if (!whole && (x < 1 || x != std::trunc(x))) { // the runtime delivers a fraction as 0
-            throw Failure{spIndexNotPositiveInteger, ""};
+            throw Failure(spIndexNotPositiveInteger);
         }
         if (!whole && x > highest) {
-            throw Failure{rangeStatus(purpose), ""};
+            throw Failure(rangeStatus(purpose));
         }
         positions.push_back(static_cast<std::uint64_t>(x) - 1);
     }
@@ -127,7 +127,7 @@ Positions convertMask(const Subscript& s, std::uint64_t limit, Purpose purpose)
     const Positions positions = maskPositions(s);
     if (!positions.empty() && positions.back() >= limit) {
         const bool tooLarge = purpose == Purpose::Assignment && s.form == Form::SparseMask;
-        throw Failure{tooLarge ? spIndexExceedsMaxSize : rangeStatus(purpose), ""};
+        throw Failure(tooLarge ? spIndexExceedsMaxSize : rangeStatus(purpose));
     }
     return positions;
 }

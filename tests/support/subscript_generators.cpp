@@ -2,6 +2,7 @@
 #include "support/generators.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <set>
 
@@ -14,6 +15,19 @@ std::uint64_t reachOf(const Wanted& wanted)
 {
     const std::uint64_t max = kxGetMaxNumberOfElements();
     return std::min(wanted.extent + wanted.growth, max);
+}
+
+/// What positionOf() gives of the stored places, each once, as far as it can be named.
+template <typename PositionOf>
+std::vector<unsigned> ascending(const Model& a, PositionOf positionOf)
+{
+    std::set<unsigned> positions;
+    for (const auto& [place, value] : a.entries) {
+        if (const std::uint64_t position = positionOf(place); position < kxGetMaxNumberOfElements()) {
+            positions.insert(static_cast<unsigned>(position));
+        }
+    }
+    return {positions.begin(), positions.end()};
 }
 
 /// 0-based positions in any order, with repeats; empty where there are none to name.
@@ -252,6 +266,22 @@ Subscript drawForm(const Wanted& wanted, Form form)
 
 } // namespace
 
+Wanted wantedRows(const Model& a, Purpose purpose)
+{
+    return {.extent = a.m, .purpose = purpose, .likely = ascending(a, [](Place place) { return place.row; })};
+}
+
+Wanted wantedColumns(const Model& a, Purpose purpose)
+{
+    return {.extent = a.n, .purpose = purpose, .likely = ascending(a, [](Place place) { return place.column; })};
+}
+
+Wanted wantedElements(const Model& a, Purpose purpose)
+{
+    const auto position = [&a](Place place) { return a.linear(place); };
+    return {.extent = a.numel(), .purpose = purpose, .likely = ascending(a, position)};
+}
+
 Subscript drawSubscript(const Wanted& wanted, Form form)
 {
     Subscript s = drawForm(wanted, form);
@@ -266,6 +296,14 @@ Subscript drawSubscript(const Wanted& wanted)
     const Form form = drawFrom<Form>({Form::Numeric, Form::Range, Form::Mask, Form::SparseMask, Form::Numeric,
                                       Form::SparseNumeric, Form::Range, Form::Mask, Form::SparseMask, Form::Colon});
     return drawOneIn(20) ? drawEmpty() : drawSubscript(wanted, form);
+}
+
+Subscript drawBareList(const Wanted& wanted)
+{
+    Subscript s = drawSubscript(wanted, Form::Numeric);
+    std::erase_if(s.values, [](double v) { return !(v >= 1 && v <= 1e9 && v == std::trunc(v)); });
+    s.complex = false;
+    return s.as(kxDOUBLE_CLASS).shaped(1, static_cast<unsigned>(s.values.size()));
 }
 
 } // namespace zqsp::test

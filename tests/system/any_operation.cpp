@@ -3,31 +3,16 @@
 #include "support/draw.hpp"
 
 #include <algorithm>
-#include <cmath>
 
 namespace zqsp::test {
 
 namespace {
 
-bool isAssignment(Export callee)
+Wanted growing(Wanted wanted, bool mayFail)
 {
-    return callee >= Export::Ass3 && callee <= Export::Ass6;
-}
-
-Wanted wanted(std::uint64_t extent, Purpose purpose, std::vector<unsigned> likely, bool mayFail)
-{
-    Wanted w{.extent = extent, .purpose = purpose, .likely = std::move(likely), .mayFail = mayFail};
-    w.growth = purpose == Purpose::Assignment && drawOneIn(5) ? 3 : 0;
-    return w;
-}
-
-/// Lists without sense as unsigned words are made empty.
-Subscript bareList(Subscript s)
-{
-    std::erase_if(s.values, [](double v) { return !(v >= 1 && v <= 1e9 && v == std::trunc(v)); });
-    s.complex = false;
-    const auto count = static_cast<unsigned>(s.values.size());
-    return s.as(kxDOUBLE_CLASS).shaped(1, count);
+    wanted.mayFail = mayFail;
+    wanted.growth = wanted.purpose == Purpose::Assignment && drawOneIn(5) ? 3 : 0;
+    return wanted;
 }
 
 Subscript bareRange(unsigned extent)
@@ -87,9 +72,12 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
     const Purpose purpose = isReference(callee) ? Purpose::Reference
                             : deletes           ? Purpose::Deletion
                                                 : Purpose::Assignment;
-    const auto rows = [&] { return drawSubscript(wanted(a.m, purpose, storedRows(a), mayFail)); };
-    const auto columns = [&] { return drawSubscript(wanted(a.n, purpose, storedColumns(a), mayFail)); };
-    const auto elements = [&] { return drawSubscript(wanted(a.numel(), purpose, storedElements(a), mayFail)); };
+    const auto rows = [&] { return drawSubscript(growing(wantedRows(a, purpose), mayFail)); };
+    const auto columns = [&] { return drawSubscript(growing(wantedColumns(a, purpose), mayFail)); };
+    const auto elements = [&] { return drawSubscript(growing(wantedElements(a, purpose), mayFail)); };
+    const auto bareList = [&](unsigned extent) {
+        return drawBareList({.extent = extent, .purpose = purpose, .mayFail = mayFail});
+    };
     Operation op{.callee = callee, .a = a};
     switch (callee) {
     case Export::Ref2:
@@ -111,9 +99,8 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
         op.j = columns();
         break;
     case Export::ReferenceByLists:
-        op.i = drawOneIn(4) ? Subscript::colon()
-                            : bareList(drawSubscript(wanted(a.m, purpose, {}, mayFail), Form::Numeric));
-        op.j = bareList(drawSubscript(wanted(a.n, purpose, {}, mayFail), Form::Numeric));
+        op.i = drawOneIn(4) ? Subscript::colon() : bareList(a.m);
+        op.j = bareList(a.n);
         break;
     case Export::ReferenceByRanges:
         op.i = bareRange(a.m);

@@ -36,13 +36,13 @@ void EvolvingMatrix::renewIfSpent()
 std::string EvolvingMatrix::step()
 {
     renewIfSpent();
-    const NamedExport& next = drawFrom(everyExport());
-    const bool needsSparse = next.callee < Export::Ass3 || next.callee > Export::Ass6;
+    const Export next = drawFrom(everyExport());
+    const bool needsSparse = !isAssignment(next);
     if (needsSparse && !model_.sparse) {
         return "";
     }
-    ++calls_[next.name];
-    return make(drawOperation(next.callee, model_, true));
+    ++calls_[nameOf(next)];
+    return make(drawOperation(next, model_, true));
 }
 
 std::string EvolvingMatrix::make(const Operation& op)

@@ -8,7 +8,7 @@ using namespace zqsp::test;
 
 namespace {
 
-class OperandCheck : public testing::TestWithParam<NamedExport>
+class OperandCheck : public testing::TestWithParam<Export>
 {
 };
 
@@ -16,7 +16,7 @@ class OperandCheck : public testing::TestWithParam<NamedExport>
 
 TEST_P(OperandCheck, StopsAtABrokenOperand)
 {
-    const Export callee = GetParam().callee;
+    const Export callee = GetParam();
     const Subscript one = Subscript::sparseList({1});
     const bool byRanges = callee == Export::ReferenceByRanges;
     const Subscript bare = byRanges ? Subscript::range(1, 1, 1) : Subscript::list({1});
@@ -46,5 +46,5 @@ TEST_P(OperandCheck, StopsAtABrokenOperand)
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, OperandCheck, testing::ValuesIn(everyExport()),
-                         [](const auto& tested) { return tested.param.name; });
+                         [](const auto& tested) { return nameOf(tested.param); });
 #endif

@@ -1,20 +1,31 @@
-// What the tests of A(I,J) = B, A(:,J) = B and A(I,:) = B share: short names for their operands and calls.
-#ifndef ZQSP_TESTS_ASSIGN_REGION_CASES_HPP
-#define ZQSP_TESTS_ASSIGN_REGION_CASES_HPP
+// What the tests of assignments share: short names for their operands and calls.
+#ifndef ZQSP_TESTS_ASSIGN_CASES_HPP
+#define ZQSP_TESTS_ASSIGN_CASES_HPP
 
 #include "support/operation.hpp"
+#include "support/patterns.hpp"
 
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <limits>
 #include <utility>
 #include <vector>
 
 namespace zqsp::test {
 
+inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double kInf = std::numeric_limits<double>::infinity();
+
 inline Subscript at(std::vector<double> indices)
 {
     return Subscript::list(std::move(indices));
+}
+
+inline RightSide row(std::vector<Value> values, Storage storage = {})
+{
+    const auto n = static_cast<unsigned>(values.size());
+    return RightSide::full({1, n}, std::move(values), storage);
 }
 
 inline RightSide byRows(std::initializer_list<std::initializer_list<Value>> rows)
@@ -22,12 +33,10 @@ inline RightSide byRows(std::initializer_list<std::initializer_list<Value>> rows
     return RightSide::of(Model::of(kReal, rows));
 }
 
-/// An empty full array.
-inline Model emptyFull(Storage storage, unsigned m, unsigned n)
+/// A(k) = b
+inline Operation toElements(const Model& a, const Subscript& k, const RightSide& b)
 {
-    Model a = Model::empty(storage, m, n);
-    a.sparse = false;
-    return a;
+    return {.callee = Export::Ass3, .a = a, .b = b, .i = k};
 }
 
 /// A(:,j) = b
