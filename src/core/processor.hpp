@@ -17,6 +17,17 @@
 
 namespace zqsp {
 
+namespace wide {
+
+/// Whether the loops for registers of 512 bits are there at all. They may be called where haveAvx512().
+#ifdef __x86_64__
+inline constexpr bool kCompiled = true;
+#else
+inline constexpr bool kCompiled = false;
+#endif
+
+} // namespace wide
+
 /// Whether there are registers of 512 bits, with their basic instructions. Never in a build that asks for portable
 /// loops.
 inline bool haveAvx512()

@@ -9,13 +9,6 @@
 
 namespace zqsp::wide {
 
-/// Whether the loops are there at all. They may be called where serve() holds, or serveList().
-#ifdef __x86_64__
-inline constexpr bool kCompiled = true;
-#else
-inline constexpr bool kCompiled = false;
-#endif
-
 /// Whether the loops serve so many entries of an array: few entries, those of one column mostly, are not worth the
 /// preparations; values have 1 or 8 bytes; and a look-up takes signed rows.
 bool serve(const Columns& a, unsigned entries);

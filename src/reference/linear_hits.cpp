@@ -3,11 +3,13 @@
 #include "core/fast_divisor.hpp"
 #include "core/place_search.hpp"
 #include "core/search.hpp"
+#include "core/wide_intersection.hpp"
 #include "reference/entry_filter.hpp"
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <type_traits>
 
 namespace zqsp {
 
@@ -138,6 +140,42 @@ void findByEntries(const Columns& a, unsigned first, unsigned last, const S& pos
     }
 }
 
+/// Whether wide registers serve: the list and the entries of its columns are about as long, and the columns not short.
+bool intersectionIsCheaper(unsigned entries, unsigned columns, unsigned count)
+{
+    constexpr unsigned kAtMost = 8; // times as many of one as of the other
+    constexpr unsigned kLongColumn = 64;
+    return wide::kCompiled && haveAvx512() && entries / kAtMost <= count && count / kAtMost <= entries &&
+           entries / kLongColumn >= columns;
+}
+
+/// Ascending positions in the columns `first` to `last`, each column intersected with what lies in it.
+void findByIntersection(const Columns& a, unsigned first, unsigned last, const IndexList& positions, HitList& hits)
+{
+    const unsigned count = positions.count();
+    unsigned t = 0;
+    std::uint64_t start = std::uint64_t{first} * a.m;
+    for (unsigned j = first; j <= last && t < count; ++j, start += a.m) {
+        const auto isInColumn = [end = start + a.m](unsigned position) { return position < end; };
+        const auto inColumn = static_cast<unsigned>(
+            std::partition_point(positions.begin() + t, positions.end(), isInColumn) - positions.begin());
+        const unsigned begin = a.jc[j];
+        wide::Intersection lists(a.ir + begin, a.length(j), positions.begin() + t, inColumn - t,
+                                 static_cast<unsigned>(start));
+        for (wide::Intersection::Finds finds; lists.next(finds);) {
+            for (unsigned i = 0; i < finds.count; ++i) {
+                hits.add(t + finds.position[i], begin + finds.row[i]);
+            }
+        }
+        unsigned entry = begin + lists.row();
+        for (t += lists.position(); t < inColumn; ++t) {
+            const auto row = static_cast<unsigned>(positions[t] - start);
+            entry = gallop(a.ir, entry, a.jc[j + 1], row);
+            hits.addIfStored(t, {entry, entry < a.jc[j + 1] && a.ir[entry] == row});
+        }
+    }
+}
+
 /// A range or a list of at least one position.
 template <typename S>
 void findNumbered(const Columns& a, const S& positions, HitList& hits)
@@ -146,7 +184,15 @@ void findNumbered(const Columns& a, const S& positions, HitList& hits)
     if (positions.order() == Order::kAscending) {
         const unsigned first = positions[0] / a.m;
         const unsigned last = positions[count - 1] / a.m;
-        if (a.jc[last + 1] - a.jc[first] <= count) {
+        const unsigned entries = a.jc[last + 1] - a.jc[first];
+        if constexpr (wide::kCompiled && std::is_same_v<S, IndexList>) {
+            if (intersectionIsCheaper(entries, last - first + 1, count)) {
+                findByIntersection(a, first, last, positions, hits);
+                return;
+            }
+        }
+        constexpr unsigned kFewer = 2; // times: with more entries, a search of each position is faster
+        if (entries <= count / kFewer) {
             findByEntries(a, first, last, positions, hits);
             return;
         }
