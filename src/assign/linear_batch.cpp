@@ -7,10 +7,11 @@
 #include "core/search.hpp"
 #include "core/sort.hpp"
 #include "core/values.hpp"
+#include "delete/deleted_set.hpp"
 #include "reference/linear_hits.hpp"
+#include "subscript/runs.hpp"
 
 #include <algorithm>
-#include <bit>
 #include <limits>
 
 namespace zqsp {
@@ -256,36 +257,29 @@ BatchPlan planBatch(const Columns& a, const LinearLayout& layout, const Assigned
     return true;
 }
 
-/// A(K) = 0 inside of A: what is stored at the positions goes, nothing comes. The entries are marked, a bit each, which
-/// puts them into order without a sort of the positions; and where positions outnumber the entries, it is these that
-/// are looked for.
+/// A(K) = 0 inside of A: what is stored at the positions goes, nothing comes. No position is sorted, only the entries
+/// that are found; and where positions outnumber the entries, it is these that are looked for.
 void removeStored(kxArray* A, const Subscript& positions)
 {
-    constexpr unsigned kWord = 64;
     const Columns a(A);
     const HitList hits = findHits(a, positions);
     if (hits.count() == 0) {
         return;
     }
-    const std::size_t words = a.nnz() / kWord + 1;
-    const auto marks = Block<std::uint64_t>::zeroed(words);
-    hits.forEach([&](Hit hit) { marks[hit.source / kWord] |= std::uint64_t{1} << hit.source % kWord; });
-    const auto patches = Block<Patch>::make(hits.count());
+    auto entries = Block<unsigned>::make(hits.count());
+    unsigned count = 0;
+    hits.forEach([&](Hit hit) { entries[count++] = hit.source; });
+    const Order order = orderOf(positions) == Order::kAscending ? Order::kAscending : Order::kUnsorted;
+    const DeletedSet removed(IndexList(std::move(entries), count, order), a.nnz());
+    const auto patches = Block<Patch>::make(count);
     std::size_t size = 0;
     unsigned column = 0;
-    for (std::size_t w = 0; w < words; ++w) {
-        for (std::uint64_t bits = marks[w]; bits != 0; bits &= bits - 1) {
-            const auto entry = static_cast<unsigned>(w * kWord + static_cast<unsigned>(std::countr_zero(bits)));
-            if (size > 0 && patches[size - 1].end == entry && entry < a.jc[column + 1]) {
-                ++patches[size - 1].end; // neighbours go together
-                continue;
-            }
-            while (a.jc[column + 1] <= entry) {
-                ++column;
-            }
-            patches[size++] = {column, entry, entry + 1, 0};
+    forEachRun(removed.positions(), [&](unsigned first, unsigned length) {
+        for (unsigned e = first, end = first + length; e < end; e = patches[size++].end) {
+            column = gallop(a.jc, column + 1, a.n, e + 1) - 1;
+            patches[size] = {column, e, std::min(end, a.jc[column + 1]), 0};
         }
-    }
+    });
     Relay relay(A, {.capacity = a.nzmax, .columns = a.n});
     relay.commit(std::span<const Patch>(patches.get(), size), [](const Patch&, unsigned) {});
 }
@@ -306,7 +300,7 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const Columns& b, bool 
 {
     const AssignedValues values(b, isScalar);
     const unsigned highest = highestOf(positions);
-    if (values.areAllZero() && highest < std::uint64_t{m} * n) {
+    if (values.areAllZero() && countOf(positions) > 1 && highest < std::uint64_t{m} * n) {
         removeStored(A, positions);
         return;
     }

@@ -1,13 +1,12 @@
 #include "core/wide_intersection.hpp"
 
-#ifdef __x86_64__
-
 #include "core/search.hpp"
 
 #include <bit>
 
 namespace zqsp::wide {
 
+#ifdef __x86_64__
 ZQSP_AVX512 bool Intersection::next(Finds& finds)
 {
     const __m512i start = _mm512_set1_epi32(static_cast<int>(start_));
@@ -35,7 +34,11 @@ ZQSP_AVX512 bool Intersection::next(Finds& finds)
     }
     return finds.count != 0;
 }
+#else
+bool Intersection::next(Finds&)
+{
+    return false;
+}
+#endif
 
 } // namespace zqsp::wide
-
-#endif

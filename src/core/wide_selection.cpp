@@ -88,9 +88,9 @@ ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, Deleted
     __m512i lowered = _mm512_sub_epi32(old, _mm512_set1_epi32(static_cast<int>(deleted.passed)));
     unsigned gone = static_cast<unsigned>(~lanes) & 0xFFFFU;
     const auto pass = [&](unsigned position) ZQSP_AVX512 {
-        const __m512i wide = _mm512_set1_epi32(static_cast<int>(position));
-        gone |= _mm512_cmpeq_epi32_mask(old, wide);
-        lowered = _mm512_mask_sub_epi32(lowered, _mm512_cmpgt_epu32_mask(old, wide), lowered, one);
+        const __m512i own = _mm512_set1_epi32(static_cast<int>(position));
+        gone |= _mm512_cmpeq_epi32_mask(old, own);
+        lowered = _mm512_mask_sub_epi32(lowered, _mm512_cmpgt_epu32_mask(old, own), lowered, one);
         deleted.passed += position <= last ? 1U : 0U;
     };
     constexpr unsigned kAlways = 4;

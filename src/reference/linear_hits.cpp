@@ -145,8 +145,7 @@ bool intersectionIsCheaper(unsigned entries, unsigned columns, unsigned count)
 {
     constexpr unsigned kAtMost = 8; // times as many of one as of the other
     constexpr unsigned kLongColumn = 64;
-    return wide::kCompiled && haveAvx512() && entries / kAtMost <= count && count / kAtMost <= entries &&
-           entries / kLongColumn >= columns;
+    return haveAvx512() && entries / kAtMost <= count && count / kAtMost <= entries && entries / kLongColumn >= columns;
 }
 
 /// Ascending positions in the columns `first` to `last`, each column intersected with what lies in it.
@@ -185,7 +184,7 @@ void findNumbered(const Columns& a, const S& positions, HitList& hits)
         const unsigned first = positions[0] / a.m;
         const unsigned last = positions[count - 1] / a.m;
         const unsigned entries = a.jc[last + 1] - a.jc[first];
-        if constexpr (wide::kCompiled && std::is_same_v<S, IndexList>) {
+        if constexpr (std::is_same_v<S, IndexList>) {
             if (intersectionIsCheaper(entries, last - first + 1, count)) {
                 findByIntersection(a, first, last, positions, hits);
                 return;
