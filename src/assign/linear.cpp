@@ -47,6 +47,16 @@ spStatus fillWholly(kxArray* A, const kxArray* B)
     return spOK;
 }
 
+/// A(:) = scalar, of A's class, on a sparse A that is not empty.
+spStatus fillWithScalar(kxArray* A, const kxArray* scalar)
+{
+    if (!isZeroScalar(scalar)) {
+        return fillWholly(A, scalar);
+    }
+    std::fill_n(A->jc, kxGetN(A) + 1, 0U);
+    return spOK;
+}
+
 spStatus assignColonFill(kxArray* A, const kxArray* B)
 {
     const kxClassID id = classOf(A);
@@ -71,11 +81,8 @@ spStatus assignColonFill(kxArray* A, const kxArray* B)
     if (kxIsEmpty(A)) {
         return spOK;
     }
-    if (!isZeroScalar(scalar.get())) {
-        return fillWholly(A, scalar.get());
-    }
-    std::fill_n(A->jc, n + 1, 0U);
-    return spOK;
+    const auto fill = [&](kxArray* target) { return fillWithScalar(target, scalar.get()); };
+    return isSparse(A) ? fill(A) : onSparseForm(A, fill);
 }
 
 /// Gives f a sparse target: A itself, or what A becomes once f is done with it.

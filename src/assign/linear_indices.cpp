@@ -61,8 +61,7 @@ LinearIndices::LinearIndices(const kxArray* K) : converted_(K)
         return;
     }
     if (kind == SubscriptKind::kColonObject) {
-        double range[3] = {0, 0, 0};
-        kxGetColonObjValues(K, range);
+        const auto range = ColonValues(K).values;
         converted_.become(kxColonop(range[0], range[1], range[2], kxDOUBLE_CLASS));
     } else {
         converted_.become(kxMustBe(K, kxDOUBLE_CLASS));
@@ -76,7 +75,7 @@ LinearIndices::LinearIndices(const kxArray* K) : converted_(K)
 /// the answers to bad values, and to fractional ranges, are others here.
 bool LinearIndices::convertAsReference(const kxArray* K, SubscriptKind kind)
 {
-    if (kind == SubscriptKind::kColonObject && !isIntegralColon(K)) {
+    if (kind == SubscriptKind::kColonObject && !ColonValues(K).areIntegral) {
         return false;
     }
     areValid_ = convertSubscript(K, Extent::forReference(highestPlain()), positions_) == spOK;

@@ -26,6 +26,9 @@ inline constexpr bool kCompiled = true;
 inline constexpr bool kCompiled = false;
 #endif
 
+/// Words of 32 bits in a register of 512.
+inline constexpr unsigned kLanes = 16;
+
 } // namespace wide
 
 /// Whether there are registers of 512 bits, with their basic instructions. Never in a build that asks for portable

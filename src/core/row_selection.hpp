@@ -65,7 +65,8 @@ unsigned countSelected(const Columns& a, unsigned begin, unsigned end, const Row
 /// Moves the entries of the columns first .. first+count-1 that lie in selected rows, in their order and with their new
 /// rows, to the entries `at` and behind of another array, or of the same one, `at` then being at or before the first of
 /// them. ends[i] becomes the position behind the last one of column first+i; `ends` may be the column starts of `from`.
-/// Returns the last of them. `to` must be of the class and complexity of `from`. No branch depends on what is selected.
+/// Returns the last of them. `to` must be of the class and complexity of `from`. Where there is room, no
+/// branch depends on what is selected.
 unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const RowChoice& choice, const Columns& to,
                       unsigned at, unsigned* ends);
 

@@ -22,13 +22,11 @@ class Intersection
     {
     }
 
-    static constexpr unsigned kGroup = 16;
-
     /// One step's finds: row number `row[i]` is position number `position[i]`, ascending.
     struct Finds
     {
-        std::array<unsigned, kGroup> row;
-        std::array<unsigned, kGroup> position;
+        std::array<unsigned, kLanes> row;
+        std::array<unsigned, kLanes> position;
         unsigned count = 0;
     };
 

@@ -17,9 +17,8 @@ namespace {
 // to a lower place. Up to `room` elements from `to` on may be written, at least as many as are selected; what lies
 // behind these is lost. Measured against one entry after the other: half to three quarters of the time.
 
-constexpr unsigned kGroup = 16;       // entries that are looked at together
 constexpr unsigned kBlockSize = 4096; // entries; a block stays in the nearer caches between the loops
-constexpr unsigned kGroups = kBlockSize / kGroup;
+constexpr unsigned kGroups = kBlockSize / kLanes;
 
 /// What is selected of one block: a bit for each entry of each group of sixteen, and how many are selected before the
 /// group.
@@ -38,7 +37,7 @@ ZQSP_AVX512 inline unsigned ones(unsigned bits)
 ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Map map)
 {
     const __m512i none = _mm512_set1_epi32(-1);
-    if (count >= kGroup) {
+    if (count >= kLanes) {
         return _mm512_i32gather_epi32(_mm512_loadu_si512(rows), map.newRow, sizeof *map.newRow);
     }
     const auto lanes = static_cast<__mmask16>((1U << count) - 1);
@@ -48,7 +47,7 @@ ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoi
 
 ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Interval interval)
 {
-    const auto lanes = static_cast<__mmask16>(count >= kGroup ? 0xFFFFU : (1U << count) - 1);
+    const auto lanes = static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
     const __m512i shifted =
         _mm512_sub_epi32(_mm512_maskz_loadu_epi32(lanes, rows), _mm512_set1_epi32(static_cast<int>(interval.first)));
     const __mmask16 inside =
@@ -58,7 +57,7 @@ ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoi
 
 ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Gap gap)
 {
-    const auto lanes = static_cast<__mmask16>(count >= kGroup ? 0xFFFFU : (1U << count) - 1);
+    const auto lanes = static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
     const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
     const __m512i first = _mm512_set1_epi32(static_cast<int>(gap.first));
     const __m512i size = _mm512_set1_epi32(static_cast<int>(gap.size));
@@ -80,7 +79,7 @@ struct DeletedList
 /// that their number, which nobody can foresee, takes no branch where they are a fifth of the entries or fewer.
 ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, DeletedList& deleted)
 {
-    const unsigned here = std::min(kGroup, count);
+    const unsigned here = std::min(kLanes, count);
     const auto lanes = static_cast<__mmask16>((1U << here) - 1);
     const unsigned last = rows[here - 1];
     const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
@@ -115,7 +114,7 @@ template <typename Choice>
 ZQSP_AVX512 unsigned count(const unsigned* rows, unsigned count, Choice choice)
 {
     unsigned selected = 0;
-    for (std::size_t i = 0; i < count; i += kGroup) {
+    for (std::size_t i = 0; i < count; i += kLanes) {
         selected += ones(selectedOf(newRows(rows + i, count - static_cast<unsigned>(i), choice)));
     }
     return selected;
@@ -124,7 +123,7 @@ ZQSP_AVX512 unsigned count(const unsigned* rows, unsigned count, Choice choice)
 /// Writes `count` lanes, and where there is room all sixteen, which is faster.
 ZQSP_AVX512 inline void storeRows(unsigned* to, std::size_t room, __m512i rows, unsigned count)
 {
-    if (room >= kGroup) {
+    if (room >= kLanes) {
         _mm512_storeu_si512(to, rows);
     } else {
         _mm512_mask_storeu_epi32(to, static_cast<__mmask16>((1U << count) - 1), rows);
@@ -137,8 +136,8 @@ ZQSP_AVX512 unsigned moveRows(const unsigned* rows, unsigned count, Choice& choi
                               Selection& selection)
 {
     unsigned written = 0;
-    for (unsigned g = 0; g * kGroup < count; ++g) {
-        const __m512i mapped = newRows(rows + g * kGroup, count - g * kGroup, choice);
+    for (unsigned g = 0; g * kLanes < count; ++g) {
+        const __m512i mapped = newRows(rows + g * kLanes, count - g * kLanes, choice);
         const unsigned bits = selectedOf(mapped);
         const __m512i pressed = _mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), mapped);
         selection.before[g] = written;
@@ -151,8 +150,8 @@ ZQSP_AVX512 unsigned moveRows(const unsigned* rows, unsigned count, Choice& choi
 
 ZQSP_AVX512 inline void storeDoubles(double* to, std::size_t room, __m512d values, unsigned count)
 {
-    constexpr std::size_t kLanes = 8;
-    if (room >= kLanes) {
+    constexpr std::size_t kDoubles = 8; // in a register
+    if (room >= kDoubles) {
         _mm512_storeu_pd(to, values);
     } else {
         _mm512_mask_storeu_pd(to, static_cast<__mmask8>((1U << count) - 1), values);
@@ -162,11 +161,11 @@ ZQSP_AVX512 inline void storeDoubles(double* to, std::size_t room, __m512d value
 ZQSP_AVX512 void moveDoubles(const double* values, unsigned count, const Selection& selection, double* to,
                              std::size_t room)
 {
-    constexpr unsigned kHalf = kGroup / 2;
+    constexpr unsigned kHalf = kLanes / 2;
     std::size_t written = 0;
-    for (unsigned g = 0; g * kGroup < count; ++g) {
-        const double* const from = values + g * kGroup;
-        const unsigned here = std::min(kGroup, count - g * kGroup);
+    for (unsigned g = 0; g * kLanes < count; ++g) {
+        const double* const from = values + g * kLanes;
+        const unsigned here = std::min(kLanes, count - g * kLanes);
         const unsigned lanes = (1U << here) - 1;
         const auto lowBits = static_cast<__mmask8>(selection.bits[g]);
         const auto highBits = static_cast<__mmask8>(selection.bits[g] >> kHalf);
@@ -190,13 +189,13 @@ ZQSP_AVX512 void moveBytes(const std::uint8_t* values, unsigned count, const Sel
 {
     std::size_t written = 0;
     unsigned g = 0;
-    for (; (g + 1) * kGroup <= count && room - written >= kGroup; ++g) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + written), pressBytes(values + g * kGroup, selection.bits[g]));
+    for (; (g + 1) * kLanes <= count && room - written >= kLanes; ++g) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + written), pressBytes(values + g * kLanes, selection.bits[g]));
         written += ones(selection.bits[g]);
     }
-    for (; g * kGroup < count; ++g) { // the last groups go through a buffer
-        std::array<std::uint8_t, kGroup> group{};
-        std::memcpy(group.data(), values + g * kGroup, std::min(kGroup, count - g * kGroup));
+    for (; g * kLanes < count; ++g) { // the last groups go through a buffer
+        std::array<std::uint8_t, kLanes> group{};
+        std::memcpy(group.data(), values + g * kLanes, std::min(kLanes, count - g * kLanes));
         const __m128i pressed = pressBytes(group.data(), selection.bits[g]);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(group.data()), pressed);
         std::memcpy(to + written, group.data(), ones(selection.bits[g]));
@@ -212,8 +211,8 @@ ZQSP_AVX512 unsigned columnEnds(const unsigned* from, unsigned count, unsigned b
     unsigned served = 0;
     for (; served < count && from[served] - begin < size; ++served) {
         const unsigned entry = from[served] - begin;
-        const unsigned inGroup = selection.bits[entry / kGroup] & ((1U << entry % kGroup) - 1);
-        ends[served] = base + selection.before[entry / kGroup] + ones(inGroup);
+        const unsigned inGroup = selection.bits[entry / kLanes] & ((1U << entry % kLanes) - 1);
+        ends[served] = base + selection.before[entry / kLanes] + ones(inGroup);
     }
     return served;
 }
@@ -316,10 +315,10 @@ ZQSP_AVX512 unsigned FewRows::firstGroup(const unsigned* ir, unsigned begin, uns
     const __m512i multiplier = _mm512_set1_epi32(static_cast<int>(kMultiplier));
     const __m512i one = _mm512_set1_epi32(1);
     const __m512i lowFirst = _mm512_loadu_si512(first_.data());
-    const __m512i highFirst = _mm512_loadu_si512(first_.data() + kGroup);
+    const __m512i highFirst = _mm512_loadu_si512(first_.data() + kLanes);
     const __m512i lowSecond = _mm512_loadu_si512(second_.data());
-    const __m512i highSecond = _mm512_loadu_si512(second_.data() + kGroup);
-    for (; end - begin >= kGroup; begin += kGroup) {
+    const __m512i highSecond = _mm512_loadu_si512(second_.data() + kLanes);
+    for (; end - begin >= kLanes; begin += kLanes) {
         const __m512i product = _mm512_mullo_epi32(_mm512_loadu_si512(ir + begin), multiplier);
         const __m512i next = _mm512_slli_epi32(product, kNext);
         const __m512i first = _mm512_permutex2var_epi32(lowFirst, _mm512_srli_epi32(product, kWord), highFirst);
@@ -337,14 +336,14 @@ ZQSP_AVX512 unsigned FewRows::firstGroup(const unsigned* ir, unsigned begin, uns
 
 ZQSP_AVX512 unsigned writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
 {
-    constexpr unsigned kAlways = 2 * kGroup; // starts: where there are more to an entry, a branch is seldom wrong
+    constexpr unsigned kAlways = 2 * kLanes; // starts: where there are more to an entry, a branch is seldom wrong
     std::uint64_t column = 0;
     unsigned e = 0;
     for (; e < count && columns[e] + std::uint64_t{kAlways} <= length; ++e) {
         const __m512i own = _mm512_set1_epi32(static_cast<int>(e));
         _mm512_storeu_si512(starts + column, own);
-        _mm512_storeu_si512(starts + column + kGroup, own);
-        for (column += kAlways; column <= columns[e]; column += kGroup) {
+        _mm512_storeu_si512(starts + column + kLanes, own);
+        for (column += kAlways; column <= columns[e]; column += kLanes) {
             _mm512_storeu_si512(starts + column, own);
         }
         column = std::uint64_t{columns[e]} + 1;

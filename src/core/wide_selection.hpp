@@ -38,8 +38,6 @@ class FewRows
     /// group in five at most is mistaken for one that has. Measured: half the time of looking rows up in a table.
     unsigned firstGroup(const unsigned* ir, unsigned begin, unsigned end, unsigned& lanes) const;
 
-    static constexpr unsigned kGroup = 16;
-
   private:
     static constexpr unsigned kMultiplier = 0x9E3779B1U;
     static constexpr unsigned kWord = 27; ///< the upper five bits of a product number one of 32 words

@@ -9,7 +9,7 @@ namespace zqsp {
 
 namespace {
 
-constexpr unsigned kLanes = 16;
+using wide::kLanes; // and as many as are worth ranking in narrower registers
 
 #ifdef __x86_64__
 /// `rows` has whole registers, what lies behind the `count` rows being higher than these.
@@ -55,13 +55,13 @@ void rankNarrow(const unsigned* rows, unsigned count, unsigned* ranks)
 
 } // namespace
 
-ColumnSorter::ColumnSorter(unsigned longest, unsigned highest)
+ColumnSorter::ColumnSorter(unsigned longest, unsigned highest, bool sorts)
     : mostRanked_(haveAvx512() ? kMostRanked : kLanes),
       rows_(Block<unsigned>::make(std::size_t{longest} + kLanes)),
       sources_(Block<unsigned>::make(std::size_t{longest} + kLanes)),
-      sorter_(longest > mostRanked_ ? longest : 0, highest)
+      sorter_(sorts && longest > mostRanked_ ? longest : 0, highest)
 {
-    if (longest > mostRanked_) {
+    if (sorts && longest > mostRanked_) {
         keys_ = Block<Key>::make(longest);
     }
 }

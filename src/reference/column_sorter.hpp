@@ -14,8 +14,9 @@ namespace zqsp {
 class ColumnSorter
 {
   public:
-    /// `longest`: the longest column to come. `highest`: the highest new row. Raises on exhausted memory.
-    ColumnSorter(unsigned longest, unsigned highest);
+    /// `longest`: the longest column to come. `highest`: the highest new row. `sorts`: whether sort() will be called,
+    /// or columns come in order and need their places only. Raises on exhausted memory.
+    ColumnSorter(unsigned longest, unsigned highest, bool sorts);
 
     /// Where a column is to be put: the new rows, and the entries they belong to. There is room for two more than the
     /// longest column.

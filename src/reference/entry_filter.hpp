@@ -27,16 +27,19 @@ class EntryFilter
     static bool pays(const Columns& a, unsigned questions)
     {
         constexpr unsigned kMostEntries = 1U << 17U;
-        const unsigned entries = a.jc[numberedColumns(a)];
-        return entries <= kMostEntries && entries <= questions / 8;
+        constexpr unsigned kQuestionsEach = 8;
+        const unsigned columns = numberedColumns(a);
+        const unsigned entries = a.jc[columns];
+        return entries <= kMostEntries && entries <= questions / kQuestionsEach && columns <= questions;
     }
 
-    /// The entries of A at positions of 32 bits. Cost: these entries, and 2 to 4 bytes of memory for each.
+    /// The entries of A at positions of 32 bits. Cost: these entries and their columns, and 2 to 4 bytes of memory for
+    /// each entry.
     explicit EntryFilter(const Columns& a)
     {
         constexpr unsigned kBitsEach = 16;
         const unsigned columns = numberedColumns(a);
-        const auto bits = static_cast<unsigned>(std::bit_width(kBitsEach * (a.jc[columns] + 1)));
+        const auto bits = static_cast<unsigned>(std::bit_width(kBitsEach * a.jc[columns] + kWord));
         shift_ = 32 - bits;
         table_ = Block<std::uint64_t>::zeroed((std::size_t{1} << bits) / kWord);
         for (unsigned j = 0; j < columns; ++j) {

@@ -183,15 +183,16 @@ void findNumbered(const Columns& a, const S& positions, HitList& hits)
     if (positions.order() == Order::kAscending) {
         const unsigned first = positions[0] / a.m;
         const unsigned last = positions[count - 1] / a.m;
+        const unsigned columns = last - first + 1;
         const unsigned entries = a.jc[last + 1] - a.jc[first];
         if constexpr (std::is_same_v<S, IndexList>) {
-            if (intersectionIsCheaper(entries, last - first + 1, count)) {
+            if (intersectionIsCheaper(entries, columns, count)) {
                 findByIntersection(a, first, last, positions, hits);
                 return;
             }
         }
         constexpr unsigned kFewer = 2; // times: with more entries, a search of each position is faster
-        if (entries <= count / kFewer) {
+        if (entries <= count / kFewer && columns <= count) {
             findByEntries(a, first, last, positions, hits);
             return;
         }
@@ -247,7 +248,7 @@ RunHits::RunHits(const Columns& a, const IndexRange& run) : a_(a), first_(run.fi
 HitList findHits(const Columns& a, const Subscript& positions)
 {
     HitList hits;
-    if (countOf(positions) > 0) { // and so A has rows and columns to divide by
+    if (countOf(positions) > 0 && a.nnz() > 0) { // and so A has rows and columns to divide by
         std::visit([&](const auto& form) { find(a, form, hits); }, positions);
     }
     return hits;

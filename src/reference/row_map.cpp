@@ -227,7 +227,7 @@ void writeCollected(const Columns& a, const Subscript& columns, const RowMap& ro
     const Values from(a);
     const Values to(out);
     unsigned* const outIr = out.ir;
-    ColumnSorter sorter(longest, out.m);
+    ColumnSorter sorter(longest, out.m, order == Order::kUnsorted);
     unsigned* const rows = sorter.rows();
     unsigned* const sources = sorter.sources();
     unsigned written = 0;

@@ -52,7 +52,7 @@ class RowTable
                         visit(e);
                     }
                 }
-                begin += wide::FewRows::kGroup;
+                begin += wide::kLanes;
             }
         }
         for (unsigned e = begin; e < end;) {

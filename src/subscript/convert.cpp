@@ -2,7 +2,6 @@
 
 #include "core/errors.hpp"
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -21,9 +20,9 @@ bool isInt32(double value, int& integer)
 }
 
 /// A colon object some of whose values are not integral is materialised by the runtime and tested value by value.
-spStatus convertMaterialisedColon(const double (&values)[3], const Extent& extent, Subscript& form)
+spStatus convertMaterialisedColon(const ColonValues& colon, const Extent& extent, Subscript& form)
 {
-    const auto [start, step, stop] = values;
+    const auto [start, step, stop] = colon.values;
     unsigned count = 0;
     Block<unsigned> indices(kxSignedIndexColonop(start, step, stop, &count));
     const int* signedValues = reinterpret_cast<const int*>(indices.get());
@@ -43,16 +42,13 @@ spStatus convertMaterialisedColon(const double (&values)[3], const Extent& exten
     return spOK;
 }
 
-spStatus convertColonObject(const kxArray* colon, const Extent& extent, Subscript& form)
+spStatus convertColonObject(const kxArray* subscript, const Extent& extent, Subscript& form)
 {
-    double values[3] = {0, 0, 0};
-    kxGetColonObjValues(colon, values);
-    int start = 0;
-    int step = 0;
-    int stop = 0;
-    if (!isInt32(values[0], start) || !isInt32(values[1], step) || !isInt32(values[2], stop)) {
-        return convertMaterialisedColon(values, extent, form);
+    const ColonValues colon(subscript);
+    if (!colon.areIntegral) {
+        return convertMaterialisedColon(colon, extent, form);
     }
+    const auto [start, step, stop] = colon.integers;
     IndexRange range;
     const spStatus status = convertIntegralRange(start, step, stop, extent, range);
     if (status == spOK) {
@@ -110,12 +106,12 @@ SubscriptKind kindOf(const kxArray* subscript)
     return SubscriptKind::kNumeric;
 }
 
-bool isIntegralColon(const kxArray* colon)
+ColonValues::ColonValues(const kxArray* colon)
 {
-    double values[3] = {0, 0, 0};
-    kxGetColonObjValues(colon, values);
-    int integer = 0;
-    return std::all_of(values, values + 3, [&](double value) { return isInt32(value, integer); });
+    kxGetColonObjValues(colon, values.data());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        areIntegral &= isInt32(values[i], integers[i]);
+    }
 }
 
 spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscript& form)

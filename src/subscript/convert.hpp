@@ -6,6 +6,8 @@
 
 #include <zqspmatrix.h>
 
+#include <array>
+
 namespace zqsp {
 
 /// The kinds of subscript a caller may hand in.
@@ -21,8 +23,15 @@ enum class SubscriptKind
 /// The bare colon carries the colon-object flag too, so it is asked for first.
 SubscriptKind kindOf(const kxArray* subscript);
 
-/// Whether all three values of a colon object are signed 32-bit integers.
-bool isIntegralColon(const kxArray* colon);
+/// The start, step and stop of a colon object.
+struct ColonValues
+{
+    std::array<double, 3> values{};
+    std::array<int, 3> integers{}; ///< the same, where they are integral
+    bool areIntegral = true;       ///< whether all three are signed 32-bit integers
+
+    explicit ColonValues(const kxArray* colon);
+};
 
 /// What a subscript is validated against.
 struct Extent

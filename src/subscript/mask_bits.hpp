@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <cstring>
 
+#ifdef __SSE2__
 #include <emmintrin.h>
+#endif
 
 namespace zqsp {
 
@@ -37,11 +39,18 @@ inline std::uint64_t trueBlock(const unsigned char* bytes, unsigned count)
         bytes = last.data();
     }
     std::uint64_t bits = 0;
+#ifdef __SSE2__
     for (unsigned i = 0; i < kMaskBlock; i += sizeof(__m128i)) {
         const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
         const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(part, _mm_setzero_si128()));
         bits |= std::uint64_t{static_cast<unsigned>(zeros) ^ 0xFFFFU} << i;
     }
+#else
+    constexpr std::uint64_t kTogether = 0x0102040810204080ULL; // brings the bits of the bytes together in the highest
+    for (unsigned i = 0; i < kMaskBlock; i += kMaskWord) {
+        bits |= ((trueBits(bytes + i) >> 7U) * kTogether >> 56U) << i;
+    }
+#endif
     return bits;
 }
 

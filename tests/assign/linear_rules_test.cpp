@@ -131,6 +131,8 @@ TEST(ColonAssignment, ShapesAndSizes)
     const Failure mismatch(kColonMismatchError);
     const Failure tooLarge(spIndexExceedsMaxSize);
     const Model a = patterned(kReal, 3, 4);
+    Model full = a;
+    full.sparse = false;
     const Model huge = Model::empty(kReal, 0x10000, 0x10000);
     Model entry = Model::empty(kReal, 0x8000, 0x20000);
     entry.entries[{3, 9}] = 1;
@@ -149,6 +151,8 @@ TEST(ColonAssignment, ShapesAndSizes)
                  {Model::empty(kReal, 0, 0), contained, {}},
                  {Model::empty(kReal, 0, 3), pair, mismatch},
                  {emptyFull(kReal, 0, 3), kFive, {}},
+                 {full, kFive, {}},
+                 {full, kZero, {}},
                  {Model::unset(), kFive, mismatch},
                  {Model::unset(), none, mismatch},
                  // the element counts agree in 32 bits only

@@ -110,6 +110,10 @@ Model fillAll(const Model& a, const RightSide& b)
     }
     const Value value = converted.elements().at(0);
     result.entries.clear();
+    if (!result.sparse) {
+        result.sparse = true;
+        result.nzmax = Model::kAnyCapacity;
+    }
     if (value == 0.0) {
         return result;
     }
