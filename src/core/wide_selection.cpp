@@ -137,7 +137,7 @@ ZQSP_AVX512 unsigned moveRows(const unsigned* rows, unsigned count, Choice& choi
 {
     unsigned written = 0;
     for (unsigned g = 0; g * kLanes < count; ++g) {
-        const __m512i mapped = newRows(rows + g * kLanes, count - g * kLanes, choice);
+        const __m512i mapped = newRows(rows + std::size_t{g} * kLanes, count - g * kLanes, choice);
         const unsigned bits = selectedOf(mapped);
         const __m512i pressed = _mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), mapped);
         selection.before[g] = written;
@@ -164,7 +164,7 @@ ZQSP_AVX512 void moveDoubles(const double* values, unsigned count, const Selecti
     constexpr unsigned kHalf = kLanes / 2;
     std::size_t written = 0;
     for (unsigned g = 0; g * kLanes < count; ++g) {
-        const double* const from = values + g * kLanes;
+        const double* const from = values + std::size_t{g} * kLanes;
         const unsigned here = std::min(kLanes, count - g * kLanes);
         const unsigned lanes = (1U << here) - 1;
         const auto lowBits = static_cast<__mmask8>(selection.bits[g]);
@@ -190,12 +190,13 @@ ZQSP_AVX512 void moveBytes(const std::uint8_t* values, unsigned count, const Sel
     std::size_t written = 0;
     unsigned g = 0;
     for (; (g + 1) * kLanes <= count && room - written >= kLanes; ++g) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + written), pressBytes(values + g * kLanes, selection.bits[g]));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + written),
+                         pressBytes(values + std::size_t{g} * kLanes, selection.bits[g]));
         written += ones(selection.bits[g]);
     }
     for (; g * kLanes < count; ++g) { // the last groups go through a buffer
         std::array<std::uint8_t, kLanes> group{};
-        std::memcpy(group.data(), values + g * kLanes, std::min(kLanes, count - g * kLanes));
+        std::memcpy(group.data(), values + std::size_t{g} * kLanes, std::min(kLanes, count - g * kLanes));
         const __m128i pressed = pressBytes(group.data(), selection.bits[g]);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(group.data()), pressed);
         std::memcpy(to + written, group.data(), ones(selection.bits[g]));
