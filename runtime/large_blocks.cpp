@@ -33,14 +33,15 @@ std::size_t& lengthOf(std::byte* base)
 class MappingCache
 {
   public:
-    /// The shortest mapping kept that holds `length` without wasting more than half of itself; null when there is none.
+    /// The shortest mapping kept that holds `length` without wasting more than half of itself, of equals the one given
+    /// back last, which is the likeliest to be cached still; null when there is none.
     std::byte* take(std::size_t length) noexcept
     {
         const std::lock_guard lock(mutex_);
         std::size_t best = count_;
         for (std::size_t i = 0; i < count_; ++i) {
             const std::size_t have = slots_[i].length;
-            if (have >= length && have <= 2 * length && (best == count_ || have < slots_[best].length)) {
+            if (have >= length && have <= 2 * length && (best == count_ || have <= slots_[best].length)) {
                 best = i;
             }
         }
