@@ -12,7 +12,11 @@
 #include <immintrin.h>
 #pragma GCC diagnostic pop
 /// Marks a function that may be called only where haveAvx512() holds.
-#define ZQSP_AVX512 __attribute__((target("avx512f,popcnt")))
+#define ZQSP_AVX512 __attribute__((target("avx512f,avx512vpopcntdq,popcnt")))
+/// The same for havePopcount().
+#define ZQSP_POPCOUNT __attribute__((target("popcnt")))
+#else
+#define ZQSP_POPCOUNT
 #endif
 
 namespace zqsp {
@@ -31,12 +35,24 @@ inline constexpr unsigned kLanes = 16;
 
 } // namespace wide
 
-/// Whether there are registers of 512 bits, with their basic instructions. Never in a build that asks for portable
-/// loops.
+/// Whether there are registers of 512 bits, with their basic instructions and the counting of ones. Never in a build
+/// that asks for portable loops.
 inline bool haveAvx512()
 {
 #if defined(__x86_64__) && !defined(ZQSP_PORTABLE_LOOPS)
-    static const bool have = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("popcnt");
+    static const bool have = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vpopcntdq") &&
+                             __builtin_cpu_supports("popcnt");
+    return have;
+#else
+    return false;
+#endif
+}
+
+/// Whether there is an instruction that counts ones, which the baseline lacks and few processors do.
+inline bool havePopcount()
+{
+#ifdef __x86_64__
+    static const bool have = __builtin_cpu_supports("popcnt");
     return have;
 #else
     return false;

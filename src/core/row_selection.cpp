@@ -1,7 +1,10 @@
 #include "core/row_selection.hpp"
 
+#include "core/processor.hpp"
 #include "core/values.hpp"
 #include "core/wide_selection.hpp"
+
+#include <type_traits>
 
 namespace zqsp {
 
@@ -11,8 +14,9 @@ namespace {
 /// at worst it is written over by the next one. (What the loop reads is copied out of the records first: its stores
 /// might change them, as far as the compiler knows.)
 template <typename Choice, typename Values>
-unsigned moveOneByOne(const Columns& from, unsigned first, unsigned count, Choice newRow, const Columns& to,
-                      Values source, Values target, unsigned at, unsigned* ends)
+[[gnu::always_inline]] inline unsigned moveOneByOne(const Columns& from, unsigned first, unsigned count, Choice choice,
+                                                    const Columns& to, Values source, Values target, unsigned at,
+                                                    unsigned* ends)
 {
     const unsigned* const columnEnd = from.jc + first + 1;
     const unsigned* const rows = from.ir;
@@ -23,15 +27,15 @@ unsigned moveOneByOne(const Columns& from, unsigned first, unsigned count, Choic
         const unsigned end = columnEnd[i];
         if (capacity - at >= end - e) {
             for (; e < end; ++e) {
-                const unsigned row = newRow(rows[e]);
-                newRows[at] = row;
+                const unsigned row = rows[e];
+                newRows[at] = choice.newRow(row);
                 target.copy(at, source, e);
-                at += row != NOT_SELECTED ? 1U : 0U;
+                at += choice.selects(row) ? 1U : 0U;
             }
         } else {
             for (; e < end; ++e) {
-                if (const unsigned row = newRow(rows[e]); row != NOT_SELECTED) {
-                    newRows[at] = row;
+                if (const unsigned row = rows[e]; choice.selects(row)) {
+                    newRows[at] = choice.newRow(row);
                     target.copy(at++, source, e);
                 }
             }
@@ -41,12 +45,20 @@ unsigned moveOneByOne(const Columns& from, unsigned first, unsigned count, Choic
     return at;
 }
 
+/// The same where havePopcount().
+template <typename Values>
+ZQSP_POPCOUNT unsigned moveCounting(const Columns& from, unsigned first, unsigned count, RowChoice::Ranked choice,
+                                    const Columns& to, Values source, Values target, unsigned at, unsigned* ends)
+{
+    return moveOneByOne(from, first, count, choice, to, source, target, at, ends);
+}
+
 unsigned countOneByOne(const unsigned* rows, unsigned count, const RowChoice& choice)
 {
-    return choice.visit([=](auto newRow) {
+    return choice.visit([=](auto known) {
         unsigned selected = 0;
         for (unsigned i = 0; i < count; ++i) {
-            selected += newRow(rows[i]) != NOT_SELECTED ? 1U : 0U;
+            selected += known.selects(rows[i]) ? 1U : 0U;
         }
         return selected;
     });
@@ -74,8 +86,14 @@ unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const
     }
     return withStorage(from, [&](auto source) {
         const decltype(source) target(to);
-        return choice.visit(
-            [&](auto newRow) { return moveOneByOne(from, first, count, newRow, to, source, target, at, ends); });
+        return choice.visit([&](auto known) {
+            if constexpr (std::is_same_v<decltype(known), RowChoice::Ranked>) {
+                if (havePopcount()) {
+                    return moveCounting(from, first, count, known, to, source, target, at, ends);
+                }
+            }
+            return moveOneByOne(from, first, count, known, to, source, target, at, ends);
+        });
     });
 }
 

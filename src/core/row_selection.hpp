@@ -1,8 +1,9 @@
-// Selecting entries by their rows: of a stretch of entries, those whose rows a map selects, moved together.
+// Selecting entries by their rows: of a stretch of entries, those whose rows are selected, moved together.
 #ifndef ZQSP_CORE_ROW_SELECTION_HPP
 #define ZQSP_CORE_ROW_SELECTION_HPP
 
 #include "core/columns.hpp"
+#include "core/ranked_set.hpp"
 #include "core/search.hpp"
 
 #include <utility>
@@ -10,41 +11,38 @@
 
 namespace zqsp {
 
-/// The new place of what is not selected.
-inline constexpr unsigned NOT_SELECTED = 0xFFFFFFFFU;
-
-/// Which rows are selected, and where they go.
+/// Which rows are selected, and the new rows that these become, in their order. (Of others the new row means nothing.)
 class RowChoice
 {
   public:
-    /// newRow[r] is the new row of row r, or NOT_SELECTED.
-    struct Map
+    /// The members of a ranked set.
+    struct Ranked
     {
-        const unsigned* newRow;
-        unsigned operator()(unsigned row) const { return newRow[row]; }
+        const RankedSet::Word* words;
+        [[nodiscard]] bool selects(unsigned row) const { return words[row / RankedSet::kWord].has(row); }
+        [[nodiscard, gnu::always_inline]] unsigned newRow(unsigned row) const
+        {
+            return words[row / RankedSet::kWord].rankOf(row);
+        }
     };
-    /// The rows first .. first+size-1 become 0 .. size-1.
+    /// The rows first .. first+size-1.
     struct Interval
     {
         unsigned first;
         unsigned size;
-        unsigned operator()(unsigned row) const
-        {
-            return (row - first) | valueIf(row - first >= size, NOT_SELECTED); // of ?:, compilers make a branch
-        }
+        [[nodiscard]] bool selects(unsigned row) const { return row - first < size; }
+        [[nodiscard]] unsigned newRow(unsigned row) const { return row - first; }
     };
-    /// All but the rows first .. first+size-1, which those behind follow up.
+    /// All but the rows first .. first+size-1.
     struct Gap
     {
         unsigned first;
         unsigned size;
-        unsigned operator()(unsigned row) const
-        {
-            return (row - valueIf(row >= first, size)) | valueIf(row - first < size, NOT_SELECTED);
-        }
+        [[nodiscard]] bool selects(unsigned row) const { return row - first >= size; }
+        [[nodiscard]] unsigned newRow(unsigned row) const { return row - valueIf(row >= first, size); }
     };
 
-    RowChoice(Map map) : choice_(map) {}
+    RowChoice(const RankedSet& rows) : choice_(Ranked{rows.words()}) {}
     RowChoice(Interval interval) : choice_(interval) {}
     RowChoice(Gap gap) : choice_(gap) {}
 
@@ -56,7 +54,7 @@ class RowChoice
     }
 
   private:
-    std::variant<Map, Interval, Gap> choice_;
+    std::variant<Ranked, Interval, Gap> choice_;
 };
 
 /// How many of the entries begin .. end-1 lie in selected rows.

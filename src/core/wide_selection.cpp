@@ -17,8 +17,23 @@ namespace {
 // to a lower place. Up to `room` elements from `to` on may be written, at least as many as are selected; what lies
 // behind these is lost. Measured against one entry after the other: half to three quarters of the time.
 
-constexpr unsigned kBlockSize = 4096; // entries; a block stays in the nearer caches between the loops
+constexpr unsigned kBlockSize = 1024; // entries; a block stays in the nearest caches between the loops
 constexpr unsigned kGroups = kBlockSize / kLanes;
+
+/// What the next loop will read, asked for in the one before: the processor's own foresight does not see from one block
+/// to the next.
+struct Next
+{
+    const std::byte* begin;
+    unsigned groupSize; ///< bytes that sixteen entries have there
+
+    [[gnu::always_inline]] void prefetch(unsigned group) const
+    {
+        const std::byte* const there = begin + std::size_t{group} * groupSize;
+        __builtin_prefetch(there);
+        __builtin_prefetch(there + groupSize / 2); // two lines at most
+    }
+};
 
 /// What is selected of one block: a bit for each entry of each group of sixteen, and how many are selected before the
 /// group.
@@ -33,38 +48,79 @@ ZQSP_AVX512 inline unsigned ones(unsigned bits)
     return static_cast<unsigned>(__builtin_popcount(bits));
 }
 
-/// The new rows of up to sixteen; NOT_SELECTED in the lanes behind them.
-ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Map map)
+/// Of up to sixteen entries: the new rows, and a bit for each that is selected. (The new rows of others mean nothing.)
+struct Choice
 {
-    const __m512i none = _mm512_set1_epi32(-1);
-    if (count >= kLanes) {
-        return _mm512_i32gather_epi32(_mm512_loadu_si512(rows), map.newRow, sizeof *map.newRow);
-    }
-    const auto lanes = static_cast<__mmask16>((1U << count) - 1);
-    return _mm512_mask_i32gather_epi32(none, lanes, _mm512_maskz_loadu_epi32(lanes, rows), map.newRow,
-                                       sizeof *map.newRow);
+    __m512i newRows;
+    __mmask16 selected;
+};
+
+ZQSP_AVX512 inline __mmask16 lanesOf(unsigned count)
+{
+    return static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
 }
 
-ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Interval interval)
+/// The words of a ranked set that eight rows lie in.
+ZQSP_AVX512 inline __m512i wordsOf(const unsigned* rows, const RankedSet::Word* words)
 {
-    const auto lanes = static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
+    constexpr unsigned kWordBits = 5; // of a row: which bit of its word it is
+    static_assert(RankedSet::kWord == 1U << kWordBits);
+    const auto two = [words](const unsigned* pair) ZQSP_AVX512 {
+        std::uint64_t both = 0; // read as one: it is loads that the time goes to
+        std::memcpy(&both, pair, sizeof both);
+        const __m128i low =
+            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(words + (static_cast<unsigned>(both) >> kWordBits)));
+        return _mm_castps_si128(
+            _mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<const __m64*>(words + (both >> (32 + kWordBits)))));
+    };
+    const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(two(rows)), two(rows + 2), 1);
+    const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(two(rows + 4)), two(rows + 6), 1);
+    return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+}
+
+/// Sixteen look-ups, each load by itself: measured, a gather takes twice as long.
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, RowChoice::Ranked set)
+{
+    const __m512i even = _mm512_set_epi32(30, 28, 26, 24, 22, 20, 18, 16, 14, 12, 10, 8, 6, 4, 2, 0);
+    const __m512i one = _mm512_set1_epi32(1);
+    const __m512i low = wordsOf(rows, set.words);
+    const __m512i high = wordsOf(rows + kLanes / 2, set.words);
+    const __m512i members = _mm512_permutex2var_epi32(low, even, high);
+    const __m512i before = _mm512_permutex2var_epi32(low, _mm512_add_epi32(even, one), high);
+    const __m512i bit = _mm512_rolv_epi32(one, _mm512_loadu_si512(rows));
+    const __m512i below = _mm512_and_si512(members, _mm512_sub_epi32(bit, one));
+    return {_mm512_add_epi32(before, _mm512_popcnt_epi32(below)), _mm512_test_epi32_mask(members, bit)};
+}
+
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowChoice::Ranked set)
+{
+    if (count >= kLanes) {
+        return choose(rows, set);
+    }
+    const __mmask16 lanes = lanesOf(count);
+    std::array<unsigned, kLanes> some;
+    _mm512_storeu_si512(some.data(), _mm512_maskz_loadu_epi32(lanes, rows));
+    const Choice choice = choose(some.data(), set);
+    return {choice.newRows, _kand_mask16(choice.selected, lanes)};
+}
+
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowChoice::Interval interval)
+{
+    const __mmask16 lanes = lanesOf(count);
     const __m512i shifted =
         _mm512_sub_epi32(_mm512_maskz_loadu_epi32(lanes, rows), _mm512_set1_epi32(static_cast<int>(interval.first)));
-    const __mmask16 inside =
-        _mm512_mask_cmplt_epu32_mask(lanes, shifted, _mm512_set1_epi32(static_cast<int>(interval.size)));
-    return _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), inside, shifted);
+    return {shifted, _mm512_mask_cmplt_epu32_mask(lanes, shifted, _mm512_set1_epi32(static_cast<int>(interval.size)))};
 }
 
-ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, RowChoice::Gap gap)
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowChoice::Gap gap)
 {
-    const auto lanes = static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
+    const __mmask16 lanes = lanesOf(count);
     const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
     const __m512i first = _mm512_set1_epi32(static_cast<int>(gap.first));
     const __m512i size = _mm512_set1_epi32(static_cast<int>(gap.size));
     const __mmask16 isBehind = _mm512_mask_cmpge_epu32_mask(lanes, old, first);
     const __mmask16 isInside = _mm512_mask_cmplt_epu32_mask(isBehind, _mm512_sub_epi32(old, first), size);
-    const auto stays = static_cast<__mmask16>(lanes & ~static_cast<unsigned>(isInside));
-    return _mm512_mask_mov_epi32(_mm512_set1_epi32(-1), stays, _mm512_mask_sub_epi32(old, isBehind, old, size));
+    return {_mm512_mask_sub_epi32(old, isBehind, old, size), _kandn_mask16(isInside, lanes)};
 }
 
 /// Strictly ascending positions that are deleted, and how many of them have been passed.
@@ -77,18 +133,17 @@ struct DeletedList
 
 /// That of ascending positions: each is lowered by the deleted ones before it. Four of these are always compared, so
 /// that their number, which nobody can foresee, takes no branch where they are a fifth of the entries or fewer.
-ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, DeletedList& deleted)
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, DeletedList& deleted)
 {
-    const unsigned here = std::min(kLanes, count);
-    const auto lanes = static_cast<__mmask16>((1U << here) - 1);
-    const unsigned last = rows[here - 1];
+    const __mmask16 lanes = lanesOf(count);
+    const unsigned last = rows[std::min(kLanes, count) - 1];
     const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
     const __m512i one = _mm512_set1_epi32(1);
     __m512i lowered = _mm512_sub_epi32(old, _mm512_set1_epi32(static_cast<int>(deleted.passed)));
-    unsigned gone = static_cast<unsigned>(~lanes) & 0xFFFFU;
+    __mmask16 gone = 0;
     const auto pass = [&](unsigned position) ZQSP_AVX512 {
         const __m512i own = _mm512_set1_epi32(static_cast<int>(position));
-        gone |= _mm512_cmpeq_epi32_mask(old, own);
+        gone = _kor_mask16(gone, _mm512_cmpeq_epi32_mask(old, own));
         lowered = _mm512_mask_sub_epi32(lowered, _mm512_cmpgt_epu32_mask(old, own), lowered, one);
         deleted.passed += position <= last ? 1U : 0U;
     };
@@ -102,20 +157,15 @@ ZQSP_AVX512 inline __m512i newRows(const unsigned* rows, unsigned count, Deleted
     while (deleted.passed < deleted.count && deleted.positions[deleted.passed] <= last) {
         pass(deleted.positions[deleted.passed]);
     }
-    return _mm512_mask_mov_epi32(lowered, static_cast<__mmask16>(gone), _mm512_set1_epi32(-1));
+    return {lowered, _kandn_mask16(gone, lanes)};
 }
 
-ZQSP_AVX512 inline unsigned selectedOf(__m512i newRows)
-{
-    return _mm512_cmpneq_epi32_mask(newRows, _mm512_set1_epi32(-1));
-}
-
-template <typename Choice>
-ZQSP_AVX512 unsigned count(const unsigned* rows, unsigned count, Choice choice)
+template <typename Rows>
+ZQSP_AVX512 unsigned count(const unsigned* rows, unsigned count, Rows choice)
 {
     unsigned selected = 0;
     for (std::size_t i = 0; i < count; i += kLanes) {
-        selected += ones(selectedOf(newRows(rows + i, count - static_cast<unsigned>(i), choice)));
+        selected += ones(choose(rows + i, count - static_cast<unsigned>(i), choice).selected);
     }
     return selected;
 }
@@ -130,20 +180,34 @@ ZQSP_AVX512 inline void storeRows(unsigned* to, std::size_t room, __m512i rows, 
     }
 }
 
-/// Learns what is selected, moves its new rows, and returns how many there are.
-template <typename Choice>
-ZQSP_AVX512 unsigned moveRows(const unsigned* rows, unsigned count, Choice& choice, unsigned* to, std::size_t room,
-                              Selection& selection)
+/// How many groups of `count` entries can be taken and written in whole registers.
+unsigned wholeGroups(unsigned count, std::size_t room)
 {
+    return room >= count ? count / kLanes : 0;
+}
+
+/// Learns what is selected, moves its new rows, and returns how many there are.
+template <typename Rows>
+ZQSP_AVX512 unsigned moveRows(const unsigned* rows, unsigned count, Rows& choice, unsigned* to, std::size_t room,
+                              Selection& selection, Next next)
+{
+    const unsigned whole = wholeGroups(count, room);
     unsigned written = 0;
-    for (unsigned g = 0; g * kLanes < count; ++g) {
-        const __m512i mapped = newRows(rows + std::size_t{g} * kLanes, count - g * kLanes, choice);
-        const unsigned bits = selectedOf(mapped);
-        const __m512i pressed = _mm512_maskz_compress_epi32(static_cast<__mmask16>(bits), mapped);
+    for (unsigned g = 0; g < whole; ++g) {
+        next.prefetch(g);
+        const Choice chosen = choose(rows + std::size_t{g} * kLanes, kLanes, choice);
         selection.before[g] = written;
-        selection.bits[g] = static_cast<std::uint16_t>(bits);
-        storeRows(to + written, room - written, pressed, ones(bits));
-        written += ones(bits);
+        selection.bits[g] = chosen.selected;
+        _mm512_storeu_si512(to + written, _mm512_maskz_compress_epi32(chosen.selected, chosen.newRows));
+        written += ones(chosen.selected);
+    }
+    for (unsigned g = whole; g * kLanes < count; ++g) {
+        const Choice chosen = choose(rows + std::size_t{g} * kLanes, count - g * kLanes, choice);
+        selection.before[g] = written;
+        selection.bits[g] = chosen.selected;
+        storeRows(to + written, room - written, _mm512_maskz_compress_epi32(chosen.selected, chosen.newRows),
+                  ones(chosen.selected));
+        written += ones(chosen.selected);
     }
     return written;
 }
@@ -159,22 +223,31 @@ ZQSP_AVX512 inline void storeDoubles(double* to, std::size_t room, __m512d value
 }
 
 ZQSP_AVX512 void moveDoubles(const double* values, unsigned count, const Selection& selection, double* to,
-                             std::size_t room)
+                             std::size_t room, Next next)
 {
     constexpr unsigned kHalf = kLanes / 2;
-    std::size_t written = 0;
-    for (unsigned g = 0; g * kLanes < count; ++g) {
+    const unsigned whole = wholeGroups(count, room);
+    for (unsigned g = 0; g < whole; ++g) {
+        next.prefetch(g);
         const double* const from = values + std::size_t{g} * kLanes;
-        const unsigned here = std::min(kLanes, count - g * kLanes);
-        const unsigned lanes = (1U << here) - 1;
+        const auto lowBits = static_cast<__mmask8>(selection.bits[g]);
+        const auto highBits = static_cast<__mmask8>(selection.bits[g] >> kHalf);
+        const __m512d low = _mm512_maskz_compress_pd(lowBits, _mm512_loadu_pd(from));
+        const __m512d high = _mm512_maskz_compress_pd(highBits, _mm512_loadu_pd(from + kHalf));
+        _mm512_storeu_pd(to + selection.before[g], low);
+        _mm512_storeu_pd(to + selection.before[g] + ones(lowBits), high);
+    }
+    for (unsigned g = whole; g * kLanes < count; ++g) {
+        const double* const from = values + std::size_t{g} * kLanes;
+        const __mmask16 lanes = lanesOf(count - g * kLanes);
         const auto lowBits = static_cast<__mmask8>(selection.bits[g]);
         const auto highBits = static_cast<__mmask8>(selection.bits[g] >> kHalf);
         const __m512d low = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes), from);
         const __m512d high = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes >> kHalf), from + kHalf);
-        storeDoubles(to + written, room - written, _mm512_maskz_compress_pd(lowBits, low), ones(lowBits));
-        written += ones(lowBits);
-        storeDoubles(to + written, room - written, _mm512_maskz_compress_pd(highBits, high), ones(highBits));
-        written += ones(highBits);
+        std::size_t at = selection.before[g];
+        storeDoubles(to + at, room - at, _mm512_maskz_compress_pd(lowBits, low), ones(lowBits));
+        at += ones(lowBits);
+        storeDoubles(to + at, room - at, _mm512_maskz_compress_pd(highBits, high), ones(highBits));
     }
 }
 
@@ -185,22 +258,20 @@ ZQSP_AVX512 inline __m128i pressBytes(const std::uint8_t* group, unsigned bits)
 }
 
 ZQSP_AVX512 void moveBytes(const std::uint8_t* values, unsigned count, const Selection& selection, std::uint8_t* to,
-                           std::size_t room)
+                           std::size_t room, Next next)
 {
-    std::size_t written = 0;
-    unsigned g = 0;
-    for (; (g + 1) * kLanes <= count && room - written >= kLanes; ++g) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + written),
+    const unsigned whole = wholeGroups(count, room);
+    for (unsigned g = 0; g < whole; ++g) {
+        next.prefetch(g);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + selection.before[g]),
                          pressBytes(values + std::size_t{g} * kLanes, selection.bits[g]));
-        written += ones(selection.bits[g]);
     }
-    for (; g * kLanes < count; ++g) { // the last groups go through a buffer
+    for (unsigned g = whole; g * kLanes < count; ++g) { // through a buffer
         std::array<std::uint8_t, kLanes> group{};
         std::memcpy(group.data(), values + std::size_t{g} * kLanes, std::min(kLanes, count - g * kLanes));
         const __m128i pressed = pressBytes(group.data(), selection.bits[g]);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(group.data()), pressed);
-        std::memcpy(to + written, group.data(), ones(selection.bits[g]));
-        written += ones(selection.bits[g]);
+        std::memcpy(to + selection.before[g], group.data(), ones(selection.bits[g]));
     }
 }
 
@@ -220,29 +291,35 @@ ZQSP_AVX512 unsigned columnEnds(const unsigned* from, unsigned count, unsigned b
 
 /// `from` and `to`: whole blocks.
 void moveValues(unsigned elementSize, const std::byte* from, unsigned begin, unsigned count, const Selection& selection,
-                std::byte* to, unsigned at, std::size_t room)
+                std::byte* to, unsigned at, std::size_t room, Next next)
 {
     if (elementSize == 1) {
         moveBytes(reinterpret_cast<const std::uint8_t*>(from) + begin, count, selection,
-                  reinterpret_cast<std::uint8_t*>(to) + at, room);
+                  reinterpret_cast<std::uint8_t*>(to) + at, room, next);
     } else {
         moveDoubles(reinterpret_cast<const double*>(from) + begin, count, selection, reinterpret_cast<double*>(to) + at,
-                    room);
+                    room, next);
     }
 }
 
 /// Moves what is selected of one block, and returns how many entries that is.
-template <typename Choice>
-unsigned moveBlock(const Columns& from, unsigned begin, unsigned size, Choice& choice, const Columns& to, unsigned at,
+template <typename Rows>
+unsigned moveBlock(const Columns& from, unsigned begin, unsigned size, Rows& choice, const Columns& to, unsigned at,
                    Selection& selection)
 {
     const bool inPlace = from.ir == to.ir;
     const std::size_t room = (inPlace ? begin + size : to.nzmax) - at;
-    const unsigned selected = moveRows(from.ir + begin, size, choice, to.ir + at, room, selection);
-    moveValues(from.elementSize, from.pr, begin, size, selection, to.pr, at, room);
-    if (from.pi != nullptr) {
-        moveValues(from.elementSize, from.pi, begin, size, selection, to.pi, at, room);
+    const unsigned groupSize = kLanes * from.elementSize;
+    const std::size_t offset = std::size_t{begin} * from.elementSize;
+    const Next nextRows{reinterpret_cast<const std::byte*>(from.ir + begin + size), kLanes * sizeof *from.ir};
+    const unsigned selected =
+        moveRows(from.ir + begin, size, choice, to.ir + at, room, selection, {from.pr + offset, groupSize});
+    if (from.pi == nullptr) {
+        moveValues(from.elementSize, from.pr, begin, size, selection, to.pr, at, room, nextRows);
+        return selected;
     }
+    moveValues(from.elementSize, from.pr, begin, size, selection, to.pr, at, room, {from.pi + offset, groupSize});
+    moveValues(from.elementSize, from.pi, begin, size, selection, to.pi, at, room, nextRows);
     return selected;
 }
 
@@ -255,8 +332,8 @@ bool canMove(const Columns& a)
 
 bool serve(const Columns& a, unsigned entries)
 {
-    constexpr unsigned kFew = 48;
-    return entries > kFew && a.m <= INT32_MAX && canMove(a);
+    constexpr unsigned kFew = 8;
+    return entries > kFew && canMove(a);
 }
 
 bool serveList(const Columns& a, unsigned entries, unsigned deleted)

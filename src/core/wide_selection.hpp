@@ -10,7 +10,7 @@
 namespace zqsp::wide {
 
 /// Whether the loops serve so many entries of an array: few entries, those of one column mostly, are not worth the
-/// preparations; values have 1 or 8 bytes; and a look-up takes signed rows.
+/// preparations; and values have 1 or 8 bytes.
 bool serve(const Columns& a, unsigned entries);
 
 unsigned countSelected(const Columns& a, unsigned begin, unsigned end, const RowChoice& choice);

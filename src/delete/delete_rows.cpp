@@ -3,25 +3,13 @@
 #include "core/row_selection.hpp"
 #include "delete/deletion_target.hpp"
 #include "subscript/convert.hpp"
+#include "subscript/ranked.hpp"
 
 #include <zqspmatrix.h>
 
 namespace zqsp {
 
 namespace {
-
-/// New row numbers of the rows that stay, in a map of m words. Returns their number.
-unsigned numberKeptRows(const Subscript& deleted, unsigned m, unsigned* map)
-{
-    std::visit([map](const auto& form) { form.forEach([map](unsigned row) { map[row] = NOT_SELECTED; }); }, deleted);
-    unsigned kept = 0;
-    for (unsigned r = 0; r < m; ++r) {
-        const bool stays = map[r] == 0;
-        map[r] = stays ? kept : NOT_SELECTED;
-        kept += stays ? 1U : 0U;
-    }
-    return kept;
-}
 
 spStatus deleteRows(kxArray* A, const kxArray* I)
 {
@@ -37,10 +25,9 @@ spStatus deleteRows(kxArray* A, const kxArray* I)
         kxSetM(A, a.m - range->count());
         return spOK;
     }
-    const auto map = Block<unsigned>::zeroed(a.m);
-    const unsigned kept = numberKeptRows(rows, a.m, map.get());
-    moveSelected(a, 0, a.n, RowChoice::Map{map.get()}, a, 0, a.jc + 1);
-    kxSetM(A, kept);
+    const RankedSet kept = othersThan(rows, a.m);
+    moveSelected(a, 0, a.n, kept, a, 0, a.jc + 1);
+    kxSetM(A, kept.count());
     return spOK;
 }
 

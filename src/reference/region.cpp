@@ -4,6 +4,7 @@
 #include "core/search.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
+#include "subscript/ranked.hpp"
 #include "subscript/runs.hpp"
 
 #include <algorithm>
@@ -75,7 +76,12 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
         return gatherBySearch(a, rows, columns);
     }
     constexpr unsigned kFew = 64; // one row in as many: most entries are passed over
-    return k < a.m / kFew ? gatherFewByTable(a, rows, columns) : gatherByMap(a, rows, columns);
+    if (k < a.m / kFew) {
+        return gatherFewByTable(a, rows, columns);
+    }
+    const RankedSet selected = selectedOf(rows, a.m);
+    const bool ranked = orderOf(rows) == Order::kAscending && selected.count() == k;
+    return ranked ? gatherByRank(a, selected, columns) : gatherByMap(a, rows, selected, columns);
 }
 
 } // namespace zqsp

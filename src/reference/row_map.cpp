@@ -1,5 +1,4 @@
 #include "core/counts.hpp"
-#include "core/row_selection.hpp"
 #include "core/values.hpp"
 #include "reference/column_sorter.hpp"
 #include "reference/column_visit.hpp"
@@ -13,6 +12,9 @@ namespace zqsp {
 
 namespace {
 
+/// The new place of a row that is not selected.
+constexpr unsigned NOT_SELECTED = 0xFFFFFFFFU;
+
 /// From old rows to new ones. Position form: map[r] is the new row of row r, or NOT_SELECTED. Where the subscript
 /// repeats a row, offset form: slots map[r] .. map[r+1]-1 belong to row r, and slot s stands for the new row s itself
 /// (ascending subscripts) or order[s].
@@ -23,27 +25,16 @@ struct RowMap
     bool repeats = false;
 };
 
-/// Position form; false as soon as a row is met again.
-bool fillPositions(const Subscript& rows, unsigned m, unsigned* map)
+/// Position form of rows that do not repeat.
+void fillPositions(const Subscript& rows, unsigned m, unsigned* map)
 {
     std::memset(map, 0xFF, m * sizeof *map); // NOT_SELECTED everywhere
-    if (const auto* list = std::get_if<IndexList>(&rows)) {
-        for (unsigned p = 0; p < list->count(); ++p) {
-            unsigned& slot = map[(*list)[p]];
-            if (slot != NOT_SELECTED) {
-                return false;
-            }
-            slot = p;
-        }
-        return true;
-    }
     std::visit(
         [map](const auto& form) {
             unsigned p = 0;
             form.forEach([&](unsigned row) { map[row] = p++; });
         },
         rows);
-    return true;
 }
 
 /// Offset form by counting. Placing the positions from the last to the first turns ends of slots into their starts.
@@ -71,13 +62,15 @@ void fillOffsets(const IndexList& list, unsigned m, RowMap& rowMap)
     }
 }
 
-RowMap buildRowMap(const Subscript& rows, unsigned m)
+RowMap buildRowMap(const Subscript& rows, bool repeats, unsigned m)
 {
     RowMap rowMap;
     rowMap.map = Block<unsigned>::make(m + 1);
-    rowMap.repeats = !fillPositions(rows, m, rowMap.map.get());
-    if (rowMap.repeats) {
+    rowMap.repeats = repeats;
+    if (repeats) {
         fillOffsets(std::get<IndexList>(rows), m, rowMap);
+    } else {
+        fillPositions(rows, m, rowMap.map.get());
     }
     return rowMap;
 }
@@ -89,13 +82,11 @@ struct Tally
     unsigned longest = 0;
 };
 
-/// The count pass of the position form, without a branch on a hit. Neighbouring columns are counted as one, and a
-/// column cannot give more than it holds.
-Tally tallySelected(const Columns& a, const Subscript& columns, const unsigned* map)
+/// The count pass of the position form: a column cannot give more than it holds.
+Tally tallySelected(const Columns& a, const Subscript& columns, const RankedSet& rows)
 {
-    Tally result;
-    forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
-        result.total += countSelected(a, a.jc[first], a.jc[first + length], RowChoice::Map{map});
+    Tally result{countInRows(a, columns, rows)};
+    forEachRun(columns, [&](unsigned first, unsigned length) {
         for (unsigned j = first; j < first + length; ++j) {
             result.longest = std::max(result.longest, a.length(j));
         }
@@ -118,27 +109,6 @@ Tally tallyRepeated(const Columns& a, const Subscript& columns, const unsigned* 
         }
     });
     return result;
-}
-
-/// That of the position form where every row is selected: each entry comes out once, and nothing is looked up.
-Tally tallyWhole(const Columns& a, const Subscript& columns)
-{
-    Tally result;
-    forEachRun(columns, [&](unsigned first, unsigned length) {
-        result.total += a.jc[first + length] - a.jc[first];
-        for (unsigned j = first; j < first + length; ++j) {
-            result.longest = std::max(result.longest, a.length(j));
-        }
-    });
-    return result;
-}
-
-Tally tallyOf(const Columns& a, const Subscript& columns, const RowMap& rowMap, bool everyRow)
-{
-    if (rowMap.repeats) {
-        return tallyRepeated(a, columns, rowMap.map.get());
-    }
-    return everyRow ? tallyWhole(a, columns) : tallySelected(a, columns, rowMap.map.get());
 }
 
 /// Position form: the entries begin .. end-1 that are selected, with their new rows. There is room for one more.
@@ -257,24 +227,15 @@ void writeCollected(const Columns& a, const Subscript& columns, const RowMap& ro
 
 } // namespace
 
-ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const Subscript& columns)
+ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const RankedSet& selected, const Subscript& columns)
 {
     const unsigned k = countOf(rows);
     const Order order = orderOf(rows);
-    const RowMap rowMap = buildRowMap(rows, a.m);
-    const Tally counted = tallyOf(a, columns, rowMap, k == a.m);
-    const unsigned total = checkedCount(counted.total);
-    ArrayOwner result = createLike(a, k, countOf(columns), total);
+    const RowMap rowMap = buildRowMap(rows, selected.count() < k, a.m);
+    const Tally counted =
+        rowMap.repeats ? tallyRepeated(a, columns, rowMap.map.get()) : tallySelected(a, columns, selected);
+    ArrayOwner result = createLike(a, k, countOf(columns), checkedCount(counted.total));
     const Columns out(result.get());
-    if (!rowMap.repeats && order == Order::kAscending) {
-        unsigned written = 0;
-        unsigned* ends = out.jc + 1;
-        forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
-            written = moveSelected(a, first, length, RowChoice::Map{rowMap.map.get()}, out, written, ends);
-            ends += length;
-        });
-        return result;
-    }
     withStorage(a, [&](auto from) {
         if (!rowMap.repeats && order == Order::kDescending) {
             writeDescending<decltype(from)>(a, columns, rowMap.map.get(), out);
