@@ -26,6 +26,14 @@ class GrowingList
         }
         elements_[count_++] = element;
     }
+    void add(std::span<const T> elements)
+    {
+        while (capacity_ - count_ < elements.size()) {
+            grow();
+        }
+        std::copy(elements.begin(), elements.end(), elements_.get() + count_);
+        count_ += static_cast<unsigned>(elements.size());
+    }
     [[nodiscard]] unsigned count() const { return count_; }
     [[nodiscard]] T* data() { return elements_.get(); }
     [[nodiscard]] std::span<const T> elements() const { return {elements_.get(), count_}; }

@@ -2,35 +2,55 @@
 
 #include "core/search.hpp"
 
-#include <bit>
+#include <algorithm>
 
 namespace zqsp::wide {
 
 #ifdef __x86_64__
+namespace {
+
+/// Which of sixteen numbers are among sixteen others.
+ZQSP_AVX512 inline __mmask16 membersOf(const unsigned* others, const unsigned* numbers)
+{
+    const __m512i asked = _mm512_loadu_si512(numbers);
+    __mmask16 found = 0;
+    for (unsigned i = 0; i < kLanes; ++i) {
+        found = _kor_mask16(found, _mm512_cmpeq_epi32_mask(asked, _mm512_set1_epi32(static_cast<int>(others[i]))));
+    }
+    return found;
+}
+
+ZQSP_AVX512 inline void storeLanes(__mmask16 lanes, unsigned base, unsigned* to)
+{
+    const __m512i all = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+    const __m512i numbered = _mm512_add_epi32(all, _mm512_set1_epi32(static_cast<int>(base)));
+    _mm512_storeu_si512(to, _mm512_maskz_compress_epi32(lanes, numbered));
+}
+
+} // namespace
+
 ZQSP_AVX512 bool Intersection::next(Finds& finds)
 {
-    const __m512i start = _mm512_set1_epi32(static_cast<int>(start_));
     finds.count = 0;
-    while (finds.count == 0 && rowCount_ - row_ >= kLanes && positionCount_ - position_ >= kLanes) {
-        const unsigned* const rows = rows_ + row_;
-        const unsigned* const positions = positions_ + position_;
-        const __m512i wanted = _mm512_sub_epi32(_mm512_loadu_si512(positions), start);
-        std::array<unsigned, kLanes> same;
-        unsigned any = 0;
-        for (unsigned i = 0; i < kLanes; ++i) {
-            same[i] = _mm512_cmpeq_epi32_mask(wanted, _mm512_set1_epi32(static_cast<int>(rows[i])));
-            any |= same[i];
-        }
-        for (unsigned i = 0; i < kLanes && any != 0; ++i) {
-            for (unsigned lanes = same[i]; lanes != 0; lanes &= lanes - 1) {
-                finds.row[finds.count] = row_ + i;
-                finds.position[finds.count++] = position_ + static_cast<unsigned>(std::countr_zero(lanes));
+    while (finds.count == 0 && firstCount_ - first_ >= kLanes && secondCount_ - second_ >= kLanes) {
+        const unsigned* const ones = firstList_ + first_;
+        const unsigned* const others = secondList_ + second_;
+        if (const __mmask16 found = membersOf(ones, others); found != 0) {
+            const __mmask16 from = membersOf(others, ones);
+            finds.count = static_cast<unsigned>(__builtin_popcount(found));
+            storeLanes(found, second_, finds.second.data());
+            storeLanes(from, first_, finds.first.data());
+            if (finds.count != static_cast<unsigned>(__builtin_popcount(from))) { // repeats: several are the same one
+                for (unsigned i = 0; i < finds.count; ++i) {
+                    const unsigned* const one = std::find(ones, ones + kLanes, secondList_[finds.second[i]]);
+                    finds.first[i] = static_cast<unsigned>(one - firstList_);
+                }
             }
         }
-        // Whichever ends first is done; of equal ends the positions, which may be repeated.
-        const bool positionsEnd = positions[kLanes - 1] - start_ <= rows[kLanes - 1];
-        position_ += valueIf(positionsEnd, kLanes);
-        row_ += valueIf(!positionsEnd, kLanes);
+        // Whichever ends first is done; of equal ends the second list, which may repeat.
+        const bool secondEnds = others[kLanes - 1] <= ones[kLanes - 1];
+        second_ += valueIf(secondEnds, kLanes);
+        first_ += valueIf(!secondEnds, kLanes);
     }
     return finds.count != 0;
 }

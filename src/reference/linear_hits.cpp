@@ -5,11 +5,11 @@
 #include "core/search.hpp"
 #include "core/wide_intersection.hpp"
 #include "reference/entry_filter.hpp"
+#include "reference/entry_positions.hpp"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <type_traits>
 
 namespace zqsp {
 
@@ -115,21 +115,34 @@ void findInMask(const Columns& a, const LogicalMask& mask, HitList& hits)
     }
 }
 
-/// Ascending positions that outnumber the entries of their columns, `first` to `last`: each entry is looked for among
-/// them, by galloping from where the one before was.
-template <typename S>
-void findByEntries(const Columns& a, unsigned first, unsigned last, const S& positions, HitList& hits)
+/// The columns that ascending positions lie in.
+struct ColumnSpan
+{
+    unsigned first;
+    unsigned last;
+    unsigned entries;
+
+    ColumnSpan(const Columns& a, unsigned lowest, unsigned highest)
+        : first(lowest / a.m), last(highest / a.m), entries(a.jc[last + 1] - a.jc[first])
+    {
+    }
+    [[nodiscard]] unsigned columns() const { return last - first + 1; }
+};
+
+/// Ascending positions that outnumber the entries of their columns: each entry is looked for among them, from where the
+/// one before was.
+void findByEntries(const Columns& a, ColumnSpan span, const IndexList& positions, HitList& hits)
 {
     const unsigned count = positions.count();
     unsigned t = 0;
-    std::uint64_t start = std::uint64_t{first} * a.m;
-    for (unsigned j = first; j <= last; ++j, start += a.m) {
+    std::uint64_t start = std::uint64_t{span.first} * a.m;
+    for (unsigned j = span.first; j <= span.last; ++j, start += a.m) {
         for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
             const std::uint64_t position = start + a.ir[e];
             if (position > positions[count - 1]) {
                 return;
             }
-            t = gallop(positions, t, count, static_cast<unsigned>(position));
+            t = gallopNear(positions.begin(), t, count, static_cast<unsigned>(position));
             for (; positions[t] == position; ++t) {
                 hits.add(t, e);
                 if (t + 1 == count) {
@@ -140,68 +153,64 @@ void findByEntries(const Columns& a, unsigned first, unsigned last, const S& pos
     }
 }
 
-/// Whether wide registers serve: the list and the entries of its columns are about as long, and the columns not short.
-bool intersectionIsCheaper(unsigned entries, unsigned columns, unsigned count)
+/// Whether wide registers serve: not where one of the lists is much longer, or where each position is found in a short
+/// column as fast.
+bool intersectionIsCheaper(ColumnSpan span, unsigned count)
 {
-    constexpr unsigned kAtMost = 8; // times as many of one as of the other
+    constexpr unsigned kMuch = 8; // times as long
     constexpr unsigned kLongColumn = 64;
-    return haveAvx512() && entries / kAtMost <= count && count / kAtMost <= entries && entries / kLongColumn >= columns;
+    const unsigned much = span.entries / kLongColumn >= span.columns() ? kMuch : 1;
+    return haveAvx512() && span.entries / much <= count && count / kMuch <= span.entries;
 }
 
-/// Ascending positions in the columns `first` to `last`, each column intersected with what lies in it.
-void findByIntersection(const Columns& a, unsigned first, unsigned last, const IndexList& positions, HitList& hits)
+/// Ascending positions by blocks of the entries that may be meant.
+void findByIntersection(const Columns& a, ColumnSpan span, const IndexList& list, HitList& hits)
 {
-    const unsigned count = positions.count();
+    const unsigned count = list.count();
+    EntryPositions entries(a, span.first, span.last, list[count - 1]);
     unsigned t = 0;
-    std::uint64_t start = std::uint64_t{first} * a.m;
-    for (unsigned j = first; j <= last && t < count; ++j, start += a.m) {
-        const auto isInColumn = [end = start + a.m](unsigned position) { return position < end; };
-        const auto inColumn = static_cast<unsigned>(
-            std::partition_point(positions.begin() + t, positions.end(), isInColumn) - positions.begin());
-        const unsigned begin = a.jc[j];
-        wide::Intersection lists(a.ir + begin, a.length(j), positions.begin() + t, inColumn - t,
-                                 static_cast<unsigned>(start));
+    entries.advance(0);
+    while (entries.count() >= wide::kLanes && count - t >= wide::kLanes) {
+        wide::Intersection lists(entries.positions(), entries.count(), list.begin() + t, count - t);
         for (wide::Intersection::Finds finds; lists.next(finds);) {
             for (unsigned i = 0; i < finds.count; ++i) {
-                hits.add(t + finds.position[i], begin + finds.row[i]);
+                hits.add(t + finds.second[i], entries.begin() + finds.first[i]);
             }
         }
-        unsigned entry = begin + lists.row();
-        for (t += lists.position(); t < inColumn; ++t) {
-            const auto row = static_cast<unsigned>(positions[t] - start);
-            entry = gallop(a.ir, entry, a.jc[j + 1], row);
-            hits.addIfStored(t, {entry, entry < a.jc[j + 1] && a.ir[entry] == row});
+        t += lists.second();
+        entries.advance(lists.first());
+    }
+    while (entries.count() > 0 && t < count) { // few of one or the other are left
+        const unsigned before = gallop(entries.positions(), 0, entries.count(), list[t]);
+        if (before == entries.count()) {
+            entries.advance(before);
+        } else if (entries.positions()[before] == list[t]) {
+            hits.add(t++, entries.begin() + before);
+        } else {
+            t = gallop(list, t, count, entries.positions()[before]);
         }
     }
 }
 
-/// A range or a list of at least one position.
-template <typename S>
-void findNumbered(const Columns& a, const S& positions, HitList& hits)
+/// The neighbours in an ascending progression are as far apart as any others, so that a division finds an entry's
+/// place among them, or that it has none: nothing is searched.
+void findInProgression(const Columns& a, ColumnSpan span, const IndexRange& range, HitList& hits)
 {
-    const unsigned count = positions.count();
-    if (positions.order() == Order::kAscending) {
-        const unsigned first = positions[0] / a.m;
-        const unsigned last = positions[count - 1] / a.m;
-        const unsigned columns = last - first + 1;
-        const unsigned entries = a.jc[last + 1] - a.jc[first];
-        if constexpr (std::is_same_v<S, IndexList>) {
-            if (intersectionIsCheaper(entries, columns, count)) {
-                findByIntersection(a, first, last, positions, hits);
-                return;
-            }
+    const auto stride = static_cast<unsigned>(range.stride);
+    const FastDivisor divisor(stride);
+    EntryPositions entries(a, span.first, span.last, range.last);
+    std::array<Hit, EntryPositions::kBlock> found;
+    for (entries.advance(0); entries.count() > 0; entries.advance(entries.count())) {
+        const unsigned* const positions = entries.positions();
+        unsigned count = 0;
+        for (unsigned i = 0; i < entries.count(); ++i) { // written first, kept only if it is one: nothing to predict
+            const unsigned distance = positions[i] - range.first; // past all where it lies before the first one
+            const unsigned ordinal = divisor.quotient(distance);
+            found[count] = {ordinal, entries.begin() + i};
+            count += ordinal * stride == distance && ordinal < range.size ? 1U : 0U;
         }
-        constexpr unsigned kFewer = 2; // times: with more entries, a search of each position is faster
-        if (entries <= count / kFewer && columns <= count) {
-            findByEntries(a, first, last, positions, hits);
-            return;
-        }
-        if (gallopIsCheaper(a, count)) {
-            findAscending(a, positions, hits);
-            return;
-        }
+        hits.add({found.data(), count});
     }
-    findAnywhere(a, positions, hits);
 }
 
 void find(const Columns& a, const IndexRange& range, HitList& hits)
@@ -210,12 +219,49 @@ void find(const Columns& a, const IndexRange& range, HitList& hits)
         RunHits(a, range).forEach([&](Hit hit) { hits.add(hit.ordinal, hit.source); });
         return;
     }
-    findNumbered(a, range, hits);
+    const IndexRange ascending = range.ascending();
+    const ColumnSpan span(a, ascending.first, ascending.last);
+    constexpr unsigned kMore = 4; // times: with more entries, a search of each position is faster
+    if (span.columns() <= range.size && span.entries / kMore <= range.size) {
+        findInProgression(a, span, ascending, hits);
+    } else if (gallopIsCheaper(a, range.size)) {
+        findAscending(a, ascending, hits);
+    } else {
+        findAnywhere(a, ascending, hits);
+    }
+    if (range.order() == Order::kDescending) {
+        hits.reverse(range.size);
+    }
+}
+
+void findInAscendingList(const Columns& a, const IndexList& list, HitList& hits)
+{
+    const unsigned count = list.count();
+    const ColumnSpan span(a, list[0], list[count - 1]);
+    constexpr unsigned kFewer = 2; // times: with more entries, a search of each position is faster
+    if (span.columns() <= count && intersectionIsCheaper(span, count)) {
+        findByIntersection(a, span, list, hits);
+    } else if (span.columns() <= count && span.entries <= count / kFewer) {
+        findByEntries(a, span, list, hits);
+    } else if (gallopIsCheaper(a, count)) {
+        findAscending(a, list, hits);
+    } else {
+        findAnywhere(a, list, hits);
+    }
 }
 
 void find(const Columns& a, const IndexList& list, HitList& hits)
 {
-    findNumbered(a, list, hits);
+    if (list.order() == Order::kAscending) {
+        findInAscendingList(a, list, hits);
+    } else if (list.order() == Order::kDescending) { // an ascending list, read from its end
+        auto reversed = Block<unsigned>::make(list.count());
+        std::reverse_copy(list.begin(), list.end(), reversed.get());
+        findInAscendingList(a, IndexList(std::move(reversed), list.count(), Order::kAscending), hits);
+        hits.reverse(list.count());
+    } else {
+        findAnywhere(a, list, hits);
+    }
 }
 
 void find(const Columns& a, const LogicalMask& mask, HitList& hits)
@@ -229,7 +275,10 @@ void find(const Columns& a, const LogicalMask& mask, HitList& hits)
 
 void find(const Columns& a, const SparseLogicalMask& mask, HitList& hits)
 {
-    findAscending(a, mask, hits);
+    auto positions = Block<unsigned>::make(mask.count());
+    unsigned count = 0;
+    mask.forEach([&](unsigned position) { positions[count++] = position; });
+    find(a, IndexList(std::move(positions), count, Order::kAscending), hits);
 }
 
 } // namespace

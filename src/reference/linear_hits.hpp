@@ -7,7 +7,9 @@
 #include "core/search.hpp"
 #include "subscript/forms.hpp"
 
+#include <algorithm>
 #include <cstdint>
+#include <span>
 
 namespace zqsp {
 
@@ -24,10 +26,19 @@ class HitList
 {
   public:
     void add(unsigned ordinal, unsigned source) { hits_.add({ordinal, source}); }
+    void add(std::span<const Hit> hits) { hits_.add(hits); }
     void addIfStored(unsigned ordinal, Slot slot)
     {
         if (slot.stored) {
             add(ordinal, slot.position);
+        }
+    }
+    /// What the hits are where the `selected` positions are read from the last one to the first.
+    void reverse(unsigned selected)
+    {
+        std::reverse(hits_.data(), hits_.data() + hits_.count());
+        for (unsigned i = 0; i < hits_.count(); ++i) {
+            hits_.data()[i].ordinal = selected - 1 - hits_.data()[i].ordinal;
         }
     }
     [[nodiscard]] unsigned count() const { return hits_.count(); }

@@ -1,6 +1,8 @@
 // Numeric subscripts of every class, read in one pass: a block of values is tested and stored without a branch per
 // value, and only a block that holds a bad value is read again by the exact rules, which decide the status.
+#include "core/processor.hpp"
 #include "subscript/convert.hpp"
+#include "subscript/wide_numbers.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -80,8 +82,11 @@ bool storeIndices(const T* values, unsigned count, T highest, unsigned* indices)
 /// The same for doubles, where the processor tells by itself what it cannot convert: it gives the lowest word, whose
 /// distance to `highest` overflows, so that one sign bit gathers all that lies outside. Measured: half the time of
 /// clamping each value first.
-inline bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
+bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
 {
+    if (count >= wide::kLanes && haveAvx512()) {
+        return wide::storeIndices(values, count, highest, indices);
+    }
     const __m128i top = _mm_set1_epi32(static_cast<int>(highest));
     const __m128i one = _mm_set1_epi32(1);
     __m128i outside = _mm_setzero_si128();
@@ -135,6 +140,25 @@ spStatus storeByExactRules(const T* values, unsigned count, const Extent& extent
     return spOK;
 }
 
+wide::Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
+{
+    if constexpr (wide::kCompiled) {
+        if (count >= wide::kLanes && haveAvx512()) {
+            return wide::stepsTo(indices, count, expected);
+        }
+    }
+    unsigned falls = 0;
+    unsigned rises = 0;
+    unsigned others = 0;
+    const unsigned* const before = indices - 1;
+    for (unsigned i = 0; i < count; ++i) {
+        falls |= indices[i] < before[i] ? 1U : 0U;
+        rises |= indices[i] > before[i] ? 1U : 0U;
+        others |= (indices[i] - before[i]) ^ expected;
+    }
+    return {falls != 0, rises != 0, others != 0};
+}
+
 /// What is learnt of the order of a list while it is made.
 class OrderWatch
 {
@@ -146,17 +170,10 @@ class OrderWatch
             step_ = end > 1 ? indices[1] - indices[0] : 0;
             begin = 1;
         }
-        unsigned falls = 0;
-        unsigned rises = 0;
-        unsigned irregular = 0;
-        for (unsigned i = begin; i < end; ++i) {
-            falls |= indices[i] < indices[i - 1] ? 1U : 0U;
-            rises |= indices[i] > indices[i - 1] ? 1U : 0U;
-            irregular |= (indices[i] - indices[i - 1]) ^ step_;
-        }
-        falls_ |= falls != 0;
-        rises_ |= rises != 0;
-        regular_ &= irregular == 0;
+        const wide::Steps steps = stepsTo(indices + begin, end - begin, step_);
+        falls_ |= steps.fall;
+        rises_ |= steps.rise;
+        regular_ &= !steps.irregular;
     }
 
     [[nodiscard]] Order order() const
