@@ -14,7 +14,9 @@ enum class Reading
     kEntries ///< row indices and values
 };
 
-/// Asks for the cache lines at both ends of what will be read of a column: few columns are longer.
+/// Asks for the cache lines at both ends of what will be read of a column: few columns are longer. They are brought to
+/// the second-level cache, which can wait for more lines at a time than the nearest one (measured: scattered columns of
+/// a matrix that no cache holds take two thirds of the time so).
 /// (Inlined by force: a function that only prefetches has no effect in the eyes of the compiler, which drops its
 /// calls.)
 template <Reading reading>
@@ -22,14 +24,14 @@ template <Reading reading>
 {
     const std::size_t begin = a.jc[column];
     const std::size_t end = a.jc[column + 1];
-    __builtin_prefetch(a.ir + begin);
-    __builtin_prefetch(a.ir + end);
+    __builtin_prefetch(a.ir + begin, 0, 2);
+    __builtin_prefetch(a.ir + end, 0, 2);
     if constexpr (reading == Reading::kEntries) {
-        __builtin_prefetch(a.pr + begin * a.elementSize);
-        __builtin_prefetch(a.pr + end * a.elementSize);
+        __builtin_prefetch(a.pr + begin * a.elementSize, 0, 2);
+        __builtin_prefetch(a.pr + end * a.elementSize, 0, 2);
         if (a.pi != nullptr) {
-            __builtin_prefetch(a.pi + begin * a.elementSize);
-            __builtin_prefetch(a.pi + end * a.elementSize);
+            __builtin_prefetch(a.pi + begin * a.elementSize, 0, 2);
+            __builtin_prefetch(a.pi + end * a.elementSize, 0, 2);
         }
     }
 }
