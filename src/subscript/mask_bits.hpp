@@ -40,10 +40,20 @@ inline std::uint64_t trueBlock(const unsigned char* bytes, unsigned count)
     }
     std::uint64_t bits = 0;
 #ifdef __SSE2__
-    for (unsigned i = 0; i < kMaskBlock; i += sizeof(__m128i)) {
-        const __m128i part = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i));
-        const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(part, _mm_setzero_si128()));
-        bits |= std::uint64_t{static_cast<unsigned>(zeros) ^ 0xFFFFU} << i;
+    constexpr unsigned kParts = kMaskBlock / sizeof(__m128i);
+    __m128i parts[kParts];
+    __m128i any = _mm_setzero_si128();
+    for (unsigned i = 0; i < kParts; ++i) {
+        parts[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes) + i);
+        any = _mm_or_si128(any, parts[i]);
+    }
+    constexpr int kAllZero = 0xFFFF;
+    if (_mm_movemask_epi8(_mm_cmpeq_epi8(any, _mm_setzero_si128())) == kAllZero) {
+        return 0;
+    }
+    for (unsigned i = 0; i < kParts; ++i) {
+        const int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(parts[i], _mm_setzero_si128()));
+        bits |= std::uint64_t{static_cast<unsigned>(zeros) ^ 0xFFFFU} << (i * sizeof(__m128i));
     }
 #else
     constexpr std::uint64_t kTogether = 0x0102040810204080ULL; // brings the bits of the bytes together in the highest
@@ -54,15 +64,47 @@ inline std::uint64_t trueBlock(const unsigned char* bytes, unsigned count)
     return bits;
 }
 
+#ifdef __SSE2__
+/// Number of non-zero bytes in whole registers. The zeros in each place of two registers are counted in the bytes of
+/// another, and these counts added up before they overflow: measured, a quarter of the time of counting by words.
+inline unsigned countTrueInPairs(const unsigned char* values, unsigned pairs)
+{
+    constexpr unsigned kBlock = 127; // pairs: so many zeros fit a byte
+    const __m128i zero = _mm_setzero_si128();
+    const auto* part = reinterpret_cast<const __m128i*>(values);
+    unsigned zeros = 0;
+    for (unsigned done = 0, size = 0; done < pairs; done += size) {
+        size = std::min(pairs - done, kBlock);
+        __m128i counts = zero;
+        for (unsigned i = 0; i < size; ++i, part += 2) {
+            const __m128i first = _mm_cmpeq_epi8(_mm_loadu_si128(part), zero); // -1 where it is zero
+            const __m128i second = _mm_cmpeq_epi8(_mm_loadu_si128(part + 1), zero);
+            counts = _mm_sub_epi8(counts, _mm_add_epi8(first, second));
+        }
+        const __m128i sums = _mm_sad_epu8(counts, zero);
+        zeros += static_cast<unsigned>(_mm_cvtsi128_si32(sums) + _mm_cvtsi128_si32(_mm_srli_si128(sums, 8)));
+    }
+    return pairs * 2 * static_cast<unsigned>(sizeof(__m128i)) - zeros;
+}
+#endif
+
 /// Number of non-zero bytes. The words of a block are added up as eight sums of a byte each; counting the bits of every
 /// word takes three times as long without an instruction for it.
 inline unsigned countTrue(const unsigned char* values, unsigned length)
 {
+    unsigned count = 0;
+    unsigned i = 0;
+#ifdef __SSE2__
+    constexpr unsigned kMany = 128; // bytes; masks are mostly counted whole, or from one entry to the next
+    if (length >= kMany) {
+        constexpr unsigned kPair = 2 * sizeof(__m128i);
+        count = countTrueInPairs(values, length / kPair);
+        i = length / kPair * kPair;
+    }
+#endif
     constexpr unsigned kBlock = 255; // words: so many ones fit a byte
     constexpr std::uint64_t kPairs = 0x00FF00FF00FF00FFULL;
     constexpr std::uint64_t kAddPairs = 0x0001000100010001ULL;
-    unsigned count = 0;
-    unsigned i = 0;
     while (length - i >= kMaskWord) {
         const unsigned words = std::min((length - i) / kMaskWord, kBlock);
         std::uint64_t sums = 0;
