@@ -2,6 +2,7 @@
 
 #include "assign/region_patches.hpp"
 #include "core/counts.hpp"
+#include "core/row_selection.hpp"
 
 #include <algorithm>
 
@@ -104,6 +105,26 @@ void closeUp(const Columns& a, const Region& region, const RowFilter& filter, Va
     }
 }
 
+/// Whether a pass over all entries of neighbouring columns beats going from column to column: there are many target
+/// rows, and not all are neighbours.
+bool clearsInOnePass(const Region& region, const RowFilter& filter)
+{
+    return region.columns.isRun() && filter.hasTable();
+}
+
+/// What stays of neighbouring columns, then what lies behind them, moves to the left.
+void closeUpColumns(const Columns& a, unsigned first, unsigned count, const RankedSet& stays)
+{
+    const unsigned end = a.jc[first + count];
+    const unsigned nnz = a.nnz();
+    const unsigned kept =
+        moveSelected(a, first, count, RowChoice::Unmoved{stays.words()}, a, a.jc[first], a.jc + first + 1);
+    moveEntries(a, kept, end, nnz - end);
+    for (unsigned j = first + count + 1; j <= a.n; ++j) {
+        a.jc[j] -= end - kept;
+    }
+}
+
 } // namespace
 
 void fillRegion(kxArray* A, const Region& region, const RightSide& b, const FillLimits& limits)
@@ -135,10 +156,17 @@ void clearRegion(kxArray* A, const Region& region)
 {
     const Columns before(A);
     const RowFilter filter(before, region.rows, region.columns);
-    growColumns(A, region.n); // the last thing that can fail
-    const Columns a(A);
-    withStorage(
-        a, [&](auto values) { filter.withTest([&](auto isTarget) { closeUp(a, region, filter, values, isTarget); }); });
+    if (clearsInOnePass(region, filter)) {
+        const RankedSet stays = region.rows.others(before.m);
+        growColumns(A, region.n); // the last thing that can fail
+        closeUpColumns(Columns(A), region.columns.first(), region.columns.count(), stays);
+    } else {
+        growColumns(A, region.n); // the last thing that can fail
+        const Columns a(A);
+        withStorage(a, [&](auto values) {
+            filter.withTest([&](auto isTarget) { closeUp(a, region, filter, values, isTarget); });
+        });
+    }
     kxSetM(A, region.m);
 }
 

@@ -51,6 +51,9 @@ class RowFilter
         return {first, endsInside ? end : lowerBoundOfSame(a.ir, first, end, highest_ + 1)};
     }
 
+    /// Whether there is a table: rows that are no neighbours, and no few in a high matrix.
+    [[nodiscard]] bool hasTable() const { return static_cast<bool>(bits_); }
+
     /// f(isTarget), isTarget(row) telling whether a row within the span of the targets is one of them: how that is
     /// found out is decided once for the loops of f.
     template <typename F>

@@ -3,6 +3,7 @@
 #define ZQSP_ASSIGN_TARGET_INDICES_HPP
 
 #include "core/owners.hpp"
+#include "core/ranked_set.hpp"
 #include "subscript/forms.hpp"
 
 namespace zqsp {
@@ -29,6 +30,9 @@ class TargetIndices
     [[nodiscard]] bool isRun() const { return indices_ == nullptr; }
     [[nodiscard]] unsigned first() const { return (*this)[0]; }
     [[nodiscard]] const unsigned* list() const { return indices_; }
+
+    /// All other numbers below `extent`. Raises on exhausted memory.
+    [[nodiscard]] RankedSet others(unsigned extent) const;
 
     /// For each target the position of the subscript that names it last; null where target i is named by position i.
     [[nodiscard]] const unsigned* sources() const { return sources_.get(); }

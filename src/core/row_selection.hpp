@@ -25,6 +25,13 @@ class RowChoice
             return words[row / RankedSet::kWord].rankOf(row);
         }
     };
+    /// The members of a set, which keep their numbers.
+    struct Unmoved
+    {
+        const RankedSet::Word* words;
+        [[nodiscard]] bool selects(unsigned row) const { return words[row / RankedSet::kWord].has(row); }
+        [[nodiscard]] unsigned newRow(unsigned row) const { return row; }
+    };
     /// The rows first .. first+size-1.
     struct Interval
     {
@@ -43,10 +50,11 @@ class RowChoice
     };
 
     RowChoice(const RankedSet& rows) : choice_(Ranked{rows.words()}) {}
+    RowChoice(Unmoved rows) : choice_(rows) {}
     RowChoice(Interval interval) : choice_(interval) {}
     RowChoice(Gap gap) : choice_(gap) {}
 
-    /// f(choice) with one of the three.
+    /// f(choice) with one of the four.
     template <typename F>
     [[gnu::always_inline]] auto visit(F&& f) const
     {
@@ -54,7 +62,7 @@ class RowChoice
     }
 
   private:
-    std::variant<Ranked, Interval, Gap> choice_;
+    std::variant<Ranked, Unmoved, Interval, Gap> choice_;
 };
 
 /// How many of the entries begin .. end-1 lie in selected rows.

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 
@@ -92,7 +93,15 @@ ZQSP_AVX512 inline Choice choose(const unsigned* rows, RowChoice::Ranked set)
     return {_mm512_add_epi32(before, _mm512_popcnt_epi32(below)), _mm512_test_epi32_mask(members, bit)};
 }
 
-ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowChoice::Ranked set)
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, RowChoice::Unmoved set)
+{
+    const __m512i own = _mm512_loadu_si512(rows);
+    return {own, choose(rows, RowChoice::Ranked{set.words}).selected};
+}
+
+template <typename Set>
+requires std::same_as<Set, RowChoice::Ranked> || std::same_as<Set, RowChoice::Unmoved> ZQSP_AVX512 inline Choice
+choose(const unsigned* rows, unsigned count, Set set)
 {
     if (count >= kLanes) {
         return choose(rows, set);
