@@ -12,7 +12,7 @@
 #include <immintrin.h>
 #pragma GCC diagnostic pop
 /// Marks a function that may be called only where haveAvx512() holds.
-#define ZQSP_AVX512 __attribute__((target("avx512f,avx512vpopcntdq,popcnt")))
+#define ZQSP_AVX512 __attribute__((target("avx512f,avx512bw,avx512vpopcntdq,popcnt")))
 /// The same for havePopcount().
 #define ZQSP_POPCOUNT __attribute__((target("popcnt")))
 #else
@@ -35,13 +35,13 @@ inline constexpr unsigned kLanes = 16;
 
 } // namespace wide
 
-/// Whether there are registers of 512 bits, with their basic instructions and the counting of ones. Never in a build
+/// Whether there are registers of 512 bits, with the instructions on bytes and the counting of ones. Never in a build
 /// that asks for portable loops.
 inline bool haveAvx512()
 {
 #if defined(__x86_64__) && !defined(ZQSP_PORTABLE_LOOPS)
-    static const bool have = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vpopcntdq") &&
-                             __builtin_cpu_supports("popcnt");
+    static const bool have = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                             __builtin_cpu_supports("avx512vpopcntdq") && __builtin_cpu_supports("popcnt");
     return have;
 #else
     return false;

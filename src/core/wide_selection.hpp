@@ -21,9 +21,9 @@ unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const
 /// Whether deleteListed() serves: not where so few are deleted that the runs between them are better moved whole.
 bool serveList(const Columns& a, unsigned entries, unsigned deleted);
 
-/// Deletes strictly ascending positions from the entries 0 .. entries-1, whose ir are ascending positions, wherever the
-/// column starts are: deleted entries go, the positions of the others close up. Returns the number of entries left.
-unsigned deleteListed(const Columns& a, unsigned entries, const unsigned* deleted, unsigned count);
+/// Deletes strictly ascending linear positions: deleted entries go, the rows of the others become positions that close
+/// up, wherever the column starts are. Returns the number of entries left.
+unsigned deleteListed(const Columns& a, const unsigned* deleted, unsigned count);
 
 /// A filter of up to 128 rows that stays in registers: bits at two places that multiplicative hashing gives (Bloom,
 /// 1970).
@@ -48,10 +48,16 @@ class FewRows
     std::array<unsigned, 32> second_{};
 };
 
-/// Where haveAvx512(): column starts of a row vector whose entries lie in `columns`, ascending, written over from the
-/// front on, thirty-two and more at a time. Returns the number of entries up to whose columns they are right; those
-/// that are left lie near the end of the `length` + 1 starts.
-unsigned writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts);
+/// The first starts of a row vector, and the entries before them.
+struct Starts
+{
+    unsigned count = 0;
+    unsigned entries = 0;
+};
+
+/// Where haveAvx512(): column starts of a row vector of `length` columns, whose entries lie in `columns`, ascending.
+/// All but the last few thousand starts are written.
+Starts writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts);
 
 } // namespace zqsp::wide
 

@@ -23,16 +23,6 @@ bool linearIndexable(const Columns& a)
     return a.n == 1 || kxCheckMN_nothrow(a.m, a.n, a.elementSize, nullptr);
 }
 
-/// Row indices become linear positions.
-void linearizeToColumn(const Columns& a)
-{
-    for (unsigned j = 1, offset = a.m; j < a.n; ++j, offset += a.m) {
-        for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
-            a.ir[e] += offset;
-        }
-    }
-}
-
 /// Deletes ascending positions from entries 0 .. nnz-1, whose ir are positions of one column: deleted entries go, the
 /// positions of the others close up. Values move in blocks, only where an entry was dropped before them.
 /// Returns the number of entries left.
@@ -112,53 +102,49 @@ unsigned compactByEntries(const Columns& a, unsigned nnz, Rank rank)
     return kept;
 }
 
-unsigned compact(const Columns& a, unsigned nnz, const DeletedSet& deleted)
+/// Deletes the elements of A, whose rows become linear positions. Returns the number of entries left.
+unsigned compact(const Columns& a, const DeletedSet& deleted)
 {
+    const unsigned nnz = a.nnz();
+    const auto* list = std::get_if<IndexList>(&deleted.positions());
     if constexpr (wide::kCompiled) {
-        const auto* list = std::get_if<IndexList>(&deleted.positions());
         if (list != nullptr && list->count() <= nnz && wide::serveList(a, nnz, list->count())) {
-            return wide::deleteListed(a, nnz, list->begin(), list->count());
+            return wide::deleteListed(a, list->begin(), list->count());
         }
     }
+    Linearizer(a).goOn(nnz);
     if (deleted.count() > nnz) {
         if (const auto* mask = std::get_if<LogicalMask>(&deleted.positions())) {
             return compactByEntries(a, nnz, MaskRank(*mask));
         }
-        if (const auto* list = std::get_if<IndexList>(&deleted.positions())) {
+        if (list != nullptr) {
             return compactByEntries(a, nnz, ListRank(*list));
         }
     }
     return compactElements(a, nnz, deleted.positions());
 }
 
-/// The column starts of a row vector as far as they can be written in whole rounds, and written over by those that
-/// follow: how many columns lie between two entries is nothing that a processor could predict. Returns the number of
-/// entries up to whose columns they are right.
-unsigned writeStartsInRounds(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
-{
-    if constexpr (wide::kCompiled) {
-        if (haveAvx512()) {
-            return wide::writeStarts(columns, count, length, starts);
-        }
-    }
-    constexpr unsigned kStarts = 16;
-    std::uint64_t column = 0; // first one whose start is not known
-    unsigned e = 0;
-    for (; e < count && columns[e] + std::uint64_t{kStarts} <= length; ++e) {
-        const std::uint64_t end = std::uint64_t{columns[e]} + 1;
-        for (; column < end; column += kStarts) {
-            std::fill_n(starts + column, kStarts, e);
-        }
-        column = end;
-    }
-    return e;
-}
-
 /// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.
 void columnToRow(const Columns& a, unsigned count, unsigned length, unsigned* newJc)
 {
-    unsigned e = writeStartsInRounds(a.ir, count, length, newJc);
-    std::uint64_t column = e == 0 ? 0 : std::uint64_t{a.ir[e - 1]} + 1;
+    wide::Starts written;
+    if constexpr (wide::kCompiled) {
+        if (haveAvx512()) {
+            written = wide::writeStarts(a.ir, count, length, newJc);
+        }
+    }
+    std::uint64_t column = written.count;
+    unsigned e = written.entries;
+    // In whole rounds, which those that follow write over: how many columns lie between two entries is nothing that a
+    // processor could predict.
+    constexpr unsigned kStarts = 16;
+    for (; e < count && a.ir[e] + std::uint64_t{kStarts} <= length; ++e) {
+        const std::uint64_t end = std::uint64_t{a.ir[e]} + 1;
+        for (; column < end; column += kStarts) {
+            std::fill_n(newJc + column, kStarts, e);
+        }
+        column = end;
+    }
     for (; e < count; ++e) {
         for (; column <= a.ir[e]; ++column) {
             newJc[column] = e;
@@ -187,14 +173,12 @@ spStatus deleteElements(kxArray* A, const kxArray* K)
         return spOK;
     }
     if (a.n == 1 && a.m != 1) { // a column stays a column
-        a.jc[1] = compact(a, a.nnz(), deleted);
+        a.jc[1] = compact(a, deleted);
         kxSetM(A, left);
         return spOK;
     }
     auto newJc = Block<unsigned>::make(left + 1); // the last thing that can fail
-    const unsigned nnz = a.nnz();
-    linearizeToColumn(a);
-    columnToRow(a, compact(a, nnz, deleted), left, newJc.get());
+    columnToRow(a, compact(a, deleted), left, newJc.get());
     kxFree(a.jc);
     kxSetJc(A, newJc.release());
     kxSetN(A, left);

@@ -16,6 +16,17 @@ bool markingIsCheaper(unsigned count, unsigned extent)
     return extent / kBytesPerIndex <= count;
 }
 
+/// Whether neighbours in an ascending list are equal. All are looked at, which takes less than to ask after each.
+bool hasRepeats(const IndexList& list)
+{
+    const unsigned* const indices = list.begin();
+    unsigned repeats = 0;
+    for (std::size_t i = 1; i < list.count(); ++i) {
+        repeats |= indices[i] == indices[i - 1] ? 1U : 0U;
+    }
+    return repeats != 0;
+}
+
 IndexList sortUniqueIndices(const IndexList& list)
 {
     auto indices = Block<unsigned>::make(list.count());
@@ -42,9 +53,7 @@ DeletedSet::DeletedSet(Subscript subscript, unsigned extent) : positions_(std::m
     if (list == nullptr) {
         return; // masks ascend
     }
-    const bool strictlyAscending =
-        list->order() == Order::kAscending && std::adjacent_find(list->begin(), list->end()) == list->end();
-    if (strictlyAscending) {
+    if (list->order() == Order::kAscending && !hasRepeats(*list)) {
         return;
     }
     if (!markingIsCheaper(list->count(), extent)) {
