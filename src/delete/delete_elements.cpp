@@ -3,6 +3,7 @@
 #include "core/search.hpp"
 #include "core/values.hpp"
 #include "core/wide_selection.hpp"
+#include "core/wide_starts.hpp"
 #include "delete/deleted_set.hpp"
 #include "delete/deletion_target.hpp"
 #include "subscript/convert.hpp"

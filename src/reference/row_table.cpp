@@ -1,7 +1,7 @@
 #include "core/growing_list.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
-#include "core/wide_selection.hpp"
+#include "core/wide_few_rows.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"

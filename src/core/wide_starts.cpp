@@ -1,0 +1,46 @@
+#include "core/wide_starts.hpp"
+
+#ifdef __x86_64__
+
+#include <array>
+#include <cstdint>
+
+namespace zqsp::wide {
+
+ZQSP_AVX512 Starts writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
+{
+    // The columns with entries are marked in a table; from sixteen marks at a time follow sixteen starts. How many
+    // columns lie between two entries, which nobody can foresee, takes no branch.
+    constexpr unsigned kColumns = 4096; // of a table, which stays in the nearest cache
+    constexpr unsigned kMarks = 64;     // in a register
+    const __m512i lanes = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+    const __m512i one = _mm512_set1_epi32(1);
+    const __m512i below = _mm512_sub_epi32(_mm512_sllv_epi32(one, lanes), one);
+    alignas(kMarks) std::array<std::uint8_t, kColumns> marks{};
+    Starts written;
+    while (length - written.count >= kColumns) {
+        unsigned before = written.entries;
+        unsigned e = before;
+        for (; e < count && columns[e] - written.count < kColumns; ++e) {
+            marks[columns[e] - written.count] = 0xFF;
+        }
+        for (unsigned c = 0; c < kColumns; c += kMarks) {
+            std::uint64_t bits = _mm512_movepi8_mask(_mm512_load_si512(&marks[c]));
+            _mm512_store_si512(&marks[c], _mm512_setzero_si512());
+            for (unsigned i = 0; i < kMarks; i += kLanes, bits >>= kLanes) {
+                const auto group = static_cast<unsigned>(bits & 0xFFFFU);
+                const __m512i found = _mm512_and_si512(_mm512_set1_epi32(static_cast<int>(group)), below);
+                const __m512i start = _mm512_set1_epi32(static_cast<int>(before));
+                _mm512_storeu_si512(starts + written.count + c + i,
+                                    _mm512_add_epi32(start, _mm512_popcnt_epi32(found)));
+                before += static_cast<unsigned>(__builtin_popcount(group));
+            }
+        }
+        written = {written.count + kColumns, e};
+    }
+    return written;
+}
+
+} // namespace zqsp::wide
+
+#endif
