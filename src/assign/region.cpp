@@ -105,11 +105,31 @@ void closeUp(const Columns& a, const Region& region, const RowFilter& filter, Va
     }
 }
 
-/// Whether a pass over all entries of neighbouring columns beats going from column to column: there are many target
-/// rows, and not all are neighbours.
-bool clearsInOnePass(const Region& region, const RowFilter& filter)
+/// Whether a pass over all entries of neighbouring columns beats going from column to column: the target rows are no
+/// neighbours, a set of all rows is small beside the pass, and the columns are short or half of their entries lie
+/// between the outermost target rows.
+bool clearsInOnePass(const Columns& a, const Region& region, const RowFilter& filter)
 {
-    return region.columns.isRun() && filter.hasTable();
+    constexpr unsigned kRowsPerEntry = 64; // of the set
+    constexpr unsigned kShortColumn = 64;  // passed over as fast as searched for the outermost rows
+    const TargetIndices& columns = region.columns;
+    if (!columns.isRun() || !filter.hasTable() || columns.first() >= a.n) {
+        return false;
+    }
+    const unsigned first = columns.first();
+    const unsigned end = std::min(columns.highest() + 1, a.n);
+    const unsigned entries = a.jc[end] - a.jc[first];
+    if (a.m / kRowsPerEntry > entries) {
+        return false;
+    }
+    if (entries / kShortColumn < end - first) {
+        return true;
+    }
+    unsigned between = 0;
+    for (unsigned j = first; j < end; ++j) {
+        between += filter.spanIn(a, j).length();
+    }
+    return between >= entries / 2;
 }
 
 /// What stays of neighbouring columns, then what lies behind them, moves to the left.
@@ -156,7 +176,7 @@ void clearRegion(kxArray* A, const Region& region)
 {
     const Columns before(A);
     const RowFilter filter(before, region.rows, region.columns);
-    if (clearsInOnePass(region, filter)) {
+    if (clearsInOnePass(before, region, filter)) {
         const RankedSet stays = region.rows.others(before.m);
         growColumns(A, region.n); // the last thing that can fail
         closeUpColumns(Columns(A), region.columns.first(), region.columns.count(), stays);

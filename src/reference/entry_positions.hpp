@@ -34,7 +34,7 @@ class EntryPositions
             for (; a_.jc[column_ + 1] == next_; start_ += a_.m) {
                 ++column_;
             }
-            const unsigned size = std::min({a_.jc[column_ + 1], end_, begin_ + kBlock}) - next_;
+            const unsigned size = std::min(std::min(a_.jc[column_ + 1], end_) - next_, kBlock - count());
             addTo(start_, a_.ir + next_, block_.data() + count(), size, a_.nzmax - next_ >= wholeRounds(size));
             next_ += size;
         }

@@ -84,8 +84,10 @@ bool storeIndices(const T* values, unsigned count, T highest, unsigned* indices)
 /// clamping each value first.
 bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
 {
-    if (count >= wide::kLanes && haveAvx512()) {
-        return wide::storeIndices(values, count, highest, indices);
+    if constexpr (wide::kCompiled) {
+        if (count >= wide::kLanes && haveAvx512()) {
+            return wide::storeIndices(values, count, highest, indices);
+        }
     }
     const __m128i top = _mm_set1_epi32(static_cast<int>(highest));
     const __m128i one = _mm_set1_epi32(1);

@@ -5,22 +5,23 @@ namespace zqsp {
 namespace {
 
 template <typename Form>
-void addTo(RankedSet& set, const Form& form)
+void addTo(RankedSet& set, unsigned, const Form& form)
 {
     form.forEach([&set](unsigned number) { set.add(number); });
 }
 
-void addTo(RankedSet& set, const LogicalMask& mask)
+void addTo(RankedSet& set, unsigned extent, const LogicalMask& mask)
 {
-    for (unsigned i = 0; i < mask.length; i += std::min(kMaskBlock, mask.length - i)) {
-        set.addAll(i, trueBlock(mask.values + i, mask.length - i));
+    const unsigned length = std::min(mask.length, extent); // a mask may be longer, with nothing true out there
+    for (unsigned i = 0; i < length; i += std::min(kMaskBlock, length - i)) {
+        set.addAll(i, trueBlock(mask.values + i, length - i));
     }
 }
 
 RankedSet unrankedOf(const Subscript& subscript, unsigned extent)
 {
     RankedSet set(extent);
-    std::visit([&set](const auto& form) { addTo(set, form); }, subscript);
+    std::visit([&](const auto& form) { addTo(set, extent, form); }, subscript);
     return set;
 }
 

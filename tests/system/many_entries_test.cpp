@@ -55,7 +55,8 @@ std::vector<double> ascending(std::vector<double> numbers, bool once)
     return numbers;
 }
 
-/// Of a dimension or of all elements: a few and many numbers in each order, with and without repeats, and masks.
+/// Of a dimension or of all elements: a few and many numbers in each order, with and without repeats, and masks, the
+/// longest of them reaching past the extent.
 std::vector<Subscript> subscripts(Random& random, unsigned extent, unsigned many)
 {
     std::vector<Subscript> all;
@@ -65,11 +66,11 @@ std::vector<Subscript> subscripts(Random& random, unsigned extent, unsigned many
         all.push_back(Subscript::list(ascending(numbers, false)));
         std::vector<double> once = ascending(numbers, true);
         all.push_back(Subscript::list(once));
-        std::vector<double> mask(extent, 0);
+        std::vector<double> mask(count == many ? extent + 3000 : extent, 0);
         for (const double number : once) {
             mask[static_cast<std::size_t>(number) - 1] = 1;
         }
-        all.push_back(Subscript::mask(mask).shaped(extent, 1));
+        all.push_back(Subscript::mask(mask).shaped(static_cast<unsigned>(mask.size()), 1));
         std::reverse(once.begin(), once.end());
         all.push_back(Subscript::list(once));
         std::shuffle(once.begin(), once.end(), random.engine());
@@ -100,7 +101,9 @@ TEST_P(ManyEntries, RowsAndRegions)
         for (const Subscript& i : subscripts(random, m, m / 2)) {
             expectAllAsPredicted({.callee = Export::Ref5, .a = a, .i = i});
             expectAllAsPredicted({.callee = Export::DeleteRows, .a = a, .i = i});
-            expectAllAsPredicted({.callee = Export::Ref6, .a = a, .i = i, .j = Subscript::range(n / 2 + 1, 1, n)});
+            const Subscript half = Subscript::range(n / 4 + 1, 1, n / 4 * 3);
+            expectAllAsPredicted({.callee = Export::Ref6, .a = a, .i = i, .j = half});
+            expectAllAsPredicted({.callee = Export::Ass6, .a = a, .b = RightSide::scalar(0), .i = i, .j = half});
         }
     }
 }
@@ -140,6 +143,19 @@ TEST_P(ManyEntries, OnBothSidesOfTheSignedRange)
     const Subscript middle = Subscript::range(kMiddle - 500.0, 1, kMiddle + 500.0);
     expectAllAsPredicted({.callee = Export::Ref5, .a = column, .i = middle});
     expectAllAsPredicted({.callee = Export::DeleteRows, .a = column, .i = middle});
+}
+
+TEST_P(ManyEntries, ZerosInFewRowsOfMany)
+{
+    Random random(4);
+    const Model a = scattered(random, GetParam(), 1000000000, 20, 10);
+    const double row = a.entries.begin()->first.row + 1.0;
+    const LargestBlock small(1U << 16);
+    expectAllAsPredicted({.callee = Export::Ass6,
+                          .a = a,
+                          .b = RightSide::scalar(0),
+                          .i = Subscript::list({row, row + 2}),
+                          .j = Subscript::range(1, 1, 15)});
 }
 
 INSTANTIATE_TEST_SUITE_P(Storages, ManyEntries,
