@@ -32,7 +32,7 @@ class RankedSet
 
     /// An empty set. Raises on exhausted memory.
     explicit RankedSet(unsigned extent)
-        : extent_(extent), words_(Block<Word>::zeroed((std::size_t{extent} / (2 * kWord) + 1) * 2))
+        : extent_(extent), words_(Block<Word>::zeroed((extent / kWord / 2 + std::size_t{1}) * 2))
     {
     }
 
