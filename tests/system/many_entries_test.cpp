@@ -113,7 +113,12 @@ TEST_P(ManyEntries, Elements)
     Random random(2);
     for (const auto& [m, n, perColumn] : {std::tuple{300U, 80U, 60U}, {20000U, 1U, 9000U}, {50U, 300U, 1U}}) {
         const Model a = scattered(random, GetParam(), m, n, perColumn);
-        for (const Subscript& k : subscripts(random, m * n, m * n / 3)) {
+        std::vector<Subscript> all = subscripts(random, m * n, m * n / 3);
+        std::vector<double> twice(2048); // a progression but for the step from one block of numbers to the next
+        std::iota(twice.begin(), twice.begin() + 1024, 1);
+        std::iota(twice.begin() + 1024, twice.end(), 1);
+        all.push_back(Subscript::list(twice));
+        for (const Subscript& k : all) {
             expectAllAsPredicted({.callee = Export::Ref3, .a = a, .i = k});
             expectAllAsPredicted({.callee = Export::DeleteElements, .a = a, .i = k});
             expectAllAsPredicted({.callee = Export::Ass3, .a = a, .b = RightSide::scalar(0), .i = k});
