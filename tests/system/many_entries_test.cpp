@@ -150,17 +150,34 @@ TEST_P(ManyEntries, OnBothSidesOfTheSignedRange)
     expectAllAsPredicted({.callee = Export::DeleteRows, .a = column, .i = middle});
 }
 
-TEST_P(ManyEntries, ZerosInFewRowsOfMany)
+TEST_P(ManyEntries, AlmostAllRows)
+{
+    for (unsigned left = 1; left <= 16; ++left) { // so many rows less than a register takes
+        Model column = Model::empty(GetParam(), 96, 1);
+        std::vector<double> rows;
+        for (unsigned row = 0; row < column.m; ++row) {
+            column.entries[{0, row}] = 1;
+            if (row != 9 && row + left < column.m) {
+                rows.push_back(row + 1.0);
+            }
+        }
+        expectAllAsPredicted({.callee = Export::Ref5, .a = column.fit(), .i = Subscript::list(rows)});
+    }
+}
+
+TEST_P(ManyEntries, ZerosInRowsFarApart)
 {
     Random random(4);
-    const Model a = scattered(random, GetParam(), 1000000000, 20, 10);
-    const double row = a.entries.begin()->first.row + 1.0;
     const LargestBlock small(1U << 16);
-    expectAllAsPredicted({.callee = Export::Ass6,
-                          .a = a,
-                          .b = RightSide::scalar(0),
-                          .i = Subscript::list({row, row + 2}),
-                          .j = Subscript::range(1, 1, 15)});
+    for (const unsigned m : {100U, 1000000000U}) { // growing to fifty times the rows, and two rows of very many
+        const Model a = scattered(random, GetParam(), m, 20, 10);
+        const double row = a.entries.begin()->first.row + 1.0;
+        expectAllAsPredicted({.callee = Export::Ass6,
+                              .a = a,
+                              .b = RightSide::scalar(0),
+                              .i = Subscript::list({row, m == 100 ? 5000 : row + 2}),
+                              .j = Subscript::range(1, 1, 15)});
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Storages, ManyEntries,
