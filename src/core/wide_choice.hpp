@@ -3,8 +3,8 @@
 #ifndef ZQSP_CORE_WIDE_CHOICE_HPP
 #define ZQSP_CORE_WIDE_CHOICE_HPP
 
-#include "core/processor.hpp"
 #include "core/row_selection.hpp"
+#include "core/wide_lanes.hpp"
 
 #ifdef __x86_64__
 
@@ -22,11 +22,6 @@ struct Choice
     __m512i newRows;
     __mmask16 selected;
 };
-
-ZQSP_AVX512 inline __mmask16 lanesOf(unsigned count)
-{
-    return static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
-}
 
 /// The words of a ranked set that eight rows lie in.
 ZQSP_AVX512 inline __m512i wordsOf(const unsigned* rows, const RankedSet::Word* words)

@@ -1,6 +1,7 @@
 #include "core/wide_intersection.hpp"
 
 #include "core/search.hpp"
+#include "core/wide_lanes.hpp"
 
 #include <algorithm>
 
@@ -22,8 +23,7 @@ ZQSP_AVX512 inline __mmask16 membersOf(const unsigned* others, const unsigned* n
 
 ZQSP_AVX512 inline void storeLanes(__mmask16 lanes, unsigned base, unsigned* to)
 {
-    const __m512i all = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-    const __m512i numbered = _mm512_add_epi32(all, _mm512_set1_epi32(static_cast<int>(base)));
+    const __m512i numbered = _mm512_add_epi32(laneNumbers(), _mm512_set1_epi32(static_cast<int>(base)));
     _mm512_storeu_si512(to, _mm512_maskz_compress_epi32(lanes, numbered));
 }
 
@@ -33,22 +33,22 @@ ZQSP_AVX512 bool Intersection::next(Finds& finds)
 {
     finds.count = 0;
     while (finds.count == 0 && firstCount_ - first_ >= kLanes && secondCount_ - second_ >= kLanes) {
-        const unsigned* const ones = firstList_ + first_;
-        const unsigned* const others = secondList_ + second_;
-        if (const __mmask16 found = membersOf(ones, others); found != 0) {
-            const __mmask16 from = membersOf(others, ones);
-            finds.count = static_cast<unsigned>(__builtin_popcount(found));
+        const unsigned* const mine = firstList_ + first_;
+        const unsigned* const theirs = secondList_ + second_;
+        if (const __mmask16 found = membersOf(mine, theirs); found != 0) {
+            const __mmask16 from = membersOf(theirs, mine);
+            finds.count = ones(found);
             storeLanes(found, second_, finds.second.data());
             storeLanes(from, first_, finds.first.data());
-            if (finds.count != static_cast<unsigned>(__builtin_popcount(from))) { // repeats: several are the same one
+            if (finds.count != ones(from)) { // repeats: several are the same one
                 for (unsigned i = 0; i < finds.count; ++i) {
-                    const unsigned* const one = std::find(ones, ones + kLanes, secondList_[finds.second[i]]);
+                    const unsigned* const one = std::find(mine, mine + kLanes, secondList_[finds.second[i]]);
                     finds.first[i] = static_cast<unsigned>(one - firstList_);
                 }
             }
         }
         // Whichever ends first is done; of equal ends the second list, which may repeat.
-        const bool secondEnds = others[kLanes - 1] <= ones[kLanes - 1];
+        const bool secondEnds = theirs[kLanes - 1] <= mine[kLanes - 1];
         second_ += valueIf(secondEnds, kLanes);
         first_ += valueIf(!secondEnds, kLanes);
     }

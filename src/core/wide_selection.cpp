@@ -44,11 +44,6 @@ struct Selection
     std::array<unsigned, kGroups> before;
 };
 
-ZQSP_AVX512 inline unsigned ones(unsigned bits)
-{
-    return static_cast<unsigned>(__builtin_popcount(bits));
-}
-
 template <typename Rows>
 ZQSP_AVX512 unsigned count(const unsigned* rows, unsigned count, Rows choice)
 {

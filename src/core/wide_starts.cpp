@@ -1,5 +1,7 @@
 #include "core/wide_starts.hpp"
 
+#include "core/wide_lanes.hpp"
+
 #ifdef __x86_64__
 
 #include <array>
@@ -13,9 +15,8 @@ ZQSP_AVX512 Starts writeStarts(const unsigned* columns, unsigned count, unsigned
     // columns lie between two entries, which nobody can foresee, takes no branch.
     constexpr unsigned kColumns = 4096; // of a table, which stays in the nearest cache
     constexpr unsigned kMarks = 64;     // in a register
-    const __m512i lanes = _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
     const __m512i one = _mm512_set1_epi32(1);
-    const __m512i below = _mm512_sub_epi32(_mm512_sllv_epi32(one, lanes), one);
+    const __m512i below = _mm512_sub_epi32(_mm512_sllv_epi32(one, laneNumbers()), one);
     alignas(kMarks) std::array<std::uint8_t, kColumns> marks{};
     Starts written;
     while (length - written.count >= kColumns) {
@@ -33,7 +34,7 @@ ZQSP_AVX512 Starts writeStarts(const unsigned* columns, unsigned count, unsigned
                 const __m512i start = _mm512_set1_epi32(static_cast<int>(before));
                 _mm512_storeu_si512(starts + written.count + c + i,
                                     _mm512_add_epi32(start, _mm512_popcnt_epi32(found)));
-                before += static_cast<unsigned>(__builtin_popcount(group));
+                before += ones(group);
             }
         }
         written = {written.count + kColumns, e};

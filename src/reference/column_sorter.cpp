@@ -1,6 +1,6 @@
 #include "reference/column_sorter.hpp"
 
-#include "core/processor.hpp"
+#include "core/wide_lanes.hpp"
 
 #include <algorithm>
 #include <cstdint>
@@ -19,7 +19,7 @@ ZQSP_AVX512 void rankWide(const unsigned* rows, unsigned count, unsigned* ranks)
         const __m512i all = _mm512_loadu_si512(rows);
         for (unsigned i = 0; i < count; ++i) {
             const __mmask16 below = _mm512_cmplt_epu32_mask(all, _mm512_set1_epi32(static_cast<int>(rows[i])));
-            ranks[i] = static_cast<unsigned>(__builtin_popcount(below));
+            ranks[i] = wide::ones(below);
         }
         return;
     }
@@ -27,8 +27,7 @@ ZQSP_AVX512 void rankWide(const unsigned* rows, unsigned count, unsigned* ranks)
         const __m512i own = _mm512_set1_epi32(static_cast<int>(rows[i]));
         unsigned rank = 0;
         for (unsigned v = 0; v < count; v += kLanes) {
-            rank +=
-                static_cast<unsigned>(__builtin_popcount(_mm512_cmplt_epu32_mask(_mm512_loadu_si512(rows + v), own)));
+            rank += wide::ones(_mm512_cmplt_epu32_mask(_mm512_loadu_si512(rows + v), own));
         }
         ranks[i] = rank;
     }

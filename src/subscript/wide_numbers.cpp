@@ -1,19 +1,10 @@
 #include "subscript/wide_numbers.hpp"
 
-#include "core/processor.hpp"
+#include "core/wide_lanes.hpp"
 
 #ifdef __x86_64__
 
 namespace zqsp::wide {
-
-namespace {
-
-ZQSP_AVX512 inline __mmask16 firstLanes(unsigned count)
-{
-    return static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
-}
-
-} // namespace
 
 ZQSP_AVX512 bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
 {
@@ -23,7 +14,7 @@ ZQSP_AVX512 bool storeIndices(const double* values, unsigned count, double highe
     const __m512i top = _mm512_set1_epi32(static_cast<int>(highest));
     unsigned bad = 0;
     for (unsigned i = 0; i < count; i += kLanes) {
-        const __mmask16 lanes = firstLanes(count - i);
+        const __mmask16 lanes = lanesOf(count - i);
         const __m512d low = _mm512_mask_loadu_pd(good, static_cast<__mmask8>(lanes), values + i);
         const __m512d high = _mm512_mask_loadu_pd(good, static_cast<__mmask8>(lanes >> kHalf), values + i + kHalf);
         const __m256i lowWords = _mm512_cvttpd_epi32(low); // the lowest word for what cannot be converted
@@ -46,7 +37,7 @@ ZQSP_AVX512 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expe
     unsigned others = 0;
     const unsigned* const before = indices - 1;
     for (unsigned i = 0; i < count; i += kLanes) {
-        const __mmask16 lanes = firstLanes(count - i);
+        const __mmask16 lanes = lanesOf(count - i);
         const __m512i to = _mm512_maskz_loadu_epi32(lanes, indices + i);
         const __m512i from = _mm512_maskz_loadu_epi32(lanes, before + i);
         falls |= _mm512_mask_cmplt_epu32_mask(lanes, to, from);
