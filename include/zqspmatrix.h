@@ -90,7 +90,7 @@ ZQSP_EXPORT spStatus spAss5(kxArray* A, const kxArray* B, const kxArray* I);
  * Cost: entries of the named columns, entries that have to move, and the region's entries (+ log). */
 ZQSP_EXPORT spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J);
 
-/* ---- Deletion, in place: nothing is reallocated, nzmax stays. ---- */
+/* ---- Deletion, in place: entries keep their blocks and nzmax stays, but for the colon, which empties A. ---- */
 
 /* A(:,J) = []. Statuses 2, 4, 5, 10. Cost: n + entries that have to move. */
 ZQSP_EXPORT spStatus spDeleteColumns(kxArray* A, const kxArray* J);

@@ -178,7 +178,8 @@ spStatus deleteElements(kxArray* A, const kxArray* K)
         kxSetM(A, left);
         return spOK;
     }
-    auto newJc = Block<unsigned>::make(left + 1); // the last thing that can fail
+    // The last thing that can fail. (A scalar's has two words still.)
+    auto newJc = Block<unsigned>::make(std::max(left + 1, 2U));
     columnToRow(a, compact(a, deleted), left, newJc.get());
     kxFree(a.jc);
     kxSetJc(A, newJc.release());
