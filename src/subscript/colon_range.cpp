@@ -32,7 +32,7 @@ spStatus convertWritten(const ColonRange& range, const ValueRules& rules, Subscr
     for (unsigned i = 0; i < count; ++i) {
         const int word = reinterpret_cast<const int*>(indices.get())[i];
         // The end of the words stands for all that lies past it.
-        const double value = word == kLastWord ? asWord(range[i]) : word;
+        const double value = word == kLastWord && range[i] > word ? kPastWords : word;
         if (!rules.accepts(value)) {
             return rules.answerTo(value);
         }
@@ -67,8 +67,8 @@ ColonRange::ColonRange(const kxArray* colon)
         return;
     }
     count_ = static_cast<unsigned>(whole) + 1;
-    const double last = unbounded(count_ - 1);
-    if (step_ > 0 ? last > stop_ : last < stop_) { // the division has rounded up to it
+    const double last = start_ + (count_ - 1) * step_;
+    if (count_ > 1 && (step_ > 0 ? last > stop_ : last < stop_)) { // the division has rounded up to it
         isCounted_ = false;
         --count_;
     }
@@ -88,7 +88,11 @@ std::optional<std::array<int, 3>> ColonRange::words() const
 
 double ColonRange::operator[](unsigned i) const
 {
-    return step_ > 0 ? std::min(unbounded(i), stop_) : std::max(unbounded(i), stop_);
+    if (i == 0) {
+        return start_; // also where the step is infinite
+    }
+    const double value = start_ + i * step_;
+    return step_ > 0 ? std::min(value, stop_) : std::max(value, stop_);
 }
 
 std::optional<double> ColonRange::firstRefused(const ValueRules& rules) const

@@ -44,8 +44,6 @@ class ColonRange
     }
 
   private:
-    [[nodiscard]] double unbounded(unsigned i) const { return i == 0 ? start_ : start_ + i * step_; }
-
     double start_ = 0;
     double step_ = 0;
     double stop_ = 0;
