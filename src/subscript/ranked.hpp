@@ -2,17 +2,17 @@
 #ifndef ZQSP_SUBSCRIPT_RANKED_HPP
 #define ZQSP_SUBSCRIPT_RANKED_HPP
 
-#include "core/ranked_set.hpp"
+#include "core/row_set.hpp"
 #include "subscript/forms.hpp"
 
 namespace zqsp {
 
 /// What a subscript selects of the numbers below `extent`, order and repeats gone. Raises on exhausted memory.
 /// O(extent / 32 + count).
-RankedSet selectedOf(const Subscript& subscript, unsigned extent);
+RowSet selectedOf(const Subscript& subscript, unsigned extent);
 
 /// All other numbers below `extent`.
-RankedSet othersThan(const Subscript& subscript, unsigned extent);
+RowSet othersThan(const Subscript& subscript, unsigned extent);
 
 } // namespace zqsp
 
