@@ -84,6 +84,19 @@ TEST(SubscriptRanges, TheRuntimeSaysWhetherAStepIsReached)
     EXPECT_EQ(run([&] { return call.make(nullptr); }), Ended(spIndexNotPositiveInteger));
 }
 
+TEST(SubscriptRanges, StayRangesWhereTheStopIsAFraction)
+{
+    const Model column = reshaped(row(5), 5, 1);
+    Model tall = Model::empty({}, 2000000001, 1);
+    tall.entries = column.entries;
+    const Call call({.callee = Export::Ref3, .a = tall.fit(), .i = Subscript::range(1, 1, 2e9 + 0.5)});
+    const LargestBlock page(4096);
+    Array result;
+    ASSERT_EQ(run([&] { return call.make(result.slot()); }), Ended());
+    EXPECT_EQ(kxGetNumberOfElements(result.get()), 2000000000U);
+    EXPECT_EQ(kxGetNumNonZeroEl(result.get()), 5U);
+}
+
 TEST(Subscripts, WhatFailsIsNotWrittenOut)
 {
     const auto far = [](unsigned rows, unsigned columns) {
