@@ -3,7 +3,7 @@
 #include "core/row_selection.hpp"
 #include "delete/deletion_target.hpp"
 #include "subscript/convert.hpp"
-#include "subscript/ranked.hpp"
+#include "subscript/row_sets.hpp"
 
 #include <zqspmatrix.h>
 
