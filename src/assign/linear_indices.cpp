@@ -8,8 +8,22 @@ namespace zqsp {
 
 namespace {
 
-/// What is known of a subscript that is not valid: a wrong number of elements and a target that is too small are
-/// reported before its values.
+/// What comes before the values: a wrong number of elements, and a target that is too small.
+struct Demands
+{
+    std::uint64_t valueCount;
+    double elements;
+
+    [[nodiscard]] spStatus check(unsigned count, double highest) const
+    {
+        if (valueCount != 1 && valueCount != count) {
+            return spIndexAssignCountMismatch;
+        }
+        return count > 0 && highest > elements ? spCannotResize : spOK;
+    }
+};
+
+/// What is known of a subscript that is not valid.
 struct Refusal
 {
     unsigned count;
@@ -52,29 +66,31 @@ std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Su
     return fromNumbers(readable.get(), rules, positions);
 }
 
-std::optional<Refusal> fromRange(const kxArray* K, const ValueRules& rules, Subscript& positions)
+std::optional<Refusal> fromRange(const kxArray* K, const ValueRules& rules, const Demands& demands,
+                                 Subscript& positions)
 {
     const ColonRange range(K);
-    if (range.isCounted()) {
-        if (const auto refused = range.firstRefused(rules)) {
-            return Refusal{range.count(), range.highest(), *refused};
-        }
-        if (const auto indices = range.indices()) {
-            positions = *indices;
-            return std::nullopt;
-        }
+    const auto checkOf = [&](unsigned count) { return demands.check(count, range.highest(count)); };
+    const unsigned count = range.count();
+    const auto refused = range.firstRefused(rules);
+    if (refused && (range.isCounted() || checkOf(count) == checkOf(count + 1))) { // one more makes no difference
+        return Refusal{count, range.highest(count), *refused};
+    }
+    if (const auto indices = range.indices(); indices && !refused) {
+        positions = *indices;
+        return std::nullopt;
     }
     return fromNumbers(range.written().get(), rules, positions);
 }
 
-std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, Subscript& positions)
+std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, const Demands& demands, Subscript& positions)
 {
     const SubscriptKind kind = kindOf(K);
     if (kind == SubscriptKind::kNumeric) {
         return fromNumeric(K, rules, positions);
     }
     if (kind == SubscriptKind::kColonObject) {
-        return fromRange(K, rules, positions);
+        return fromRange(K, rules, demands, positions);
     }
     if (convertSubscript(K, Extent::forReference(rules.limit), positions) == spOK) {
         return std::nullopt;
@@ -87,16 +103,12 @@ std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, Subscr
 spStatus convertLinearIndices(const kxArray* K, std::uint64_t valueCount, double elements, Subscript& positions)
 {
     const ValueRules rules = ValueRules::forElements();
-    const std::optional<Refusal> refusal = convert(K, rules, positions);
-    const unsigned count = refusal ? refusal->count : countOf(positions);
-    if (valueCount != 1 && valueCount != count) {
-        return spIndexAssignCountMismatch;
-    }
+    const Demands demands{valueCount, elements};
+    const std::optional<Refusal> refusal = convert(K, rules, demands, positions);
     const auto highest = [&] { return refusal ? refusal->highest : highestOf(positions) + 1.0; };
-    if (count > 0 && std::isfinite(elements) && highest() > elements) {
-        return spCannotResize;
-    }
-    return refusal ? rules.answerTo(refusal->first) : spOK;
+    const spStatus status =
+        demands.check(refusal ? refusal->count : countOf(positions), std::isfinite(elements) ? highest() : 0);
+    return status == spOK && refusal ? rules.answerTo(refusal->first) : status;
 }
 
 } // namespace zqsp

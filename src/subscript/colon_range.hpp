@@ -27,8 +27,8 @@ class ColonRange
     /// to raise its size error where the values are more than the maximum number of elements.
     [[nodiscard]] bool isCounted() const { return isCounted_; }
     double operator[](unsigned i) const;
-    /// Of a range that is not empty.
-    [[nodiscard]] double highest() const { return (*this)[step_ > 0 ? count_ - 1 : 0]; }
+    /// The highest of the first `count` values.
+    [[nodiscard]] double highest(unsigned count) const { return count == 0 ? 0 : (*this)[step_ > 0 ? count - 1 : 0]; }
     /// The first of these values that is not accepted, or one of which the rules say the same. O(1) for a whole step;
     /// for another, the steps until it shows.
     [[nodiscard]] std::optional<double> firstRefused(const ValueRules& rules) const;

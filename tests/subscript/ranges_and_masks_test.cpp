@@ -116,16 +116,18 @@ TEST(Subscripts, WhatFailsIsNotWrittenOut)
     {
         Subscript s;
         Failure reading, assigning, elements, inMatrix;
-    } cases[] = {{Subscript::range(1, 2, 3e9), outOfRange, outOfRange, tooLarge, cannotResize},
-                 {Subscript::range(0.5, 1, 1e9), fraction, fraction, fraction, cannotResize},
-                 {Subscript::range(1, 1.5, 2e9), fraction, fraction, fraction, cannotResize},
-                 {Subscript::range(3, -2, -4e9), fraction, fraction, fraction, fraction},
-                 {Subscript::range(2, -2, -4e9), fraction, fraction, belowOne, belowOne},
-                 {Subscript::range(2, -2, -2e9), fraction, fraction, belowOne, belowOne}, // three signed words
-                 {Subscript::range(4e9, -2, 1.5), outOfRange, outOfRange, tooLarge, cannotResize},
-                 {Subscript::range(1, 0.5, 3e9), tooLarge, tooLarge, tooLarge, tooLarge}, // too many comes first
-                 {far(5000, 3000), outOfRange, {}, {}, cannotResize},
-                 {far(0x10000, 0x9000), outOfRange, spIndexExceedsMaxSize, tooLarge, cannotResize}};
+    } cases[] = {
+        {Subscript::range(1, 2, 3e9), outOfRange, outOfRange, tooLarge, cannotResize},
+        {Subscript::range(0.5, 1, 1e9), fraction, fraction, fraction, cannotResize},
+        {Subscript::range(1, 1.5, 2e9), fraction, fraction, fraction, cannotResize},
+        {Subscript::range(3, -2, -4e9), fraction, fraction, fraction, fraction},
+        {Subscript::range(2, -2, -4e9), fraction, fraction, belowOne, belowOne},
+        {Subscript::range(2, -2, -2e9), fraction, fraction, belowOne, belowOne}, // three signed words
+        {Subscript::range(4e9, -2, 1.5), outOfRange, outOfRange, tooLarge, cannotResize},
+        {Subscript::range(1, 0.1, 1e8), fraction, fraction, fraction, cannotResize}, // whatever its last value is
+        {Subscript::range(1, 0.5, 3e9), tooLarge, tooLarge, tooLarge, tooLarge},     // too many comes first
+        {far(5000, 3000), outOfRange, {}, {}, cannotResize},
+        {far(0x10000, 0x9000), outOfRange, spIndexExceedsMaxSize, tooLarge, cannotResize}};
     const Model matrix = reshaped(row(9), 3, 3);
     const RightSide five = RightSide::scalar(5);
     const Subscript one = Subscript::list({1});
