@@ -2,7 +2,6 @@
 #include "core/counts.hpp"
 #include "core/entry_moves.hpp"
 #include "core/search.hpp"
-#include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
@@ -28,8 +27,8 @@ bool useRowMap(const Columns& a, unsigned k)
 
 RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
-    constexpr unsigned kRowsPerEntry = 64; // of a table, cleared in the time that one entry takes
-    constexpr unsigned kRowsPerFew = 64;   // one row in so many: most entries are passed over
+    constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
+    constexpr unsigned kRowsPerFew = 64;     // one row in so many: most entries are passed over
     if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.selected) {
         return RowMethod::kSearch;
     }
@@ -60,22 +59,6 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column, Capaci
         out.jc[1] = 1;
     }
     return result;
-}
-
-/// Puts the rows of an array into the opposite order.
-void turnRows(const Columns& a)
-{
-    withStorage(a, [&](auto values) {
-        for (unsigned j = 0; j < a.n; ++j) {
-            const unsigned begin = a.jc[j];
-            const unsigned end = a.jc[j + 1];
-            std::reverse(a.ir + begin, a.ir + end);
-            values.reverse(begin, end - begin);
-            for (unsigned e = begin; e < end; ++e) {
-                a.ir[e] = a.m - 1 - a.ir[e];
-            }
-        }
-    });
 }
 
 /// What a descending subscript selects, from its end.

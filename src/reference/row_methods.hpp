@@ -56,6 +56,9 @@ ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscrip
 /// new row is the rank; else a map from old to new rows.
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
 
+/// Puts the rows of an array into the opposite order.
+void turnRows(const Columns& a);
+
 /// The map: m + 1 words, and the pairs of one column (and k words for repeated rows) where new rows have to be sorted.
 /// `total`: the entries of the visited columns in selected rows. `repeats`: whether a row is named twice.
 ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, std::uint64_t total, bool repeats,

@@ -22,7 +22,7 @@ class Sieve
   public:
     /// `entries`: so many are to be sifted. Raises on exhausted memory.
     Sieve(unsigned m, const Ordered& rows, std::uint64_t entries)
-        : rows_(selectedOf(rows.form(), m)),
+        : rows_(namedBy(rows.form(), m)),
           filters_(rows.count() <= kernels().costs.mostFewRows && entries >= kPaysForFilter)
     {
         if (filters_) {
