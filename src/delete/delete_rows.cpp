@@ -81,7 +81,7 @@ spStatus spDeleteRows(kxArray* A, const kxArray* I)
 {
     using namespace zqsp;
     checkOperands(A, I);
-    if (I->is_colon_index()) {
+    if (isColon(I)) {
         becomeEmptySparse(A, 0, kxGetN(A), 1, classOf(A), kxREAL);
         return spOK;
     }
