@@ -37,6 +37,12 @@ KX_EXPORT std::size_t live_blocks();
 KX_EXPORT void fail_allocation_after(long n);
 /// Allocations and reallocations asked for so far.
 KX_EXPORT long allocations();
+/// The bytes asked for by those that were not refused at the door (by fail_allocation_after or set_largest_block).
+KX_EXPORT std::size_t bytes_requested();
+/// How often the system was asked for a fresh mapping; all other large blocks came out of those kept.
+KX_EXPORT long fresh_mappings();
+/// Gives back what is kept for later requests: large blocks, and the calling thread's small ones.
+KX_EXPORT void release_kept_blocks();
 /// A request for more bytes than that fails from now on; 2^36 at the start and at most.
 KX_EXPORT void set_largest_block(std::size_t bytes);
 /// What kxGetMaxNumberOfElements() answers from now on; 0x7FFFFFFF at the start.
