@@ -41,6 +41,11 @@ void raiseInvalidOperand(const std::string& what)
     throw Error("kx:invalidOperand", what);
 }
 
+void raiseUnknownClass(unsigned id)
+{
+    raiseInvalidOperand("There are no elements of class " + std::to_string(id) + ".");
+}
+
 } // namespace kxrt
 
 namespace matrix::detail::noninlined::kx_array_api {

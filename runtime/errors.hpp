@@ -13,6 +13,8 @@ namespace kxrt {
 [[noreturn]] void raiseSizeLimit(const std::string& what);
 /// kx:invalidOperand.
 [[noreturn]] void raiseInvalidOperand(const std::string& what);
+/// The same for a class that holds no elements.
+[[noreturn]] void raiseUnknownClass(unsigned id);
 
 } // namespace kxrt
 
