@@ -5,6 +5,7 @@
 #include <fl_except.hpp>
 
 #include <atomic>
+#include <cstdio>
 #include <utility>
 
 namespace kxrt {
@@ -24,6 +25,13 @@ Error::~Error() noexcept = default;
 void legacy_errors_raise(bool raise)
 {
     legacyErrorsRaise.store(raise, std::memory_order_relaxed);
+}
+
+std::string textOf(double number)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", number);
+    return text;
 }
 
 void raiseOutOfMemory(std::size_t bytes)

@@ -7,6 +7,9 @@
 
 namespace kxrt {
 
+/// A number for an error text: whole where it is short, else in ten digits.
+std::string textOf(double number);
+
 /// kx:outOfMemory for a block of this many bytes.
 [[noreturn]] void raiseOutOfMemory(std::size_t bytes);
 /// kx:sizeLimit; `what` names the offending numbers.

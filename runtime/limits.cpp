@@ -61,7 +61,7 @@ namespace {
 
 [[noreturn, gnu::cold, gnu::noinline]] void raiseAboveMaximum(double value, unsigned most)
 {
-    kxrt::raiseSizeLimit("The subscript " + std::to_string(value) + " is above the largest number of elements, " +
+    kxrt::raiseSizeLimit("The subscript " + kxrt::textOf(value) + " is above the largest number of elements, " +
                          std::to_string(most) + ".");
 }
 
