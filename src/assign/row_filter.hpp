@@ -2,11 +2,13 @@
 #ifndef ZQSP_ASSIGN_ROW_FILTER_HPP
 #define ZQSP_ASSIGN_ROW_FILTER_HPP
 
-#include "assign/target_indices.hpp"
 #include "core/columns.hpp"
+#include "core/ranked_set.hpp"
 #include "core/search.hpp"
+#include "subscript/ordered.hpp"
 
 #include <cstdint>
+#include <optional>
 
 namespace zqsp {
 
@@ -19,14 +21,22 @@ struct EntrySpan
     [[nodiscard]] unsigned length() const { return end - begin; }
 };
 
+/// Whether a set of the target rows pays: its two bits for each of `m` rows have to be cleared, and `marks` rows to be
+/// added one by one, before it saves `costOfLook` for each of `looks` entries. (In nanoseconds, about.) A few rows far
+/// apart in a huge matrix do not cost its height.
+constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, unsigned costOfLook)
+{
+    constexpr unsigned kRowsCleared = 64;
+    return std::uint64_t{m} / kRowsCleared + marks <= looks * costOfLook;
+}
+
 /// Tells the rows of a column that are targets from those that are not.
 class RowFilter
 {
   public:
-    /// A table with one bit for each row from the lowest to the highest target is made where it is small beside the
-    /// entries of the target columns; else each row is searched in the list, so that a few rows far apart in a huge
-    /// matrix do not cost its height. Raises on exhausted memory.
-    RowFilter(const Columns& a, const TargetIndices& rows, const TargetIndices& columns);
+    /// `m`: the target's rows, then. Where a set of the rows pays, and there is memory for it, each row is looked up in
+    /// it; else a range divides, a mask is asked, and a list searched.
+    RowFilter(const Columns& a, const Ordered& rows, const Ordered& columns, unsigned m);
 
     /// The entries of a column between the lowest and the highest target row. A column that A does not have yet is
     /// empty and lies behind all others.
@@ -51,9 +61,6 @@ class RowFilter
         return {first, endsInside ? end : lowerBoundOfSame(a.ir, first, end, highest_ + 1)};
     }
 
-    /// Whether there is a table: rows that are no neighbours, and no few in a high matrix.
-    [[nodiscard]] bool hasTable() const { return static_cast<bool>(bits_); }
-
     /// f(isTarget), isTarget(row) telling whether a row within the span of the targets is one of them: how that is
     /// found out is decided once for the loops of f.
     template <typename F>
@@ -62,13 +69,10 @@ class RowFilter
         if (rows_.isRun()) {
             return f([](unsigned) { return true; });
         }
-        if (bits_) {
-            return f([bits = bits_.get(), lowest = lowest_](unsigned row) {
-                const unsigned bit = row - lowest;
-                return (bits[bit / 64] >> (bit % 64) & 1U) != 0;
-            });
+        if (set_) {
+            return f([words = set_->words()](unsigned row) { return words[row / RankedSet::kWord].has(row); });
         }
-        return f([this](unsigned row) { return findRow(rows_.list(), 0, rows_.count(), row).stored; });
+        return f([this](unsigned row) { return rows_.has(row); });
     }
 
     /// Entries of a span that do not lie in target rows.
@@ -84,11 +88,11 @@ class RowFilter
     }
 
   private:
-    const TargetIndices& rows_;
+    const Ordered& rows_;
     unsigned lowest_;
     unsigned highest_;
     bool coversAll_;
-    Block<std::uint64_t> bits_;
+    std::optional<RankedSet> set_;
 };
 
 } // namespace zqsp

@@ -6,6 +6,8 @@
 
 #include <bit>
 #include <cstdint>
+#include <optional>
+#include <utility>
 
 namespace zqsp {
 
@@ -31,9 +33,13 @@ class RankedSet
     };
 
     /// An empty set. Raises on exhausted memory.
-    explicit RankedSet(unsigned extent)
-        : extent_(extent), words_(Block<Word>::zeroed((extent / kWord / 2 + std::size_t{1}) * 2))
+    explicit RankedSet(unsigned extent) : RankedSet(extent, Block<Word>::zeroed(wordsFor(extent))) {}
+
+    /// An empty set; none where memory is exhausted.
+    static std::optional<RankedSet> emptyOrNone(unsigned extent)
     {
+        auto words = Block<Word>::zeroedOrNone(wordsFor(extent));
+        return words ? std::optional(RankedSet(extent, std::move(words))) : std::nullopt;
     }
 
     void add(unsigned number) { words_[number / kWord].members |= 1U << number % kWord; }
@@ -53,6 +59,9 @@ class RankedSet
     [[nodiscard]] const Word* words() const { return words_.get(); }
 
   private:
+    RankedSet(unsigned extent, Block<Word> words) : extent_(extent), words_(std::move(words)) {}
+    static std::size_t wordsFor(unsigned extent) { return (extent / kWord / 2 + std::size_t{1}) * 2; }
+
     void rank(std::uint32_t flipped)
     {
         count_ = 0;

@@ -1,12 +1,12 @@
 #include "core/entry_moves.hpp"
 #include "core/operand_check.hpp"
 #include "core/search.hpp"
+#include "core/target.hpp"
 #include "core/values.hpp"
 #include "core/wide_selection.hpp"
 #include "core/wide_starts.hpp"
-#include "delete/deleted_set.hpp"
-#include "delete/deletion_target.hpp"
 #include "subscript/convert.hpp"
+#include "subscript/ordered.hpp"
 #include "subscript/runs.hpp"
 
 #include <zqspmatrix.h>
@@ -104,10 +104,10 @@ unsigned compactByEntries(const Columns& a, unsigned nnz, Rank rank)
 }
 
 /// Deletes the elements of A, whose rows become linear positions. Returns the number of entries left.
-unsigned compact(const Columns& a, const DeletedSet& deleted)
+unsigned compact(const Columns& a, const Ordered& deleted)
 {
     const unsigned nnz = a.nnz();
-    const auto* list = std::get_if<IndexList>(&deleted.positions());
+    const auto* list = std::get_if<IndexList>(&deleted.form());
     if constexpr (wide::kCompiled) {
         if (list != nullptr && list->count() <= nnz && wide::serveList(a, nnz, list->count())) {
             return wide::deleteListed(a, list->begin(), list->count());
@@ -115,14 +115,14 @@ unsigned compact(const Columns& a, const DeletedSet& deleted)
     }
     Linearizer(a).goOn(nnz);
     if (deleted.count() > nnz) {
-        if (const auto* mask = std::get_if<LogicalMask>(&deleted.positions())) {
+        if (const auto* mask = std::get_if<LogicalMask>(&deleted.form())) {
             return compactByEntries(a, nnz, MaskRank(*mask));
         }
         if (list != nullptr) {
             return compactByEntries(a, nnz, ListRank(*list));
         }
     }
-    return compactElements(a, nnz, deleted.positions());
+    return compactElements(a, nnz, deleted.form());
 }
 
 /// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.
@@ -155,24 +155,25 @@ void columnToRow(const Columns& a, unsigned count, unsigned length, unsigned* ne
     std::fill_n(a.ir, count, 0U);
 }
 
-spStatus deleteElements(kxArray* A, const kxArray* K)
+spStatus deleteElements(Target& target, const kxArray* K)
 {
-    const Columns a(A);
-    if (!linearIndexable(a)) {
+    if (!linearIndexable(Columns(target.get()))) {
         return spCannotResizeToRowVector;
     }
-    const unsigned elements = a.m * a.n;
-    const unsigned limit = kxGetNumberOfElements(A);
+    const auto elements = static_cast<unsigned>(elementsOf(target.get()));
     Subscript positions;
+    const unsigned limit = kxGetNumberOfElements(target.get());
     const spStatus status = convertSubscript(K, Extent::forDeletion(limit), positions);
     if (status != spOK) {
         return status;
     }
-    const DeletedSet deleted(std::move(positions), limit);
+    const Ordered deleted(std::move(positions), Repeats::kNone);
     const unsigned left = elements - deleted.count();
     if (left == elements) {
         return spOK;
     }
+    kxArray* const A = target.own();
+    const Columns a(A);
     if (a.n == 1 && a.m != 1) { // a column stays a column
         a.jc[1] = compact(a, deleted);
         kxSetM(A, left);
@@ -203,5 +204,5 @@ spStatus spDeleteElements(kxArray* A, const kxArray* K)
     if (kxIsEmpty(K)) {
         return spOK;
     }
-    return onDeletionTarget(A, K, [K](kxArray* target) { return deleteElements(target, K); });
+    return onTarget(A, {K}, [K](Target& target) { return deleteElements(target, K); });
 }

@@ -1,7 +1,6 @@
-#include "core/fresh_array.hpp"
 #include "core/operand_check.hpp"
 #include "core/row_selection.hpp"
-#include "delete/deletion_target.hpp"
+#include "core/target.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ranked.hpp"
 
@@ -11,14 +10,15 @@ namespace zqsp {
 
 namespace {
 
-spStatus deleteRows(kxArray* A, const kxArray* I)
+spStatus deleteRows(Target& target, const kxArray* I)
 {
-    const Columns a(A);
     Subscript rows;
-    const spStatus status = convertSubscript(I, Extent::forDeletion(a.m), rows);
+    const spStatus status = convertSubscript(I, Extent::forDeletion(rowsOf(target.get())), rows);
     if (status != spOK || countOf(rows) == 0) {
         return status;
     }
+    kxArray* const A = target.own();
+    const Columns a(A);
     const auto* range = std::get_if<IndexRange>(&rows);
     if (range != nullptr && range->ascending().isRun()) {
         moveSelected(a, 0, a.n, RowChoice::Gap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
@@ -43,5 +43,5 @@ spStatus spDeleteRows(kxArray* A, const kxArray* I)
         becomeEmptySparse(A, 0, kxGetN(A), 1, classOf(A), kxREAL);
         return spOK;
     }
-    return onDeletionTarget(A, I, [I](kxArray* target) { return deleteRows(target, I); });
+    return onTarget(A, {I}, [I](Target& target) { return deleteRows(target, I); });
 }

@@ -18,9 +18,8 @@ void addTo(RankedSet& set, unsigned extent, const LogicalMask& mask)
     }
 }
 
-RankedSet unrankedOf(const Subscript& subscript, unsigned extent)
+RankedSet with(const Subscript& subscript, unsigned extent, RankedSet set)
 {
-    RankedSet set(extent);
     std::visit([&](const auto& form) { addTo(set, extent, form); }, subscript);
     return set;
 }
@@ -29,16 +28,22 @@ RankedSet unrankedOf(const Subscript& subscript, unsigned extent)
 
 RankedSet selectedOf(const Subscript& subscript, unsigned extent)
 {
-    RankedSet set = unrankedOf(subscript, extent);
+    RankedSet set = with(subscript, extent, RankedSet(extent));
     set.rank();
     return set;
 }
 
 RankedSet othersThan(const Subscript& subscript, unsigned extent)
 {
-    RankedSet set = unrankedOf(subscript, extent);
+    RankedSet set = with(subscript, extent, RankedSet(extent));
     set.rankOthers();
     return set;
+}
+
+std::optional<RankedSet> unrankedOrNone(const Subscript& subscript, unsigned extent)
+{
+    std::optional<RankedSet> set = RankedSet::emptyOrNone(extent);
+    return set ? std::optional(with(subscript, extent, *std::move(set))) : std::nullopt;
 }
 
 } // namespace zqsp

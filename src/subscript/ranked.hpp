@@ -5,6 +5,8 @@
 #include "core/ranked_set.hpp"
 #include "subscript/forms.hpp"
 
+#include <optional>
+
 namespace zqsp {
 
 /// What a subscript selects of the numbers below `extent`, order and repeats gone. Raises on exhausted memory.
@@ -13,6 +15,9 @@ RankedSet selectedOf(const Subscript& subscript, unsigned extent);
 
 /// All other numbers below `extent`.
 RankedSet othersThan(const Subscript& subscript, unsigned extent);
+
+/// The numbers below `extent` that are selected, not ranked; none where memory is exhausted.
+std::optional<RankedSet> unrankedOrNone(const Subscript& subscript, unsigned extent);
 
 } // namespace zqsp
 
