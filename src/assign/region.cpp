@@ -4,6 +4,7 @@
 #include "core/counts.hpp"
 
 #include <algorithm>
+#include <array>
 
 namespace zqsp {
 
@@ -66,19 +67,33 @@ void fillDirectly(Relay& relay, NumberView rows, const RightSide& b, const RowFi
     });
 }
 
-/// The patches keep what stays, in place: nothing comes, so that none grows. An entry is written before it is known to
-/// stay; at worst it is written over by the next one.
+/// The patches keep what stays, in place: nothing comes, so that none grows.
 void clear(Relay& relay, const RowFilter& filter, const RegionPatches& patches)
 {
     const Columns& a = relay.before();
-    withStorage(a, [&](auto values) {
-        filter.withTest([&](auto isTarget) {
-            relay.commit(patches.list(), [&](const RegionPatch& patch, unsigned at) {
-                for (unsigned e = patch.keepsOthers ? patch.begin : patch.end; e < patch.end; ++e) {
-                    const unsigned row = a.ir[e];
-                    a.ir[at] = row;
-                    values.copy(at, values, e);
-                    at += isTarget(row) ? 0U : 1U;
+    const auto closeUp = [&](auto keep) {
+        relay.commit(patches.list(), [keep](const RegionPatch& patch, unsigned at) {
+            if (patch.keepsOthers) {
+                keep(patch, at);
+            }
+        });
+    };
+    if (const RowSet* others = filter.others()) {
+        closeUp([stay = RowChoice(others->unmoved()), entries = entriesOf(a)](const RegionPatch& patch, unsigned at) {
+            const std::array<unsigned, 2> ends = {patch.begin, patch.end};
+            unsigned end = 0;
+            kernels().moveSelected(entries, ends.data(), 1, stay, entries, at, &end);
+        });
+        return;
+    }
+    withStorage(a, [&](auto values) { // few entries, or a run of rows
+        closeUp([&filter, &a, values](const RegionPatch& patch, unsigned at) {
+            filter.withTest([=, &a](auto isTarget) mutable {
+                for (unsigned e = patch.begin; e < patch.end; ++e) {
+                    if (!isTarget(a.ir[e])) {
+                        a.ir[at] = a.ir[e];
+                        values.copy(at++, values, e);
+                    }
                 }
             });
         });

@@ -40,7 +40,7 @@ RowFilter::RowFilter(const Columns& a, const Ordered& rows, const Ordered& colum
     std::uint64_t looks = 0;
     columns.forEach([&](unsigned, unsigned column) { looks += column < a.n ? a.length(column) : 0; });
     if (setOfRowsPays(m, marksOf(rows.form()), looks, costOfLook(rows.form()))) {
-        set_ = unrankedOrNone(rows.form(), m);
+        others_ = othersOrNone(rows.form(), m);
     }
 }
 

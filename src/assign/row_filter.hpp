@@ -2,8 +2,7 @@
 #ifndef ZQSP_ASSIGN_ROW_FILTER_HPP
 #define ZQSP_ASSIGN_ROW_FILTER_HPP
 
-#include "core/columns.hpp"
-#include "core/ranked_set.hpp"
+#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "subscript/ordered.hpp"
 
@@ -21,7 +20,7 @@ struct EntrySpan
     [[nodiscard]] unsigned length() const { return end - begin; }
 };
 
-/// Whether a set of the target rows pays: its two bits for each of `m` rows have to be cleared, and `marks` rows to be
+/// Whether a set of rows pays: its two bits for each of `m` rows have to be cleared, and `marks` rows to be
 /// added one by one, before it saves `costOfLook` for each of `looks` entries. (In nanoseconds, about.) A few rows far
 /// apart in a huge matrix do not cost its height.
 constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, unsigned costOfLook)
@@ -34,8 +33,8 @@ constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, un
 class RowFilter
 {
   public:
-    /// `m`: the target's rows, then. Where a set of the rows pays, and there is memory for it, each row is looked up in
-    /// it; else a range divides, a mask is asked, and a list searched.
+    /// `m`: the target's rows, then. Where a set of rows pays, and there is memory for it, each row is looked up in it;
+    /// else a range divides, a mask is asked, and a list searched.
     RowFilter(const Columns& a, const Ordered& rows, const Ordered& columns, unsigned m);
 
     /// The entries of a column between the lowest and the highest target row. A column that A does not have yet is
@@ -69,15 +68,21 @@ class RowFilter
         if (rows_.isRun()) {
             return f([](unsigned) { return true; });
         }
-        if (set_) {
-            return f([words = set_->words()](unsigned row) { return words[row / RankedSet::kWord].has(row); });
+        if (others_) {
+            return f([others = others_->words()](unsigned row) { return !others[row / RowWord::kBits].has(row); });
         }
         return f([this](unsigned row) { return rows_.has(row); });
     }
 
+    /// The set of all other rows; null where there is none.
+    [[nodiscard]] const RowSet* others() const { return others_ ? &*others_ : nullptr; }
+
     /// Entries of a span that do not lie in target rows.
     [[nodiscard]] unsigned countOthers(const Columns& a, EntrySpan span) const
     {
+        if (others_) {
+            return countSelected(a, span.begin, span.end, others_->unmoved());
+        }
         return withTest([ir = a.ir, span](auto isTarget) {
             unsigned others = 0;
             for (unsigned e = span.begin; e < span.end; ++e) {
@@ -92,7 +97,7 @@ class RowFilter
     unsigned lowest_;
     unsigned highest_;
     bool coversAll_;
-    std::optional<RankedSet> set_;
+    std::optional<RowSet> others_;
 };
 
 } // namespace zqsp

@@ -21,12 +21,12 @@ spStatus deleteRows(Target& target, const kxArray* I)
     const Columns a(A);
     const auto* range = std::get_if<IndexRange>(&rows);
     if (range != nullptr && range->ascending().isRun()) {
-        moveSelected(a, 0, a.n, RowChoice::Gap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
+        moveSelected(a, 0, a.n, RowGap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
         kxSetM(A, a.m - range->count());
         return spOK;
     }
-    const RankedSet kept = othersThan(rows, a.m);
-    moveSelected(a, 0, a.n, kept, a, 0, a.jc + 1);
+    const RowSet kept = othersThan(rows, a.m);
+    moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
     kxSetM(A, kept.count());
     return spOK;
 }

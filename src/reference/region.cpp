@@ -79,7 +79,7 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     if (k < a.m / kFew) {
         return gatherFewByTable(a, rows, columns);
     }
-    const RankedSet selected = selectedOf(rows, a.m);
+    const RowSet selected = selectedOf(rows, a.m);
     const bool ranked = orderOf(rows) == Order::kAscending && selected.count() == k;
     return ranked ? gatherByRank(a, selected, columns) : gatherByMap(a, rows, selected, columns);
 }

@@ -24,7 +24,7 @@ std::uint64_t countInInterval(const Columns& a, unsigned first, unsigned k, cons
     std::uint64_t total = 0;
     forEachRun(columns, [&](unsigned column, unsigned length) {
         if (areShort(a, column, length)) {
-            total += countSelected(a, a.jc[column], a.jc[column + length], RowChoice::Interval{first, k});
+            total += countSelected(a, a.jc[column], a.jc[column + length], RowInterval{first, k});
             return;
         }
         for (unsigned j = column; j < column + length; ++j) {
@@ -54,7 +54,7 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subs
         unsigned* columnEnd = out.jc + 1;
         forEachColumnRun(a, columns, [&](unsigned column, unsigned length) {
             if (areShort(a, column, length)) {
-                written = moveSelected(a, column, length, RowChoice::Interval{first, k}, out, written, columnEnd);
+                written = moveSelected(a, column, length, RowInterval{first, k}, out, written, columnEnd);
                 columnEnd += length;
                 return;
             }

@@ -83,7 +83,7 @@ struct Tally
 };
 
 /// The count pass of the position form: a column cannot give more than it holds.
-Tally tallySelected(const Columns& a, const Subscript& columns, const RankedSet& rows)
+Tally tallySelected(const Columns& a, const Subscript& columns, const RowSet& rows)
 {
     Tally result{countInRows(a, columns, rows)};
     forEachRun(columns, [&](unsigned first, unsigned length) {
@@ -227,7 +227,7 @@ void writeCollected(const Columns& a, const Subscript& columns, const RowMap& ro
 
 } // namespace
 
-ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const RankedSet& selected, const Subscript& columns)
+ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const RowSet& selected, const Subscript& columns)
 {
     const unsigned k = countOf(rows);
     const Order order = orderOf(rows);

@@ -4,7 +4,7 @@
 
 #include "core/columns.hpp"
 #include "core/owners.hpp"
-#include "core/ranked_set.hpp"
+#include "core/row_set.hpp"
 #include "subscript/forms.hpp"
 
 #include <cstdint>
@@ -21,14 +21,14 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subs
 
 /// The entries of the visited columns that lie in `rows`, each as often as its column is visited. Neighbouring columns
 /// are counted as one, and no branch depends on what is selected.
-std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RankedSet& rows);
+std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowSet& rows);
 
 /// Rows that ascend and do not repeat: the new row is the rank. nzmax is exact. No workspace.
-ArrayOwner gatherByRank(const Columns& a, const RankedSet& rows, const Subscript& columns);
+ArrayOwner gatherByRank(const Columns& a, const RowSet& rows, const Subscript& columns);
 
 /// Rows looked up in a map from old to new rows; `selected` are those of the subscript. nzmax is exact. Workspace:
 /// m + 1 words, and the pairs of one column (and k words for repeated rows) where new rows have to be sorted.
-ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const RankedSet& selected, const Subscript& columns);
+ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const RowSet& selected, const Subscript& columns);
 
 /// The same for few rows of many: one pass over the entries with a table of one bit for each row, small enough for the
 /// nearest cache, finds all that will be written, and a search among the rows places it. nzmax is exact.

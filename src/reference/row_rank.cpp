@@ -6,7 +6,7 @@
 
 namespace zqsp {
 
-std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RankedSet& rows)
+std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowSet& rows)
 {
     std::uint64_t total = 0;
     if (rows.count() == a.m) { // nothing has to be looked up
@@ -14,12 +14,12 @@ std::uint64_t countInRows(const Columns& a, const Subscript& columns, const Rank
         return total;
     }
     forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
-        total += countSelected(a, a.jc[first], a.jc[first + length], rows);
+        total += countSelected(a, a.jc[first], a.jc[first + length], rows.ranked());
     });
     return total;
 }
 
-ArrayOwner gatherByRank(const Columns& a, const RankedSet& rows, const Subscript& columns)
+ArrayOwner gatherByRank(const Columns& a, const RowSet& rows, const Subscript& columns)
 {
     const unsigned total = checkedCount(countInRows(a, columns, rows));
     ArrayOwner result = createLike(a, rows.count(), countOf(columns), total);
@@ -27,7 +27,7 @@ ArrayOwner gatherByRank(const Columns& a, const RankedSet& rows, const Subscript
     unsigned written = 0;
     unsigned* ends = out.jc + 1;
     forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
-        written = moveSelected(a, first, length, rows, out, written, ends);
+        written = moveSelected(a, first, length, rows.ranked(), out, written, ends);
         ends += length;
     });
     return result;

@@ -6,7 +6,7 @@
 #define ZQSP_SUBSCRIPT_FORMS_HPP
 
 #include "core/owners.hpp"
-#include "subscript/mask_bits.hpp"
+#include "kernels/mask_bits.hpp"
 
 #include <algorithm>
 #include <concepts>

@@ -5,12 +5,12 @@ namespace zqsp {
 namespace {
 
 template <typename Form>
-void addTo(RankedSet& set, unsigned, const Form& form)
+void addTo(RowSet& set, unsigned, const Form& form)
 {
     form.forEach([&set](unsigned number) { set.add(number); });
 }
 
-void addTo(RankedSet& set, unsigned extent, const LogicalMask& mask)
+void addTo(RowSet& set, unsigned extent, const LogicalMask& mask)
 {
     const unsigned length = std::min(mask.length, extent); // a mask may be longer, with nothing true out there
     for (unsigned i = 0; i < length; i += std::min(kMaskBlock, length - i)) {
@@ -18,32 +18,37 @@ void addTo(RankedSet& set, unsigned extent, const LogicalMask& mask)
     }
 }
 
-RankedSet with(const Subscript& subscript, unsigned extent, RankedSet set)
+void addAll(RowSet& set, const Subscript& subscript, unsigned extent)
 {
     std::visit([&](const auto& form) { addTo(set, extent, form); }, subscript);
-    return set;
 }
 
 } // namespace
 
-RankedSet selectedOf(const Subscript& subscript, unsigned extent)
+RowSet selectedOf(const Subscript& subscript, unsigned extent)
 {
-    RankedSet set = with(subscript, extent, RankedSet(extent));
+    RowSet set(extent);
+    addAll(set, subscript, extent);
     set.rank();
     return set;
 }
 
-RankedSet othersThan(const Subscript& subscript, unsigned extent)
+RowSet othersThan(const Subscript& subscript, unsigned extent)
 {
-    RankedSet set = with(subscript, extent, RankedSet(extent));
+    RowSet set(extent);
+    addAll(set, subscript, extent);
     set.rankOthers();
     return set;
 }
 
-std::optional<RankedSet> unrankedOrNone(const Subscript& subscript, unsigned extent)
+std::optional<RowSet> othersOrNone(const Subscript& subscript, unsigned extent)
 {
-    std::optional<RankedSet> set = RankedSet::emptyOrNone(extent);
-    return set ? std::optional(with(subscript, extent, *std::move(set))) : std::nullopt;
+    std::optional<RowSet> set = RowSet::emptyOrNone(extent);
+    if (set) {
+        addAll(*set, subscript, extent);
+        set->rankOthers();
+    }
+    return set;
 }
 
 } // namespace zqsp

@@ -2,7 +2,7 @@
 #ifndef ZQSP_SUBSCRIPT_RANKED_HPP
 #define ZQSP_SUBSCRIPT_RANKED_HPP
 
-#include "core/ranked_set.hpp"
+#include "core/row_set.hpp"
 #include "subscript/forms.hpp"
 
 #include <optional>
@@ -11,13 +11,13 @@ namespace zqsp {
 
 /// What a subscript selects of the numbers below `extent`, order and repeats gone. Raises on exhausted memory.
 /// O(extent / 32 + count).
-RankedSet selectedOf(const Subscript& subscript, unsigned extent);
+RowSet selectedOf(const Subscript& subscript, unsigned extent);
 
 /// All other numbers below `extent`.
-RankedSet othersThan(const Subscript& subscript, unsigned extent);
+RowSet othersThan(const Subscript& subscript, unsigned extent);
 
-/// The numbers below `extent` that are selected, not ranked; none where memory is exhausted.
-std::optional<RankedSet> unrankedOrNone(const Subscript& subscript, unsigned extent);
+/// The same; none where memory is exhausted.
+std::optional<RowSet> othersOrNone(const Subscript& subscript, unsigned extent);
 
 } // namespace zqsp
 
