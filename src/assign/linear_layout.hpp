@@ -3,7 +3,7 @@
 #define ZQSP_ASSIGN_LINEAR_LAYOUT_HPP
 
 #include "core/fast_divisor.hpp"
-#include "core/place_search.hpp"
+#include "lookup/place_search.hpp"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "assign/linear_capacity.hpp"
 #include "core/search.hpp"
-#include "reference/linear_hits.hpp"
+#include "lookup/find_hits.hpp"
 
 #include <algorithm>
 #include <ranges>

@@ -2,7 +2,7 @@
 
 #include "core/relay.hpp"
 #include "core/search.hpp"
-#include "reference/linear_hits.hpp"
+#include "lookup/find_hits.hpp"
 #include "subscript/runs.hpp"
 
 #include <algorithm>
