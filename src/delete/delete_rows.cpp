@@ -2,7 +2,7 @@
 #include "core/row_selection.hpp"
 #include "core/target.hpp"
 #include "subscript/convert.hpp"
-#include "subscript/ranked.hpp"
+#include "subscript/row_sets.hpp"
 
 #include <zqspmatrix.h>
 

@@ -221,6 +221,21 @@ inline Order orderOf(const Subscript& subscript)
     return std::visit([](const auto& form) { return form.order(); }, subscript);
 }
 
+/// The same, of a subscript that outlives it: nothing is copied.
+inline Subscript borrowed(const Subscript& subscript)
+{
+    if (const auto* list = std::get_if<IndexList>(&subscript)) {
+        return IndexList(list->begin(), list->count(), list->order());
+    }
+    if (const auto* range = std::get_if<IndexRange>(&subscript)) {
+        return *range;
+    }
+    if (const auto* mask = std::get_if<LogicalMask>(&subscript)) {
+        return *mask;
+    }
+    return std::get<SparseLogicalMask>(subscript);
+}
+
 /// Whether the subscript is the run 0, 1, ..., extent-1.
 inline bool selectsAll(const Subscript& subscript, unsigned extent)
 {

@@ -1,6 +1,6 @@
-// Converted subscripts as ranked sets.
-#ifndef ZQSP_SUBSCRIPT_RANKED_HPP
-#define ZQSP_SUBSCRIPT_RANKED_HPP
+// Converted subscripts as sets of rows.
+#ifndef ZQSP_SUBSCRIPT_ROW_SETS_HPP
+#define ZQSP_SUBSCRIPT_ROW_SETS_HPP
 
 #include "core/row_set.hpp"
 #include "subscript/forms.hpp"
