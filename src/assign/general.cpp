@@ -1,9 +1,7 @@
 // A(I,J) = B.
-#include "assign/assignment_target.hpp"
 #include "assign/element.hpp"
 #include "assign/write_region.hpp"
 #include "core/counts.hpp"
-#include "core/fresh_array.hpp"
 #include "core/operand_check.hpp"
 #include "subscript/convert.hpp"
 
@@ -42,26 +40,24 @@ spStatus convertScalarSubscript(const kxArray* subscript, unsigned& index)
     return spOK;
 }
 
-/// Stores a scalar at one element, growing A to m rows and to cover the column. A full matrix grows by ten entries, a
-/// deliberate small step.
-void assignElement(kxArray* A, unsigned row, unsigned column, unsigned m, const kxArray* B)
+/// Stores a scalar at one element, growing the target to m rows and to cover the column.
+void assignElement(Target& target, unsigned row, unsigned column, unsigned m, const kxArray* B)
 {
-    constexpr std::uint64_t kCapacityStep = 10;
-    checkColumnGrowth(A, column);
+    checkColumnGrowth(target.get(), column);
     const bool isZero = isZeroScalar(B);
     const Columns b(B);
-    if (!isUnset(A)) {
+    if (!isUnset(target.get())) {
+        kxArray* const A = target.own();
         storeElement(A, row, column, std::max(m, rowsOf(A)), std::max(column + 1, kxGetN(A)), b, isZero,
-                     checkedCount(A->nzmax + kCapacityStep));
+                     checkedCount(std::uint64_t{A->nzmax} + kCapacityStep));
         return;
     }
     ArrayOwner fresh(kxCreateSparseNumericMatrix(m, column + 1, 1, classOf(B), kxREAL));
     storeElement(fresh.get(), row, column, m, column + 1, b, isZero, 1);
-    kxSetArrayScope(fresh.get(), kxTEMPORARY_SCOPE);
-    fresh.moveOnto(A);
+    target.become(std::move(fresh));
 }
 
-spStatus assignByScalarSubscripts(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J)
+spStatus assignByScalarSubscripts(Target& target, const kxArray* B, const kxArray* I, const kxArray* J)
 {
     unsigned rowCount = 1;
     unsigned columnCount = 1;
@@ -76,7 +72,7 @@ spStatus assignByScalarSubscripts(kxArray* A, const kxArray* B, const kxArray* I
     if (const spStatus status = convertScalarSubscript(J, column); status != spOK) {
         return status;
     }
-    assignElement(A, row, column, row + 1, B);
+    assignElement(target, row, column, row + 1, B);
     return spOK;
 }
 
@@ -95,34 +91,36 @@ FillLimits fillLimits(unsigned m, unsigned columnCount, const kxArray* B)
     return {.mostEntries = most / std::max(kxGetElementSize(B), 4U)};
 }
 
-spStatus assignConverted(kxArray* A, Operand& B, Subscript rowForm, Subscript columnForm)
+spStatus assignConverted(Target& target, Operand& B, Subscript rowForm, Subscript columnForm)
 {
     unsigned rowCount = countOf(rowForm);
     unsigned columnCount = countOf(columnForm);
     if (!fits(rowCount, columnCount, B.get())) {
         return shapeMismatch(B.get());
     }
-    const bool isScalar = kxIsScalar(B.get());
-    const TargetIndices rows(std::move(rowForm), !isScalar);
-    const TargetIndices columns(std::move(columnForm), !isScalar);
+    const Repeats repeats = repeatsFor(B.get());
+    const Ordered rows(std::move(rowForm), repeats);
+    const Ordered columns(std::move(columnForm), repeats);
+    const kxArray* A = target.get();
     const unsigned m = rowCount > 0 ? std::max(rows.highest() + 1, rowsOf(A)) : rowsOf(A);
     const unsigned oldN = isUnset(A) ? 0 : kxGetN(A); // a fresh target has the columns that are named
     const unsigned n = columnCount > 0 ? std::max(columns.highest() + 1, oldN) : oldN;
     if (rowCount == 1 && columnCount == 1) {
-        assignElement(A, rows.first(), columns.first(), m, B.get());
+        assignElement(target, rows.lowest(), columns.lowest(), m, B.get());
         return spOK;
     }
     if (columnCount > 0) {
         checkColumnGrowth(A, n - 1);
     }
-    const bool writesNothing = rowCount == 0 || columnCount == 0 || (isScalar && isZeroScalar(B.get()));
+    const bool writesNothing = rowCount == 0 || columnCount == 0 || (kxIsScalar(B.get()) && isZeroScalar(B.get()));
     const FillLimits limits = writesNothing ? FillLimits() : fillLimits(m, columnCount, B.get());
-    writeRegion(A, {rows, columns, m, n}, rowCount, columnCount, B, writesNothing ? 1 : 0, limits);
+    writeRegion(target, {rows, columns, m, n}, rowCount, columnCount, B, writesNothing ? 1 : 0, limits);
     return spOK;
 }
 
-spStatus assign(kxArray* A, const kxArray* originalB, const kxArray* I, const kxArray* J)
+spStatus assign(Target& target, const kxArray* originalB, const kxArray* I, const kxArray* J)
 {
+    const kxArray* A = target.get();
     Operand B(originalB);
     if (!isDeletionMarker(originalB)) {
         B.become(kxMustBe(originalB, targetClass(A, originalB)));
@@ -135,7 +133,7 @@ spStatus assign(kxArray* A, const kxArray* originalB, const kxArray* I, const kx
         B.become(squeezed.release());
     }
     if (isScalarSubscript(I) && isScalarSubscript(J)) {
-        return assignByScalarSubscripts(A, B.get(), I, J);
+        return assignByScalarSubscripts(target, B.get(), I, J);
     }
     Subscript rows;
     if (const spStatus status = convertSubscript(I, Extent::forAssignment(rowsOf(A)), rows); status != spOK) {
@@ -145,7 +143,7 @@ spStatus assign(kxArray* A, const kxArray* originalB, const kxArray* I, const kx
     if (const spStatus status = convertSubscript(J, Extent::forAssignment(kxGetN(A)), columns); status != spOK) {
         return status;
     }
-    return assignConverted(A, B, std::move(rows), std::move(columns));
+    return assignConverted(target, B, std::move(rows), std::move(columns));
 }
 
 } // namespace
@@ -158,11 +156,9 @@ spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J
     checkOperands(A, B, I, J);
     if (classOf(A) == kxUNKNOWN_CLASS && isColon(I) && isColon(J)) {
         // A target without a class takes B whole, whatever its shape.
-        ArrayOwner copy(kxDuplicateArray(B));
-        kxSetArrayScope(copy.get(), kxTEMPORARY_SCOPE);
-        copy.moveOnto(A);
+        replaceContent(A, ArrayOwner(kxDuplicateArray(B)));
         kxFreeImagIfZero(A);
         return spOK;
     }
-    return onAssignmentTarget(A, {B, I, J}, [=](kxArray* target) { return assign(target, B, I, J); });
+    return onAssigned(A, {B, I, J}, [=](Target& target) { return assign(target, B, I, J); });
 }

@@ -4,7 +4,8 @@
 #include "assign/region.hpp"
 #include "core/errors.hpp"
 #include "core/operand_check.hpp"
-#include "core/private_target.hpp"
+#include "core/relay.hpp"
+#include "core/target.hpp"
 
 #include <zqspmatrix.h>
 
@@ -35,31 +36,42 @@ ArrayOwner reshapedCopy(const kxArray* B, kxClassID id, unsigned m, unsigned n)
     return copy;
 }
 
-/// Every element becomes one non-zero value.
+/// Every element of a sparse A becomes one non-zero value.
 spStatus fillWholly(kxArray* A, const kxArray* B)
 {
+    const unsigned m = rowsOf(A);
+    const unsigned n = kxGetN(A);
     unsigned elements = 0;
-    if (!kxCheckMN_nothrow(rowsOf(A), kxGetN(A), 1, &elements)) {
+    if (!kxCheckMN_nothrow(m, n, 1, &elements)) {
         return spIndexExceedsMaxSize;
     }
-    const TargetIndices rows(IndexRange::all(rowsOf(A)), false);
-    const TargetIndices columns(IndexRange::all(kxGetN(A)), false);
-    fillRegion(A, {rows, columns, rowsOf(A), kxGetN(A)}, RightSide::scalar(B), {.capacity = elements});
-    return spOK;
-}
-
-/// A(:) = scalar, of A's class, on a sparse A that is not empty.
-spStatus fillWithScalar(kxArray* A, const kxArray* scalar)
-{
-    if (!isZeroScalar(scalar)) {
-        return fillWholly(A, scalar);
+    if (elements == 0) {
+        Relay(A, {.capacity = 1, .columns = n}).commitGrowth();
+        return spOK;
     }
-    std::fill_n(A->jc, kxGetN(A) + 1, 0U);
+    const Ordered rows(IndexRange::all(m), Repeats::kNone);
+    const Ordered columns(IndexRange::all(n), Repeats::kNone);
+    fillRegion(A, {rows, columns, m, n}, RightSide::scalar(B), {.capacity = elements});
     return spOK;
 }
 
-spStatus assignColonFill(kxArray* A, const kxArray* B)
+/// A(:) = scalar of A's class.
+spStatus fillWithScalar(Target& target, const kxArray* scalar)
 {
+    if (isUnset(target.get())) {
+        return spOK;
+    }
+    if (!isZeroScalar(scalar)) {
+        return fillWholly(target.own(), scalar);
+    }
+    kxArray* const A = target.own();
+    std::fill_n(A->jc, std::size_t{kxGetN(A)} + 1, 0U);
+    return spOK;
+}
+
+spStatus assignColonFill(Target& target, const kxArray* B)
+{
+    const kxArray* const A = target.get();
     const kxClassID id = classOf(A);
     const unsigned m = rowsOf(A);
     const unsigned n = kxGetN(A);
@@ -71,37 +83,18 @@ spStatus assignColonFill(kxArray* A, const kxArray* B)
             raiseMessage<colon_index_assign_element_count_mismatch>();
         }
         if (!kxIsEmpty(A)) {
-            ArrayOwner content = reshapedCopy(B, id, m, n);
-            kxSetArrayScope(content.get(), A->scope);
-            content.moveOnto(A);
+            target.become(reshapedCopy(B, id, m, n), A->scope);
         }
         return spOK;
     }
     Operand scalar(B);
     scalar.become(kxMustBe(B, id));
-    if (kxIsEmpty(A)) {
-        return spOK;
-    }
-    const auto fill = [&](kxArray* target) { return fillWithScalar(target, scalar.get()); };
-    return isSparse(A) ? fill(A) : onSparseForm(A, fill);
+    return fillWithScalar(target, scalar.get());
 }
 
-/// Gives f a sparse target: A itself, or what A becomes once f is done with it.
-template <typename F>
-void onSparseTarget(kxArray* A, kxClassID id, F&& f)
+spStatus assignElements(Target& target, const kxArray* originalB, const kxArray* K)
 {
-    if (isSparse(A)) {
-        f(A);
-        return;
-    }
-    ArrayOwner target(kxIsEmpty(A) ? kxCreateSparseNumericMatrix(0, 0, 1, id, kxREAL) : kxMustBeSparse(A));
-    kxSetArrayScope(target.get(), kxTEMPORARY_SCOPE);
-    f(target.get());
-    target.moveOnto(A);
-}
-
-spStatus assignElements(kxArray* A, const kxArray* originalB, const kxArray* K)
-{
+    const kxArray* const A = target.get();
     const kxClassID id = targetClass(A, originalB);
     Operand B(originalB);
     B.become(kxMustBe(originalB, id));
@@ -118,18 +111,24 @@ spStatus assignElements(kxArray* A, const kxArray* originalB, const kxArray* K)
     if (count == 0 && classOf(A) != kxUNKNOWN_CLASS) {
         return spOK;
     }
-    B.become(kxMustBeFull(B.get()));
-    onSparseTarget(A, id, [&](kxArray* target) {
-        if (count > 0) {
-            assignPositions(target, m, n, Columns(B.get()), isScalar, positions);
-        }
-    });
+    ArrayOwner fresh(isUnset(A) ? kxCreateSparseNumericMatrix(0, 0, 1, id, kxREAL) : nullptr);
+    kxArray* const changed = fresh.get() != nullptr ? fresh.get() : target.own();
+    const auto* range = std::get_if<IndexRange>(&positions);
+    if (isSparse(B.get()) && count > 1 && !isScalar && range != nullptr) {
+        assignSparse(changed, m, n, Columns(B.get()), *range);
+    } else if (count > 0) {
+        B.become(kxMustBeFull(B.get()));
+        assignPositions(changed, m, n, Columns(B.get()), isScalar, positions);
+    }
+    if (fresh.get() != nullptr) {
+        target.become(std::move(fresh));
+    }
     return spOK;
 }
 
-spStatus assignFullOrLinear(kxArray* A, const kxArray* B, const kxArray* K)
+spStatus assignFullOrLinear(Target& target, const kxArray* B, const kxArray* K)
 {
-    return isColon(K) ? assignColonFill(A, B) : assignElements(A, B, K);
+    return isColon(K) ? assignColonFill(target, B) : assignElements(target, B, K);
 }
 
 } // namespace
@@ -140,10 +139,9 @@ spStatus spAss3(kxArray* A, const kxArray* B, const kxArray* K)
 {
     using namespace zqsp;
     checkOperands(A, B, K);
-    const spStatus status =
-        isDeletionMarker(B)
-            ? spDeleteElements(A, K)
-            : onPrivateTarget(A, {B, K}, [=](kxArray* target) { return assignFullOrLinear(target, B, K); });
+    const spStatus status = isDeletionMarker(B)
+                                ? spDeleteElements(A, K)
+                                : onTarget(A, {B, K}, [=](Target& target) { return assignFullOrLinear(target, B, K); });
     if (status == spOK) {
         kxFreeImagIfZero(A);
     }

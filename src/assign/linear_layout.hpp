@@ -3,7 +3,7 @@
 #define ZQSP_ASSIGN_LINEAR_LAYOUT_HPP
 
 #include "core/fast_divisor.hpp"
-#include "core/place_search.hpp"
+#include "lookup/place_search.hpp"
 
 #include <algorithm>
 
@@ -37,13 +37,17 @@ class LinearLayout
     /// Grows the dimensions to cover a position.
     void cover(unsigned position)
     {
-        if (isMatrix_) {
-            return;
+        if (!isMatrix_) {
+            cover(placeOf(position));
         }
-        const Place place = placeOf(position);
+    }
+    void cover(Place place)
+    {
         m_ = std::max(m_, place.row + 1);
         n_ = std::max(n_, place.column + 1);
     }
+    /// Where a run of positions goes over to the next column; a column's never does.
+    [[nodiscard]] unsigned lastRow() const { return isMatrix_ ? m_ - 1 : 0; }
     [[nodiscard]] unsigned m() const { return m_; }
     [[nodiscard]] unsigned n() const { return n_; }
 

@@ -2,9 +2,9 @@
 
 #include "assign/region_patches.hpp"
 #include "core/counts.hpp"
-#include "core/row_selection.hpp"
 
 #include <algorithm>
+#include <array>
 
 namespace zqsp {
 
@@ -38,12 +38,12 @@ struct Scratch
 };
 
 /// The patches are put together aside, then copied to their places.
-void fillThroughScratch(Relay& relay, const Region& region, const RightSide& b, const RowFilter& filter,
+void fillThroughScratch(Relay& relay, NumberView rows, const RightSide& b, const RowFilter& filter,
                         const RegionPatches& patches, const Scratch& scratch)
 {
     const Columns aside = scratch.viewLike(relay.before());
     unsigned at = 0;
-    withRegionMerge(relay.before(), aside, region.rows, b, filter, [&](const auto& merge) {
+    withRegionMerge(relay.before(), aside, b, filter, rows, [&](const auto& merge) {
         for (const RegionPatch& patch : patches.list()) {
             merge.write(patch, at);
             at += patch.length;
@@ -59,89 +59,45 @@ void fillThroughScratch(Relay& relay, const Region& region, const RightSide& b, 
 
 /// The patches are written to their places: from the old blocks into fresh ones, or, in place, where they keep nothing
 /// of what was there.
-void fillDirectly(Relay& relay, const Region& region, const RightSide& b, const RowFilter& filter,
+void fillDirectly(Relay& relay, NumberView rows, const RightSide& b, const RowFilter& filter,
                   const RegionPatches& patches)
 {
-    withRegionMerge(relay.before(), relay.after(), region.rows, b, filter, [&](const auto& merge) {
+    withRegionMerge(relay.before(), relay.after(), b, filter, rows, [&](const auto& merge) {
         relay.commit(patches.list(), [&](const RegionPatch& patch, unsigned place) { merge.write(patch, place); });
     });
 }
 
-/// One forward pass: what stays of a target column, then the columns up to the next one, move to the left.
-template <typename Values, typename Test>
-void closeUp(const Columns& a, const Region& region, const RowFilter& filter, Values values, Test isTarget)
+/// The patches keep what stays, in place: nothing comes, so that none grows.
+void clear(Relay& relay, const RowFilter& filter, const RegionPatches& patches)
 {
-    const TargetIndices& columns = region.columns;
-    unsigned* const ir = a.ir;
-    unsigned kept = a.jc[columns.first()]; // entries in their places
-    unsigned next = kept;                  // first entry not looked at yet
-    const auto keep = [&](unsigned end) {
-        moveEntries(a, kept, next, end - next);
-        kept += end - next;
-        next = end;
+    const Columns& a = relay.before();
+    const auto closeUp = [&](auto keep) {
+        relay.commit(patches.list(), [keep](const RegionPatch& patch, unsigned at) {
+            if (patch.keepsOthers) {
+                keep(patch, at);
+            }
+        });
     };
-    EntrySpan span = filter.spanIn(a, columns.first());
-    for (unsigned t = 0; t < columns.count(); ++t) {
-        keep(span.begin);
-        if (region.rows.isRun()) {
-            next = span.end;
-        }
-        for (; next < span.end; ++next) { // written first, kept only if it is no target
-            const unsigned row = ir[next];
-            ir[kept] = row;
-            values.copy(kept, values, next);
-            kept += isTarget(row) ? 0U : 1U;
-        }
-        const unsigned shift = kept - next; // modulo 2^32
-        const unsigned following = t + 1 < columns.count() ? columns[t + 1] : a.n;
-        if (following < a.n) {
-            span = filter.spanIn(a, following); // while its column starts are the old ones
-        } else {
-            keep(a.nnz());
-        }
-        for (unsigned j = columns[t]; j < following;) {
-            a.jc[++j] += shift;
-        }
+    if (const RowSet* others = filter.others()) {
+        closeUp([stay = RowChoice(others->unmoved()), entries = entriesOf(a)](const RegionPatch& patch, unsigned at) {
+            const std::array<unsigned, 2> ends = {patch.begin, patch.end};
+            unsigned end = 0;
+            kernels().moveSelected(entries, ends.data(), 1, stay, entries, at, &end);
+        });
+        return;
     }
-}
-
-/// Whether a pass over all entries of neighbouring columns beats going from column to column: the target rows are no
-/// neighbours, a set of all rows is small beside the pass, and the columns are short or half of their entries lie
-/// between the outermost target rows.
-bool clearsInOnePass(const Columns& a, const Region& region, const RowFilter& filter)
-{
-    constexpr unsigned kRowsPerEntry = 64; // of the set
-    constexpr unsigned kShortColumn = 64;  // passed over as fast as searched for the outermost rows
-    const TargetIndices& columns = region.columns;
-    if (!columns.isRun() || !filter.hasTable() || columns.first() >= a.n) {
-        return false;
-    }
-    const unsigned first = columns.first();
-    const unsigned end = std::min(columns.highest() + 1, a.n);
-    const unsigned entries = a.jc[end] - a.jc[first];
-    if (a.m / kRowsPerEntry > entries) {
-        return false;
-    }
-    if (entries / kShortColumn < end - first) {
-        return true;
-    }
-    unsigned between = 0;
-    for (unsigned j = first; j < end; ++j) {
-        between += filter.spanIn(a, j).length();
-    }
-    return between >= entries / 2;
-}
-
-/// What stays of neighbouring columns, then what lies behind them, moves to the left.
-void closeUpColumns(const Columns& a, unsigned first, unsigned count, const RowSet& stays)
-{
-    const unsigned end = a.jc[first + count];
-    const unsigned nnz = a.nnz();
-    const unsigned kept = moveSelected(a, first, count, stays.unmoved(), a, a.jc[first], a.jc + first + 1);
-    moveEntries(a, kept, end, nnz - end);
-    for (unsigned j = first + count + 1; j <= a.n; ++j) {
-        a.jc[j] -= end - kept;
-    }
+    withStorage(a, [&](auto values) { // few entries, or a run of rows
+        closeUp([&filter, &a, values](const RegionPatch& patch, unsigned at) {
+            filter.withTest([=, &a](auto isTarget) mutable {
+                for (unsigned e = patch.begin; e < patch.end; ++e) {
+                    if (!isTarget(a.ir[e])) {
+                        a.ir[at] = a.ir[e];
+                        values.copy(at++, values, e);
+                    }
+                }
+            });
+        });
+    });
 }
 
 } // namespace
@@ -149,42 +105,28 @@ void closeUpColumns(const Columns& a, unsigned first, unsigned count, const RowS
 void fillRegion(kxArray* A, const Region& region, const RightSide& b, const FillLimits& limits)
 {
     const Columns a(A);
-    const RowFilter filter(a, region.rows, region.columns);
+    const RowFilter filter(a, region.rows, region.columns, region.m);
     const RegionPatches patches(a, region, filter, b);
     const unsigned total = checkedCount(patches.total());
     if (patches.inTargetColumns() > limits.mostEntries) {
         raiseMaxSize();
     }
-    const bool complex = a.pi != nullptr || b.b.pi != nullptr;
     // Where most entries are merged anew, writing them once into fresh blocks beats putting them together aside.
-    const bool rewritesMost = patches.keepsOthers() && patches.rewritten() > total / 2;
+    const bool mergesMost = patches.keepsOthers() && patches.rewritten() > total / 2;
     Relay relay(A, {.capacity = limits.capacity != 0 ? limits.capacity : std::max(total, a.nzmax),
                     .columns = std::max(region.n, a.n),
-                    .imaginaryPart = complex,
-                    .freshBlocks = rewritesMost});
-    if (relay.inPlace() && patches.keepsOthers()) {
-        const Scratch scratch(checkedCount(patches.rewritten()), a.elementSize, complex);
-        fillThroughScratch(relay, region, b, filter, patches, scratch);
+                    .imaginaryPart = b.isComplex(),
+                    .freshBlocks = mergesMost && !b.isNothing()});
+    if (b.isNothing()) {
+        clear(relay, filter, patches);
     } else {
-        fillDirectly(relay, region, b, filter, patches);
-    }
-    kxSetM(A, region.m);
-}
-
-void clearRegion(kxArray* A, const Region& region)
-{
-    const Columns before(A);
-    const RowFilter filter(before, region.rows, region.columns);
-    if (clearsInOnePass(before, region, filter)) {
-        const RowSet stays = region.rows.others(before.m);
-        growColumns(A, region.n); // the last thing that can fail
-        closeUpColumns(Columns(A), region.columns.first(), region.columns.count(), stays);
-    } else {
-        growColumns(A, region.n); // the last thing that can fail
-        const Columns a(A);
-        withStorage(a, [&](auto values) {
-            filter.withTest([&](auto isTarget) { closeUp(a, region, filter, values, isTarget); });
-        });
+        const Numbers rows(region.rows.form());
+        if (relay.inPlace() && patches.keepsOthers()) {
+            const Scratch scratch(checkedCount(patches.rewritten()), a.elementSize, a.pi != nullptr || b.isComplex());
+            fillThroughScratch(relay, rows, b, filter, patches, scratch);
+        } else {
+            fillDirectly(relay, rows, b, filter, patches);
+        }
     }
     kxSetM(A, region.m);
 }

@@ -3,7 +3,7 @@
 #define ZQSP_ASSIGN_REGION_HPP
 
 #include "assign/right_side.hpp"
-#include "assign/target_indices.hpp"
+#include "subscript/ordered.hpp"
 
 #include <cstdint>
 #include <limits>
@@ -13,15 +13,15 @@ namespace zqsp {
 /// The elements of `rows` x `columns` in a target of (then) m rows and n columns. Neither is empty.
 struct Region
 {
-    const TargetIndices& rows;
-    const TargetIndices& columns;
+    const Ordered& rows;
+    const Ordered& columns;
     unsigned m;
     unsigned n; ///< columns of the target after the assignment, not less than now
 
     /// Stored entries that `b` brings into the region.
     [[nodiscard]] std::uint64_t entriesOf(const RightSide& b) const
     {
-        return b.isScalar ? std::uint64_t{rows.count()} * columns.count() : b.b.nnz();
+        return b.isNothing() ? 0 : b.isScalar() ? std::uint64_t{rows.count()} * columns.count() : b.b.nnz();
     }
 };
 
@@ -40,10 +40,6 @@ struct FillLimits
 /// Cost: for each target column the lesser of its entries between the outermost target rows and the rows times a
 /// logarithm, + entries that have to move + entries of b (+ rows x columns for a scalar).
 void fillRegion(kxArray* A, const Region& region, const RightSide& b, const FillLimits& limits = {});
-
-/// Removes the stored entries of the region and grows A to m rows and n columns. The capacity stays.
-/// A is unchanged where this raises. Cost: as fillRegion, without a right-hand side.
-void clearRegion(kxArray* A, const Region& region);
 
 } // namespace zqsp
 

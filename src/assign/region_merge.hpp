@@ -19,25 +19,12 @@ struct RegionPatch : Patch
     bool keepsOthers; ///< whether old entries stay
 };
 
-/// The target rows, as the merge reads them.
-struct TargetRun
-{
-    unsigned first;
-    unsigned operator[](unsigned i) const { return first + i; }
-};
-
-struct TargetList
-{
-    const unsigned* list;
-    unsigned operator[](unsigned i) const { return list[i]; }
-};
-
 /// `Out`, `A` and `B`: the storage policies of the output, the old entries and the right-hand side.
-template <typename Rows, typename Out, typename A, typename B>
+template <typename Out, typename A, typename B>
 class RegionMerge
 {
   public:
-    RegionMerge(const Columns& a, const Columns& out, const RightSide& b, const RowFilter& filter, Rows rows)
+    RegionMerge(const Columns& a, const Columns& out, const RightSide& b, const RowFilter& filter, NumberView rows)
         : oldRows_(a.ir),
           oldValues_(a),
           outRows_(out.ir),
@@ -60,7 +47,7 @@ class RegionMerge
         for (unsigned i = 0; i < count; ++i) {
             outRows_[at + i] = targetRow(patch.sourceBegin + i);
         }
-        if (b_.isScalar) {
+        if (b_.isScalar()) {
             outValues_.fill(at, values_, 0, count);
         } else {
             outValues_.copyRun(at, values_, patch.sourceBegin, count);
@@ -69,7 +56,7 @@ class RegionMerge
 
   private:
     /// The target row of an entry of b.
-    [[nodiscard]] unsigned targetRow(unsigned source) const { return rows_[b_.isScalar ? source : b_.b.ir[source]]; }
+    [[nodiscard]] unsigned targetRow(unsigned source) const { return rows_[b_.isScalar() ? source : b_.b.ir[source]]; }
 
     /// Entries that stay and entries of b alternate in order of row. One at a time: the runs of either are short.
     void merge(const RegionPatch& patch, unsigned at) const
@@ -78,7 +65,7 @@ class RegionMerge
             unsigned source = patch.sourceBegin;
             const auto bring = [&] {
                 outRows_[at] = targetRow(source);
-                outValues_.copy(at++, values_, b_.isScalar ? 0 : source);
+                outValues_.copy(at++, values_, b_.isScalar() ? 0 : source);
                 ++source;
             };
             for (unsigned e = patch.begin; e < patch.end; ++e) {
@@ -105,23 +92,16 @@ class RegionMerge
     const RightSide& b_;
     B values_;
     const RowFilter& filter_;
-    Rows rows_;
+    NumberView rows_;
 };
 
-/// Calls f(merge) with the merge for the storages and the form of the rows at hand.
+/// Calls f(merge) with the merge for the storages at hand.
 template <typename F>
-void withRegionMerge(const Columns& a, const Columns& out, const TargetIndices& rows, const RightSide& b,
-                     const RowFilter& filter, F&& f)
+void withRegionMerge(const Columns& a, const Columns& out, const RightSide& b, const RowFilter& filter, NumberView rows,
+                     F&& f)
 {
     withStorage(out, a, b.b, [&](auto outValues, auto aValues, auto bValues) {
-        using Out = decltype(outValues);
-        using A = decltype(aValues);
-        using B = decltype(bValues);
-        if (rows.isRun()) {
-            f(RegionMerge<TargetRun, Out, A, B>(a, out, b, filter, {rows.first()}));
-        } else {
-            f(RegionMerge<TargetList, Out, A, B>(a, out, b, filter, {rows.list()}));
-        }
+        f(RegionMerge<decltype(outValues), decltype(aValues), decltype(bValues)>(a, out, b, filter, rows));
     });
 }
 

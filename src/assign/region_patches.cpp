@@ -6,12 +6,11 @@ RegionPatches::RegionPatches(const Columns& a, const Region& region, const RowFi
     : a_(a), region_(region), filter_(filter), b_(b), total_(a.nnz())
 {
     constexpr std::uint64_t kEntriesPerRow = 16; // from there on a search for each row beats looking at each entry
-    const TargetIndices& columns = region.columns;
-    const unsigned rowCount = region.rows.count();
-    for (unsigned t = 0; t < columns.count(); ++t) {
-        const unsigned column = columns[t];
-        const unsigned sourceBegin = b.isScalar ? 0 : b.b.jc[t];
-        const unsigned sourceEnd = b.isScalar ? rowCount : b.b.jc[t + 1];
+    const std::uint64_t rowCount = region.rows.count();
+    region.columns.forEach([&](unsigned t, unsigned column) {
+        const bool isMatrix = b.kind == RightSide::Kind::kMatrix;
+        const unsigned sourceBegin = isMatrix ? b.b.jc[t] : 0;
+        const unsigned sourceEnd = isMatrix ? b.b.jc[t + std::size_t{1}] : b.isScalar() ? region.rows.count() : 0;
         const EntrySpan span = filter.spanIn(a, column);
         inTargetColumns_ += column < a.n ? a.length(column) : 0;
         if (!region.rows.isRun() && span.length() > kEntriesPerRow * rowCount) {
@@ -19,7 +18,7 @@ RegionPatches::RegionPatches(const Columns& a, const Region& region, const RowFi
         } else {
             addColumn(column, span, sourceBegin, sourceEnd);
         }
-    }
+    });
 }
 
 /// One patch from the lowest to the highest target row of the column.
@@ -38,16 +37,16 @@ void RegionPatches::addRowByRow(unsigned column, EntrySpan span, unsigned source
 {
     unsigned at = span.begin;
     unsigned source = sourceBegin;
-    for (unsigned i = 0; i < region_.rows.count(); ++i) {
-        at = gallop(a_.ir, at, span.end, region_.rows[i]);
-        const bool stored = at < span.end && a_.ir[at] == region_.rows[i];
-        const bool comes = source < sourceEnd && (b_.isScalar || b_.b.ir[source] == i);
+    region_.rows.forEach([&](unsigned i, unsigned row) {
+        at = gallop(a_.ir, at, span.end, row);
+        const bool stored = at < span.end && a_.ir[at] == row;
+        const bool comes = source < sourceEnd && (b_.isScalar() || b_.b.ir[source] == i);
         if (stored || comes) {
             add({{column, at, at + (stored ? 1U : 0U), comes ? 1U : 0U}, source, source + (comes ? 1U : 0U), false});
         }
         at += stored ? 1U : 0U;
         source += comes ? 1U : 0U;
-    }
+    });
 }
 
 void RegionPatches::add(const RegionPatch& patch)

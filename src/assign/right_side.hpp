@@ -20,19 +20,31 @@ kxClassID targetClass(const kxArray* A, const kxArray* B);
 /// Whether every value of a scalar, full or sparse, is zero. NaN is not.
 bool isZeroScalar(const kxArray* B);
 
-/// What a region is filled with: a sparse matrix, or one value for every element.
+/// What a region is filled with: a sparse matrix, one value for every element, or nothing, which clears it.
 struct RightSide
 {
-    Columns b;
-    bool isScalar;
+    enum class Kind
+    {
+        kNothing,
+        kScalar,
+        kMatrix
+    };
 
-    /// B: 1-by-1, of either storage, not zero.
-    static RightSide scalar(const kxArray* B) { return {B, true}; }
+    Columns b; ///< of nothing: any array
+    Kind kind;
+
+    /// B: 1-by-1, of either storage.
+    static RightSide scalar(const kxArray* B) { return {B, isZeroScalar(B) ? Kind::kNothing : Kind::kScalar}; }
     /// B: sparse. A matrix whose repeats have been resolved to one element is still a matrix, and may store nothing.
-    static RightSide matrix(const kxArray* B) { return {B, false}; }
+    static RightSide matrix(const kxArray* B) { return {B, Kind::kMatrix}; }
+
+    [[nodiscard]] bool isNothing() const { return kind == Kind::kNothing; }
+    [[nodiscard]] bool isScalar() const { return kind == Kind::kScalar; }
+    /// Whether it brings an imaginary part.
+    [[nodiscard]] bool isComplex() const { return b.pi != nullptr && !isNothing(); }
 
   private:
-    RightSide(const kxArray* B, bool isScalarValue) : b(B), isScalar(isScalarValue) {}
+    RightSide(const kxArray* B, Kind of) : b(B), kind(of) {}
 };
 
 } // namespace zqsp

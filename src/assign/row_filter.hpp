@@ -2,11 +2,12 @@
 #ifndef ZQSP_ASSIGN_ROW_FILTER_HPP
 #define ZQSP_ASSIGN_ROW_FILTER_HPP
 
-#include "assign/target_indices.hpp"
-#include "core/columns.hpp"
+#include "core/row_selection.hpp"
 #include "core/search.hpp"
+#include "subscript/ordered.hpp"
 
 #include <cstdint>
+#include <optional>
 
 namespace zqsp {
 
@@ -19,14 +20,22 @@ struct EntrySpan
     [[nodiscard]] unsigned length() const { return end - begin; }
 };
 
+/// Whether a set of rows pays: its two bits for each of `m` rows have to be cleared, and `marks` rows to be
+/// added one by one, before it saves `costOfLook` for each of `looks` entries. (In nanoseconds, about.) A few rows far
+/// apart in a huge matrix do not cost its height.
+constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, unsigned costOfLook)
+{
+    constexpr unsigned kRowsCleared = 64;
+    return std::uint64_t{m} / kRowsCleared + marks <= looks * costOfLook;
+}
+
 /// Tells the rows of a column that are targets from those that are not.
 class RowFilter
 {
   public:
-    /// A table with one bit for each row from the lowest to the highest target is made where it is small beside the
-    /// entries of the target columns; else each row is searched in the list, so that a few rows far apart in a huge
-    /// matrix do not cost its height. Raises on exhausted memory.
-    RowFilter(const Columns& a, const TargetIndices& rows, const TargetIndices& columns);
+    /// `m`: the target's rows, then. Where a set of rows pays, and there is memory for it, each row is looked up in it;
+    /// else a range divides, a mask is asked, and a list searched.
+    RowFilter(const Columns& a, const Ordered& rows, const Ordered& columns, unsigned m);
 
     /// The entries of a column between the lowest and the highest target row. A column that A does not have yet is
     /// empty and lies behind all others.
@@ -51,9 +60,6 @@ class RowFilter
         return {first, endsInside ? end : lowerBoundOfSame(a.ir, first, end, highest_ + 1)};
     }
 
-    /// Whether there is a table: rows that are no neighbours, and no few in a high matrix.
-    [[nodiscard]] bool hasTable() const { return static_cast<bool>(bits_); }
-
     /// f(isTarget), isTarget(row) telling whether a row within the span of the targets is one of them: how that is
     /// found out is decided once for the loops of f.
     template <typename F>
@@ -62,18 +68,21 @@ class RowFilter
         if (rows_.isRun()) {
             return f([](unsigned) { return true; });
         }
-        if (bits_) {
-            return f([bits = bits_.get(), lowest = lowest_](unsigned row) {
-                const unsigned bit = row - lowest;
-                return (bits[bit / 64] >> (bit % 64) & 1U) != 0;
-            });
+        if (others_) {
+            return f([others = others_->words()](unsigned row) { return !others[row / RowWord::kBits].has(row); });
         }
-        return f([this](unsigned row) { return findRow(rows_.list(), 0, rows_.count(), row).stored; });
+        return f([this](unsigned row) { return rows_.has(row); });
     }
+
+    /// The set of all other rows; null where there is none.
+    [[nodiscard]] const RowSet* others() const { return others_ ? &*others_ : nullptr; }
 
     /// Entries of a span that do not lie in target rows.
     [[nodiscard]] unsigned countOthers(const Columns& a, EntrySpan span) const
     {
+        if (others_) {
+            return countSelected(a, span.begin, span.end, others_->unmoved());
+        }
         return withTest([ir = a.ir, span](auto isTarget) {
             unsigned others = 0;
             for (unsigned e = span.begin; e < span.end; ++e) {
@@ -84,11 +93,11 @@ class RowFilter
     }
 
   private:
-    const TargetIndices& rows_;
+    const Ordered& rows_;
     unsigned lowest_;
     unsigned highest_;
     bool coversAll_;
-    Block<std::uint64_t> bits_;
+    std::optional<RowSet> others_;
 };
 
 } // namespace zqsp

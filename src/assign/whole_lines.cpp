@@ -1,10 +1,7 @@
 // A(:,J) = B and A(I,:) = B: their common entry, and a worker each.
-#include "assign/assignment_target.hpp"
 #include "assign/write_region.hpp"
 #include "core/counts.hpp"
-#include "core/fresh_array.hpp"
 #include "core/operand_check.hpp"
-#include "core/relay.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>
@@ -15,16 +12,16 @@ namespace zqsp {
 
 namespace {
 
-using Worker = spStatus (*)(kxArray* A, const kxArray* subscript, Operand& B);
+using Worker = spStatus (*)(Target& target, const kxArray* subscript, Operand& B);
 
 /// Nothing is selected: B must be nothing, or a scalar that goes nowhere.
-spStatus assignNothing(kxArray* A, const kxArray* B)
+spStatus assignNothing(Target& target, const kxArray* B)
 {
     if (!kxIsEmpty(B) && !kxIsScalar(B)) {
         return spAssignDimMismatch;
     }
-    if (isUnset(A)) {
-        becomeEmptySparse(A, 0, 0, 1, classOf(B), kxREAL);
+    if (isUnset(target.get())) {
+        target.become(ArrayOwner(kxCreateSparseNumericMatrix(0, 0, 1, classOf(B), kxREAL)));
     }
     return spOK;
 }
@@ -35,8 +32,9 @@ bool extentFollowsB(const kxArray* A, const kxArray* B)
     return kxIsEmpty(A) && rowsOf(A) == kxGetN(A) && !kxIsEmpty(B);
 }
 
-spStatus assignColumns(kxArray* A, const kxArray* J, Operand& B)
+spStatus assignColumns(Target& target, const kxArray* J, Operand& B)
 {
+    const kxArray* const A = target.get();
     Subscript form;
     const spStatus status = convertSubscript(J, Extent::forAssignment(kxGetN(A)), form);
     if (status != spOK) {
@@ -44,25 +42,26 @@ spStatus assignColumns(kxArray* A, const kxArray* J, Operand& B)
     }
     unsigned count = countOf(form);
     if (count == 0) {
-        return assignNothing(A, B.get());
+        return assignNothing(target, B.get());
     }
     unsigned m = rowsOf(A);
     if (kxMatch2DIndicesForIndexedAssignment(&m, &count, rowsOf(B.get()), kxGetN(B.get()), extentFollowsB(A, B.get()),
                                              nullptr) == 0) {
         return spAssignDimMismatch;
     }
-    const TargetIndices columns(std::move(form), !kxIsScalar(B.get()));
+    const Ordered columns(std::move(form), repeatsFor(B.get()));
     checkColumnGrowth(A, columns.highest());
     const std::uint64_t stored = kxGetNumNonZeroEl(B.get());
     const unsigned freshCapacity = checkedCount(kxIsScalar(B.get()) ? stored * count : stored);
-    const TargetIndices rows(IndexRange::all(m), false);
+    const Ordered rows(IndexRange::all(m), Repeats::kNone);
     const unsigned oldN = isUnset(A) ? 0 : kxGetN(A); // a fresh target has the columns that are named
-    writeRegion(A, {rows, columns, m, std::max(columns.highest() + 1, oldN)}, m, count, B, freshCapacity);
+    writeRegion(target, {rows, columns, m, std::max(columns.highest() + 1, oldN)}, m, count, B, freshCapacity);
     return spOK;
 }
 
-spStatus assignRows(kxArray* A, const kxArray* I, Operand& B)
+spStatus assignRows(Target& target, const kxArray* I, Operand& B)
 {
+    const kxArray* const A = target.get();
     Subscript form;
     const spStatus status = convertSubscript(I, Extent::forAssignment(rowsOf(A)), form);
     if (status != spOK) {
@@ -70,7 +69,7 @@ spStatus assignRows(kxArray* A, const kxArray* I, Operand& B)
     }
     unsigned count = countOf(form);
     if (count == 0) {
-        return assignNothing(A, B.get());
+        return assignNothing(target, B.get());
     }
     unsigned n = kxGetN(A);
     bool columnsFollowB = extentFollowsB(A, B.get());
@@ -78,16 +77,17 @@ spStatus assignRows(kxArray* A, const kxArray* I, Operand& B)
         0) {
         return spAssignDimMismatch;
     }
-    const TargetIndices rows(std::move(form), !kxIsScalar(B.get()));
-    const TargetIndices columns(IndexRange::all(n), false);
-    writeRegion(A, {rows, columns, std::max(rows.highest() + 1, rowsOf(A)), n}, count, n, B, 0);
+    const Ordered rows(std::move(form), repeatsFor(B.get()));
+    const Ordered columns(IndexRange::all(n), Repeats::kNone);
+    writeRegion(target, {rows, columns, std::max(rows.highest() + 1, rowsOf(A)), n}, count, n, B, 0);
     return spOK;
 }
 
 /// B as the workers take it: a matrix, sparse unless it is a scalar, and of the target's class. A target without a
 /// class that is assigned as a whole becomes what B is by then.
-spStatus prepareAndAssign(kxArray* A, const kxArray* originalB, const kxArray* subscript, Worker worker)
+spStatus prepareAndAssign(Target& target, const kxArray* originalB, const kxArray* subscript, Worker worker)
 {
+    const kxArray* const A = target.get();
     Operand B(originalB);
     if (originalB->ndims > 2) {
         ArrayOwner squeezed = squeezeToMatrix(originalB);
@@ -100,19 +100,17 @@ spStatus prepareAndAssign(kxArray* A, const kxArray* originalB, const kxArray* s
         B.become(kxMustBeSparse(B.get()));
     }
     if (classOf(A) == kxUNKNOWN_CLASS && isColon(subscript)) {
-        ArrayOwner copy(kxDuplicateArray(B.get()));
-        kxSetArrayScope(copy.get(), kxTEMPORARY_SCOPE);
-        copy.moveOnto(A);
+        target.become(ArrayOwner(kxDuplicateArray(B.get())));
         return spOK;
     }
     B.become(kxMustBe(B.get(), targetClass(A, B.get())));
-    return worker(A, subscript, B);
+    return worker(target, subscript, B);
 }
 
 spStatus assignLines(kxArray* A, const kxArray* B, const kxArray* subscript, Worker worker)
 {
-    return onAssignmentTarget(A, {B, subscript},
-                              [=](kxArray* target) { return prepareAndAssign(target, B, subscript, worker); });
+    return onAssigned(A, {B, subscript},
+                      [=](Target& target) { return prepareAndAssign(target, B, subscript, worker); });
 }
 
 spStatus deleteFrom(kxArray* A, const kxArray* subscript, spStatus (*remove)(kxArray*, const kxArray*))

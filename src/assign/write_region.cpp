@@ -1,8 +1,8 @@
 #include "assign/write_region.hpp"
 
 #include "core/counts.hpp"
-#include "core/fresh_array.hpp"
 #include "core/relay.hpp"
+#include "core/values.hpp"
 
 #include <zqspmatrix.h>
 
@@ -19,6 +19,25 @@ void checkColumnGrowth(const kxArray* A, unsigned highest)
 
 namespace {
 
+/// A copy of B whose rows come from the last to the first.
+ArrayOwner upsideDown(const kxArray* B)
+{
+    ArrayOwner turned(kxCreateDeepCopy(B));
+    const Columns from(B);
+    const Columns to(turned.get());
+    withStorage(to, [&](auto values) {
+        const decltype(values) source(from);
+        for (unsigned j = 0; j < from.n; ++j) {
+            unsigned at = from.jc[j + std::size_t{1}];
+            for (unsigned e = from.jc[j]; at > from.jc[j]; ++e) {
+                to.ir[--at] = from.m - 1 - from.ir[e];
+                values.copy(at, source, e);
+            }
+        }
+    });
+    return turned;
+}
+
 /// B in the region's order.
 void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsigned namedColumns)
 {
@@ -26,8 +45,17 @@ void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsig
         B.become(kxTranspose(B.get()));
     }
     B.become(kxMustBeSparse(B.get()));
-    const unsigned* rows = region.rows.sources();
+    if (region.rows.isReversed()) {
+        B.become(upsideDown(B.get()).release());
+    }
+    const unsigned* const rows = region.rows.sources();
     const unsigned* columns = region.columns.sources();
+    Block<unsigned> reversed;
+    if (region.columns.isReversed()) {
+        reversed = Block<unsigned>::make(namedColumns);
+        region.columns.forEach([&](unsigned i, unsigned) { reversed[i] = region.columns.source(i); });
+        columns = reversed.get();
+    }
     if (rows == nullptr && columns != nullptr) {
         B.become(kxSparseReference(B.get(), nullptr, 0, columns, region.columns.count()));
     } else if (rows != nullptr) {
@@ -36,47 +64,51 @@ void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsig
 }
 
 /// Grows a target without writing anything into it.
-void growOnly(kxArray* A, const Region& region, const kxArray* B, unsigned freshCapacity)
+void growOnly(Target& target, const Region& region, const kxArray* B, unsigned freshCapacity)
 {
+    const kxArray* const A = target.get();
     if (isUnset(A)) {
-        becomeEmptySparse(A, region.m, region.n, freshCapacity, classOf(B), complexityOf(B));
-        return;
+        target.become(
+            ArrayOwner(kxCreateSparseNumericMatrix(region.m, region.n, freshCapacity, classOf(B), complexityOf(B))));
+    } else if (region.m != rowsOf(A) || region.n > kxGetN(A)) {
+        growColumns(target.own(), region.n);
+        kxSetM(target.own(), region.m);
     }
-    growColumns(A, region.n);
-    kxSetM(A, region.m);
 }
 
-void fillTarget(kxArray* A, const Region& region, const RightSide& b, unsigned freshCapacity, const FillLimits& limits)
+void fillTarget(Target& target, const Region& region, const RightSide& b, unsigned freshCapacity,
+                const FillLimits& limits)
 {
-    if (!isUnset(A)) {
-        fillRegion(A, region, b, limits);
+    if (!isUnset(target.get())) {
+        fillRegion(target.own(), region, b, limits);
         return;
     }
     const unsigned entries = checkedCount(region.entriesOf(b));
+    if (entries > limits.mostEntries) {
+        raiseMaxSize();
+    }
     ArrayOwner fresh(kxCreateSparseNumericMatrix(region.m, region.n, std::max(entries, freshCapacity), b.b.classId,
                                                  b.b.complexity()));
-    fillRegion(fresh.get(), region, b, limits);
-    kxSetArrayScope(fresh.get(), kxTEMPORARY_SCOPE);
-    fresh.moveOnto(A);
+    fillRegion(fresh.get(), region, b);
+    target.become(std::move(fresh));
 }
 
 } // namespace
 
-void writeRegion(kxArray* A, const Region& region, unsigned namedRows, unsigned namedColumns, Operand& B,
+void writeRegion(Target& target, const Region& region, unsigned namedRows, unsigned namedColumns, Operand& B,
                  unsigned freshCapacity, const FillLimits& limits)
 {
-    if (namedRows == 0 || namedColumns == 0) {
-        growOnly(A, region, B.get(), freshCapacity);
-    } else if (!kxIsScalar(B.get())) {
-        alignWithRegion(B, region, namedRows, namedColumns);
-        fillTarget(A, region, RightSide::matrix(B.get()), freshCapacity, limits);
-    } else if (!isZeroScalar(B.get())) {
-        fillTarget(A, region, RightSide::scalar(B.get()), freshCapacity, limits);
-    } else if (isUnset(A)) {
-        growOnly(A, region, B.get(), freshCapacity);
-    } else {
-        clearRegion(A, region);
+    const bool isEmpty = namedRows == 0 || namedColumns == 0;
+    const bool isScalar = kxIsScalar(B.get());
+    if (isEmpty || (isScalar && isUnset(target.get()) && isZeroScalar(B.get()))) {
+        growOnly(target, region, B.get(), freshCapacity);
+        return;
     }
+    if (!isScalar) {
+        alignWithRegion(B, region, namedRows, namedColumns);
+    }
+    const RightSide b = isScalar ? RightSide::scalar(B.get()) : RightSide::matrix(B.get());
+    fillTarget(target, region, b, freshCapacity, limits);
 }
 
 } // namespace zqsp

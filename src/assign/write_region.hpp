@@ -3,20 +3,38 @@
 #define ZQSP_ASSIGN_WRITE_REGION_HPP
 
 #include "assign/region.hpp"
+#include "core/target.hpp"
 
 namespace zqsp {
+
+/// onTarget(), after which an all-zero imaginary part is dropped.
+template <typename F>
+spStatus onAssigned(kxArray* A, std::initializer_list<const kxArray*> operands, F&& work)
+{
+    const spStatus status = onTarget(A, operands, work);
+    if (status == spOK) {
+        kxFreeImagIfZero(A);
+    }
+    return status;
+}
+
+/// What becomes of a row or column that is named repeatedly, when B is assigned.
+inline Repeats repeatsFor(const kxArray* B)
+{
+    return kxIsScalar(B) ? Repeats::kNone : Repeats::kLast;
+}
 
 /// Raises "pmaxsize" where a target with sparse content cannot grow to cover column `highest` (0-based).
 void checkColumnGrowth(const kxArray* A, unsigned highest);
 
-/// Writes B into the region of A, which it has been found to fit, and grows A to cover the region. B is brought into
-/// the region's own order first: transposed where it is a vector that lies across the region, and with its rows and
-/// columns in the ascending order of the targets where the subscripts are not, repeats resolved.
+/// Writes B into the region of the target, which it has been found to fit, and grows the target to cover the region. B
+/// is brought into the region's own order first: transposed where it is a vector that lies across the region, and with
+/// its rows and columns in the ascending order of the targets where the subscripts are not, repeats resolved.
 ///
-/// `namedRows`, `namedColumns`: the region's extent as matched, repeats included; where one of them is 0, A only grows.
-/// `freshCapacity`: of an A without sparse content, which is created anew; its capacity is the number of entries if
-/// that is more. A is unchanged where this raises.
-void writeRegion(kxArray* A, const Region& region, unsigned namedRows, unsigned namedColumns, Operand& B,
+/// `namedRows`, `namedColumns`: the region's extent as matched, repeats included; where one of them is 0, the target
+/// only grows. `freshCapacity`: of a target without sparse content, which is created anew; its capacity is the number
+/// of entries if that is more. The target is unchanged where this raises.
+void writeRegion(Target& target, const Region& region, unsigned namedRows, unsigned namedColumns, Operand& B,
                  unsigned freshCapacity, const FillLimits& limits = {});
 
 } // namespace zqsp

@@ -9,6 +9,9 @@
 
 namespace zqsp {
 
+/// So many entries more is the capacity that a full target is given for one new entry: a deliberate small step.
+constexpr unsigned kCapacityStep = 10;
+
 /// The sum as an entry count; raises "pmaxsize" when it does not fit 32 bits.
 inline unsigned checkedCount(std::uint64_t sum)
 {

@@ -148,35 +148,6 @@ inline void appendEntries(const Columns& target, std::size_t to, const Columns& 
     }
 }
 
-/// Turns rows into linear positions, in place, from the first entry on.
-class Linearizer
-{
-  public:
-    explicit Linearizer(const Columns& a) : ir_(a.ir), columnEnd_(a.jc + 1), m_(a.m) {}
-
-    /// Those of the entries before `end`, as far as they are left. `end` is at most the number of entries.
-    void goOn(unsigned end)
-    {
-        while (next_ < end) {
-            for (; *columnEnd_ <= next_; ++columnEnd_) {
-                start_ += m_;
-            }
-            const unsigned stop = std::min(end, *columnEnd_);
-            for (unsigned e = start_ == 0 ? stop : next_; e < stop; ++e) { // the first column's are there
-                ir_[e] += start_;
-            }
-            next_ = stop;
-        }
-    }
-
-  private:
-    unsigned* ir_;
-    const unsigned* columnEnd_;
-    unsigned m_;
-    unsigned start_ = 0; // position of row 0 of the column
-    unsigned next_ = 0;  // first entry that is left
-};
-
 } // namespace zqsp
 
 #endif

@@ -19,6 +19,12 @@ template <typename T>
 class GrowingList
 {
   public:
+    /// Makes an empty list's room for so many.
+    void reserve(unsigned count)
+    {
+        elements_ = Block<T>::make(count);
+        capacity_ = count;
+    }
     void add(const T& element)
     {
         if (count_ == capacity_) {

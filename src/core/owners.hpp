@@ -42,6 +42,8 @@ class Block
     static Block make(std::size_t count) { return Block(kxMalloc(count * sizeof(T))); }
     /// `count` zeroed elements; raises on exhausted memory.
     static Block zeroed(std::size_t count) { return Block(kxCalloc(count, sizeof(T))); }
+    /// The same; empty where memory is exhausted.
+    static Block zeroedOrNone(std::size_t count) { return Block(kxCallocEx(count, sizeof(T))); }
 
     [[nodiscard]] T* get() const noexcept { return data_; }
     T& operator[](std::size_t i) const noexcept { return data_[i]; }

@@ -31,10 +31,11 @@ Relay::Relay(kxArray* target, const Needs& needs)
         ir_ = Block<unsigned>(kxMalloc(kxCheckMN(needs_.capacity, sizeof(unsigned), 1)));
         const unsigned bytes = kxCheckMN(needs_.capacity, elementSize, 1);
         pr_ = Block<std::byte>(kxMalloc(bytes));
-        if (before_.pi != nullptr || needs.imaginaryPart) {
+        if (before_.pi != nullptr) {
             pi_ = Block<std::byte>(kxMalloc(bytes));
         }
-    } else if (needs.imaginaryPart && before_.pi == nullptr) {
+    }
+    if (needs.imaginaryPart && before_.pi == nullptr) { // zero to its end
         pi_ = Block<std::byte>(kxCalloc(needs_.capacity, elementSize));
     }
     if (needs.columns > before_.n) {

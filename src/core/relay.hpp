@@ -54,16 +54,20 @@ class Relay
     /// entries, at position `at` of after() and behind, can be written, installs the new blocks and the column count
     /// (new columns are empty) and updates the column starts. In place, stretches that move left go first, in rising
     /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
-    /// no second buffer is needed.
+    /// no second buffer is needed. Where, in place, no patch grows, each is written before what lies behind it moves:
+    /// its new entries may be old ones of its own, moved to the front.
     template <typename P, typename F>
     void commit(std::span<const P> patches, F&& write)
     {
-        if (inPlace_) {
+        if (!inPlace_) {
+            copyAll(patches, write);
+        } else if (std::all_of(patches.begin(), patches.end(),
+                               [](const P& p) { return p.length <= p.end - p.begin; })) {
+            closeUp(patches, write);
+        } else {
             moveLeft(patches);
             moveRight(patches);
             writePatches(patches, write);
-        } else {
-            copyAll(patches, write);
         }
         installBlocks();
         updateColumnStarts(Columns(target_), patches);
@@ -77,6 +81,18 @@ class Relay
 
   private:
     void installBlocks();
+
+    template <typename P, typename F>
+    void closeUp(std::span<const P> patches, F& write)
+    {
+        unsigned shift = 0;
+        for (std::size_t i = 0; i < patches.size(); ++i) {
+            write(patches[i], patches[i].begin + shift);
+            shift += patches[i].growth();
+            const unsigned from = patches[i].end;
+            moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
+        }
+    }
 
     template <typename P>
     void moveLeft(std::span<const P> patches)

@@ -8,6 +8,8 @@
 
 #include <bit>
 #include <cstdint>
+#include <optional>
+#include <utility>
 
 namespace zqsp {
 
@@ -18,9 +20,13 @@ class RowSet
 {
   public:
     /// An empty set. Raises on exhausted memory.
-    explicit RowSet(unsigned extent)
-        : extent_(extent), words_(Block<RowWord>::zeroed((extent / RowWord::kBits / 2 + std::size_t{1}) * 2))
+    explicit RowSet(unsigned extent) : RowSet(extent, Block<RowWord>::zeroed(wordsFor(extent))) {}
+
+    /// An empty set; none where memory is exhausted.
+    static std::optional<RowSet> emptyOrNone(unsigned extent)
     {
+        auto words = Block<RowWord>::zeroedOrNone(wordsFor(extent));
+        return words ? std::optional(RowSet(extent, std::move(words))) : std::nullopt;
     }
 
     void add(unsigned number) { words_[number / RowWord::kBits].members |= 1U << number % RowWord::kBits; }
@@ -45,6 +51,9 @@ class RowSet
     [[nodiscard]] const RowWord* words() const { return words_.get(); }
 
   private:
+    RowSet(unsigned extent, Block<RowWord> words) : extent_(extent), words_(std::move(words)) {}
+    static std::size_t wordsFor(unsigned extent) { return (extent / RowWord::kBits / 2 + std::size_t{1}) * 2; }
+
     void rank(std::uint32_t flipped)
     {
         count_ = 0;

@@ -1,5 +1,5 @@
 // Searching the sorted rows of a column: the binary search, and the gallop for ascending keys. (Many searches at a
-// time: core/place_search.hpp.)
+// time: lookup/place_search.hpp.)
 #ifndef ZQSP_CORE_SEARCH_HPP
 #define ZQSP_CORE_SEARCH_HPP
 

@@ -1,9 +1,8 @@
 #include "core/entry_moves.hpp"
-#include "core/fresh_array.hpp"
 #include "core/operand_check.hpp"
-#include "delete/deleted_set.hpp"
-#include "delete/deletion_target.hpp"
+#include "core/target.hpp"
 #include "subscript/convert.hpp"
+#include "subscript/ordered.hpp"
 #include "subscript/runs.hpp"
 
 #include <zqspmatrix.h>
@@ -43,17 +42,17 @@ unsigned compactColumns(const Columns& a, const Subscript& deleted)
     return keptColumns;
 }
 
-spStatus deleteColumns(kxArray* A, const kxArray* J)
+spStatus deleteColumns(Target& target, const kxArray* J)
 {
-    const Columns a(A);
     Subscript columns;
-    const spStatus status = convertSubscript(J, Extent::forDeletion(a.n), columns);
+    const spStatus status = convertSubscript(J, Extent::forDeletion(kxGetN(target.get())), columns);
     if (status != spOK) {
         return status;
     }
-    const DeletedSet deleted(std::move(columns), a.n);
+    const Ordered deleted(std::move(columns), Repeats::kNone);
     if (deleted.count() > 0) {
-        kxSetN(A, compactColumns(a, deleted.positions()));
+        kxArray* const A = target.own();
+        kxSetN(A, compactColumns(Columns(A), deleted.form()));
     }
     return spOK;
 }
@@ -70,5 +69,5 @@ spStatus spDeleteColumns(kxArray* A, const kxArray* J)
         becomeEmptySparse(A, rowsOf(A), 0, 1, classOf(A), kxREAL);
         return spOK;
     }
-    return onDeletionTarget(A, J, [J](kxArray* target) { return deleteColumns(target, J); });
+    return onTarget(A, {J}, [J](Target& target) { return deleteColumns(target, J); });
 }

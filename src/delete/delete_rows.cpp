@@ -1,8 +1,7 @@
-#include "core/fresh_array.hpp"
 #include "core/operand_check.hpp"
 #include "core/row_selection.hpp"
 #include "core/search.hpp"
-#include "delete/deletion_target.hpp"
+#include "core/target.hpp"
 #include "kernels/select_loop.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
@@ -61,14 +60,15 @@ unsigned removeRows(const Columns& a, Subscript rows)
     return deleted.count();
 }
 
-spStatus deleteRows(kxArray* A, const kxArray* I)
+spStatus deleteRows(Target& target, const kxArray* I)
 {
-    const Columns a(A);
     Subscript rows;
-    const spStatus status = convertSubscript(I, Extent::forDeletion(a.m), rows);
+    const spStatus status = convertSubscript(I, Extent::forDeletion(rowsOf(target.get())), rows);
     if (status != spOK || countOf(rows) == 0) {
         return status;
     }
+    kxArray* const A = target.own();
+    const Columns a(A);
     kxSetM(A, a.m - removeRows(a, std::move(rows)));
     return spOK;
 }
@@ -85,5 +85,5 @@ spStatus spDeleteRows(kxArray* A, const kxArray* I)
         becomeEmptySparse(A, 0, kxGetN(A), 1, classOf(A), kxREAL);
         return spOK;
     }
-    return onDeletionTarget(A, I, [I](kxArray* target) { return deleteRows(target, I); });
+    return onTarget(A, {I}, [I](Target& target) { return deleteRows(target, I); });
 }

@@ -1,8 +1,8 @@
 // A(K): finds the stored entries at the selected linear positions (a plan without values), then builds the result.
 #include "core/operand_check.hpp"
 #include "core/values.hpp"
+#include "lookup/find_hits.hpp"
 #include "reference/gather.hpp"
-#include "reference/linear_hits.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>
@@ -87,7 +87,7 @@ ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, const 
         shape = {k, 1};
     }
     const auto* range = std::get_if<IndexRange>(&positions);
-    if (range != nullptr && range->isRun()) {
+    if (range != nullptr && range->isRun() && a.nnz() > 0) {
         const RunHits hits(a, *range);
         return buildFromHits(a, shape, hits.count(), hits);
     }
@@ -105,10 +105,10 @@ spStatus referenceByLargeMask(const Columns& a, const kxArray* subscript, ArrayO
         result = referenceConverted(a, subscript, mask);
         return spOK;
     }
-    HitList hits;
-    if (!findLargeMaskHits(a, mask, hits)) {
+    if (mask.highest() >= std::uint64_t{a.m} * a.n) {
         return spIndexOutOfRange;
     }
+    const HitList hits = findHits(a, mask);
     result = buildFromHits(a, maskShape(a, subscript, selected), std::min(selected, a.nnz()), hits);
     return spOK;
 }

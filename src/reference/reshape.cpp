@@ -1,9 +1,11 @@
 #include "core/columns.hpp"
 #include "core/operand_check.hpp"
 #include "core/owners.hpp"
+#include "lookup/entry_positions.hpp"
 
 #include <zqspmatrix.h>
 
+#include <algorithm>
 #include <numeric>
 
 namespace zqsp {
@@ -28,11 +30,7 @@ WrappedRow addModulo(unsigned x, unsigned y, unsigned m)
 void reshapeByPositions(const Columns& a, unsigned newM, unsigned newN, unsigned* newJc)
 {
     const unsigned nnz = a.nnz();
-    for (unsigned j = 1, offset = a.m; j < a.n; ++j, offset += a.m) {
-        for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
-            a.ir[e] += offset;
-        }
-    }
+    EntryWalk(a).replaceRows(nnz);
     unsigned column = 0;
     unsigned offset = 0; // linear position at which the column starts
     for (unsigned e = 0; e < nnz; ++e) {
@@ -42,9 +40,7 @@ void reshapeByPositions(const Columns& a, unsigned newM, unsigned newN, unsigned
         }
         a.ir[e] -= offset;
     }
-    for (unsigned c = column + 1; c <= newN; ++c) {
-        newJc[c] = nnz;
-    }
+    std::fill(newJc + column + 1, newJc + newN + 1, nnz);
 }
 
 /// Each old column covers q whole new columns and r rows more; the place where it starts is kept as a new column and
@@ -56,11 +52,11 @@ void reshapeByDivision(const Columns& a, unsigned newM, unsigned newN, unsigned*
     unsigned startRow = 0;
     unsigned startColumn = 0;
     for (unsigned j = 0; j < a.n; ++j) {
-        for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
+        for (unsigned e = a.jc[j]; e < a.jc[j + std::size_t{1}]; ++e) {
             const unsigned row = a.ir[e];
             const WrappedRow wrapped = addModulo(row % newM, startRow, newM);
             a.ir[e] = wrapped.row;
-            ++newJc[startColumn + row / newM + wrapped.carry + 1];
+            ++newJc[startColumn + row / newM + wrapped.carry + std::size_t{1}];
         }
         const WrappedRow next = addModulo(startRow, r, newM);
         startRow = next.row;

@@ -1,6 +1,7 @@
 #include "core/errors.hpp"
 #include "core/operand_check.hpp"
 #include "core/values.hpp"
+#include "lookup/entry_positions.hpp"
 #include "reference/gather.hpp"
 
 #include <zqspmatrix.h>
@@ -21,11 +22,7 @@ spStatus spRef2(const kxArray* A, kxArray** result)
     // Column-major order of A is the order of the one column: values keep their places.
     withStorage(a, [&](auto from) { decltype(from)(out).copyRun(0, from, 0, nnz); });
     out.jc[1] = nnz;
-    for (unsigned j = 0, offset = 0; j < a.n; ++j, offset += a.m) {
-        for (unsigned e = a.jc[j]; e < a.jc[j + 1]; ++e) {
-            out.ir[e] = a.ir[e] + offset;
-        }
-    }
+    EntryWalk(a).write(nnz, out.ir, nnz);
     *result = column.release();
     return spOK;
 }

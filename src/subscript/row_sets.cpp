@@ -18,26 +18,36 @@ void addTo(RowSet& set, unsigned extent, const LogicalMask& mask)
     }
 }
 
-RowSet namedBy(const Subscript& subscript, unsigned extent)
+void addAll(RowSet& set, const Subscript& subscript, unsigned extent)
 {
-    RowSet set(extent);
     std::visit([&](const auto& form) { addTo(set, extent, form); }, subscript);
-    return set;
 }
 
 } // namespace
 
 RowSet selectedOf(const Subscript& subscript, unsigned extent)
 {
-    RowSet set = namedBy(subscript, extent);
+    RowSet set(extent);
+    addAll(set, subscript, extent);
     set.rank();
     return set;
 }
 
 RowSet othersThan(const Subscript& subscript, unsigned extent)
 {
-    RowSet set = namedBy(subscript, extent);
+    RowSet set(extent);
+    addAll(set, subscript, extent);
     set.rankOthers();
+    return set;
+}
+
+std::optional<RowSet> othersOrNone(const Subscript& subscript, unsigned extent)
+{
+    std::optional<RowSet> set = RowSet::emptyOrNone(extent);
+    if (set) {
+        addAll(*set, subscript, extent);
+        set->rankOthers();
+    }
     return set;
 }
 

@@ -105,10 +105,11 @@ Model fillAll(const Model& a, const RightSide& b)
         result.nzmax = copied ? b.model.nzmax : Model::kAnyCapacity;
         return result;
     }
-    if (a.isEmpty()) {
-        return a;
-    }
     const Value value = converted.elements().at(0);
+    if (a.isEmpty()) {
+        result.nzmax = a.sparse && value != 0.0 ? 1 : a.nzmax;
+        return result;
+    }
     result.entries.clear();
     if (!result.sparse) {
         result.sparse = true;

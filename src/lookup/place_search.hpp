@@ -1,6 +1,6 @@
 // Searching many elements of a matrix at once.
-#ifndef ZQSP_CORE_PLACE_SEARCH_HPP
-#define ZQSP_CORE_PLACE_SEARCH_HPP
+#ifndef ZQSP_LOOKUP_PLACE_SEARCH_HPP
+#define ZQSP_LOOKUP_PLACE_SEARCH_HPP
 
 #include "core/columns.hpp"
 #include "core/search.hpp"

@@ -1,0 +1,238 @@
+#include "assign/linear_plan.hpp"
+
+#include "assign/linear_capacity.hpp"
+#include "core/search.hpp"
+#include "lookup/find_hits.hpp"
+
+#include <algorithm>
+#include <ranges>
+
+namespace zqsp {
+
+namespace {
+
+Slot findSlot(const Columns& a, Place place)
+{
+    return place.column < a.n ? findRow(a.ir, a.jc[place.column], a.jc[place.column + std::size_t{1}], place.row)
+                              : Slot{a.nnz(), false};
+}
+
+/// slotOf(i, slot) for ascending positions. Where they outnumber the entries, one gallops from each to the next, mostly
+/// no step; elsewhere their places are searched together, as a gallop would have to wait for the one before (measured,
+/// the one takes four fifths of the time of the other, the other a third of the one).
+template <typename F>
+void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions, unsigned count, F&& slotOf)
+{
+    const auto placeOf = [&](std::size_t i) { return layout.placeOf(positions[i]); };
+    const auto all = std::views::iota(0U, count);
+    const auto firstOutside =
+        std::ranges::partition_point(all, [&](unsigned i) { return layout.placeOf(positions[i]).column < a.n; });
+    const auto inside = static_cast<unsigned>(firstOutside - all.begin());
+    if (inside > a.nnz()) {
+        unsigned entry = 0;
+        for (unsigned i = 0; i < inside; ++i) {
+            const Place place = placeOf(i);
+            const unsigned end = a.jc[place.column + std::size_t{1}];
+            entry = gallop(a.ir, std::max(entry, a.jc[place.column]), end, place.row);
+            slotOf(i, Slot{entry, entry < end && a.ir[entry] == place.row});
+        }
+    } else {
+        searchPlaces(a, inside, placeOf, slotOf);
+    }
+    for (unsigned i = inside; i < count; ++i) {
+        slotOf(i, Slot{a.nnz(), false});
+    }
+}
+
+/// The capacity after the insertions (+1) and removals (-1) that the assignments make one after another.
+unsigned replayChanges(const Columns& a, LinearLayout layout, NumberView positions, unsigned count,
+                       const signed char* changes)
+{
+    CapacityReplay replay(a);
+    for (unsigned t = 0; t < count; ++t) {
+        layout.cover(positions[t]);
+        if (changes[t] > 0) {
+            replay.insert(1, layout.m(), layout.n());
+        } else if (changes[t] < 0) {
+            replay.remove(1);
+        }
+    }
+    return replay.capacity();
+}
+
+} // namespace
+
+void LinearPlan::add(const ElementPatch& patch)
+{
+    const unsigned dropped = patch.end - patch.begin;
+    insertions_ += patch.length - std::min(patch.length, dropped);
+    if (patch.length > 0 || dropped > 0) {
+        patches_.add(patch);
+    }
+}
+
+/// Adds the patch of one element; to the one before where it goes on from there.
+void LinearPlan::addOrJoin(const ElementPatch& patch, bool isScalar)
+{
+    if (patches_.count() > 0 && patch.length > 0) {
+        ElementPatch& last = patches_.data()[patches_.count() - 1];
+        if (last.length > 0 && patch.column == last.column && patch.row == last.row + last.length &&
+            patch.begin == last.end && (isScalar || patch.source == last.source + last.length)) {
+            last.end = patch.end;
+            ++last.length;
+            insertions_ += patch.begin == patch.end ? 1U : 0U;
+            return;
+        }
+    }
+    add(patch);
+}
+
+/// The capacity where each position is assigned once: in ascending order, or from the last to the first.
+void LinearPlan::replay(bool isReversed, unsigned firstAssigned)
+{
+    if (a_.nnz() + insertions_ <= a_.nzmax) {
+        return;
+    }
+    LinearLayout layout = layout_;
+    const unsigned m = layout.m();
+    const unsigned n = layout.n();
+    layout.cover(firstAssigned);
+    CapacityReplay replay(a_);
+    const std::span<const ElementPatch> patches = patches_.elements();
+    for (std::size_t i = 0; i < patches.size(); ++i) {
+        const ElementPatch& patch = patches[isReversed ? patches.size() - 1 - i : i];
+        const unsigned dropped = patch.end - patch.begin;
+        if (patch.length < dropped) {
+            replay.remove(dropped - patch.length);
+            continue;
+        }
+        const unsigned inserted = patch.length - dropped;
+        if (isReversed) { // the first one has made the target as large as it becomes
+            replay.insert(inserted, layout.m(), layout.n());
+            continue;
+        }
+        const unsigned reach = patch.row + patch.length; // what lies beyond the target is not stored
+        const unsigned beyond = patch.column >= n ? patch.length : std::min(patch.length, reach - std::min(reach, m));
+        replay.insert(inserted - beyond, layout.m(), layout.n());
+        for (unsigned left = beyond; left > 0; --left) {
+            layout.cover(Place{reach - left, patch.column});
+            replay.insert(1, layout.m(), layout.n());
+        }
+    }
+    capacity_ = replay.capacity();
+}
+
+LinearPlan LinearPlan::forRun(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
+                              const IndexRange& range)
+{
+    LinearPlan plan(a, layout);
+    const IndexRange run = range.ascending();
+    const Place from = layout.placeOf(run.first);
+    const Place to = layout.placeOf(run.last);
+    for (unsigned column = from.column, t = 0;; ++column) {
+        const unsigned first = column == from.column ? from.row : 0;
+        const unsigned last = column == to.column ? to.row : layout.lastRow();
+        const unsigned length = last - first + 1;
+        const unsigned begin = findSlot(a, {first, column}).position;
+        const Slot end = findSlot(a, {last, column});
+        plan.add({{column, begin, end.position + (end.stored ? 1U : 0U), values.areAllZero() ? 0 : length},
+                  first,
+                  values.source(t)});
+        if (column == to.column) {
+            break;
+        }
+        t += length;
+    }
+    plan.replay(range.stride < 0, range.first);
+    return plan;
+}
+
+LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& layout, const Columns& b,
+                                       const IndexRange& range)
+{
+    LinearPlan plan(a, layout);
+    const bool isReversed = range.stride < 0;
+    const IndexRange ascending = range.ascending();
+    const HitList hits = findHits(a, ascending.below(std::uint64_t{a.m} * a.n));
+    withStorage(b, [&](auto values) {
+        unsigned column = isReversed ? b.n - 1 : 0;
+        unsigned read = 0; // entries of b
+        const auto left = [&] { return read < b.nnz(); };
+        const auto next = [&] { return isReversed ? b.nnz() - 1 - read : read; };
+        const auto ordinal = [&] { // of the next one among the ascending positions
+            const unsigned e = next();
+            for (; isReversed && b.jc[column] > e; --column) {
+            }
+            for (; !isReversed && b.jc[column + std::size_t{1}] <= e; ++column) {
+            }
+            const unsigned t = column * b.m + b.ir[e];
+            return isReversed ? range.size - 1 - t : t;
+        };
+        const auto assign = [&](unsigned i, unsigned at, bool isStored, bool comes) {
+            const Place place = layout.placeOf(ascending[i]);
+            const unsigned source = comes ? next() : 0;
+            plan.add({{place.column, at, at + (isStored ? 1U : 0U), comes && !values.isZero(source) ? 1U : 0U},
+                      place.row,
+                      source});
+            read += comes ? 1U : 0U;
+        };
+        const auto insertBelow = [&](unsigned end) {
+            for (unsigned i = 0; left() && (i = ordinal()) < end;) {
+                assign(i, findSlot(a, layout.placeOf(ascending[i])).position, false, true);
+            }
+        };
+        hits.forEach([&](Hit hit) {
+            insertBelow(hit.ordinal);
+            assign(hit.ordinal, hit.source, true, left() && ordinal() == hit.ordinal);
+        });
+        insertBelow(range.size);
+    });
+    plan.replay(isReversed, range.first);
+    return plan;
+}
+
+LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
+                                    NumberView positions, const Ordered& ordered)
+{
+    LinearPlan plan(a, layout);
+    const unsigned count = ordered.count();
+    const Numbers sorted(ordered.form());
+    const bool mayRepeat = std::holds_alternative<IndexList>(ordered.form());
+    const bool mayGrow = mayRepeat && a.nnz() + std::uint64_t{count} > a.nzmax;
+    const auto changes = mayGrow ? Block<signed char>::zeroed(count) : Block<signed char>();
+    if (mayRepeat) {
+        plan.patches_.reserve(count);
+    }
+    values.withZeroTest([&](auto isZero) {
+        bool stored = false; // whether the present position is, after the assignments seen so far
+        findSlots(a, layout, sorted, count, [&](unsigned i, Slot slot) {
+            const unsigned position = sorted[i];
+            const unsigned t = ordered.source(i);
+            if (i == 0 || sorted[i - std::size_t{1}] != position) {
+                stored = slot.stored;
+            }
+            const bool stays = !isZero(t);
+            if (mayGrow) {
+                changes[t] = static_cast<signed char>(static_cast<int>(stays) - static_cast<int>(stored));
+            }
+            stored = stays;
+            const bool isLast = i + 1 == count || sorted[i + std::size_t{1}] != position;
+            if (isLast && (stored || slot.stored)) {
+                const Place place = layout.placeOf(position);
+                plan.addOrJoin(
+                    {{place.column, slot.position, slot.position + (slot.stored ? 1U : 0U), stored ? 1U : 0U},
+                     place.row,
+                     values.source(t)},
+                    values.isScalar());
+            }
+        });
+    });
+    if (mayGrow) {
+        plan.capacity_ = replayChanges(a, layout, positions, count, changes.get());
+    } else {
+        plan.replay(ordered.isReversed(), positions[0]);
+    }
+    return plan;
+}
+
+} // namespace zqsp

@@ -1,0 +1,98 @@
+// The array that an in-place call changes. A is it, unless an operand is A or shares its data, or A is full.
+#ifndef ZQSP_CORE_TARGET_HPP
+#define ZQSP_CORE_TARGET_HPP
+
+#include "core/owners.hpp"
+
+#include <zqspmatrix.h>
+
+#include <algorithm>
+#include <initializer_list>
+
+namespace zqsp {
+
+/// Replaces the whole content of A; nothing is raised.
+inline void replaceContent(kxArray* A, ArrayOwner fresh, kxVariableScope scope = kxTEMPORARY_SCOPE)
+{
+    kxSetArrayScope(fresh.get(), scope);
+    fresh.moveOnto(A);
+}
+
+/// A becomes a new m-by-n sparse array without entries. A is unchanged where this raises.
+inline void becomeEmptySparse(kxArray* A, unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
+{
+    replaceContent(A, ArrayOwner(kxCreateSparseNumericMatrix(m, n, nzmax, id, complexity)));
+}
+
+/// Whether the two are one array, or have a data block in common.
+inline bool sharesData(const kxArray* a, const kxArray* b)
+{
+    const auto same = [](const void* x, const void* y) { return x != nullptr && x == y; };
+    return a == b || same(a->pr, b->pr) || same(a->pi, b->pi) || same(a->ir, b->ir) || same(a->jc, b->jc);
+}
+
+/// A is asked through get() as long as nothing changes, and changed through own(). What changes nothing thus leaves A
+/// as it was, a full array included.
+class Target
+{
+  public:
+    Target(kxArray* A, std::initializer_list<const kxArray*> operands)
+        : A_(A),
+          isShared_(std::any_of(operands.begin(), operands.end(), [A](const kxArray* b) { return sharesData(A, b); }))
+    {
+    }
+
+    [[nodiscard]] const kxArray* get() const { return copy_.get() != nullptr ? copy_.get() : A_; }
+
+    /// The sparse array to change: A, or a copy in A's scope that finish() puts in its place. Either way the operands
+    /// keep their values meanwhile. An array without a class is given as it is. Raises the runtime's errors.
+    [[nodiscard]] kxArray* own()
+    {
+        if (copy_.get() == nullptr) {
+            if (!isSparse(A_) && classOf(A_) != kxUNKNOWN_CLASS) {
+                copy_ = ArrayOwner(kxMustBeSparse(A_));
+            } else if (isShared_) {
+                copy_ = ArrayOwner(kxCreateDeepCopy(A_));
+            } else {
+                return A_;
+            }
+            kxSetArrayScope(copy_.get(), A_->scope);
+        }
+        return copy_.get();
+    }
+
+    /// The content comes about anew.
+    void become(ArrayOwner fresh, kxVariableScope scope = kxTEMPORARY_SCOPE)
+    {
+        replaceContent(A_, std::move(fresh), scope);
+    }
+
+    /// What own() gave takes A's place.
+    void finish()
+    {
+        if (copy_.get() != nullptr) {
+            copy_.moveOnto(A_);
+        }
+    }
+
+  private:
+    kxArray* A_;
+    bool isShared_;
+    ArrayOwner copy_;
+};
+
+/// work(target) on A; what it changed is A's content once it completes.
+template <typename F>
+spStatus onTarget(kxArray* A, std::initializer_list<const kxArray*> operands, F&& work)
+{
+    Target target(A, operands);
+    const spStatus status = work(target);
+    if (status == spOK) {
+        target.finish();
+    }
+    return status;
+}
+
+} // namespace zqsp
+
+#endif

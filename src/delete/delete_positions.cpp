@@ -1,0 +1,93 @@
+#include "delete/delete_positions.hpp"
+
+#include "core/entry_moves.hpp"
+#include "core/row_selection.hpp"
+#include "core/search.hpp"
+#include "kernels/select_loop.hpp"
+#include "lookup/entry_positions.hpp"
+#include "lookup/members.hpp"
+#include "subscript/runs.hpp"
+
+#include <algorithm>
+
+namespace zqsp {
+
+namespace {
+
+/// Values move in blocks, only where an entry was dropped before them.
+unsigned deleteByPositions(const Columns& a, unsigned nnz, const Subscript& deleted)
+{
+    EntryWalk(a).replaceRows(nnz);
+    unsigned next = 0;    // first entry not looked at yet
+    unsigned kept = 0;    // entries that stay, of those looked at
+    unsigned removed = 0; // positions deleted so far
+    const auto keep = [&](unsigned end) {
+        moveEntries(a, kept, next, end - next, removed);
+        kept += end - next;
+    };
+    forEachRun(deleted, [&](unsigned first, unsigned length) {
+        const unsigned begin = gallopNear(a.ir, next, nnz, first);
+        keep(begin);
+        next = length == 1 ? begin + (begin < nnz && a.ir[begin] == first ? 1U : 0U)
+                           : gallopNear(a.ir, begin, nnz, first + length);
+        removed += length;
+    });
+    keep(nnz);
+    return kept;
+}
+
+/// Positions but for some, lowered by those below them.
+template <typename Members>
+struct OtherPositions
+{
+    Members deleted;
+
+    [[nodiscard]] bool selects(unsigned position) const { return !deleted.selects(position); }
+    unsigned newRow(unsigned position) { return position - deleted.newRow(position); }
+};
+
+template <typename Members>
+unsigned deleteByEntries(const Columns& a, unsigned nnz, const Members& deleted)
+{
+    EntryWalk(a).replaceRows(nnz);
+    const Entries entries = entriesOf(a);
+    return withMoves(entries, entries, [&, ir = a.ir](auto from, auto to) {
+        return selectEntries(ir, from, 0, nnz, OtherPositions<Members>{deleted}, true, ir, to, 0);
+    });
+}
+
+/// The rows of a block become positions just before it is gone through, while it is in the nearest caches.
+unsigned deleteByKernel(const Columns& a, unsigned nnz, const IndexList& list)
+{
+    constexpr unsigned kBlock = 1024;
+    EntryWalk walk(a);
+    DeletedList deleted{list.begin(), list.count()};
+    unsigned kept = 0;
+    for (unsigned begin = 0, size = 0; begin < nnz; begin += size) {
+        size = std::min(kBlock, nnz - begin);
+        walk.replaceRows(begin + size);
+        kept = kernels().closeUp(entriesOf(a), begin, begin + size, deleted, kept);
+    }
+    return kept;
+}
+
+} // namespace
+
+unsigned deletePositions(DeletionMethod method, const Columns& a, const Subscript& deleted)
+{
+    const unsigned nnz = a.nnz();
+    switch (method) {
+    case DeletionMethod::kByEntries:
+        if (const auto* mask = std::get_if<LogicalMask>(&deleted)) {
+            return deleteByEntries(a, nnz, MaskMembers(*mask));
+        }
+        return deleteByEntries(a, nnz, RangeMembers(std::get<IndexRange>(deleted)));
+    case DeletionMethod::kByKernel:
+        return deleteByKernel(a, nnz, std::get<IndexList>(deleted));
+    case DeletionMethod::kByPositions:
+        break;
+    }
+    return deleteByPositions(a, nnz, deleted);
+}
+
+} // namespace zqsp
