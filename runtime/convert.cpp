@@ -84,6 +84,17 @@ ArrayOwner convertFull(const kxArray* array, kxClassID id, kxComplexity complexi
     return made;
 }
 
+/// Apart from kxMustBe(), which has most often nothing to do and should find that out quickly.
+[[gnu::noinline]] ArrayOwner convert(const kxArray* array, kxClassID id)
+{
+    requireKnownClass(classOf(array));
+    if (isColonObject(array)) {
+        return valuesOf(array, id);
+    }
+    const kxComplexity complexity = mayBeComplex(id) ? complexityOf(array) : kxREAL;
+    return isSparse(array) ? convertSparse(array, id, complexity) : convertFull(array, id, complexity);
+}
+
 } // namespace
 } // namespace kxrt
 
@@ -94,15 +105,10 @@ using namespace kxrt;
 kxArray* kxMustBe(const kxArray* array, kxClassID id)
 {
     requireKnownClass(id);
-    requireKnownClass(classOf(array));
-    if (isColonObject(array)) {
-        return valuesOf(array, id).release();
-    }
-    if (classOf(array) == id) {
+    if (classOf(array) == id && !isColonObject(array)) {
         return const_cast<kxArray*>(array);
     }
-    const kxComplexity complexity = mayBeComplex(id) ? complexityOf(array) : kxREAL;
-    return (isSparse(array) ? convertSparse(array, id, complexity) : convertFull(array, id, complexity)).release();
+    return convert(array, id).release();
 }
 
 } // namespace matrix::detail::noninlined::kx_array_api

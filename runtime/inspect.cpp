@@ -13,9 +13,21 @@ using namespace kxrt;
 
 namespace {
 
-[[noreturn, gnu::cold, gnu::noinline]] void raiseWithoutValue()
+/// The first element of any array, or the error that there is none.
+[[gnu::noinline]] double convertedScalar(const kxArray* array)
 {
-    raiseInvalidOperand("A value was asked of an array that has none.");
+    if (kxIsEmpty(array) || array->is_colon_index()) {
+        raiseInvalidOperand("A value was asked of an array that has none.");
+    }
+    if (isColonObject(array)) {
+        return record(array)->range.start;
+    }
+    if (isSparse(array) && (array->jc[1] == 0 || array->ir[0] != 0)) {
+        return 0;
+    }
+    double value = 0;
+    convertRun(array->pr, classOf(array), &value, kxDOUBLE_CLASS, 1);
+    return value;
 }
 
 unsigned saturated(std::uint64_t value, unsigned most)
@@ -62,18 +74,7 @@ double kxGetScalar(const kxArray* array)
     if (isPlain && array->class_id == kxDOUBLE_CLASS && elementsOf(array) != 0) {
         return *static_cast<const double*>(array->pr);
     }
-    if (kxIsEmpty(array) || array->is_colon_index()) {
-        raiseWithoutValue();
-    }
-    if (isColonObject(array)) {
-        return record(array)->range.start;
-    }
-    if (isSparse(array) && (array->jc[1] == 0 || array->ir[0] != 0)) {
-        return 0;
-    }
-    double value = 0;
-    convertRun(array->pr, classOf(array), &value, kxDOUBLE_CLASS, 1);
-    return value;
+    return convertedScalar(array);
 }
 
 bool* kxGetLogicals(const kxArray* array)

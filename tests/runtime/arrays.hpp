@@ -48,6 +48,14 @@ inline std::vector<unsigned> dimensions(const Array& array)
     return elements<unsigned>(array->get_dimensions(), array->ndims);
 }
 
+/// Whether the runtime has an allocator of its own, or leaves everything to AddressSanitizer's, which touches all it
+/// gives and is not ready for forks.
+inline bool hasOwnAllocator()
+{
+    kxFree(kxMalloc(std::size_t{1} << 20));
+    return kxrt::fresh_mappings() != 0;
+}
+
 /// The identifier of the error that the call raises; empty when it raises none.
 template <typename Call>
 std::string errorOf(Call&& call)

@@ -188,6 +188,9 @@ TEST_F(MemoryTest, LargeBlocksUsedInTurnsAreMappedOnce)
 
 TEST_F(MemoryTest, AChildMayAllocateThatWasForkedWhileAnotherThreadDid)
 {
+    if (!hasOwnAllocator()) {
+        GTEST_SKIP();
+    }
     std::atomic<bool> enough{false};
     std::thread busy([&enough] {
         while (!enough) {
