@@ -6,7 +6,7 @@ if(ZQSP_PYTHON_WHEEL)
   set_target_properties(zqspmatrix PROPERTIES VERSION ${PROJECT_VERSION_MAJOR}) # one file instead of a link and a file
   install(TARGETS ${libraries} LIBRARY DESTINATION . COMPONENT python NAMELINK_SKIP)
 else()
-  set(python_dir lib/python${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}/site-packages)
+  set(python_dir lib/python3.${python_minor}/site-packages)
   if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
     set(python_dir lib/python3/dist-packages) # where Debian has the packages of its own Python
   endif()

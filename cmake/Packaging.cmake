@@ -37,12 +37,14 @@ set(CPACK_DEBIAN_SHELL_PACKAGE_DEPENDS "${library_package} ${this_version}")
 set(CPACK_COMPONENT_SHELL_DESCRIPTION "A shell that reads, changes and draws sparse matrices by subscripts.")
 
 # The extension is for one minor version of Python; Debian's has no more than one.
-math(EXPR next_python_minor "0${Python_VERSION_MINOR} + 1")
+if(ZQSP_BUILD_PYTHON)
+  math(EXPR next_python_minor "${python_minor} + 1")
+endif()
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-zqspmatrix)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
 string(CONCAT CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library_package} ${this_version}, python3-numpy, python3-scipy, "
-  "python3 (>= 3.${Python_VERSION_MINOR}), python3 (<< 3.${next_python_minor})")
+  "python3 (>= 3.${python_minor}), python3 (<< 3.${next_python_minor})")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION "The Python package, for SciPy's sparse matrices.")
 
 # Debian wants the licence in each package; in an installation by hand it would only be in the way.

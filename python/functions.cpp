@@ -43,9 +43,8 @@ bool isLendable(const Compressed& source)
            (source.data.flags() & py::array::c_style) != 0;
 }
 
-py::object read(const Compressed& source, const py::object& key)
+py::object read(const Compressed& source, Selection&& selection)
 {
-    Selection selection = selectionOf(key, source.rows, source.columns, Use::reading);
     const Selection::Form form = selection.form;
     const py::handle type(reinterpret_cast<PyObject*>(Py_TYPE(source.matrix.ptr())));
     if ((form == Selection::Form::pairs && !countable(source.rows, source.columns)) ||
@@ -68,6 +67,19 @@ py::object read(const Compressed& source, const py::object& key)
         reshape(found.get(), source.byRows ? columns : rows, source.byRows ? rows : columns);
     }
     return toScipy(std::move(found), elements, type, source.byRows, source.data);
+}
+
+/// Many rows of compressed columns in an order of their own: SciPy leaves the entries unsorted, and is faster by that.
+/// Measured with 1,000 of 40,000 rows: 450 microseconds against 810.
+bool isBetterLeftToScipy(const Selection& selection, bool byRows)
+{
+    constexpr py::ssize_t kFew = 64;
+    const Index& index = byRows ? selection.column : selection.row;
+    if (selection.form != Selection::Form::region || index.kind != Index::Kind::list || index.count <= kFew) {
+        return false;
+    }
+    const unsigned* words = wordsOf(index.words);
+    return !std::is_sorted(words, words + index.count);
 }
 
 /// What numbered entries stand for when those of the matrix come first.
@@ -172,7 +184,8 @@ void overwrite(py::array data, const std::vector<unsigned>& places, const py::ar
 py::object getItem(const py::object& matrix, const py::object& key)
 {
     const auto source = readable(matrix);
-    return source ? answer(read(*source, key)) : notImplemented();
+    return source ? answer(read(*source, selectionOf(key, source->rows, source->columns, Use::reading)))
+                  : notImplemented();
 }
 
 py::object setItem(const py::object& matrix, const py::object& key, const py::object& value, bool grow)
@@ -232,7 +245,11 @@ py::object tryGetItem(const py::object& matrix, const py::object& key)
     if (!source || !isLendable(*source) || !isCanonical(*source)) {
         return notImplemented();
     }
-    py::object result = read(*source, key);
+    Selection selection = selectionOf(key, source->rows, source->columns, Use::reading);
+    if (isBetterLeftToScipy(selection, source->byRows)) {
+        return notImplemented();
+    }
+    py::object result = read(*source, std::move(selection));
     return result.is(notImplemented()) ? result : answer(std::move(result));
 }
 

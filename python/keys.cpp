@@ -1,6 +1,7 @@
 #include "keys.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -61,6 +62,20 @@ Index fromSlice(const py::object& key, const Axis& axis)
     return index;
 }
 
+/// How many of the bytes, each 0 or 1, are 1: eight at a time, added up by a product in its highest byte.
+py::ssize_t countSet(const unsigned char* bytes, py::ssize_t size)
+{
+    constexpr std::uint64_t kOnes = 0x0101010101010101U;
+    py::ssize_t count = 0;
+    py::ssize_t k = 0;
+    for (; k + 8 <= size; k += 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes + k, 8);
+        count += static_cast<py::ssize_t>((word * kOnes) >> 56U);
+    }
+    return count + std::count(bytes + k, bytes + size, 1);
+}
+
 /// The bytes are copied, as any byte but 0 counts as true, and as other threads may write to the mask meanwhile.
 Index fromMask(const py::array& key, const Axis& axis)
 {
@@ -76,12 +91,10 @@ Index fromMask(const py::array& key, const Axis& axis)
     index.words = Array(kx::kxCreateNumericArray(2, dims, kxLOGICAL_CLASS, kxREAL));
     auto* to = static_cast<unsigned char*>(index.words->pr);
     const auto* from = reinterpret_cast<const unsigned char*>(mask.data());
-    py::ssize_t count = 0;
     for (py::ssize_t k = 0; k < mask.size(); ++k) {
         to[k] = from[k] != 0 ? 1 : 0;
-        count += to[k];
     }
-    index.count = count;
+    index.count = countSet(to, mask.size());
     for (py::ssize_t k = axis.extent; k < mask.size(); ++k) {
         if (to[k] != 0) {
             raiseOutside(std::to_string(k), axis);

@@ -100,8 +100,8 @@ Compressed sparseLike(const py::object& value, const Elements& elements, bool by
     return std::move(*source);
 }
 
-std::optional<Values> sparseValues(const py::object& value, const Selection& selection, const Elements& elements, bool byRows,
-                    std::size_t already)
+std::optional<Values> sparseValues(const py::object& value, const Selection& selection, const Elements& elements,
+                                   bool byRows, std::size_t already)
 {
     const auto [rows, columns] = value.attr("shape").cast<std::pair<py::ssize_t, py::ssize_t>>();
     const auto fits = [](py::ssize_t given, py::ssize_t wanted) { return given == wanted || given == 1; };
