@@ -32,6 +32,10 @@ if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   endif()
 endif()
 
+if(ZQSP_BUILD_PYTHON)
+  include(${CMAKE_CURRENT_LIST_DIR}/InstallPython.cmake)
+endif()
+
 # find_package(zqspmatrix CONFIG)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zqspmatrix)
 install(EXPORT zqspmatrixTargets NAMESPACE zqspmatrix:: DESTINATION ${package_dir} COMPONENT development)

@@ -9,6 +9,9 @@ set(CPACK_COMPONENTS_ALL library development)
 if(ZQSP_BUILD_SHELL)
   list(APPEND CPACK_COMPONENTS_ALL shell)
 endif()
+if(ZQSP_BUILD_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -33,6 +36,17 @@ set(CPACK_DEBIAN_SHELL_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_SHELL_PACKAGE_DEPENDS "${library_package} ${this_version}")
 set(CPACK_COMPONENT_SHELL_DESCRIPTION "A shell that reads, changes and draws sparse matrices by subscripts.")
 
+# The extension is for one minor version of Python; Debian's has no more than one.
+if(ZQSP_BUILD_PYTHON)
+  math(EXPR next_python_minor "${python_minor} + 1")
+endif()
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-zqspmatrix)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+string(CONCAT CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library_package} ${this_version}, python3-numpy, python3-scipy, "
+  "python3 (>= 3.${python_minor}), python3 (<< 3.${next_python_minor})")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "The Python package, for SciPy's sparse matrices.")
+
 # Debian wants the licence in each package; in an installation by hand it would only be in the way.
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright COMPONENT library EXCLUDE_FROM_ALL
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${library_package})
@@ -40,5 +54,9 @@ install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright COMPONENT developme
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libzqspmatrix-dev)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright COMPONENT shell EXCLUDE_FROM_ALL
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kxsh)
+if(NOT ZQSP_PYTHON_WHEEL)
+  install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright COMPONENT python EXCLUDE_FROM_ALL
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-zqspmatrix)
+endif()
 
 include(CPack)
