@@ -7,13 +7,17 @@ endif()
 include(CMakePackageConfigHelpers)
 
 set(libraries zqspmatrix kx zqfl)
-install(TARGETS ${libraries} EXPORT zqspmatrixTargets
+install(TARGETS ${libraries} zqspmatrix_cpp EXPORT zqspmatrixTargets
   LIBRARY COMPONENT library NAMELINK_COMPONENT development)
 install(FILES
     ${PROJECT_SOURCE_DIR}/include/zqspmatrix.h
+    ${PROJECT_SOURCE_DIR}/include/zqspmatrix.hpp
+    ${PROJECT_SOURCE_DIR}/include/zqspmatrix_eigen.hpp
     ${PROJECT_SOURCE_DIR}/platform/kx_array.hpp
     ${PROJECT_SOURCE_DIR}/platform/fl_except.hpp
     ${PROJECT_SOURCE_DIR}/runtime/kx_runtime.hpp
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zqspmatrix COMPONENT development)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/zqspmatrix_cpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zqspmatrix COMPONENT development)
 
 if(ZQSP_BUILD_SHELL)
