@@ -1,14 +1,23 @@
 # The installed package: libraries, headers, shell, and what find_package() and pkg-config read.
-# Install components, which the Debian packages follow: library, development, shell.
+# Install components: library, development, shell, python.
 option(ZQSP_INSTALL "Generate install rules" ${PROJECT_IS_TOP_LEVEL})
 if(NOT ZQSP_INSTALL)
   return()
 endif()
 include(CMakePackageConfigHelpers)
 
-set(libraries zqspmatrix kx zqfl)
-install(TARGETS ${libraries} zqspmatrix_cpp EXPORT zqspmatrixTargets
-  LIBRARY COMPONENT library NAMELINK_COMPONENT development)
+# The names of the embedded runtime carry no version, so that an interpreter's own can stand in its place; where such
+# names are not welcome (the Debian packages), a folder of this library's own keeps them apart.
+set(ZQSP_INSTALL_RUNTIME_DIR ${CMAKE_INSTALL_LIBDIR} CACHE STRING "Where libkx and libzqfl are installed")
+set(libraries zqspmatrix zqspmatrix_cpp)
+if(ZQSP_BUILD_STATIC)
+  list(APPEND libraries zqspmatrix_static)
+endif()
+install(TARGETS ${libraries} EXPORT zqspmatrixTargets
+  LIBRARY COMPONENT library NAMELINK_COMPONENT development
+  ARCHIVE COMPONENT development)
+install(TARGETS kx zqfl EXPORT zqspmatrixTargets
+  LIBRARY DESTINATION ${ZQSP_INSTALL_RUNTIME_DIR} COMPONENT library)
 install(FILES
     ${PROJECT_SOURCE_DIR}/include/zqspmatrix.h
     ${PROJECT_SOURCE_DIR}/include/zqspmatrix.hpp
@@ -27,14 +36,55 @@ if(ZQSP_BUILD_SHELL)
   install(FILES ${examples} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kxsh/examples COMPONENT shell)
 endif()
 
-# Under any prefix of its own the package finds its parts relative to itself; in /usr the loader looks anyway.
-if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
-  set_target_properties(${libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
-  if(ZQSP_BUILD_SHELL)
-    file(RELATIVE_PATH libraries_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(kxsh PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_bin}")
-  endif()
+# Every part finds the others relative to itself; in the loader's own folders nothing needs to be said.
+set(loader_folders "")
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(loader_folders ${CMAKE_INSTALL_LIBDIR})
 endif()
+function(set_install_rpath target folder) # of a TARGET that is installed into FOLDER
+  set(wanted ${CMAKE_INSTALL_LIBDIR} ${ZQSP_INSTALL_RUNTIME_DIR})
+  list(REMOVE_DUPLICATES wanted)
+  list(REMOVE_ITEM wanted ${loader_folders})
+  set(rpath "")
+  foreach(library_folder ${wanted})
+    file(RELATIVE_PATH relative /prefix/${folder} /prefix/${library_folder})
+    string(REGEX REPLACE "/$" "" origin "$ORIGIN/${relative}")
+    list(APPEND rpath ${origin})
+  endforeach()
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH "${rpath}")
+endfunction()
+set_install_rpath(zqspmatrix ${CMAKE_INSTALL_LIBDIR})
+set_install_rpath(kx ${ZQSP_INSTALL_RUNTIME_DIR})
+set_install_rpath(zqfl ${ZQSP_INSTALL_RUNTIME_DIR})
+if(ZQSP_BUILD_SHELL)
+  set_install_rpath(kxsh ${CMAKE_INSTALL_BINDIR})
+endif()
+# For a Python that looks into this folder of the prefix.
+set(ZQSP_INSTALL_PYTHON_DIR "" CACHE STRING "Where the Python package is installed; nowhere if empty")
+if(ZQSP_BUILD_PYTHON AND ZQSP_INSTALL_PYTHON_DIR)
+  set_install_rpath(zqspmatrix_python ${ZQSP_INSTALL_PYTHON_DIR}/zqspmatrix)
+  install(TARGETS zqspmatrix_python
+    LIBRARY DESTINATION ${ZQSP_INSTALL_PYTHON_DIR}/zqspmatrix COMPONENT python)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/python/zqspmatrix DESTINATION ${ZQSP_INSTALL_PYTHON_DIR} COMPONENT python
+    FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
+endif()
+
+# So do programs that are linked against the installed package.
+set(runtime_link_flags "")
+if(NOT ZQSP_INSTALL_RUNTIME_DIR STREQUAL CMAKE_INSTALL_LIBDIR)
+  target_link_options(kx INTERFACE
+    "$<INSTALL_INTERFACE:LINKER:-rpath,$<INSTALL_PREFIX>/${ZQSP_INSTALL_RUNTIME_DIR}>")
+  set(runtime_link_flags
+    "-L\${prefix}/${ZQSP_INSTALL_RUNTIME_DIR} -Wl,-rpath,\${prefix}/${ZQSP_INSTALL_RUNTIME_DIR} ")
+endif()
+
+# The manual page of the interface, made of its header.
+add_custom_command(OUTPUT zqspmatrix.3
+  COMMAND ${PROJECT_SOURCE_DIR}/scripts/man-page ${PROJECT_SOURCE_DIR}/include/zqspmatrix.h ${PROJECT_VERSION}
+          >zqspmatrix.3
+  DEPENDS ${PROJECT_SOURCE_DIR}/scripts/man-page ${PROJECT_SOURCE_DIR}/include/zqspmatrix.h VERBATIM)
+add_custom_target(zqspmatrix_manual ALL DEPENDS zqspmatrix.3)
+install(FILES ${PROJECT_BINARY_DIR}/zqspmatrix.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
 
 # find_package(zqspmatrix CONFIG)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zqspmatrix)
@@ -53,7 +103,3 @@ file(RELATIVE_PATH prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE
 configure_file(${CMAKE_CURRENT_LIST_DIR}/zqspmatrix.pc.in ${PROJECT_BINARY_DIR}/zqspmatrix.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/zqspmatrix.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
-
-if(PROJECT_IS_TOP_LEVEL)
-  include(cmake/Packaging.cmake)
-endif()
