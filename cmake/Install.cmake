@@ -81,7 +81,7 @@ endif()
 # The manual page of the interface, made of its header.
 add_custom_command(OUTPUT zqspmatrix.3
   COMMAND ${PROJECT_SOURCE_DIR}/scripts/man-page ${PROJECT_SOURCE_DIR}/include/zqspmatrix.h ${PROJECT_VERSION}
-          >zqspmatrix.3
+          zqspmatrix.3
   DEPENDS ${PROJECT_SOURCE_DIR}/scripts/man-page ${PROJECT_SOURCE_DIR}/include/zqspmatrix.h VERBATIM)
 add_custom_target(zqspmatrix_manual ALL DEPENDS zqspmatrix.3)
 install(FILES ${PROJECT_BINARY_DIR}/zqspmatrix.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)

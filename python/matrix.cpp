@@ -1,143 +1,288 @@
 #include "matrix.hpp"
 
-#include <zqspmatrix.h>
+#include "operations.hpp"
+#include "scipy.hpp"
+#include "values.hpp"
 
-#include <complex>
-#include <string>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
 
 namespace zqsp::python {
 namespace {
 
-bool isColon(const Operand& subscript)
+/// A new Python object of this class, with a Matrix in it.
+py::object objectOf(const py::handle& type, Matrix matrix)
 {
-    return subscript.array->is_colon_index();
+    py::object made = type.attr("__new__")(type);
+    made.cast<Matrix&>() = std::move(matrix);
+    return made;
 }
 
-/// TypeError unless it is a SciPy matrix.
-const py::object& requireSparse(const py::object& source)
+py::object scipyKind(const char* name)
 {
-    if (!isScipySparse(source)) {
-        throw py::type_error("a Matrix is made of a SciPy sparse matrix");
+    return py::module_::import("scipy.sparse").attr(name);
+}
+
+/// csc_array for SciPy's arrays of any format, csc_matrix for its matrices.
+py::object kindOf(const py::object& source)
+{
+    const py::object row = source.attr("tocsc")().attr("__class__");
+    for (const char* name : {"csc_array", "csc_matrix"}) {
+        const py::object kind = scipyKind(name);
+        if (PyObject_IsSubclass(row.ptr(), kind.ptr()) == 1) {
+            return kind;
+        }
     }
-    return source;
+    return scipyKind("csc_matrix");
 }
 
 } // namespace
 
-Matrix::Matrix(const py::object& source) : Matrix(fromScipy(requireSparse(source))) {}
-
-Matrix::Matrix(Seen seen)
-    : array_(std::move(seen.operand.array)), lender_(std::move(seen.operand.lender)), storage_(seen.storage)
+/// A call that reads the matrix, and may let other threads run.
+class Matrix::Reading
 {
+  public:
+    explicit Reading(const Matrix& matrix) : matrix_(matrix)
+    {
+        if (matrix.changing_) {
+            throw std::runtime_error("the matrix is being changed by another thread");
+        }
+        ++matrix.readers_;
+    }
+    ~Reading() { --matrix_.readers_; }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+  private:
+    const Matrix& matrix_;
+};
+
+class Matrix::Changing
+{
+  public:
+    explicit Changing(Matrix& matrix) : matrix_(matrix)
+    {
+        if (matrix.changing_ || matrix.readers_ != 0) {
+            throw std::runtime_error("the matrix cannot be changed while another thread uses it");
+        }
+        matrix.changing_ = true;
+    }
+    ~Changing() { matrix_.changing_ = false; }
+    Changing(const Changing&) = delete;
+    Changing& operator=(const Changing&) = delete;
+
+  private:
+    Matrix& matrix_;
+};
+
+Matrix::Matrix()
+    : array_(kx::kxCreateSparseNumericMatrix(0, 0, 0, kxDOUBLE_CLASS, kxREAL)),
+      lender_(py::none()),
+      elements_(elementsOf(py::dtype::of<double>())),
+      kind_(scipyKind("csc_matrix"))
+{
+}
+
+Matrix::Matrix(Matrix&& other) noexcept
+    : array_(std::move(other.array_)),
+      lender_(std::move(other.lender_)),
+      elements_(std::move(other.elements_)),
+      kind_(std::move(other.kind_))
+{
+}
+
+Matrix& Matrix::operator=(Matrix&& other) noexcept
+{
+    array_ = std::move(other.array_);
+    lender_ = std::move(other.lender_);
+    elements_ = std::move(other.elements_);
+    kind_ = std::move(other.kind_);
+    return *this;
+}
+
+Matrix Matrix::with(Array array) const
+{
+    return {std::move(array), py::none(), elements_, kind_};
+}
+
+void Matrix::load(const py::object& source, bool copy, bool check)
+{
+    if (!isScipySparse(source)) {
+        throw py::type_error("a Matrix is made of a SciPy sparse matrix or array, or of a Matrix, not of " +
+                             text(py::type::of(source)));
+    }
+    const Elements elements = elementsOf(source.attr("dtype"));
+    const Changing changing(*this);
+    const std::optional<Compressed> given = compressed(source);
+    const bool byColumns = given && !given->byRows;
+    if (byColumns && !copy) {
+        if (elements.complexity == kxREAL) {
+            Operand lent = lentArray(*given, elements);
+            if (check) {
+                requireSound(lent.array.get());
+            }
+            *this = Matrix(std::move(lent.array), std::move(lent.lender), elements, kindOf(source));
+            return;
+        }
+        Array made = ownedArray(*given, elements); // joined parts cannot be lent
+        if (check) {
+            requireSound(made.get());
+        }
+        *this = Matrix(std::move(made), py::none(), elements, kindOf(source));
+        return;
+    }
+    std::optional<Array> made = byColumns ? checkedArray(*given, elements) : std::optional<Array>();
+    if (!made) {
+        made = ownedArray(canonical(source), elements);
+    }
+    *this = Matrix(std::move(*made), py::none(), elements, kindOf(source));
+}
+
+void Matrix::loadCopy(const Matrix& other)
+{
+    const Reading reading(other);
+    *this = other.with(Array(kx::kxCreateDeepCopy(other.array_.get())));
 }
 
 std::pair<unsigned, unsigned> Matrix::shape() const
 {
-    return {array_->get_dimensions()[0], kx::kxGetN(array_.get())};
+    return {rowsOf(array_.get()), columnsOf(array_.get())};
 }
 
 unsigned Matrix::entries() const
 {
-    return array_->jc[shape().second];
+    return entriesOf(array_.get());
 }
 
-Matrix::Subscripts Matrix::convert(const py::object& key, Use use) const
+py::object Matrix::get(const py::handle& self, const py::object& key, Brackets brackets) const
 {
     const auto [m, n] = shape();
-    if (!py::isinstance<py::tuple>(key)) {
-        return {subscript(key, {m, n, use}), {}, isInteger(key)};
+    const Reading reading(*this);
+    if (brackets != Brackets::scipy) {
+        const Subscripts subscripts = brackets == Brackets::region ? regionSubscripts(key, m, n, Use::reading)
+                                                                   : elementSubscripts(key, m, n, Use::reading);
+        Array found = reference(array_.get(), subscripts);
+        const auto isInteger = [](const Array& subscript) {
+            return !subscript || (kx::kxIsScalar(subscript.get()) && subscript->class_id == kxDOUBLE_CLASS);
+        };
+        if (isInteger(subscripts.first) && isInteger(subscripts.second)) {
+            return scalarOf(found.get(), entriesOf(found.get()) != 0, elements_);
+        }
+        return objectOf(py::type::of(self), with(std::move(found)));
     }
-    const py::tuple keys = key;
-    if (keys.size() != 2) {
-        throw py::index_error("a matrix takes one subscript or two, not " + std::to_string(keys.size()));
+
+    Selection selection = selectionOf(key, m, n, Use::reading);
+    const auto [form, rows, columns] = std::tuple{selection.form, selection.rows, selection.columns};
+    const bool flat = selection.flat && rows * columns != 0;
+    if (form == Selection::Form::pairs && !countable(m, n)) {
+        return py::none();
     }
-    return {subscript(keys[0], {m, 1, use}), subscript(keys[1], {n, 1, use}), isInteger(keys[0]) && isInteger(keys[1])};
+    const Subscripts subscripts = subscriptsOf(std::move(selection), m, false);
+    Array found = reference(array_.get(), subscripts);
+    if (form == Selection::Form::element) {
+        return scalarOf(found.get(), entriesOf(found.get()) != 0, elements_);
+    }
+    if (form == Selection::Form::pairs) {
+        if (flat) {
+            return denseRow(std::move(found), elements_, isArrayType(kind_));
+        }
+        python::reshape(found.get(), rows, columns); // of a vector, a vector takes the direction
+    }
+    return objectOf(py::type::of(self), with(std::move(found)));
 }
 
-py::object Matrix::get(const py::object& key) const
+bool Matrix::set(const py::object& key, const py::object& value, Brackets brackets, bool grow)
 {
-    const auto [I, J, single] = convert(key, Use::reading);
-    kxArray* result = nullptr;
-    spStatus status = spOK;
-    if (!J.array) {
-        status = isColon(I) ? spRef2(array_.get(), &result) : spRef3(array_.get(), I.array.get(), &result);
-    } else if (isColon(I)) {
-        status = spRef4(array_.get(), J.array.get(), &result);
-    } else if (isColon(J)) {
-        status = spRef5(array_.get(), I.array.get(), &result);
+    const auto [m, n] = shape();
+    const Use use = grow ? Use::growing : Use::writing;
+    if (brackets != Brackets::scipy) {
+        const Array values = languageValues(value, elements_);
+        const Subscripts subscripts =
+            brackets == Brackets::region ? regionSubscripts(key, m, n, use) : elementSubscripts(key, m, n, use);
+        const Changing changing(*this);
+        makePrivate();
+        assign(array_.get(), values.get(), subscripts);
+        return true;
+    }
+    Selection selection = selectionOf(key, m, n, use);
+    const auto values = valuesFor(value, selection, elements_, false, 0);
+    if (!values) {
+        return true;
+    }
+    const Changing changing(*this);
+    if (selection.form != Selection::Form::pairs) {
+        const Subscripts subscripts = subscriptsOf(std::move(selection), m, false);
+        makePrivate();
+        assign(array_.get(), values->array.get(), subscripts);
+        return true;
+    }
+    const auto [rows, columns] = grownShape(selection, m, n);
+    if (!countable(rows, columns)) {
+        return false;
+    }
+    const Subscripts subscripts = subscriptsOf(std::move(selection), sizeOf(rows), false);
+    makePrivate();
+    growTo(array_.get(), sizeOf(rows), sizeOf(columns));
+    assign(array_.get(), values->array.get(), subscripts);
+    return true;
+}
+
+void Matrix::remove(const py::object& key, Brackets brackets)
+{
+    const auto [m, n] = shape();
+    const Subscripts subscripts = brackets == Brackets::region ? regionSubscripts(key, m, n, Use::deleting)
+                                  : brackets == Brackets::elements
+                                      ? elementSubscripts(key, m, n, Use::deleting)
+                                      : erasedBy(selectionOf(key, m, n, Use::reading), m, false);
+    const Changing changing(*this);
+    makePrivate();
+    erase(array_.get(), subscripts);
+}
+
+void Matrix::reshape(std::pair<py::ssize_t, py::ssize_t> shape, bool byColumns)
+{
+    const Changing changing(*this);
+    if (byColumns) {
+        makePrivate();
+        return python::reshape(array_.get(), shape.first, shape.second);
+    }
+    Array turned(kx::kxTranspose(array_.get()));
+    python::reshape(turned.get(), shape.second, shape.first);
+    array_ = Array(kx::kxTranspose(turned.get()));
+    lender_ = py::none();
+}
+
+py::object Matrix::transposed(const py::handle& self) const
+{
+    const Reading reading(*this);
+    return objectOf(py::type::of(self), with(Array(kx::kxTranspose(array_.get()))));
+}
+
+py::object Matrix::copied(const py::handle& self) const
+{
+    const Reading reading(*this);
+    return objectOf(py::type::of(self), with(Array(kx::kxCreateDeepCopy(array_.get()))));
+}
+
+py::object Matrix::toScipy(bool copy) const
+{
+    const Reading reading(*this);
+    if (copy) {
+        return python::toScipy(Array(kx::kxCreateDeepCopy(array_.get())), elements_, kind_, false);
+    }
+    const auto [m, n] = shape();
+    Blocks blocks;
+    if (lender_.is_none()) {
+        blocks = blocksOf(Array(kx::kxCreateSharedDataCopy(array_.get())), elements_);
     } else {
-        status = spRef6(array_.get(), I.array.get(), J.array.get(), &result);
+        const py::tuple lent = lender_;
+        blocks = {lent[0].attr("view")(), lent[1].attr("view")(), lent[2].attr("view")()};
     }
-    kxHandleSparseSubscriptError(status);
-    Matrix made(Array(result), storage_);
-    return single ? made.element() : py::cast(std::move(made));
-}
-
-py::object Matrix::element() const
-{
-    const bool stored = entries() != 0;
-    if (storage_ == Storage::logical) {
-        return py::bool_(stored && *static_cast<const bool*>(array_->pr));
+    for (const py::object& block : {py::object(blocks.data), blocks.indices, blocks.starts}) {
+        block.attr("flags").attr("writeable") = false;
     }
-    const double re = stored ? *static_cast<const double*>(array_->pr) : 0.0;
-    if (storage_ == Storage::real) {
-        return py::float_(re);
-    }
-    const double im = stored && array_->pi != nullptr ? *static_cast<const double*>(array_->pi) : 0.0;
-    return py::reinterpret_steal<py::object>(PyComplex_FromDoubles(re, im));
-}
-
-void Matrix::assign(const py::object& key, const py::object& value, Use use)
-{
-    const Array B = rightSide(py::isinstance<Matrix>(value) ? value.cast<const Matrix&>().toScipy() : value, storage_);
-    const auto [I, J, single] = convert(key, use);
-    makePrivate();
-    spStatus status = spOK;
-    if (!J.array) {
-        status = spAss3(array_.get(), B.get(), I.array.get());
-    } else if (isColon(I)) {
-        status = spAss4(array_.get(), B.get(), J.array.get());
-    } else if (isColon(J)) {
-        status = spAss5(array_.get(), B.get(), I.array.get());
-    } else {
-        status = spAss6(array_.get(), B.get(), I.array.get(), J.array.get());
-    }
-    kxHandleSparseSubscriptError(status);
-}
-
-void Matrix::remove(const py::object& key)
-{
-    const auto [I, J, single] = convert(key, Use::deleting);
-    makePrivate();
-    spStatus status = spOK;
-    if (!J.array) {
-        status = spDeleteElements(array_.get(), I.array.get());
-    } else if (isColon(I)) {
-        status = spDeleteColumns(array_.get(), J.array.get());
-    } else if (isColon(J)) {
-        status = spDeleteRows(array_.get(), I.array.get());
-    } else { // allowed where nothing is selected
-        const Array nothing(kx::kxCreateEmptyLiteral());
-        status = spAss6(array_.get(), nothing.get(), I.array.get(), J.array.get());
-    }
-    kxHandleSparseSubscriptError(status);
-}
-
-void Matrix::reshape(std::pair<py::ssize_t, py::ssize_t> shape)
-{
-    const auto [m, n] = this->shape();
-    const auto [newM, newN] = shape;
-    if (newM < 0 || newN < 0 || !spReshapeOk(m, n, sizeOf(newM), sizeOf(newN))) {
-        throw py::value_error("cannot reshape " + std::to_string(m) + "-by-" + std::to_string(n) + " to " +
-                              std::to_string(newM) + "-by-" + std::to_string(newN));
-    }
-    makePrivate();
-    spReshape(array_.get(), sizeOf(newM), sizeOf(newN));
-}
-
-Matrix Matrix::copy() const
-{
-    return {Array(kx::kxCreateDeepCopy(array_.get())), storage_};
+    return scipyMatrix(kind_, m, n, blocks.data, blocks.indices, blocks.starts);
 }
 
 void Matrix::makePrivate()
@@ -145,7 +290,8 @@ void Matrix::makePrivate()
     if (lender_.is_none()) {
         kxrt::make_private(array_.get());
     } else {
-        *this = copy();
+        array_ = Array(kx::kxCreateDeepCopy(array_.get()));
+        lender_ = py::none();
     }
 }
 

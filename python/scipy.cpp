@@ -1,269 +1,379 @@
 #include "scipy.hpp"
 
-#include <complex>
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 namespace zqsp::python {
 namespace {
 
-using Complex = std::complex<double>;
+using Words = py::array_t<std::int32_t, py::array::c_style | py::array::forcecast>;
 
-/// Contiguous elements of this type, the array's own where they are that already.
-template <typename T>
-using Elements = py::array_t<T, py::array::c_style | py::array::forcecast>;
-/// The same, column by column.
-template <typename T>
-using Columns = py::array_t<T, py::array::f_style | py::array::forcecast>;
-
-py::module_ numpy()
+/// A name that attributes are asked for by, made once.
+py::handle interned(const char* name)
 {
-    return py::module_::import("numpy");
+    return PyUnicode_InternFromString(name);
 }
 
-kxClassID classOf(Storage storage)
+/// An attribute, from the object's own dictionary where it lies there.
+py::object attribute(const py::object& object, const py::object& own, py::handle name)
 {
-    return storage == Storage::logical ? kxLOGICAL_CLASS : kxDOUBLE_CLASS;
-}
-kxComplexity complexityOf(Storage storage)
-{
-    return storage == Storage::complex ? kxCOMPLEX : kxREAL;
+    if (own) {
+        if (PyObject* found = PyDict_GetItemWithError(own.ptr(), name.ptr())) {
+            return py::reinterpret_borrow<py::object>(found);
+        }
+    }
+    return object.attr(name);
 }
 
-Storage storageOf(const py::dtype& dtype)
+py::object dictionaryOf(const py::object& object)
 {
-    if (dtype.kind() == 'b') {
-        return Storage::logical;
+    PyObject* own = PyObject_GenericGetDict(object.ptr(), nullptr);
+    if (own == nullptr) {
+        PyErr_Clear();
     }
-    if (dtype.kind() == 'f' && dtype.itemsize() == sizeof(double)) {
-        return Storage::real;
+    return py::reinterpret_steal<py::object>(own);
+}
+
+py::array arrayAttribute(const py::object& object, const py::object& own, py::handle name)
+{
+    py::object value = attribute(object, own, name);
+    if (!py::isinstance<py::array>(value)) {
+        throw py::value_error("broken matrix: " + text(name) + " is no array");
     }
-    if (dtype.kind() == 'c' && dtype.itemsize() == sizeof(Complex)) {
-        return Storage::complex;
-    }
-    throw py::type_error("elements are float64, complex128 or bool, not " + text(dtype) +
-                         "; convert them with astype()");
+    return py::reinterpret_steal<py::array>(value.release());
 }
 
 /// As 32-bit words; ValueError where they do not fit.
-Elements<std::int32_t> indices(const py::array& values)
+Words wordsFrom(const py::array& values)
 {
-    Elements<std::int32_t> words(values);
-    if (!words.is(values) && !numpy().attr("array_equal")(words, values).cast<bool>()) {
-        throw py::value_error("the indices of the matrix do not fit 32 bits");
+    Words words(values);
+    if (!words.is(values) && values.itemsize() > 4) {
+        static const auto* equal = new py::object(py::module_::import("numpy").attr("array_equal"));
+        if (!(*equal)(words, values).cast<bool>()) {
+            throw py::value_error("the indices of the matrix do not fit 32 bits");
+        }
     }
     return words;
 }
 
-const unsigned* asWords(const Elements<std::int32_t>& array)
+unsigned* asWords(const Words& array)
 {
-    return reinterpret_cast<const unsigned*>(array.data()); // the same bits
+    return reinterpret_cast<unsigned*>(const_cast<std::int32_t*>(array.data())); // the same bits, to be read
 }
 
-void split(const Complex* from, std::size_t count, kxArray* to)
+/// The arrays as the library reads them, their ends checked.
+struct Pieces
 {
-    auto* re = static_cast<double*>(to->pr);
-    auto* im = static_cast<double*>(to->pi);
-    for (std::size_t e = 0; e < count; ++e) {
-        re[e] = from[e].real();
-        im[e] = from[e].imag();
-    }
-}
+    Words indices;
+    Words starts;
+    py::array data;
+    unsigned m;
+    unsigned n;
+    unsigned entries;
+};
 
-py::array joined(const kxArray* array, unsigned count)
+Pieces piecesOf(const Compressed& source)
 {
-    py::array_t<Complex> values(count);
-    const auto* re = static_cast<const double*>(array->pr);
-    const auto* im = static_cast<const double*>(array->pi);
-    for (unsigned e = 0; e < count; ++e) {
-        values.mutable_at(e) = {re[e], im == nullptr ? 0.0 : im[e]};
+    Pieces made{wordsFrom(source.indices),   wordsFrom(source.starts),       source.data,
+                sizeOf(source.storedRows()), sizeOf(source.storedColumns()), 0};
+    if ((made.data.flags() & py::array::c_style) == 0 || made.data.dtype().byteorder() == '>') {
+        static const auto* contiguous = new py::object(py::module_::import("numpy").attr("ascontiguousarray"));
+        made.data = (*contiguous)(made.data, made.data.dtype().attr("newbyteorder")("="));
     }
-    return values;
-}
-
-/// A complex matrix in the runtime's two blocks of values; rows and column starts are still lent.
-Operand splitValues(const Operand& real, const Complex* values)
-{
-    const unsigned n = kx::kxGetN(real.array.get());
-    Array array(kx::kxCreateSparseNumericMatrix(real.array->get_dimensions()[0], n, real.array->nzmax, kxDOUBLE_CLASS,
-                                                kxCOMPLEX));
-    const std::size_t count = real.array->nzmax;
-    if (count != 0) {
-        std::memcpy(array->ir, real.array->ir, count * sizeof(unsigned));
-        split(values, count, array.get());
+    const bool whole = made.starts.size() == py::ssize_t{made.n} + 1 && made.starts.ndim() == 1;
+    const py::ssize_t stored = whole ? made.starts.data()[made.n] : -1;
+    if (stored < 0 || made.starts.data()[0] != 0 || stored > made.indices.size() || stored > made.data.size()) {
+        throw py::value_error("broken matrix: the column starts do not fit its arrays");
     }
-    std::memcpy(array->jc, real.array->jc, (std::size_t{n} + 1) * sizeof(unsigned));
-    return {std::move(array), py::none()};
-}
-
-/// The sparse matrix on lent blocks, its promises checked: SciPy believes what it is told about an array.
-Operand lendSparse(const py::object& csc, kxClassID id, const py::array& values)
-{
-    const auto rows = indices(csc.attr("indices"));
-    const auto starts = indices(csc.attr("indptr"));
-    const auto shape = csc.attr("shape").cast<std::pair<py::ssize_t, py::ssize_t>>();
-    const unsigned m = sizeOf(shape.first);
-    const unsigned n = sizeOf(shape.second);
-    const py::ssize_t stored = starts.size() == shape.second + 1 ? starts.at(shape.second) : -1;
-    if (stored < 0 || stored > rows.size() || stored > values.size()) {
-        throw py::value_error("the column starts of the matrix do not fit its arrays");
-    }
-    Operand made = lend(Array(kx::kxCreateSparseNumericMatrix(0, 0, 0, id, kxREAL)), m, n, values.data(),
-                        py::make_tuple(values, rows, starts));
-    kx::kxSetIr(made.array.get(), const_cast<unsigned*>(asWords(rows)));
-    kx::kxSetJc(made.array.get(), const_cast<unsigned*>(asWords(starts)));
-    made.array->nzmax = static_cast<unsigned>(stored);
-    const std::string violation = kx::kxCheckSparse(made.array.get());
-    if (!violation.empty()) {
-        throw py::value_error("broken matrix: " + violation);
-    }
+    made.entries = static_cast<unsigned>(stored);
     return made;
 }
 
-/// TypeError unless values of this type can be stored: numbers, complex ones only as complex.
-void requireFits(const py::dtype& dtype, Storage storage)
+enum class Order
 {
-    const bool fits = dtype.kind() == 'c' ? storage == Storage::complex : std::string("biuf").find(dtype.kind()) < 4;
-    if (!fits) {
-        throw py::type_error("values of type " + text(dtype) + " cannot be stored as " + text(dtypeOf(storage)));
+    sound,
+    unsorted ///< or with elements stored twice
+};
+
+/// One pass that finds what is wrong with rows that lie in `rows`. Descents are counted without asking where columns
+/// begin, where alone they are allowed.
+Order orderOf(const unsigned* rows, const unsigned* starts, unsigned m, unsigned n, unsigned entries)
+{
+    for (unsigned j = 0; j < n; ++j) {
+        if (starts[j] > starts[j + 1] || starts[j + 1] > entries) {
+            throw py::value_error("broken matrix: column " + std::to_string(j) + " has entries " +
+                                  std::to_string(starts[j]) + " to " + std::to_string(starts[j + 1]) + " of " +
+                                  std::to_string(entries));
+        }
     }
+    unsigned highest = entries == 0 ? 0 : rows[0];
+    unsigned descents = 0;
+    for (unsigned e = 1; e < entries; ++e) {
+        highest = std::max(highest, rows[e]);
+        descents += rows[e] <= rows[e - 1] ? 1U : 0U;
+    }
+    if (entries != 0 && highest >= m) {
+        throw py::value_error("broken matrix: an entry lies at " + std::to_string(static_cast<std::int32_t>(highest)) +
+                              " of " + std::to_string(m));
+    }
+    unsigned allowed = 0;
+    for (unsigned j = 1; j < n; ++j) {
+        const unsigned e = starts[j];
+        if (e != 0 && e < entries && e != starts[j + 1]) {
+            allowed += rows[e] <= rows[e - 1] ? 1U : 0U;
+        }
+    }
+    return descents == allowed ? Order::sound : Order::unsorted;
 }
 
-template <typename T>
-Array full(const py::array& source, Storage storage)
+Array copyOf(const Pieces& pieces, const Elements& elements)
 {
-    const Columns<T> values(source);
-    const unsigned dims[2] = {values.ndim() < 2 ? 1 : sizeOf(values.shape(0)),
-                              values.ndim() == 0 ? 1 : sizeOf(values.shape(values.ndim() - 1))};
-    const auto count = static_cast<std::size_t>(values.size());
-    Array array(kx::kxCreateNumericArray(2, dims, classOf(storage), complexityOf(storage)));
-    if constexpr (std::is_same_v<T, Complex>) {
-        split(values.data(), count, array.get());
-    } else if (count != 0) {
-        std::memcpy(array->pr, values.data(), count * sizeof(T));
+    Array array(kx::kxCreateSparseNumericMatrix(pieces.m, pieces.n, pieces.entries, elements.id, elements.complexity));
+    std::memcpy(array->jc, pieces.starts.data(), (std::size_t{pieces.n} + 1) * sizeof(unsigned));
+    if (pieces.entries == 0) {
+        return array;
+    }
+    std::memcpy(array->ir, pieces.indices.data(), std::size_t{pieces.entries} * sizeof(unsigned));
+    if (elements.numbered) {
+        const Numbers numbers = numbersTo(pieces.entries);
+        std::memcpy(array->pr, numbers.first, std::size_t{pieces.entries} * sizeof(unsigned));
+    } else {
+        storeValues(pieces.data.data(), pieces.entries, elements, array.get());
     }
     return array;
 }
 
+/// What a fresh matrix of this class holds in its dictionary besides its arrays.
+PyObject* templateOf(py::handle type)
+{
+    static auto* known = new std::unordered_map<PyObject*, PyObject*>();
+    const auto found = known->find(type.ptr());
+    if (found != known->end()) {
+        return found->second;
+    }
+    PyObject* made = nullptr;
+    const py::module_ sparse = py::module_::import("scipy.sparse");
+    for (const char* name : {"csc_matrix", "csr_matrix", "csc_array", "csr_array"}) {
+        if (py::hasattr(sparse, name) && type.is(sparse.attr(name))) {
+            made = py::dict(type(py::make_tuple(0, 0)).attr("__dict__")).release().ptr();
+        }
+    }
+    type.inc_ref();
+    return known->emplace(type.ptr(), made).first->second;
+}
+
 } // namespace
 
-Operand lend(Array array, unsigned m, unsigned n, const void* values, py::object lender)
+py::ssize_t Compressed::entries() const
 {
-    const unsigned dims[2] = {m, n};
-    kx::kxSetDimensions(array.get(), dims, 2);
+    return data.size();
+}
+
+std::optional<Compressed> compressed(const py::object& matrix)
+{
+    static const py::handle names[] = {interned("format"), interned("data"), interned("indices"), interned("indptr"),
+                                       interned("_shape"), interned("csc"),  interned("csr")};
+    const py::object format = matrix.attr(names[0]);
+    const bool byRows = PyUnicode_Compare(format.ptr(), names[6].ptr()) == 0;
+    if (!byRows && PyUnicode_Compare(format.ptr(), names[5].ptr()) != 0) {
+        return {};
+    }
+    const py::object own = dictionaryOf(matrix);
+    PyObject* shape = own ? PyDict_GetItemWithError(own.ptr(), names[4].ptr()) : nullptr;
+    const py::object counted =
+        shape != nullptr ? py::reinterpret_borrow<py::object>(shape) : py::object(matrix.attr("shape"));
+    const auto [rows, columns] = counted.cast<std::pair<py::ssize_t, py::ssize_t>>();
+    return Compressed{matrix,
+                      arrayAttribute(matrix, own, names[1]),
+                      arrayAttribute(matrix, own, names[2]),
+                      arrayAttribute(matrix, own, names[3]),
+                      rows,
+                      columns,
+                      byRows};
+}
+
+bool isCanonical(const Compressed& source)
+{
+    static const py::handle mark = interned("_has_canonical_format");
+    const py::object own = dictionaryOf(source.matrix);
+    PyObject* marked = own ? PyDict_GetItemWithError(own.ptr(), mark.ptr()) : nullptr;
+    if (marked != nullptr) {
+        return marked == Py_True;
+    }
+    const Pieces pieces = piecesOf(source);
+    const Order order = orderOf(asWords(pieces.indices), asWords(pieces.starts), pieces.m, pieces.n, pieces.entries);
+    if (order == Order::sound) {
+        py::setattr(source.matrix, "has_canonical_format", py::bool_(true));
+    }
+    return order == Order::sound;
+}
+
+Compressed canonical(const py::object& matrix)
+{
+    // Broken arrays must be found before SciPy's own code runs over them.
+    if (const auto source = compressed(matrix)) {
+        const Pieces pieces = piecesOf(*source);
+        const Order order =
+            orderOf(asWords(pieces.indices), asWords(pieces.starts), pieces.m, pieces.n, pieces.entries);
+        if (!source->byRows && order == Order::sound) {
+            return *source;
+        }
+    }
+    py::object made = matrix.attr("tocsc")();
+    if (made.is(matrix)) {
+        made = matrix.attr("copy")();
+    }
+    made.attr("sum_duplicates")();
+    auto result = compressed(made);
+    if (!result) {
+        throw py::type_error("tocsc() gives no matrix in compressed columns");
+    }
+    return std::move(*result);
+}
+
+Operand lentArray(const Compressed& source, const Elements& elements)
+{
+    const Pieces pieces = piecesOf(source);
+    py::object values = pieces.data;
+    const void* first = pieces.data.data();
+    if (elements.numbered) {
+        Numbers numbers = numbersTo(pieces.entries);
+        first = numbers.first;
+        values = std::move(numbers.holder);
+    }
+    Array array(kx::kxCreateSparseNumericMatrix(0, 0, 0, elements.id, kxREAL));
     for (void* own : {array->pr, static_cast<void*>(array->ir), static_cast<void*>(array->jc)}) {
         kx::kxFree(own);
     }
     array.get_deleter().lent = true;
-    kx::kxSetData(array.get(), const_cast<void*>(values)); // lent to be read
-    kx::kxSetIr(array.get(), nullptr);
-    kx::kxSetJc(array.get(), nullptr);
-    return {std::move(array), std::move(lender)};
+    const unsigned dims[2] = {pieces.m, pieces.n};
+    kx::kxSetDimensions(array.get(), dims, 2);
+    kx::kxSetData(array.get(), const_cast<void*>(first)); // lent to be read
+    kx::kxSetIr(array.get(), asWords(pieces.indices));
+    kx::kxSetJc(array.get(), asWords(pieces.starts));
+    array->nzmax = pieces.entries;
+    return {std::move(array), py::make_tuple(values, pieces.indices, pieces.starts)};
 }
 
-py::dtype dtypeOf(Storage storage)
+Array ownedArray(const Compressed& source, const Elements& elements)
 {
-    switch (storage) {
-    case Storage::complex:
-        return py::dtype::of<Complex>();
-    case Storage::logical:
-        return py::dtype::of<bool>();
-    default:
-        return py::dtype::of<double>();
+    return copyOf(piecesOf(source), elements);
+}
+
+std::optional<Array> checkedArray(const Compressed& source, const Elements& elements)
+{
+    const Pieces pieces = piecesOf(source);
+    Array array = copyOf(pieces, elements); // what is checked is the copy, which nobody else can change
+    if (orderOf(array->ir, array->jc, pieces.m, pieces.n, pieces.entries) == Order::unsorted) {
+        return {};
+    }
+    return array;
+}
+
+void requireSound(const kxArray* array)
+{
+    if (orderOf(array->ir, array->jc, rowsOf(array), columnsOf(array), entriesOf(array)) == Order::unsorted) {
+        throw py::value_error("entries are not in order, or stored twice; call sum_duplicates() first");
     }
 }
 
-bool isScipySparse(const py::handle& object)
+Blocks blocksOf(Array array, const Elements& elements, const py::array& numbered)
 {
-    return py::module_::import("scipy.sparse").attr("issparse")(object).cast<bool>();
+    const unsigned n = columnsOf(array.get());
+    const unsigned count = array->jc[n];
+    kxArray* held = array.release();
+    const py::capsule keeper(held, [](void* block) { kx::kxDestroyArray(static_cast<kxArray*>(block)); });
+    Blocks made{valuesOf(held, count, elements, keeper, numbered), {}, {}};
+    // NumPy's signed words have the same bits, unless there are more entries than they can count.
+    const bool narrow = count <= static_cast<unsigned>(std::numeric_limits<std::int32_t>::max());
+    const auto words = [&](unsigned* block, py::ssize_t size) -> py::object {
+        if (narrow) {
+            return py::array_t<std::int32_t>(size, reinterpret_cast<std::int32_t*>(block), keeper);
+        }
+        return py::array_t<std::uint32_t>(size, block, keeper).attr("astype")("int64");
+    };
+    made.indices = words(held->ir, count);
+    made.starts = words(held->jc, py::ssize_t{n} + 1);
+    return made;
 }
 
-Seen fromScipy(const py::object& source, bool withoutZeros)
+py::object denseRow(Array vector, const Elements& elements, bool forArray, const py::array& numbered)
 {
-    py::object csc = source.attr("tocsc")();
-    const bool dropsZeros = withoutZeros && !csc.attr("data").attr("all")().cast<bool>();
-    if (dropsZeros || !csc.attr("has_canonical_format").cast<bool>()) {
-        csc = csc.attr("copy")();
-        csc.attr("sum_duplicates")();
-        if (dropsZeros) {
-            csc.attr("eliminate_zeros")();
+    const bool isRow = rowsOf(vector.get()) == 1;
+    const unsigned count = entriesOf(vector.get());
+    const unsigned size = isRow ? columnsOf(vector.get()) : rowsOf(vector.get());
+    static const auto* zeros = new py::object(py::module_::import("numpy").attr("zeros"));
+    py::array made = (*zeros)(size, elements.dtype);
+    const kxArray* held = vector.get();
+    const py::array values = valuesOf(held, count, elements, py::none(), numbered);
+    const auto width = static_cast<std::size_t>(elements.dtype.itemsize());
+    auto* to = static_cast<std::byte*>(made.mutable_data());
+    const auto* from = static_cast<const std::byte*>(values.data());
+    unsigned e = 0;
+    for (unsigned j = 0; j < columnsOf(held); ++j) {
+        for (; e < held->jc[j + 1]; ++e) {
+            std::memcpy(to + (isRow ? j : held->ir[e]) * width, from + e * width, width);
         }
     }
-    const py::array data = csc.attr("data");
-    const Storage storage = storageOf(data.dtype());
-    if (storage == Storage::complex) {
-        const Elements<Complex> values(data);
-        return {splitValues(lendSparse(csc, kxDOUBLE_CLASS, values), values.data()), storage};
+    if (forArray) {
+        return made;
     }
-    if (storage == Storage::logical) {
-        return {lendSparse(csc, kxLOGICAL_CLASS, Elements<bool>(data)), storage};
-    }
-    return {lendSparse(csc, kxDOUBLE_CLASS, Elements<double>(data)), storage};
+    static const auto* asmatrix = new py::object(py::module_::import("numpy").attr("asmatrix"));
+    return (*asmatrix)(made);
 }
 
-py::object toScipy(const kxArray* array, Storage storage, const py::object& lender)
+bool isArrayType(py::handle type)
 {
-    const unsigned m = array->get_dimensions()[0];
-    const unsigned n = kx::kxGetN(array);
-    const unsigned count = array->jc[n];
-    const auto csc = [&](const py::object& values, const py::object& rows, const py::object& starts) {
-        return py::module_::import("scipy.sparse")
-            .attr("csc_matrix")(py::make_tuple(values, rows, starts), py::arg("shape") = py::make_tuple(m, n));
-    };
-    if (!lender.is_none()) {
-        const py::tuple lent = lender;
-        return csc(lent[0], lent[1], lent[2]);
-    }
-
-    // One more holder of the blocks, for as long as NumPy has them.
-    Array holder(kx::kxCreateSharedDataCopy(array));
-    const py::capsule keeper(holder.get(), [](void* held) { kx::kxDestroyArray(static_cast<kxArray*>(held)); });
-    (void)holder.release(); // the capsule has it
-    // NumPy's signed words have the same bits, unless there are more entries than they can count.
-    const char* signedWords = count > std::numeric_limits<std::int32_t>::max() ? "int64" : "int32";
-    const char* conversion = std::strcmp(signedWords, "int64") == 0 ? "astype" : "view";
-    const auto words = [&](const unsigned* block, py::ssize_t size) {
-        return py::array_t<std::uint32_t>(size, block, keeper).attr(conversion)(signedWords);
-    };
-    py::array values;
-    switch (storage) {
-    case Storage::complex:
-        values = joined(array, count);
-        break;
-    case Storage::logical:
-        values = py::array_t<bool>(count, static_cast<const bool*>(array->pr), keeper);
-        break;
-    case Storage::real:
-        values = py::array_t<double>(count, static_cast<const double*>(array->pr), keeper);
-        break;
-    }
-    return csc(values, words(array->ir, count), words(array->jc, py::ssize_t{n} + 1));
+    static const auto* arrays = new py::object([] {
+        const py::module_ sparse = py::module_::import("scipy.sparse");
+        return py::make_tuple(sparse.attr("csc_array"), sparse.attr("csr_array"));
+    }());
+    return PyObject_IsSubclass(type.ptr(), arrays->ptr()) == 1;
 }
 
-Array rightSide(const py::object& value, Storage storage)
+py::object toScipy(Array array, const Elements& elements, py::handle type, bool byRows, const py::array& numbered)
 {
-    if (isScipySparse(value)) {
-        requireFits(value.attr("dtype"), storage);
-        Operand seen = fromScipy(value.attr("astype")(dtypeOf(storage), py::arg("copy") = false)).operand;
-        // An assignment may share the blocks of its right-hand side.
-        return seen.lender.is_none() ? std::move(seen.array) : Array(kx::kxCreateDeepCopy(seen.array.get()));
+    const unsigned m = rowsOf(array.get());
+    const unsigned n = columnsOf(array.get());
+    const Blocks blocks = blocksOf(std::move(array), elements, numbered);
+    return scipyMatrix(type, byRows ? n : m, byRows ? m : n, blocks.data, blocks.indices, blocks.starts);
+}
+
+py::object scipyMatrix(py::handle type, py::ssize_t rows, py::ssize_t columns, const py::array& data,
+                       const py::object& indices, const py::object& starts)
+{
+    static const py::handle names[] = {interned("data"),
+                                       interned("indices"),
+                                       interned("indptr"),
+                                       interned("_shape"),
+                                       interned("_has_sorted_indices"),
+                                       interned("_has_canonical_format")};
+    PyObject* common = templateOf(type);
+    if (common == nullptr) { // somebody's own class: as SciPy makes its results
+        py::object made = type(py::make_tuple(data, indices, starts), py::arg("shape") = py::make_tuple(rows, columns));
+        py::setattr(made, "has_canonical_format", py::bool_(true));
+        return made;
     }
-    const py::array array = numpy().attr("asarray")(value);
-    requireFits(array.dtype(), storage);
-    if (array.ndim() > 2) {
-        throw py::value_error("the values to be assigned have more than two dimensions");
+    const auto own = py::reinterpret_steal<py::object>(PyDict_Copy(common));
+    const py::object values[] = {data,           indices, starts, py::make_tuple(rows, columns), py::bool_(true),
+                                 py::bool_(true)};
+    for (std::size_t k = 0; k < std::size(names); ++k) {
+        if (PyDict_SetItem(own.ptr(), names[k].ptr(), values[k].ptr()) != 0) {
+            throw py::error_already_set();
+        }
     }
-    switch (storage) {
-    case Storage::complex:
-        return full<Complex>(array, storage);
-    case Storage::logical:
-        return full<bool>(array, storage);
-    default:
-        return full<double>(array, storage);
+    auto* pyType = reinterpret_cast<PyTypeObject*>(type.ptr());
+    static const auto* nothing = new py::tuple();
+    auto made = py::reinterpret_steal<py::object>(pyType->tp_new(pyType, nothing->ptr(), nullptr));
+    if (!made || PyObject_GenericSetDict(made.ptr(), own.ptr(), nullptr) != 0) {
+        throw py::error_already_set();
     }
+    return made;
 }
 
 } // namespace zqsp::python

@@ -1,144 +1,208 @@
 #include "subscripts.hpp"
 
+#include "elements.hpp"
 #include "scipy.hpp"
 
-#include <zqspmatrix.h>
-
-#include <string>
+#include <cstring>
 #include <utility>
 
 namespace zqsp::python {
 namespace {
 
-/// A 0-based index, from the end where negative, as the library counts.
-template <typename Integer>
-double oneBased(Integer index, const Axis& axis)
+Array scalar(std::int64_t oneBased)
 {
-    const std::int64_t extent = axis.extent();
-    const bool outside = std::cmp_greater_equal(index, extent) && axis.use != Use::growing;
-    if (outside || std::cmp_less(index, -extent)) {
-        kxHandleSparseSubscriptError(axis.use == Use::deleting ? spIndexToRemoveOutOfRange : spIndexOutOfRange);
-    }
-    return static_cast<double>(index) + (std::cmp_less(index, 0) ? static_cast<double>(extent) + 1.0 : 1.0);
-}
-
-Array fromInteger(const py::object& key, const Axis& axis)
-{
-    const py::ssize_t index = PyNumber_AsSsize_t(key.ptr(), PyExc_IndexError);
-    if (index == -1 && PyErr_Occurred() != nullptr) {
-        throw py::error_already_set();
-    }
     Array array(kx::kxCreateDoubleMatrix(1, 1, kxREAL));
-    *static_cast<double*>(array->pr) = oneBased(index, axis);
+    *static_cast<double*>(array->pr) = static_cast<double>(oneBased);
     return array;
 }
 
-/// Clipped to the extent, as slices are; the bare colon stays one.
-Array fromSlice(const py::object& key, const Axis& axis)
+bool isWhole(const Index& index, std::int64_t extent)
 {
-    const auto* slice = reinterpret_cast<const PySliceObject*>(key.ptr());
-    if (slice->start == Py_None && slice->stop == Py_None && slice->step == Py_None) {
-        return Array(kx::kxCreateColon());
-    }
-    py::ssize_t start = 0;
-    py::ssize_t stop = 0;
-    py::ssize_t step = 0;
-    if (PySlice_Unpack(key.ptr(), &start, &stop, &step) < 0) {
-        throw py::error_already_set();
-    }
-    const py::ssize_t count = PySlice_AdjustIndices(axis.extent(), &start, &stop, step);
-    if (count == 0) {
+    return index.kind == Index::Kind::range && index.first == 0 && index.step == 1 && index.count == extent;
+}
+
+Array rangeOf(const Index& index)
+{
+    if (index.count == 0) {
         return Array(kx::kxCreateColonObject(1, 1, 0));
     }
-    const auto first = static_cast<double>(start + 1);
-    const auto stride = static_cast<double>(step);
-    return Array(kx::kxCreateColonObject(first, stride, first + stride * static_cast<double>(count - 1)));
+    const auto first = static_cast<double>(index.first + 1);
+    const auto step = static_cast<double>(index.step);
+    return Array(kx::kxCreateColonObject(first, step, first + step * static_cast<double>(index.count - 1)));
 }
+
+/// The bare colon where all of a dimension is named by a slice.
+Array subscriptOf(Index&& index, std::int64_t extent)
+{
+    switch (index.kind) {
+    case Index::Kind::integer:
+        return scalar(index.first + 1);
+    case Index::Kind::range:
+        return isWhole(index, extent) ? Array(kx::kxCreateColon()) : rangeOf(index);
+    default:
+        return std::move(index.words);
+    }
+}
+
+/// The places of pairs, counted down stored columns. An array stored by rows takes them in the transposed shape, so
+/// that what comes out is stored by rows too.
+Array placesOf(const Selection& selection, unsigned storedRows, bool byRows)
+{
+    const unsigned* rows = wordsOf(selection.row.words);
+    const unsigned* columns = wordsOf(selection.column.words);
+    const bool asColumn = selection.flat && !byRows;
+    const py::ssize_t count = selection.rows * selection.columns;
+    Array places =
+        asColumn ? newWords(count, 1)
+                 : newWords(byRows ? selection.columns : selection.rows, byRows ? selection.rows : selection.columns);
+    // How far the next row and the next column of the selection lie in each list; 0 where it is broadcast.
+    const auto stepsOf = [](const Index& index) {
+        return std::pair{index.rows == 1 ? 0 : index.columns(), py::ssize_t{index.columns() == 1 ? 0 : 1}};
+    };
+    const auto [rowDown, rowAcross] = stepsOf(selection.row);
+    const auto [columnDown, columnAcross] = stepsOf(selection.column);
+    unsigned* to = wordsOf(places);
+    const auto place = [&](py::ssize_t i, py::ssize_t j) {
+        const unsigned row = rows[i * rowDown + j * rowAcross];
+        const unsigned column = columns[i * columnDown + j * columnAcross];
+        return byRows ? column + (row - 1) * storedRows : row + (column - 1) * storedRows;
+    };
+    if (byRows) {
+        for (py::ssize_t i = 0; i < selection.rows; ++i) {
+            for (py::ssize_t j = 0; j < selection.columns; ++j) {
+                *to++ = place(i, j);
+            }
+        }
+    } else {
+        for (py::ssize_t j = 0; j < selection.columns; ++j) {
+            for (py::ssize_t i = 0; i < selection.rows; ++i) {
+                *to++ = place(i, j);
+            }
+        }
+    }
+    return places;
+}
+
+// ---- The matrix language's forms ----
 
 void requireMaskShape(py::ssize_t rows, py::ssize_t columns, const Axis& axis)
 {
-    const bool isVector = (rows == 1 || columns == 1) && rows * columns == axis.extent();
-    if (!isVector && !(rows == axis.rows && columns == axis.columns)) {
-        throw py::index_error("a mask of shape (" + std::to_string(rows) + ", " + std::to_string(columns) +
-                              ") does not fit an extent of " + std::to_string(axis.extent()));
+    const bool isVector = rows == 1 || columns == 1;
+    const bool isMatrix = rows == axis.rows && columns == axis.columns;
+    if (rows * columns != axis.extent || !(isVector || isMatrix)) {
+        throw py::index_error("a mask of shape " + shapeText(rows, columns) + " does not fit the " +
+                              std::to_string(axis.extent) + " " + axis.name + "s of a matrix of shape " +
+                              shapeText(axis.rows, axis.columns));
     }
 }
 
-Operand fromMask(const py::array& key, const Axis& axis)
+Array maskOf(const py::array& key, const Axis& axis)
 {
     const py::array_t<bool, py::array::f_style | py::array::forcecast> mask(key);
     if (mask.ndim() == 0 || mask.ndim() > 2) {
-        throw py::index_error("a mask has one or two dimensions");
+        throw py::index_error("a mask has one or two dimensions, not " + std::to_string(mask.ndim()));
     }
     const py::ssize_t rows = mask.ndim() == 1 ? 1 : mask.shape(0);
     const py::ssize_t columns = mask.shape(mask.ndim() - 1);
     requireMaskShape(rows, columns, axis);
-    const unsigned none[2] = {0, 0};
-    return lend(Array(kx::kxCreateNumericArray(2, none, kxLOGICAL_CLASS, kxREAL)), sizeOf(rows), sizeOf(columns),
-                mask.data(), mask);
+    const unsigned dims[2] = {sizeOf(rows), sizeOf(columns)};
+    Array array(kx::kxCreateNumericArray(2, dims, kxLOGICAL_CLASS, kxREAL));
+    const auto* from = reinterpret_cast<const unsigned char*>(mask.data());
+    for (py::ssize_t k = 0; k < mask.size(); ++k) {
+        static_cast<unsigned char*>(array->pr)[k] = from[k] != 0 ? 1 : 0; // NumPy takes any byte for true
+    }
+    return array;
 }
 
-Operand fromSparseMask(const py::object& key, const Axis& axis)
+/// Every stored entry of a sparse mask selects, so entries that are False go first.
+Array sparseMaskOf(const py::object& key, const Axis& axis)
 {
     if (py::dtype(key.attr("dtype")).kind() != 'b') {
         throw py::index_error("a sparse subscript must be a mask, of dtype bool");
     }
     const auto shape = key.attr("shape").cast<std::pair<py::ssize_t, py::ssize_t>>();
     requireMaskShape(shape.first, shape.second, axis);
-    return fromScipy(key, true).operand; // every stored entry of a sparse mask selects
+    py::object mask = key.attr("tocsc")();
+    if (mask.is(key)) {
+        mask = key.attr("copy")();
+    }
+    mask.attr("eliminate_zeros")();
+    return ownedArray(canonical(std::move(mask)), elementsOf(py::dtype::of<bool>()));
 }
 
-/// Integer: the widest type of the same signedness.
-template <typename Integer>
-Array fromIndices(const py::array& key, const Axis& axis)
+/// The shape of an array of indices, in the order of its columns.
+Array shaped(Index&& index)
 {
-    const py::array_t<Integer, py::array::f_style | py::array::forcecast> indices(key);
-    if (indices.ndim() > 2) {
-        throw py::index_error("an array of indices has at most two dimensions");
-    }
-    const py::ssize_t rows = indices.ndim() < 2 ? 1 : indices.shape(0);
-    const py::ssize_t columns = indices.ndim() == 0 ? 1 : indices.shape(indices.ndim() - 1);
-    Array array(kx::kxCreateDoubleMatrix(sizeOf(rows), sizeOf(columns), kxREAL));
-    auto* to = static_cast<double*>(array->pr);
-    const Integer* from = indices.data();
-    for (py::ssize_t k = 0; k < indices.size(); ++k) {
-        to[k] = oneBased(from[k], axis);
+    const py::ssize_t columns = index.columns();
+    Array array = newWords(index.rows, columns);
+    unsigned* to = wordsOf(array);
+    for (py::ssize_t j = 0; j < columns; ++j) {
+        for (py::ssize_t i = 0; i < index.rows; ++i) {
+            *to++ = wordsOf(index.words)[i * columns + j];
+        }
     }
     return array;
 }
 
-} // namespace
-
-bool isInteger(const py::handle& key)
+Array languageSubscript(const py::object& key, const Axis& axis)
 {
-    return PyIndex_Check(key.ptr()) != 0 && !PyBool_Check(key.ptr()) && !py::isinstance<py::array>(key);
+    if (isScipySparse(key)) {
+        return sparseMaskOf(key, axis);
+    }
+    const bool plain = PyIndex_Check(key.ptr()) != 0 || PySlice_Check(key.ptr());
+    if (!plain || py::isinstance<py::array>(key)) {
+        const py::array array = py::array::ensure(key);
+        if (array && array.dtype().kind() == 'b' && array.ndim() != 0) {
+            return maskOf(array, axis);
+        }
+        PyErr_Clear();
+    }
+    Index index = indexOf(key, axis);
+    return index.dimensions == 2 ? shaped(std::move(index)) : subscriptOf(std::move(index), axis.extent);
 }
 
-Operand subscript(const py::object& key, const Axis& axis)
+} // namespace
+
+bool countable(py::ssize_t rows, py::ssize_t columns)
 {
-    if (isInteger(key)) {
-        return {fromInteger(key, axis), py::none()};
+    const auto most = static_cast<py::ssize_t>(kx::kxGetMaxNumberOfElements());
+    return rows == 0 || columns <= most / rows;
+}
+
+Subscripts subscriptsOf(Selection&& selection, unsigned storedRows, bool byRows)
+{
+    if (selection.form == Selection::Form::pairs) {
+        return {placesOf(selection, storedRows, byRows), {}};
     }
-    if (py::isinstance<py::slice>(key)) {
-        return {fromSlice(key, axis), py::none()};
+    Array row = subscriptOf(std::move(selection.row), selection.extents.first);
+    Array column = subscriptOf(std::move(selection.column), selection.extents.second);
+    if (byRows) {
+        std::swap(row, column);
     }
-    if (isScipySparse(key)) {
-        return fromSparseMask(key, axis);
+    return {std::move(row), std::move(column)};
+}
+
+Subscripts regionSubscripts(const py::object& key, py::ssize_t rows, py::ssize_t columns, Use use)
+{
+    if (!PyTuple_Check(key.ptr()) || PyTuple_GET_SIZE(key.ptr()) != 2) {
+        throw py::index_error("a region has two subscripts, as in M.region[rows, columns]");
     }
-    const py::array array = py::module_::import("numpy").attr("asarray")(key);
-    switch (array.dtype().kind()) {
-    case 'b':
-        return fromMask(array, axis);
-    case 'u':
-        return {fromIndices<std::uint64_t>(array, axis), py::none()};
-    case 'i':
-        return {fromIndices<std::int64_t>(array, axis), py::none()};
-    default:
-        if (array.size() == 0) { // such as []
-            return {fromIndices<std::int64_t>(array, axis), py::none()};
-        }
-        throw py::index_error("a subscript is an integer, a slice, a mask, or an array of integers");
+    const auto keys = py::reinterpret_borrow<py::tuple>(key);
+    return {languageSubscript(keys[0], {"row", rows, rows, columns, use}),
+            languageSubscript(keys[1], {"column", columns, rows, columns, use})};
+}
+
+Subscripts elementSubscripts(const py::object& key, py::ssize_t rows, py::ssize_t columns, Use use)
+{
+    if (PyTuple_Check(key.ptr())) {
+        throw py::index_error("elements have one subscript, as in M.elements[places]");
     }
+    if (!countable(rows, columns)) {
+        throw py::index_error("the elements of a matrix of shape " + shapeText(rows, columns) +
+                              " are too many for one subscript; use M[rows, columns] or M.region");
+    }
+    const std::int64_t elements = std::int64_t{rows} * columns;
+    return {languageSubscript(key, {"element", elements, rows, columns, use}), {}};
 }
 
 } // namespace zqsp::python

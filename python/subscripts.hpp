@@ -1,38 +1,29 @@
-// Python subscripts, 0-based, made subscripts of the library.
+// Subscripts as the library takes them: made of a selection, or of the matrix language's own forms.
 #ifndef ZQSP_PYTHON_SUBSCRIPTS_HPP
 #define ZQSP_PYTHON_SUBSCRIPTS_HPP
 
-#include "arrays.hpp"
-
-#include <cstdint>
+#include "keys.hpp"
 
 namespace zqsp::python {
 
-/// What the subscript is for. Only growing may reach past the extent.
-enum class Use
+/// One subscript for the elements, counted down the stored columns, or one each for stored rows and columns.
+struct Subscripts
 {
-    reading,
-    writing,
-    growing,
-    deleting
+    Array first;
+    Array second; ///< empty where there is one only
 };
 
-/// What one subscript runs over: the elements of a matrix, or its rows (m, 1), or its columns (n, 1).
-struct Axis
-{
-    unsigned rows;
-    unsigned columns;
-    Use use;
+/// Of a matrix with `storedRows` rows as it lies in memory; `byRows` when that is the transpose of what was selected
+/// from. Pairs need an array whose elements can all be counted, see countable().
+Subscripts subscriptsOf(Selection&& selection, unsigned storedRows, bool byRows);
 
-    [[nodiscard]] std::int64_t extent() const { return std::int64_t{rows} * columns; }
-};
+/// Whether the elements of a matrix can be told apart by one subscript.
+bool countable(py::ssize_t rows, py::ssize_t columns);
 
-/// Whether the key is a single integer, so that it names a single element.
-bool isInteger(const py::handle& key);
-
-/// An integer, a slice, a mask (NumPy, SciPy) or an array of integers. IndexError for what lies outside, for masks of
-/// another shape and for anything else.
-Operand subscript(const py::object& key, const Axis& axis);
+/// M.region[key]: two subscripts, each of one dimension.
+Subscripts regionSubscripts(const py::object& key, py::ssize_t rows, py::ssize_t columns, Use use);
+/// M.elements[key]: one subscript, whose shape counts.
+Subscripts elementSubscripts(const py::object& key, py::ssize_t rows, py::ssize_t columns, Use use);
 
 } // namespace zqsp::python
 
