@@ -60,16 +60,9 @@ set_install_rpath(zqfl ${ZQSP_INSTALL_RUNTIME_DIR})
 if(ZQSP_BUILD_SHELL)
   set_install_rpath(kxsh ${CMAKE_INSTALL_BINDIR})
 endif()
-# For a Python that looks into this folder of the prefix.
-set(ZQSP_INSTALL_PYTHON_DIR "" CACHE STRING "Where the Python package is installed; nowhere if empty")
-if(ZQSP_BUILD_PYTHON AND ZQSP_INSTALL_PYTHON_DIR)
-  set_install_rpath(zqspmatrix_python ${ZQSP_INSTALL_PYTHON_DIR}/zqspmatrix)
-  install(TARGETS zqspmatrix_python
-    LIBRARY DESTINATION ${ZQSP_INSTALL_PYTHON_DIR}/zqspmatrix COMPONENT python)
-  install(DIRECTORY ${PROJECT_SOURCE_DIR}/python/zqspmatrix DESTINATION ${ZQSP_INSTALL_PYTHON_DIR} COMPONENT python
-    FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
+if(ZQSP_BUILD_PYTHON)
+  include(${CMAKE_CURRENT_LIST_DIR}/InstallPython.cmake)
 endif()
-
 # So do programs that are linked against the installed package.
 set(runtime_link_flags "")
 if(NOT ZQSP_INSTALL_RUNTIME_DIR STREQUAL CMAKE_INSTALL_LIBDIR)

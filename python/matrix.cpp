@@ -14,7 +14,12 @@ namespace {
 /// A new Python object of this class, with a Matrix in it.
 py::object objectOf(const py::handle& type, Matrix matrix)
 {
-    py::object made = type.attr("__new__")(type);
+    auto* pyType = reinterpret_cast<PyTypeObject*>(type.ptr());
+    const py::tuple nothing;
+    auto made = py::reinterpret_steal<py::object>(pyType->tp_new(pyType, nothing.ptr(), nullptr));
+    if (!made) {
+        throw py::error_already_set();
+    }
     made.cast<Matrix&>() = std::move(matrix);
     return made;
 }

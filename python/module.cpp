@@ -46,9 +46,9 @@ PyObject* newMatrix(PyTypeObject* type, PyObject* arguments, PyObject* keywords)
     }
     try {
         auto* instance = reinterpret_cast<py::detail::instance*>(self);
-        auto holder = instance->get_value_and_holder();
-        holder.value_ptr() = new Matrix();
-        holder.type->init_instance(instance, nullptr);
+        const auto* known = py::detail::get_type_info(typeid(Matrix));
+        instance->get_value_and_holder(known).value_ptr() = new Matrix();
+        known->init_instance(instance, nullptr);
         return self;
     } catch (const py::error_already_set& error) {
         Py_DECREF(self);
