@@ -37,7 +37,7 @@ function(zqsp_configure_target target)
   elseif(ZQSP_HAVE_LTO)
     # The libraries hold the loops that matter; programs and tests would only link more slowly.
     get_target_property(type ${target} TYPE)
-    if(type STREQUAL "SHARED_LIBRARY")
+    if(type STREQUAL "SHARED_LIBRARY" OR type STREQUAL "OBJECT_LIBRARY")
       set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
       if(ZQSP_BUILD_STATIC) # whose users may link without
         target_compile_options(${target} PRIVATE -ffat-lto-objects)

@@ -133,12 +133,11 @@ bool clearsInOnePass(const Columns& a, const Region& region, const RowFilter& fi
 }
 
 /// What stays of neighbouring columns, then what lies behind them, moves to the left.
-void closeUpColumns(const Columns& a, unsigned first, unsigned count, const RankedSet& stays)
+void closeUpColumns(const Columns& a, unsigned first, unsigned count, const RowSet& stays)
 {
     const unsigned end = a.jc[first + count];
     const unsigned nnz = a.nnz();
-    const unsigned kept =
-        moveSelected(a, first, count, RowChoice::Unmoved{stays.words()}, a, a.jc[first], a.jc + first + 1);
+    const unsigned kept = moveSelected(a, first, count, stays.unmoved(), a, a.jc[first], a.jc + first + 1);
     moveEntries(a, kept, end, nnz - end);
     for (unsigned j = first + count + 1; j <= a.n; ++j) {
         a.jc[j] -= end - kept;
@@ -177,7 +176,7 @@ void clearRegion(kxArray* A, const Region& region)
     const Columns before(A);
     const RowFilter filter(before, region.rows, region.columns);
     if (clearsInOnePass(before, region, filter)) {
-        const RankedSet stays = region.rows.others(before.m);
+        const RowSet stays = region.rows.others(before.m);
         growColumns(A, region.n); // the last thing that can fail
         closeUpColumns(Columns(A), region.columns.first(), region.columns.count(), stays);
     } else {

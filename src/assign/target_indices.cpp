@@ -86,9 +86,9 @@ void TargetIndices::takeUnordered(const IndexList& list, bool withSources)
     indices_ = storage_.get();
 }
 
-RankedSet TargetIndices::others(unsigned extent) const
+RowSet TargetIndices::others(unsigned extent) const
 {
-    RankedSet set(extent);
+    RowSet set(extent);
     for (unsigned i = 0; i < count_ && (*this)[i] < extent; ++i) {
         set.add((*this)[i]);
     }

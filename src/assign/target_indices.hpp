@@ -3,7 +3,7 @@
 #define ZQSP_ASSIGN_TARGET_INDICES_HPP
 
 #include "core/owners.hpp"
-#include "core/ranked_set.hpp"
+#include "core/row_set.hpp"
 #include "subscript/forms.hpp"
 
 namespace zqsp {
@@ -32,7 +32,7 @@ class TargetIndices
     [[nodiscard]] const unsigned* list() const { return indices_; }
 
     /// All other numbers below `extent`. Raises on exhausted memory.
-    [[nodiscard]] RankedSet others(unsigned extent) const;
+    [[nodiscard]] RowSet others(unsigned extent) const;
 
     /// For each target the position of the subscript that names it last; null where target i is named by position i.
     [[nodiscard]] const unsigned* sources() const { return sources_.get(); }

@@ -1,9 +1,8 @@
 #include "core/entry_moves.hpp"
 #include "core/operand_check.hpp"
+#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
-#include "core/wide_selection.hpp"
-#include "core/wide_starts.hpp"
 #include "delete/deleted_set.hpp"
 #include "delete/deletion_target.hpp"
 #include "subscript/convert.hpp"
@@ -103,15 +102,38 @@ unsigned compactByEntries(const Columns& a, unsigned nnz, Rank rank)
     return kept;
 }
 
+/// Whether listed positions are best deleted entry by entry: not where so few are that the runs between them are better
+/// moved whole.
+bool deletesListed(unsigned entries, unsigned deleted)
+{
+    const unsigned each = kernels().costs.entriesPerDeleted;
+    return each != 0 && deleted > entries / each;
+}
+
+/// Strictly ascending positions that are not many more than the entries. The rows of a block become positions just
+/// before it is gone through, while it is in the nearest caches.
+unsigned deleteListed(const Columns& a, const IndexList& list)
+{
+    constexpr unsigned kBlock = 1024;
+    Linearizer linearizer(a);
+    DeletedList deleted{list.begin(), list.count()};
+    unsigned kept = 0;
+    const unsigned entries = a.nnz();
+    for (unsigned begin = 0, size = 0; begin < entries; begin += size) {
+        size = std::min(kBlock, entries - begin);
+        linearizer.goOn(begin + size);
+        kept = kernels().closeUp(entriesOf(a), begin, begin + size, deleted, kept);
+    }
+    return kept;
+}
+
 /// Deletes the elements of A, whose rows become linear positions. Returns the number of entries left.
 unsigned compact(const Columns& a, const DeletedSet& deleted)
 {
     const unsigned nnz = a.nnz();
     const auto* list = std::get_if<IndexList>(&deleted.positions());
-    if constexpr (wide::kCompiled) {
-        if (list != nullptr && list->count() <= nnz && wide::serveList(a, nnz, list->count())) {
-            return wide::deleteListed(a, list->begin(), list->count());
-        }
+    if (list != nullptr && list->count() <= nnz && deletesListed(nnz, list->count())) {
+        return deleteListed(a, *list);
     }
     Linearizer(a).goOn(nnz);
     if (deleted.count() > nnz) {
@@ -128,30 +150,7 @@ unsigned compact(const Columns& a, const DeletedSet& deleted)
 /// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.
 void columnToRow(const Columns& a, unsigned count, unsigned length, unsigned* newJc)
 {
-    wide::Starts written;
-    if constexpr (wide::kCompiled) {
-        if (haveAvx512()) {
-            written = wide::writeStarts(a.ir, count, length, newJc);
-        }
-    }
-    std::uint64_t column = written.count;
-    unsigned e = written.entries;
-    // In whole rounds, which those that follow write over: how many columns lie between two entries is nothing that a
-    // processor could predict.
-    constexpr unsigned kStarts = 16;
-    for (; e < count && a.ir[e] + std::uint64_t{kStarts} <= length; ++e) {
-        const std::uint64_t end = std::uint64_t{a.ir[e]} + 1;
-        for (; column < end; column += kStarts) {
-            std::fill_n(newJc + column, kStarts, e);
-        }
-        column = end;
-    }
-    for (; e < count; ++e) {
-        for (; column <= a.ir[e]; ++column) {
-            newJc[column] = e;
-        }
-    }
-    std::fill(newJc + column, newJc + std::size_t{length} + 1, count);
+    kernels().writeStarts(a.ir, count, length, newJc);
     std::fill_n(a.ir, count, 0U);
 }
 

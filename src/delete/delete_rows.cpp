@@ -3,7 +3,7 @@
 #include "core/row_selection.hpp"
 #include "delete/deletion_target.hpp"
 #include "subscript/convert.hpp"
-#include "subscript/ranked.hpp"
+#include "subscript/row_sets.hpp"
 
 #include <zqspmatrix.h>
 
@@ -21,12 +21,12 @@ spStatus deleteRows(kxArray* A, const kxArray* I)
     }
     const auto* range = std::get_if<IndexRange>(&rows);
     if (range != nullptr && range->ascending().isRun()) {
-        moveSelected(a, 0, a.n, RowChoice::Gap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
+        moveSelected(a, 0, a.n, RowGap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
         kxSetM(A, a.m - range->count());
         return spOK;
     }
-    const RankedSet kept = othersThan(rows, a.m);
-    moveSelected(a, 0, a.n, kept, a, 0, a.jc + 1);
+    const RowSet kept = othersThan(rows, a.m);
+    moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
     kxSetM(A, kept.count());
     return spOK;
 }

@@ -1,6 +1,6 @@
 #include "delete/deleted_set.hpp"
 
-#include "subscript/mask_bits.hpp"
+#include "kernels/mask_bits.hpp"
 
 #include <algorithm>
 

@@ -4,6 +4,7 @@
 
 #include "core/columns.hpp"
 #include "core/owners.hpp"
+#include "kernels/branch_free.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -59,9 +60,8 @@ class EntryFilter
 
   private:
     static constexpr unsigned kWord = 64;
-    static constexpr unsigned kGolden = 0x9E3779B1U;
 
-    [[nodiscard]] unsigned placeOf(unsigned position) const { return position * kGolden >> shift_; }
+    [[nodiscard]] unsigned placeOf(unsigned position) const { return position * kHashMultiplier >> shift_; }
 
     Block<std::uint64_t> table_;
     unsigned shift_;

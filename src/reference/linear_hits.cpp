@@ -3,7 +3,7 @@
 #include "core/fast_divisor.hpp"
 #include "core/place_search.hpp"
 #include "core/search.hpp"
-#include "core/wide_intersection.hpp"
+#include "kernels/kernels.hpp"
 #include "reference/entry_filter.hpp"
 #include "reference/entry_positions.hpp"
 
@@ -153,42 +153,34 @@ void findByEntries(const Columns& a, ColumnSpan span, const IndexList& positions
     }
 }
 
-/// Whether wide registers serve: not where one of the lists is much longer, or where each position is found in a short
-/// column as fast.
+/// Whether the lists are alike enough in length to be gone through together: not where one of them is much longer, or
+/// where each position is found in a short column as fast.
 bool intersectionIsCheaper(ColumnSpan span, unsigned count)
 {
-    constexpr unsigned kMuch = 8; // times as long
     constexpr unsigned kLongColumn = 64;
-    const unsigned much = span.entries / kLongColumn >= span.columns() ? kMuch : 1;
-    return haveAvx512() && span.entries / much <= count && count / kMuch <= span.entries;
+    const Costs& costs = kernels().costs;
+    const bool columnsAreLong = span.entries / kLongColumn >= span.columns();
+    const unsigned factor = columnsAreLong ? costs.intersectLongColumns : costs.intersectShortColumns;
+    return span.entries / factor <= count && count / costs.intersectLongColumns <= span.entries;
 }
 
 /// Ascending positions by blocks of the entries that may be meant.
 void findByIntersection(const Columns& a, ColumnSpan span, const IndexList& list, HitList& hits)
 {
+    constexpr unsigned kBlock = EntryPositions::kBlock;
+    std::array<unsigned, kBlock + kKernelSlack> inEntries;
+    std::array<unsigned, kBlock + kKernelSlack> inList;
     const unsigned count = list.count();
     EntryPositions entries(a, span.first, span.last, list[count - 1]);
-    unsigned t = 0;
     entries.advance(0);
-    while (entries.count() >= wide::kLanes && count - t >= wide::kLanes) {
-        wide::Intersection lists(entries.positions(), entries.count(), list.begin() + t, count - t);
-        for (wide::Intersection::Finds finds; lists.next(finds);) {
-            for (unsigned i = 0; i < finds.count; ++i) {
-                hits.add(t + finds.second[i], entries.begin() + finds.first[i]);
-            }
+    for (unsigned t = 0; entries.count() > 0 && t < count;) {
+        const Common common = kernels().intersect(entries.positions(), entries.count(), list.begin() + t,
+                                                  std::min(kBlock, count - t), inEntries.data(), inList.data());
+        for (unsigned i = 0; i < common.count; ++i) {
+            hits.add(t + inList[i], entries.begin() + inEntries[i]);
         }
-        t += lists.second();
-        entries.advance(lists.first());
-    }
-    while (entries.count() > 0 && t < count) { // few of one or the other are left
-        const unsigned before = gallop(entries.positions(), 0, entries.count(), list[t]);
-        if (before == entries.count()) {
-            entries.advance(before);
-        } else if (entries.positions()[before] == list[t]) {
-            hits.add(t++, entries.begin() + before);
-        } else {
-            t = gallop(list, t, count, entries.positions()[before]);
-        }
+        t += common.second;
+        entries.advance(common.first);
     }
 }
 

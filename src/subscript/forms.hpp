@@ -6,11 +6,12 @@
 #define ZQSP_SUBSCRIPT_FORMS_HPP
 
 #include "core/owners.hpp"
-#include "subscript/mask_bits.hpp"
+#include "kernels/mask_bits.hpp"
 
 #include <algorithm>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <variant>
 
@@ -62,6 +63,16 @@ struct IndexRange
     [[nodiscard]] Order order() const { return stride < 0 ? Order::kDescending : Order::kAscending; }
     /// The same set in ascending order.
     [[nodiscard]] IndexRange ascending() const { return stride < 0 ? IndexRange(last, first, -stride, size) : *this; }
+    /// Of an ascending range, what lies below `limit`.
+    [[nodiscard]] IndexRange below(std::uint64_t limit) const
+    {
+        if (size == 0 || last < limit) {
+            return *this;
+        }
+        const auto step = static_cast<unsigned>(stride);
+        const unsigned count = first < limit ? (static_cast<unsigned>(limit) - 1 - first) / step + 1 : 0;
+        return {first, first + (count - 1) * step, stride, count};
+    }
     [[nodiscard]] unsigned highest() const { return stride < 0 ? first : last; }
     /// Whether the range is a run of neighbours in ascending order.
     [[nodiscard]] bool isRun() const { return stride == 1; }
@@ -91,6 +102,16 @@ class IndexList
     }
     /// Borrows `count` indices that outlive the list.
     IndexList(const unsigned* indices, unsigned count, Order order) : indices_(indices), count_(count), order_(order) {}
+
+    /// The indices in a block of one's own: the list's, which is not to be used any more, or a copy of a caller's.
+    [[nodiscard]] Block<unsigned> take()
+    {
+        if (!storage_) {
+            storage_ = Block<unsigned>::make(count_);
+            std::copy_n(indices_, count_, storage_.get());
+        }
+        return std::move(storage_);
+    }
 
     [[nodiscard]] unsigned count() const { return count_; }
     [[nodiscard]] Order order() const { return order_; }
@@ -200,6 +221,21 @@ inline unsigned highestOf(const Subscript& subscript)
 inline Order orderOf(const Subscript& subscript)
 {
     return std::visit([](const auto& form) { return form.order(); }, subscript);
+}
+
+/// The same, of a subscript that outlives it: nothing is copied.
+inline Subscript borrowed(const Subscript& subscript)
+{
+    if (const auto* list = std::get_if<IndexList>(&subscript)) {
+        return IndexList(list->begin(), list->count(), list->order());
+    }
+    if (const auto* range = std::get_if<IndexRange>(&subscript)) {
+        return *range;
+    }
+    if (const auto* mask = std::get_if<LogicalMask>(&subscript)) {
+        return *mask;
+    }
+    return std::get<SparseLogicalMask>(subscript);
 }
 
 /// Whether the subscript is the run 0, 1, ..., extent-1.

@@ -1,8 +1,7 @@
 // Numeric subscripts of every class, read in one pass: a block of values is tested and stored without a branch per
 // value, and only a block that holds a bad value is read again by the exact rules, which decide the status.
-#include "core/processor.hpp"
+#include "kernels/kernels.hpp"
 #include "subscript/convert.hpp"
-#include "subscript/wide_numbers.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -10,10 +9,6 @@
 #include <cstdint>
 #include <limits>
 #include <type_traits>
-
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 namespace zqsp {
 
@@ -78,38 +73,10 @@ bool storeIndices(const T* values, unsigned count, T highest, unsigned* indices)
     return allGood;
 }
 
-#ifdef __SSE2__
-/// The same for doubles, where the processor tells by itself what it cannot convert: it gives the lowest word, whose
-/// distance to `highest` overflows, so that one sign bit gathers all that lies outside. Measured: half the time of
-/// clamping each value first.
 bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
 {
-    if constexpr (wide::kCompiled) {
-        if (count >= wide::kLanes && haveAvx512()) {
-            return wide::storeIndices(values, count, highest, indices);
-        }
-    }
-    const __m128i top = _mm_set1_epi32(static_cast<int>(highest));
-    const __m128i one = _mm_set1_epi32(1);
-    __m128i outside = _mm_setzero_si128();
-    __m128d fractional = _mm_setzero_pd();
-    unsigned i = 0;
-    for (; i + 4 <= count; i += 4) {
-        const __m128d low = _mm_loadu_pd(values + i);
-        const __m128d high = _mm_loadu_pd(values + i + 2);
-        const __m128i lowWords = _mm_cvttpd_epi32(low);
-        const __m128i highWords = _mm_cvttpd_epi32(high);
-        fractional = _mm_or_pd(fractional, _mm_cmpneq_pd(_mm_cvtepi32_pd(lowWords), low));
-        fractional = _mm_or_pd(fractional, _mm_cmpneq_pd(_mm_cvtepi32_pd(highWords), high));
-        const __m128i words = _mm_unpacklo_epi64(lowWords, highWords);
-        const __m128i found = _mm_sub_epi32(words, one);
-        outside = _mm_or_si128(outside, _mm_or_si128(found, _mm_sub_epi32(top, words)));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(indices + i), found);
-    }
-    const bool bodyIsGood = (_mm_movemask_ps(_mm_castsi128_ps(outside)) | _mm_movemask_pd(fractional)) == 0;
-    return storeIndices<double>(values + i, count - i, highest, indices + i) && bodyIsGood;
+    return kernels().storeIndices(values, count, highest, indices);
 }
-#endif
 
 /// The largest value the branch-free pass may accept: the extent, as far as the class and a signed word reach.
 template <typename T>
@@ -142,25 +109,6 @@ spStatus storeByExactRules(const T* values, unsigned count, const Extent& extent
     return spOK;
 }
 
-wide::Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
-{
-    if constexpr (wide::kCompiled) {
-        if (count >= wide::kLanes && haveAvx512()) {
-            return wide::stepsTo(indices, count, expected);
-        }
-    }
-    unsigned falls = 0;
-    unsigned rises = 0;
-    unsigned others = 0;
-    const unsigned* const before = indices - 1;
-    for (unsigned i = 0; i < count; ++i) {
-        falls |= indices[i] < before[i] ? 1U : 0U;
-        rises |= indices[i] > before[i] ? 1U : 0U;
-        others |= (indices[i] - before[i]) ^ expected;
-    }
-    return {falls != 0, rises != 0, others != 0};
-}
-
 /// What is learnt of the order of a list while it is made.
 class OrderWatch
 {
@@ -172,7 +120,7 @@ class OrderWatch
             step_ = end > 1 ? indices[1] - indices[0] : 0;
             begin = 1;
         }
-        const wide::Steps steps = stepsTo(indices + begin, end - begin, step_);
+        const Steps steps = kernels().stepsTo(indices + begin, end - begin, step_);
         falls_ |= steps.fall;
         rises_ |= steps.rise;
         regular_ &= !steps.irregular;

@@ -1,6 +1,6 @@
 #include "subscript/runs.hpp"
 
-#include "subscript/mask_bits.hpp"
+#include "kernels/mask_bits.hpp"
 
 #include <algorithm>
 #include <bit>

@@ -1,5 +1,7 @@
 #include "support/generators.hpp"
 
+#include "support/tables.hpp"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -74,11 +76,14 @@ void property(int runs, const std::function<void()>& body)
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
     rc::detail::TestMetadata metadata;
     metadata.id = std::string(test->test_suite_name()) + "/" + test->name();
-    const rc::detail::TestParams params = paramsFor(metadata.id, runs);
-    const auto result = rc::detail::checkTestable(body, metadata, params);
-    if (!result.is<rc::detail::SuccessResult>()) {
-        FAIL() << failureOf(result) << "\nseed=" << params.seed;
-    }
+    const auto tables = static_cast<int>(availableKernels().size());
+    forEachTable([&](const Kernels& table) {
+        const rc::detail::TestParams params = paramsFor(metadata.id, std::max(runs / tables, 1));
+        const auto result = rc::detail::checkTestable(body, metadata, params);
+        if (!result.is<rc::detail::SuccessResult>()) {
+            FAIL() << failureOf(result) << "\nloops: " << table.name << "\nseed=" << params.seed;
+        }
+    });
 }
 
 } // namespace zqsp::test

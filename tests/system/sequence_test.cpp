@@ -1,6 +1,7 @@
 // Long random sequences of reference, assignment, deletion and reshape on one evolving matrix, some with an allocation
 // failing, each step checked against the model. Runs for ZQSP_SEQUENCE_SECONDS (default 20) from the seed
 // ZQSP_SEQUENCE_SEED (default 1); a failure is shrunk to a small sequence and printed.
+#include "support/tables.hpp"
 #include "system/evolving_matrix.hpp"
 
 #include <chrono>
@@ -28,7 +29,10 @@ TEST(Sequence, EveryExportOnOneEvolvingMatrix)
     std::map<std::string, unsigned long> calls;
     unsigned long faults = 0;
     const std::size_t blocks = kxrt::live_blocks();
+    const auto tables = zqsp::availableKernels();
     while (std::chrono::steady_clock::now() < deadline) {
+        const zqsp::Kernels& table = *tables[seed % tables.size()];
+        zqsp::useKernels(table);
         rc::detail::TestParams params;
         params.seed = seed++;
         params.maxSuccess = 20;
@@ -47,9 +51,10 @@ TEST(Sequence, EveryExportOnOneEvolvingMatrix)
             },
             rc::detail::TestMetadata{}, params);
         if (!result.is<rc::detail::SuccessResult>()) {
-            FAIL() << failureOf(result) << "\nZQSP_SEQUENCE_SEED=" << params.seed;
+            FAIL() << failureOf(result) << "\nloops: " << table.name << "\nZQSP_SEQUENCE_SEED=" << params.seed;
         }
     }
+    zqsp::useKernels(*tables.front());
     EXPECT_EQ(blocks, kxrt::live_blocks());
     for (const auto& [name, count] : calls) {
         std::cout << name << ": " << count << " calls\n";

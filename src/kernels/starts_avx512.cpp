@@ -1,15 +1,13 @@
-#include "core/wide_starts.hpp"
-
-#include "core/wide_lanes.hpp"
-
-#ifdef __x86_64__
+#include "kernels/avx512.hpp"
+#include "kernels/lanes_avx512.hpp"
+#include "kernels/portable.hpp"
 
 #include <array>
 #include <cstdint>
 
-namespace zqsp::wide {
+namespace zqsp::avx512 {
 
-ZQSP_AVX512 Starts writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
+ZQSP_AVX512 void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
 {
     // The columns with entries are marked in a table; from sixteen marks at a time follow sixteen starts. How many
     // columns lie between two entries, which nobody can foresee, takes no branch.
@@ -18,12 +16,12 @@ ZQSP_AVX512 Starts writeStarts(const unsigned* columns, unsigned count, unsigned
     const __m512i one = _mm512_set1_epi32(1);
     const __m512i below = _mm512_sub_epi32(_mm512_sllv_epi32(one, laneNumbers()), one);
     alignas(kMarks) std::array<std::uint8_t, kColumns> marks{};
-    Starts written;
-    while (length - written.count >= kColumns) {
-        unsigned before = written.entries;
-        unsigned e = before;
-        for (; e < count && columns[e] - written.count < kColumns; ++e) {
-            marks[columns[e] - written.count] = 0xFF;
+    unsigned written = 0; // columns
+    unsigned entry = 0;   // the first one behind them
+    while (length - written >= kColumns) {
+        unsigned before = entry;
+        for (; entry < count && columns[entry] - written < kColumns; ++entry) {
+            marks[columns[entry] - written] = 0xFF;
         }
         for (unsigned c = 0; c < kColumns; c += kMarks) {
             std::uint64_t bits = _mm512_movepi8_mask(_mm512_load_si512(&marks[c]));
@@ -32,16 +30,13 @@ ZQSP_AVX512 Starts writeStarts(const unsigned* columns, unsigned count, unsigned
                 const auto group = static_cast<unsigned>(bits & 0xFFFFU);
                 const __m512i found = _mm512_and_si512(_mm512_set1_epi32(static_cast<int>(group)), below);
                 const __m512i start = _mm512_set1_epi32(static_cast<int>(before));
-                _mm512_storeu_si512(starts + written.count + c + i,
-                                    _mm512_add_epi32(start, _mm512_popcnt_epi32(found)));
+                _mm512_storeu_si512(starts + written + c + i, _mm512_add_epi32(start, _mm512_popcnt_epi32(found)));
                 before += ones(group);
             }
         }
-        written = {written.count + kColumns, e};
+        written += kColumns;
     }
-    return written;
+    portable::writeStartsFrom(written, entry, columns, count, length, starts);
 }
 
-} // namespace zqsp::wide
-
-#endif
+} // namespace zqsp::avx512

@@ -1,10 +1,7 @@
-#include "subscript/wide_numbers.hpp"
+#include "kernels/avx512.hpp"
+#include "kernels/lanes_avx512.hpp"
 
-#include "core/wide_lanes.hpp"
-
-#ifdef __x86_64__
-
-namespace zqsp::wide {
+namespace zqsp::avx512 {
 
 ZQSP_AVX512 bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
 {
@@ -47,6 +44,4 @@ ZQSP_AVX512 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expe
     return {falls != 0, rises != 0, others != 0};
 }
 
-} // namespace zqsp::wide
-
-#endif
+} // namespace zqsp::avx512

@@ -1,7 +1,7 @@
 // Walking the bytes of a full logical mask eight at a time: words without a true byte are skipped whole, and within
 // a word only its true bytes (or the ends of its runs) are visited.
-#ifndef ZQSP_SUBSCRIPT_MASK_BITS_HPP
-#define ZQSP_SUBSCRIPT_MASK_BITS_HPP
+#ifndef ZQSP_KERNELS_MASK_BITS_HPP
+#define ZQSP_KERNELS_MASK_BITS_HPP
 
 #include <algorithm>
 #include <array>
@@ -18,13 +18,15 @@ namespace zqsp {
 
 inline constexpr unsigned kMaskWord = sizeof(std::uint64_t);
 
-/// One bit, the highest of its byte, for each non-zero byte of eight. Bytes lie in memory order from the low end.
+/// One bit, the highest of its byte, for each non-zero byte of eight, the first byte at the low end.
 inline std::uint64_t trueBits(const unsigned char* bytes)
 {
-    static_assert(std::endian::native == std::endian::little);
     constexpr std::uint64_t kLow7 = 0x7F7F7F7F7F7F7F7FULL;
     std::uint64_t word = 0;
     std::memcpy(&word, bytes, sizeof word);
+    if constexpr (std::endian::native == std::endian::big) {
+        word = __builtin_bswap64(word);
+    }
     return (((word & kLow7) + kLow7) | word) & ~kLow7;
 }
 

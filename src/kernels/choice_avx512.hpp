@@ -1,12 +1,9 @@
-// Which of sixteen entries are selected, and their new rows, by each kind of choice, for registers of 512 bits. To be
-// called where haveAvx512().
-#ifndef ZQSP_CORE_WIDE_CHOICE_HPP
-#define ZQSP_CORE_WIDE_CHOICE_HPP
+// Which of sixteen entries are selected, and their new rows, by each kind of choice.
+#ifndef ZQSP_KERNELS_CHOICE_AVX512_HPP
+#define ZQSP_KERNELS_CHOICE_AVX512_HPP
 
-#include "core/row_selection.hpp"
-#include "core/wide_lanes.hpp"
-
-#ifdef __x86_64__
+#include "kernels/kernels.hpp"
+#include "kernels/lanes_avx512.hpp"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +11,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace zqsp::wide {
+namespace zqsp::avx512 {
 
 /// Of up to sixteen entries: the new rows, and a bit for each that is selected. (The new rows of others mean nothing.)
 struct Choice
@@ -24,10 +21,10 @@ struct Choice
 };
 
 /// The words of a ranked set that eight rows lie in.
-ZQSP_AVX512 inline __m512i wordsOf(const unsigned* rows, const RankedSet::Word* words)
+ZQSP_AVX512 inline __m512i wordsOf(const unsigned* rows, const RowWord* words)
 {
     constexpr unsigned kWordBits = 5; // of a row: which bit of its word it is
-    static_assert(RankedSet::kWord == 1U << kWordBits);
+    static_assert(RowWord::kBits == 1U << kWordBits);
     const auto two = [words](const unsigned* pair) ZQSP_AVX512 {
         std::uint64_t both = 0; // read as one: it is loads that the time goes to
         std::memcpy(&both, pair, sizeof both);
@@ -42,7 +39,7 @@ ZQSP_AVX512 inline __m512i wordsOf(const unsigned* rows, const RankedSet::Word* 
 }
 
 /// Sixteen look-ups, each load by itself: measured, a gather takes twice as long.
-ZQSP_AVX512 inline Choice choose(const unsigned* rows, RowChoice::Ranked set)
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, RankedRows set)
 {
     const __m512i even = _mm512_set_epi32(30, 28, 26, 24, 22, 20, 18, 16, 14, 12, 10, 8, 6, 4, 2, 0);
     const __m512i one = _mm512_set1_epi32(1);
@@ -55,14 +52,14 @@ ZQSP_AVX512 inline Choice choose(const unsigned* rows, RowChoice::Ranked set)
     return {_mm512_add_epi32(before, _mm512_popcnt_epi32(below)), _mm512_test_epi32_mask(members, bit)};
 }
 
-ZQSP_AVX512 inline Choice choose(const unsigned* rows, RowChoice::Unmoved set)
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, UnmovedRows set)
 {
     const __m512i own = _mm512_loadu_si512(rows);
-    return {own, choose(rows, RowChoice::Ranked{set.words}).selected};
+    return {own, choose(rows, RankedRows{set.words}).selected};
 }
 
 template <typename Set>
-requires std::same_as<Set, RowChoice::Ranked> || std::same_as<Set, RowChoice::Unmoved> ZQSP_AVX512 inline Choice
+requires std::same_as<Set, RankedRows> || std::same_as<Set, UnmovedRows> ZQSP_AVX512 inline Choice
 choose(const unsigned* rows, unsigned count, Set set)
 {
     if (count >= kLanes) {
@@ -75,7 +72,7 @@ choose(const unsigned* rows, unsigned count, Set set)
     return {choice.newRows, _kand_mask16(choice.selected, lanes)};
 }
 
-ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowChoice::Interval interval)
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowInterval interval)
 {
     const __mmask16 lanes = lanesOf(count);
     const __m512i shifted =
@@ -83,7 +80,7 @@ ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowChoice
     return {shifted, _mm512_mask_cmplt_epu32_mask(lanes, shifted, _mm512_set1_epi32(static_cast<int>(interval.size)))};
 }
 
-ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowChoice::Gap gap)
+ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowGap gap)
 {
     const __mmask16 lanes = lanesOf(count);
     const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
@@ -94,16 +91,9 @@ ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowChoice
     return {_mm512_mask_sub_epi32(old, isBehind, old, size), _kandn_mask16(isInside, lanes)};
 }
 
-/// Strictly ascending positions that are deleted, and how many of them have been passed.
-struct DeletedList
-{
-    const unsigned* positions;
-    unsigned count;
-    unsigned passed = 0;
-};
-
-/// That of ascending positions: each is lowered by the deleted ones before it. Four of these are always compared, so
-/// that their number, which nobody can foresee, takes no branch where they are a fifth of the entries or fewer.
+/// The choice among ascending positions: each is lowered by the deleted ones before it. Four of these are always
+/// compared, so that their number, which nobody can foresee, takes no branch where they are a fifth of the entries or
+/// fewer.
 ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, DeletedList& deleted)
 {
     const __mmask16 lanes = lanesOf(count);
@@ -131,8 +121,6 @@ ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, DeletedLi
     return {lowered, _kandn_mask16(gone, lanes)};
 }
 
-} // namespace zqsp::wide
-
-#endif
+} // namespace zqsp::avx512
 
 #endif

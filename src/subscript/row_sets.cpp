@@ -1,16 +1,16 @@
-#include "subscript/ranked.hpp"
+#include "subscript/row_sets.hpp"
 
 namespace zqsp {
 
 namespace {
 
 template <typename Form>
-void addTo(RankedSet& set, unsigned, const Form& form)
+void addTo(RowSet& set, unsigned, const Form& form)
 {
     form.forEach([&set](unsigned number) { set.add(number); });
 }
 
-void addTo(RankedSet& set, unsigned extent, const LogicalMask& mask)
+void addTo(RowSet& set, unsigned extent, const LogicalMask& mask)
 {
     const unsigned length = std::min(mask.length, extent); // a mask may be longer, with nothing true out there
     for (unsigned i = 0; i < length; i += std::min(kMaskBlock, length - i)) {
@@ -18,25 +18,25 @@ void addTo(RankedSet& set, unsigned extent, const LogicalMask& mask)
     }
 }
 
-RankedSet unrankedOf(const Subscript& subscript, unsigned extent)
+RowSet unrankedOf(const Subscript& subscript, unsigned extent)
 {
-    RankedSet set(extent);
+    RowSet set(extent);
     std::visit([&](const auto& form) { addTo(set, extent, form); }, subscript);
     return set;
 }
 
 } // namespace
 
-RankedSet selectedOf(const Subscript& subscript, unsigned extent)
+RowSet selectedOf(const Subscript& subscript, unsigned extent)
 {
-    RankedSet set = unrankedOf(subscript, extent);
+    RowSet set = unrankedOf(subscript, extent);
     set.rank();
     return set;
 }
 
-RankedSet othersThan(const Subscript& subscript, unsigned extent)
+RowSet othersThan(const Subscript& subscript, unsigned extent)
 {
-    RankedSet set = unrankedOf(subscript, extent);
+    RowSet set = unrankedOf(subscript, extent);
     set.rankOthers();
     return set;
 }

@@ -1,22 +1,19 @@
-#include "core/wide_selection.hpp"
-
-#include "core/entry_moves.hpp"
-#include "core/wide_choice.hpp"
-
-#ifdef __x86_64__
+#include "kernels/avx512.hpp"
+#include "kernels/choice_avx512.hpp"
+#include "kernels/portable.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 
-namespace zqsp::wide {
+namespace zqsp::avx512 {
 
 namespace {
 
 // The loops work on blocks, first the rows of one, then its values: what is moved may overlap its source where it moves
 // to a lower place. Up to `room` elements from `to` on may be written, at least as many as are selected; what lies
-// behind these is lost. Measured against one entry after the other: half to three quarters of the time.
+// behind these is lost.
 
 constexpr unsigned kBlockSize = 1024; // entries; a block stays in the nearest caches between the loops
 constexpr unsigned kGroups = kBlockSize / kLanes;
@@ -43,16 +40,6 @@ struct Selection
     std::array<std::uint16_t, kGroups> bits;
     std::array<unsigned, kGroups> before;
 };
-
-template <typename Rows>
-ZQSP_AVX512 unsigned count(const unsigned* rows, unsigned count, Rows choice)
-{
-    unsigned selected = 0;
-    for (std::size_t i = 0; i < count; i += kLanes) {
-        selected += ones(choose(rows + i, count - static_cast<unsigned>(i), choice).selected);
-    }
-    return selected;
-}
 
 /// Writes `count` lanes, and where there is room all sixteen, which is faster.
 ZQSP_AVX512 inline void storeRows(unsigned* to, std::size_t room, __m512i rows, unsigned count)
@@ -188,11 +175,11 @@ void moveValues(unsigned elementSize, const std::byte* from, unsigned begin, uns
 
 /// Moves what is selected of one block, and returns how many entries that is.
 template <typename Rows>
-unsigned moveBlock(const Columns& from, unsigned begin, unsigned size, Rows& choice, const Columns& to, unsigned at,
+unsigned moveBlock(const Entries& from, unsigned begin, unsigned size, Rows& choice, const Entries& to, unsigned at,
                    Selection& selection)
 {
     const bool inPlace = from.ir == to.ir;
-    const std::size_t room = (inPlace ? begin + size : to.nzmax) - at;
+    const std::size_t room = (inPlace ? begin + size : to.capacity) - at;
     const unsigned groupSize = kLanes * from.elementSize;
     const std::size_t offset = std::size_t{begin} * from.elementSize;
     const Next nextRows{reinterpret_cast<const std::byte*>(from.ir + begin + size), kLanes * sizeof *from.ir};
@@ -207,66 +194,66 @@ unsigned moveBlock(const Columns& from, unsigned begin, unsigned size, Rows& cho
     return selected;
 }
 
-bool canMove(const Columns& a)
+/// Whether the loops serve: few entries, those of one column mostly, are not worth the preparations; and values have 1
+/// or 8 bytes.
+bool serve(const Entries& entries, unsigned count)
 {
-    return (a.elementSize == 1 || a.elementSize == sizeof(double)) && haveAvx512();
+    constexpr unsigned kFewEntries = 8;
+    return count > kFewEntries && (entries.elementSize == 1 || entries.elementSize == sizeof(double));
 }
 
 } // namespace
 
-bool serve(const Columns& a, unsigned entries)
+unsigned countSelected(const unsigned* rows, unsigned count, const RowChoice& choice)
 {
-    constexpr unsigned kFew = 8;
-    return entries > kFew && canMove(a);
+    return std::visit(
+        [=](auto known) ZQSP_AVX512 {
+            unsigned selected = 0;
+            for (unsigned left = count; left > 0; left -= std::min(kLanes, left)) {
+                selected += ones(choose(rows + (count - left), left, known).selected);
+            }
+            return selected;
+        },
+        choice);
 }
 
-bool serveList(const Columns& a, unsigned entries, unsigned deleted)
+unsigned moveSelected(const Entries& from, const unsigned* jc, unsigned columns, const RowChoice& choice,
+                      const Entries& to, unsigned at, unsigned* ends)
 {
-    constexpr unsigned kFew = 32; // one deleted position in so many entries
-    return deleted > entries / kFew && canMove(a);
+    const unsigned last = jc[columns];
+    if (!serve(from, last - jc[0])) {
+        return portable::moveSelected(from, jc, columns, choice, to, at, ends);
+    }
+    return std::visit(
+        [&, at, ends, columns](auto rows) mutable {
+            const unsigned* columnEnd = jc + 1;
+            Selection selection;
+            for (unsigned begin = jc[0], size = 0; begin < last; begin += size) {
+                size = std::min(kBlockSize, last - begin);
+                const unsigned selected = moveBlock(from, begin, size, rows, to, at, selection);
+                const unsigned served = columnEnds(columnEnd, columns, begin, size, at, selection, ends);
+                columnEnd += served;
+                ends += served;
+                columns -= served;
+                at += selected;
+            }
+            std::fill_n(ends, columns, at);
+            return at;
+        },
+        choice);
 }
 
-unsigned countSelected(const Columns& a, unsigned begin, unsigned end, const RowChoice& choice)
+unsigned closeUp(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept)
 {
-    return choice.visit([&](auto rows) { return count(a.ir + begin, end - begin, rows); });
-}
-
-unsigned moveSelected(const Columns& from, unsigned first, unsigned count, const RowChoice& choice, const Columns& to,
-                      unsigned at, unsigned* ends)
-{
-    return choice.visit([&, count, at, ends](auto rows) mutable {
-        const unsigned last = from.jc[first + count];
-        const unsigned* columnEnd = from.jc + first + 1;
-        Selection selection;
-        for (unsigned begin = from.jc[first], size = 0; begin < last; begin += size) {
-            size = std::min(kBlockSize, last - begin);
-            const unsigned selected = moveBlock(from, begin, size, rows, to, at, selection);
-            const unsigned served = columnEnds(columnEnd, count, begin, size, at, selection, ends);
-            columnEnd += served;
-            ends += served;
-            count -= served;
-            at += selected;
-        }
-        std::fill_n(ends, count, at);
-        return at;
-    });
-}
-
-unsigned deleteListed(const Columns& a, const unsigned* deleted, unsigned count)
-{
-    Linearizer linearizer(a);
-    DeletedList list{deleted, count};
+    if (!serve(entries, end - begin)) {
+        return portable::closeUp(entries, begin, end, deleted, kept);
+    }
     Selection selection;
-    unsigned kept = 0;
-    const unsigned entries = a.nnz();
-    for (unsigned begin = 0, size = 0; begin < entries; begin += size) {
-        size = std::min(kBlockSize, entries - begin);
-        linearizer.goOn(begin + size);
-        kept += moveBlock(a, begin, size, list, a, kept, selection);
+    for (unsigned size = 0; begin < end; begin += size) {
+        size = std::min(kBlockSize, end - begin);
+        kept += moveBlock(entries, begin, size, deleted, entries, kept, selection);
     }
     return kept;
 }
 
-} // namespace zqsp::wide
-
-#endif
+} // namespace zqsp::avx512

@@ -1,0 +1,67 @@
+// A set of rows, columns or positions that tells in one look-up whether it has a number, and how many of its members
+// lie below.
+#ifndef ZQSP_CORE_ROW_SET_HPP
+#define ZQSP_CORE_ROW_SET_HPP
+
+#include "core/owners.hpp"
+#include "kernels/row_choice.hpp"
+
+#include <bit>
+#include <cstdint>
+
+namespace zqsp {
+
+/// A bit for each number below an extent, with running counts (Jacobson, 1989). A quarter of a byte for each number is
+/// a sixteenth of a map from old numbers to new ones, and fits the nearest cache where that does not: measured, a
+/// look-up takes half the time.
+class RowSet
+{
+  public:
+    /// An empty set. Raises on exhausted memory.
+    explicit RowSet(unsigned extent)
+        : extent_(extent), words_(Block<RowWord>::zeroed((extent / RowWord::kBits / 2 + std::size_t{1}) * 2))
+    {
+    }
+
+    void add(unsigned number) { words_[number / RowWord::kBits].members |= 1U << number % RowWord::kBits; }
+    /// Adds first + i for each bit i that is set; `first` is a multiple of 64.
+    void addAll(unsigned first, std::uint64_t bits)
+    {
+        words_[first / RowWord::kBits].members |= static_cast<std::uint32_t>(bits);
+        words_[first / RowWord::kBits + 1].members |= static_cast<std::uint32_t>(bits >> RowWord::kBits);
+    }
+
+    /// Counts the members, after which the table can be used. O(extent / 32).
+    void rank() { rank(0); }
+    /// The same once every other number has become a member, and none of the members is left.
+    void rankOthers() { rank(~0U); }
+
+    [[nodiscard]] unsigned count() const { return count_; }
+    [[nodiscard]] bool has(unsigned number) const { return words_[number / RowWord::kBits].has(number); }
+    /// The members as a choice of rows: those that take their ranks for new rows, once rank() has been called, or keep
+    /// their numbers.
+    [[nodiscard]] RankedRows ranked() const { return {words_.get()}; }
+    [[nodiscard]] UnmovedRows unmoved() const { return {words_.get()}; }
+    [[nodiscard]] const RowWord* words() const { return words_.get(); }
+
+  private:
+    void rank(std::uint32_t flipped)
+    {
+        count_ = 0;
+        const unsigned last = extent_ / RowWord::kBits;
+        for (unsigned w = 0; w <= last; ++w) {
+            const std::uint32_t known = w < last ? ~0U : (1U << extent_ % RowWord::kBits) - 1;
+            words_[w].members = (words_[w].members ^ flipped) & known;
+            words_[w].before = count_;
+            count_ += static_cast<unsigned>(std::popcount(words_[w].members));
+        }
+    }
+
+    unsigned extent_;
+    unsigned count_ = 0;
+    Block<RowWord> words_;
+};
+
+} // namespace zqsp
+
+#endif

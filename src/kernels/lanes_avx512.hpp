@@ -1,0 +1,51 @@
+// What all loops for registers of 512 bits say of their sixteen lanes. They may be run only where choose.cpp finds the
+// instructions.
+#ifndef ZQSP_KERNELS_LANES_AVX512_HPP
+#define ZQSP_KERNELS_LANES_AVX512_HPP
+
+// g++ 12 takes its own way of writing "no value" for the use of one.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#if !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+#pragma GCC diagnostic pop
+
+/// Marks a function of these loops. (Where the instructions are emulated, the emulation defines it empty.)
+#ifndef ZQSP_AVX512
+#define ZQSP_AVX512 __attribute__((target("avx512f,avx512bw,avx512vpopcntdq,popcnt")))
+#endif
+
+namespace zqsp::avx512 {
+
+/// Words of 32 bits in a register.
+inline constexpr unsigned kLanes = 16;
+
+/// The first `count` lanes; all where there are more.
+ZQSP_AVX512 inline __mmask16 lanesOf(unsigned count)
+{
+    return static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
+}
+
+/// 0, 1, ..., 15.
+ZQSP_AVX512 inline __m512i laneNumbers()
+{
+    return _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+}
+
+ZQSP_AVX512 inline unsigned ones(unsigned bits)
+{
+    return static_cast<unsigned>(__builtin_popcount(bits));
+}
+
+/// The numbers of the lanes that are set, counted from `base` on, to kLanes words.
+ZQSP_AVX512 inline void storeLaneNumbers(__mmask16 lanes, unsigned base, unsigned* to)
+{
+    const __m512i numbered = _mm512_add_epi32(laneNumbers(), _mm512_set1_epi32(static_cast<int>(base)));
+    _mm512_storeu_si512(to, _mm512_maskz_compress_epi32(lanes, numbered));
+}
+
+} // namespace zqsp::avx512
+
+#endif

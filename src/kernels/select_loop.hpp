@@ -1,0 +1,142 @@
+// Selecting entries one after the other, in one loop over rows and values: the text behind every selection that has no
+// registers of its own.
+#ifndef ZQSP_KERNELS_SELECT_LOOP_HPP
+#define ZQSP_KERNELS_SELECT_LOOP_HPP
+
+#include "kernels/kernels.hpp"
+
+#include <cstring>
+
+namespace zqsp {
+
+/// Elements of a known size.
+template <typename Word, bool complex>
+struct ElementMoves
+{
+    Word* pr;
+    Word* pi;
+
+    explicit ElementMoves(const Entries& a) : pr(reinterpret_cast<Word*>(a.pr)), pi(reinterpret_cast<Word*>(a.pi)) {}
+
+    [[gnu::always_inline]] void copy(std::size_t to, const ElementMoves& from, std::size_t source) const
+    {
+        pr[to] = from.pr[source];
+        if constexpr (complex) {
+            pi[to] = from.pi[source];
+        }
+    }
+};
+
+/// Elements of any size.
+struct SizedMoves
+{
+    std::byte* pr;
+    std::byte* pi;
+    std::size_t size;
+
+    explicit SizedMoves(const Entries& a) : pr(a.pr), pi(a.pi), size(a.elementSize) {}
+
+    void copy(std::size_t to, const SizedMoves& from, std::size_t source) const
+    {
+        std::memmove(pr + to * size, from.pr + source * size, size);
+        if (pi != nullptr) {
+            std::memmove(pi + to * size, from.pi + source * size, size);
+        }
+    }
+};
+
+/// f(from, to) with the moves of the element size at hand.
+template <typename F>
+[[gnu::always_inline]] inline auto withMoves(const Entries& from, const Entries& to, F&& f)
+{
+    using Byte = std::uint8_t;
+    using Double = std::uint64_t;
+    if (from.elementSize == sizeof(Double)) {
+        return from.pi != nullptr ? f(ElementMoves<Double, true>(from), ElementMoves<Double, true>(to))
+                                  : f(ElementMoves<Double, false>(from), ElementMoves<Double, false>(to));
+    }
+    if (from.elementSize == sizeof(Byte) && from.pi == nullptr) {
+        return f(ElementMoves<Byte, false>(from), ElementMoves<Byte, false>(to));
+    }
+    return f(SizedMoves(from), SizedMoves(to));
+}
+
+/// Moves the selected of the entries begin .. end-1 to `at` and behind, which may be in the same blocks, before them.
+/// Returns the end. `room`: whether as many entries can be written as there are. An entry is then written before it is
+/// known to be selected; at worst it is written over by the next one, and no branch depends on the answer.
+template <typename Choice, typename Moves>
+[[gnu::always_inline]] inline unsigned selectEntries(const unsigned* rows, Moves from, unsigned begin, unsigned end,
+                                                     Choice&& choice, bool room, unsigned* newRows, Moves to,
+                                                     unsigned at)
+{
+    if (room) {
+        for (unsigned e = begin; e < end; ++e) {
+            const unsigned row = rows[e];
+            const bool selected = choice.selects(row);
+            newRows[at] = choice.newRow(row);
+            to.copy(at, from, e);
+            at += selected ? 1U : 0U;
+        }
+        return at;
+    }
+    for (unsigned e = begin; e < end; ++e) {
+        if (const unsigned row = rows[e]; choice.selects(row)) {
+            newRows[at] = choice.newRow(row);
+            to.copy(at++, from, e);
+        }
+    }
+    return at;
+}
+
+/// What the loop reads of records is copied out of them first: its stores might change these, as far as the compiler
+/// knows.
+template <typename Choice, typename Moves>
+[[gnu::always_inline]] inline unsigned selectColumnsBy(const Entries& from, const unsigned* jc, unsigned columns,
+                                                       Choice choice, const Entries& to, Moves source, Moves target,
+                                                       unsigned at, unsigned* ends)
+{
+    const unsigned* const rows = from.ir;
+    unsigned* const newRows = to.ir;
+    const unsigned capacity = to.capacity;
+    unsigned begin = jc[0];
+    for (unsigned i = 0; i < columns; ++i) {
+        const unsigned end = jc[i + 1];
+        at = selectEntries(rows, source, begin, end, choice, capacity - at >= end - begin, newRows, target, at);
+        ends[i] = at;
+        begin = end;
+    }
+    return at;
+}
+
+/// moveSelected() of the kernels for one kind of choice.
+template <typename Choice>
+[[gnu::always_inline]] inline unsigned selectColumns(const Entries& from, const unsigned* jc, unsigned columns,
+                                                     Choice choice, const Entries& to, unsigned at, unsigned* ends)
+{
+    return withMoves(
+        from, to, [&](auto source, auto target) __attribute__((always_inline)) {
+            return selectColumnsBy(from, jc, columns, choice, to, source, target, at, ends);
+        });
+}
+
+/// Ascending positions that are not in the list, lowered by those of the list before them.
+struct UnlistedPositions
+{
+    DeletedList& deleted;
+
+    [[gnu::always_inline]] bool selects(unsigned position)
+    {
+        const unsigned* const list = deleted.positions;
+        unsigned passed = deleted.passed;
+        while (passed < deleted.count && list[passed] < position) {
+            ++passed;
+        }
+        deleted.passed = passed;
+        return passed == deleted.count || list[passed] != position;
+    }
+    [[nodiscard]] unsigned newRow(unsigned position) const { return position - deleted.passed; }
+};
+
+} // namespace zqsp
+
+#endif

@@ -1,0 +1,110 @@
+#include "core/growing_list.hpp"
+#include "core/row_set.hpp"
+#include "core/search.hpp"
+#include "core/sort.hpp"
+#include "core/values.hpp"
+#include "kernels/kernels.hpp"
+#include "reference/column_visit.hpp"
+#include "reference/gather.hpp"
+#include "reference/row_methods.hpp"
+#include "subscript/row_sets.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace zqsp {
+
+namespace {
+
+/// The rows as the sifting of entries wants them.
+class Sieve
+{
+  public:
+    /// `entries`: so many are to be sifted. Raises on exhausted memory.
+    Sieve(unsigned m, const Ordered& rows, std::uint64_t entries)
+        : rows_(selectedOf(rows.form(), m)),
+          filters_(rows.count() <= kernels().costs.mostFewRows && entries >= kPaysForFilter)
+    {
+        if (filters_) {
+            rows.forEach([this](unsigned, unsigned row) { few_.add(row); });
+        }
+    }
+
+    /// visit(e) for those of the entries begin .. end-1 that lie in the rows.
+    template <typename F>
+    void forEachFound(const unsigned* ir, unsigned begin, unsigned end, F&& visit) const
+    {
+        std::array<unsigned, kBlock + kKernelSlack> found;
+        for (unsigned size = 0; begin < end; begin += size) {
+            size = std::min(kBlock, end - begin);
+            const unsigned count =
+                kernels().siftRows(rows_.words(), filters_ ? &few_ : nullptr, ir, begin, begin + size, found.data());
+            std::for_each_n(found.begin(), count, visit);
+        }
+    }
+
+  private:
+    static constexpr unsigned kBlock = 1024;
+    static constexpr std::uint64_t kPaysForFilter = 4096; // entries
+
+    RowSet rows_;
+    FewRows few_;
+    bool filters_;
+};
+
+template <typename Numbers>
+ArrayOwner siftColumns(const Columns& a, const Ordered& rows, const Numbers& numbers, const Subscript& columns)
+{
+    const unsigned k = rows.count();
+    const Sieve sieve(a.m, rows, entriesIn(a, columns));
+    // What is found, column by column; the ends of the columns follow once the result is there to hold them.
+    GrowingList<Key> found;
+    const auto columnEnds = Block<unsigned>::make(countOf(columns));
+    unsigned visited = 0;
+    unsigned begin = 0; // what is found in the column at hand
+    const auto finishColumn = [&] {
+        if (rows.sources() != nullptr) {
+            std::sort(found.data() + begin, found.data() + found.count());
+        }
+        begin = found.count();
+        columnEnds[visited++] = begin;
+    };
+    // Neighbouring columns are searched as one: between entries that are found nobody looks where columns end.
+    forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
+        unsigned column = first;
+        sieve.forEachFound(a.ir, a.jc[first], a.jc[first + length], [&](unsigned e) {
+            for (; a.jc[column + 1] <= e; ++column) {
+                finishColumn();
+            }
+            for (unsigned i = lowerBound(numbers, 0, k, a.ir[e]); i < k && numbers[i] == a.ir[e]; ++i) {
+                found.add(makeKey(rows.source(i), e));
+            }
+        });
+        for (; column < first + length; ++column) {
+            finishColumn();
+        }
+    });
+    ArrayOwner result = createLike(a, k, visited, found.count());
+    const Columns out(result.get());
+    std::copy_n(columnEnds.get(), visited, out.jc + 1);
+    withStorage(a, [&](auto from) {
+        const decltype(from) to(out);
+        unsigned written = 0;
+        for (const Key key : found.elements()) {
+            out.ir[written] = majorOf(key);
+            to.copy(written++, from, minorOf(key));
+        }
+    });
+    return result;
+}
+
+} // namespace
+
+ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscript& columns)
+{
+    const Numbers numbers(rows.form());
+    return numbers.list != nullptr ? siftColumns(a, rows, numbers.list, columns)
+                                   : siftColumns(a, rows, static_cast<const NumberView&>(numbers), columns);
+}
+
+} // namespace zqsp
