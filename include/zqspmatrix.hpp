@@ -38,13 +38,15 @@ template <Element T>
 class BasicView
 {
   public:
-    BasicView(BasicView&&) noexcept = default;
-    BasicView& operator=(BasicView&&) noexcept = default;
-    BasicView(const BasicView&) = delete; // a BasicMatrix made of it is a copy
+    BasicView(BasicView&&) noexcept = default;            ///< Moves.
+    BasicView& operator=(BasicView&&) noexcept = default; ///< Moves.
+    BasicView(const BasicView&) = delete;                 // a BasicMatrix made of it is a copy
     BasicView& operator=(const BasicView&) = delete;
     ~BasicView() = default;
 
+    /// m
     [[nodiscard]] std::size_t rows() const { return detail::rowsOf(array()); }
+    /// n
     [[nodiscard]] std::size_t cols() const { return detail::columnsOf(array()); }
     /// Stored entries; a view may store zeros, a matrix made here does not.
     [[nodiscard]] std::size_t nonzeros() const { return detail::entriesOf(array()); }
@@ -101,9 +103,10 @@ class BasicView
     [[nodiscard]] bool lent() const noexcept { return array_.get_deleter().lent(); }
 
   protected:
+    /// Takes over an array.
     explicit BasicView(detail::Array array) : array_(std::move(array)) {}
 
-    detail::Array array_;
+    detail::Array array_; ///< what is viewed
 
     friend class BasicMatrix<T>;
 };
@@ -125,7 +128,7 @@ template <Element T>
 class BasicMatrix : public BasicView<T>
 {
   public:
-    using View = BasicView<T>;
+    using View = BasicView<T>; ///< what only reads
 
     /// rows-by-cols without entries. Cost: n. Throws Error for sizes that are negative or above 2^31 - 1.
     template <detail::Integer M, detail::Integer N>
@@ -146,12 +149,15 @@ class BasicMatrix : public BasicView<T>
     [[nodiscard]] static View view(M rows, N cols, Starts&& column_starts, Rows&& row_indices, Values&& values,
                                    bool check = true);
 
-    BasicMatrix(BasicMatrix&&) noexcept = default;
-    BasicMatrix& operator=(BasicMatrix&&) noexcept = default;
+    BasicMatrix(BasicMatrix&&) noexcept = default;            ///< Moves.
+    BasicMatrix& operator=(BasicMatrix&&) noexcept = default; ///< Moves.
     /// Copies. Cost: n + nnz.
     BasicMatrix(const BasicMatrix& other) : BasicMatrix(static_cast<const View&>(other)) {}
+    /// Copies, also what was lent.
     BasicMatrix(const View& other) : View(copyOf(other)) {}
+    /// Copies.
     BasicMatrix& operator=(const BasicMatrix& other) { return *this = static_cast<const View&>(other); }
+    /// Copies, also what was lent.
     BasicMatrix& operator=(const View& other) { return *this = BasicMatrix(other); }
     ~BasicMatrix() = default;
 
@@ -198,8 +204,8 @@ class BasicMatrix : public BasicView<T>
     friend class BasicView<T>;
 };
 
-using Matrix = BasicMatrix<double>;
-using View = BasicView<double>;
+using Matrix = BasicMatrix<double>; ///< of real numbers
+using View = BasicView<double>;     ///< of real numbers, read-only
 
 } // namespace zqspmatrix
 

@@ -25,6 +25,7 @@ inline constexpr All all{};
 class Range
 {
   public:
+    /// See range().
     Range(std::int64_t first, std::int64_t last, std::int64_t step) : first_(first), last_(last), step_(step)
     {
         if (step == 0) {
@@ -40,10 +41,13 @@ class Range
         }
     }
 
+    /// Whether it selects nothing.
     [[nodiscard]] bool empty() const noexcept { return empty_; }
+    /// The first index.
     [[nodiscard]] std::int64_t first() const noexcept { return first_; }
     /// The last index that is reached.
     [[nodiscard]] std::int64_t last() const noexcept { return last_; }
+    /// From one index to the next.
     [[nodiscard]] std::int64_t step() const noexcept { return step_; }
 
   private:

@@ -24,7 +24,7 @@ template <typename V, typename T>
 concept SequenceInto =
     std::ranges::random_access_range<V> && std::ranges::sized_range<V> && ElementInto<std::ranges::range_value_t<V>, T>;
 
-/// The type U of the elements of a BasicView<U>, by overload.
+/// The type of the elements of a view, by overload.
 template <Element U>
 U elementOf(const BasicView<U>&);
 template <typename V, typename T>
