@@ -56,6 +56,8 @@ Index fromSlice(const py::object& key, const Axis& axis)
     index.count = PySlice_AdjustIndices(axis.extent, &start, &stop, step);
     index.first = start;
     index.step = step;
+    const auto* slice = reinterpret_cast<const PySliceObject*>(key.ptr());
+    index.bare = slice->start == Py_None && slice->stop == Py_None && slice->step == Py_None;
     return index;
 }
 
@@ -268,6 +270,7 @@ void arrange(Selection& selection, Use use)
             makeList(*index);
             index->dimensions = 2;
             index->rows = index == &row ? index->count : 1;
+            index->width = index == &row ? 1 : index->count;
         }
     }
     broadcast(selection);

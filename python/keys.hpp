@@ -44,6 +44,7 @@ struct Index
     py::ssize_t count = 1;
     Array words;          ///< 1-based row vector in row-major order of a list's shape; or logical bytes
     py::ssize_t rows = 1; ///< shape of a list; a vector is a row
+    bool bare = false;    ///< the slice `:`
     int dimensions = 0;   ///< 0 for an integer, 1 or 2 for others; a range or mask has 1
 
     [[nodiscard]] py::ssize_t columns() const { return rows == 0 ? width : count / rows; }

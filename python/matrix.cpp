@@ -168,10 +168,7 @@ py::object Matrix::get(const py::handle& self, const py::object& key, Brackets b
         const Subscripts subscripts = brackets == Brackets::region ? regionSubscripts(key, m, n, Use::reading)
                                                                    : elementSubscripts(key, m, n, Use::reading);
         Array found = reference(array_.get(), subscripts);
-        const auto isInteger = [](const Array& subscript) {
-            return !subscript || (kx::kxIsScalar(subscript.get()) && subscript->class_id == kxDOUBLE_CLASS);
-        };
-        if (isInteger(subscripts.first) && isInteger(subscripts.second)) {
+        if (subscripts.single) {
             return scalarOf(found.get(), entriesOf(found.get()) != 0, elements_);
         }
         return objectOf(py::type::of(self), with(std::move(found)));

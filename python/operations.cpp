@@ -24,7 +24,8 @@ std::size_t workOf(const kxArray* array, const Subscripts& subscripts)
 
 Array reference(const kxArray* array, const Subscripts& subscripts)
 {
-    const auto& [I, J] = subscripts;
+    const Array& I = subscripts.first;
+    const Array& J = subscripts.second;
     kxArray* result = nullptr;
     spStatus status = spOK;
     {
@@ -45,7 +46,8 @@ Array reference(const kxArray* array, const Subscripts& subscripts)
 
 void assign(kxArray* array, const kxArray* values, const Subscripts& subscripts)
 {
-    const auto& [I, J] = subscripts;
+    const Array& I = subscripts.first;
+    const Array& J = subscripts.second;
     spStatus status = spOK;
     {
         const Unlocked unlocked(workOf(array, subscripts) + kx::kxGetNumNonZeroEl(values));
@@ -73,12 +75,13 @@ void growTo(kxArray* array, unsigned m, unsigned n)
         *wordsOf(subscript) = std::max(size, atLeast);
         return subscript;
     };
-    assign(array, zero.get(), {last(m, rowsOf(array)), last(n, columnsOf(array))});
+    assign(array, zero.get(), {last(m, rowsOf(array)), last(n, columnsOf(array)), false});
 }
 
 void erase(kxArray* array, const Subscripts& subscripts)
 {
-    const auto& [I, J] = subscripts;
+    const Array& I = subscripts.first;
+    const Array& J = subscripts.second;
     spStatus status = spOK;
     {
         const Unlocked unlocked(workOf(array, subscripts));
@@ -98,17 +101,12 @@ void erase(kxArray* array, const Subscripts& subscripts)
 
 Subscripts erasedBy(Selection&& selection, unsigned storedRows, bool byRows)
 {
-    const auto isWhole = [](const Index& index, py::ssize_t extent) {
-        return index.kind == Index::Kind::range && index.first == 0 && index.step == 1 && index.count == extent;
-    };
-    const bool rows = isWhole(selection.column, selection.extents.second);
-    const bool columns = isWhole(selection.row, selection.extents.first);
+    const bool rows = selection.column.bare;
+    const bool columns = selection.row.bare;
     if (selection.form != Selection::Form::region || !(rows || columns)) {
         throw py::value_error("only whole rows or columns can be deleted: del M[rows], del M[:, columns]");
     }
-    if (rows && columns) { // all rows go, one way or the other
-        makeList(selection.row);
-    }
+    makeList(rows ? selection.row : selection.column); // so that it is no colon; of two colons, all rows go
     return subscriptsOf(std::move(selection), storedRows, byRows);
 }
 

@@ -144,6 +144,12 @@ Array shaped(Index&& index)
     return array;
 }
 
+bool isInteger(const py::handle& key)
+{
+    const bool isList = py::isinstance<py::array>(key) && py::reinterpret_borrow<py::array>(key).ndim() != 0;
+    return PyIndex_Check(key.ptr()) != 0 && !isList;
+}
+
 Array languageSubscript(const py::object& key, const Axis& axis)
 {
     if (isScipySparse(key)) {
@@ -158,6 +164,9 @@ Array languageSubscript(const py::object& key, const Axis& axis)
         PyErr_Clear();
     }
     Index index = indexOf(key, axis);
+    if (index.kind == Index::Kind::range) { // a slice that happens to name everything is a row
+        return index.bare ? Array(kx::kxCreateColon()) : rangeOf(index);
+    }
     return index.dimensions == 2 ? shaped(std::move(index)) : subscriptOf(std::move(index), axis.extent);
 }
 
@@ -172,14 +181,14 @@ bool countable(py::ssize_t rows, py::ssize_t columns)
 Subscripts subscriptsOf(Selection&& selection, unsigned storedRows, bool byRows)
 {
     if (selection.form == Selection::Form::pairs) {
-        return {placesOf(selection, storedRows, byRows), {}};
+        return {placesOf(selection, storedRows, byRows), {}, false};
     }
     Array row = subscriptOf(std::move(selection.row), selection.extents.first);
     Array column = subscriptOf(std::move(selection.column), selection.extents.second);
     if (byRows) {
         std::swap(row, column);
     }
-    return {std::move(row), std::move(column)};
+    return {std::move(row), std::move(column), false};
 }
 
 Subscripts regionSubscripts(const py::object& key, py::ssize_t rows, py::ssize_t columns, Use use)
@@ -189,7 +198,8 @@ Subscripts regionSubscripts(const py::object& key, py::ssize_t rows, py::ssize_t
     }
     const auto keys = py::reinterpret_borrow<py::tuple>(key);
     return {languageSubscript(keys[0], {"row", rows, rows, columns, use}),
-            languageSubscript(keys[1], {"column", columns, rows, columns, use})};
+            languageSubscript(keys[1], {"column", columns, rows, columns, use}),
+            isInteger(keys[0]) && isInteger(keys[1])};
 }
 
 Subscripts elementSubscripts(const py::object& key, py::ssize_t rows, py::ssize_t columns, Use use)
@@ -202,7 +212,7 @@ Subscripts elementSubscripts(const py::object& key, py::ssize_t rows, py::ssize_
                               " are too many for one subscript; use M[rows, columns] or M.region");
     }
     const std::int64_t elements = std::int64_t{rows} * columns;
-    return {languageSubscript(key, {"element", elements, rows, columns, use}), {}};
+    return {languageSubscript(key, {"element", elements, rows, columns, use}), {}, isInteger(key)};
 }
 
 } // namespace zqsp::python

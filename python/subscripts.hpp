@@ -10,7 +10,8 @@ namespace zqsp::python {
 struct Subscripts
 {
     Array first;
-    Array second; ///< empty where there is one only
+    Array second;        ///< empty where there is one only
+    bool single = false; ///< an element is named, by integers alone; of the matrix language's forms only
 };
 
 /// Of a matrix with `storedRows` rows as it lies in memory; `byRows` when that is the transpose of what was selected

@@ -100,7 +100,7 @@ Compressed sparseLike(const py::object& value, const Elements& elements, bool by
     return std::move(*source);
 }
 
-Values sparseValues(const py::object& value, const Selection& selection, const Elements& elements, bool byRows,
+std::optional<Values> sparseValues(const py::object& value, const Selection& selection, const Elements& elements, bool byRows,
                     std::size_t already)
 {
     const auto [rows, columns] = value.attr("shape").cast<std::pair<py::ssize_t, py::ssize_t>>();
@@ -109,6 +109,9 @@ Values sparseValues(const py::object& value, const Selection& selection, const E
         throw py::value_error("a matrix of shape " + shapeText(rows, columns) +
                               " cannot be assigned to elements of shape " +
                               shapeText(selection.rows, selection.columns));
+    }
+    if (selection.rows == 0 || selection.columns == 0) {
+        return {};
     }
     const Compressed source = sparseLike(value, elements, byRows);
     Values made{ownedArray(source, elements), source.data};
@@ -138,9 +141,6 @@ std::optional<Values> valuesFor(const py::object& value, const Selection& select
 {
     const bool element = selection.form == Selection::Form::element;
     if (!element && isScipySparse(value)) {
-        if (selection.rows == 0 || selection.columns == 0) {
-            return {};
-        }
         return sparseValues(value, selection, elements, byRows, already);
     }
     const py::array dense = denseValues(value, selection, elements.dtype, byRows);

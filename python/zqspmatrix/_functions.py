@@ -1,5 +1,6 @@
 """Subscripts on SciPy's matrices."""
 
+import warnings
 from typing import Any, Tuple, Union
 
 import scipy.sparse as sp
@@ -53,7 +54,7 @@ def setitem(C: Any, key: Any, value: Any, grow: bool = False) -> Any:
     if grow:
         raise IndexError(f"pairs in a matrix of shape {C.shape} are too many for it to grow by them")
     made = C.copy()
-    _scipy_setitem(made, key, value)
+    set_by_scipy(made, key, value)
     return made
 
 
@@ -78,6 +79,13 @@ def reshape(C: Any, shape: Shape, order: str = "C") -> Any:
     sizes = resolved_shape(C.shape, shape)
     made = _core.reshape(C, sizes, by_columns(order))
     return reshape(_prepared(C), sizes, order) if made is NotImplemented else made
+
+
+def set_by_scipy(C: Any, key: Any, value: Any) -> None:
+    """C[key] = value by SciPy's own routine, without its advice to use another class."""
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore", sp.SparseEfficiencyWarning)
+        _scipy_setitem(C, key, value)
 
 
 def _prepared(C: Any) -> Any:

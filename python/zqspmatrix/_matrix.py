@@ -11,7 +11,11 @@ from . import _core, _functions
 DENSE_LIMIT = 1 << 30
 
 
-class Matrix(_core.Matrix):
+# What scipy.sparse.issparse() looks for: the class that all of SciPy's sparse classes have in common.
+_Sparse: Any = next(cls for cls in reversed(sp.csc_matrix.__mro__) if cls.__name__ in ("_spbase", "spmatrix"))
+
+
+class Matrix(_core.Matrix, _Sparse):  # type: ignore[misc]
     """A sparse matrix in compressed columns: bool, integers, float32, float64 or complex128.
 
     Matrix(C)               owns a copy of C, a SciPy matrix or array or another Matrix, that is checked as it is made
@@ -39,13 +43,13 @@ class Matrix(_core.Matrix):
         both                can be read, assigned to and deleted from: del M.elements[K] leaves a row, or a column
 
     A result of two dimensions is a Matrix, of one (pairs) what SciPy gives for the class that M was made of.
-    tocsc() gives that class back. Arithmetic and comparisons are SciPy's, with SciPy's results.
+    tocsc() gives that class back. For scipy.sparse.issparse() a Matrix is sparse, so that SciPy's functions take it;
+    arithmetic and comparisons are SciPy's, with SciPy's results.
 
     A failing call leaves M as it was. IndexError: a subscript; ValueError: a shape or a broken matrix; TypeError: a
     type; MemoryError. RuntimeError: another thread uses M, and one of the two changes it.
     """
 
-    __slots__ = ()
     __array_priority__ = 10.1  # NumPy leaves mixed operations to this class
     __hash__ = None  # type: ignore[assignment]
     ndim = 2
@@ -85,7 +89,7 @@ class Matrix(_core.Matrix):
         if grow:
             raise IndexError(f"pairs in a matrix of shape {self.shape} are too many for it to grow by them")
         changed = self._scipy(True)
-        _functions._scipy_setitem(changed, key, value)
+        _functions.set_by_scipy(changed, key, value)
         self._load(changed, True, False)
 
     @property
@@ -169,6 +173,10 @@ class Matrix(_core.Matrix):
         return dense
 
     def __array__(self, dtype: Any = None, copy: Optional[bool] = None) -> "np.ndarray[Any, Any]":
+        if dtype == object:  # as SciPy's matrices: one object, which is how SciPy's functions take lists of matrices
+            single = np.empty((), object)
+            single[()] = self
+            return single
         size = self.shape[0] * self.shape[1] * self.dtype.itemsize
         if size > DENSE_LIMIT:
             raise ValueError(
@@ -193,11 +201,6 @@ class Matrix(_core.Matrix):
         transposed = self.T
         for row in range(self.shape[0]):
             yield transposed[:, row].T
-
-    def __getattr__(self, name: str) -> Any:
-        if name in _SCIPY_METHODS:
-            return getattr(self._scipy(False), name)
-        raise AttributeError(f"'{type(self).__name__}' object has no attribute {name!r}")
 
 
 class _Form:
@@ -247,27 +250,28 @@ def _scipy_value(value: Any) -> Any:
     return value._scipy(True) if isinstance(value, _core.Matrix) else value
 
 
-# What SciPy computes on M's arrays without changing them.
-_SCIPY_METHODS = frozenset(
-    "sum mean min max argmin argmax dot multiply power conj conjugate maximum minimum diagonal trace nonzero "
-    "count_nonzero astype real imag toarray todense tolil todok todia tobsr getrow getcol getnnz "
-    "data indices indptr has_sorted_indices has_canonical_format".split()
-)
-_OPERATORS = (
-    "eq ne lt le gt ge add radd sub rsub mul rmul matmul rmatmul truediv rtruediv pow neg pos abs round".split()
-)
-
-
 def _by_scipy(name: str) -> Any:
-    def operator(self: Matrix, *operands: Any) -> Any:
-        method = getattr(self._scipy(False), name)
-        return method(*(_scipy_value(operand) for operand in operands))
+    def method(self: Matrix, *arguments: Any, **keywords: Any) -> Any:
+        call = getattr(self._scipy(False), name)
+        return call(*(_scipy_value(argument) for argument in arguments), **keywords)
 
-    operator.__name__ = name
-    operator.__doc__ = f"{name} as SciPy has it."
-    return operator
+    method.__name__ = name
+    method.__doc__ = f"{name} as SciPy has it, with a result of SciPy's."
+    return method
 
 
-for _name in _OPERATORS:
-    if hasattr(sp.csc_matrix, f"__{_name}__"):
-        setattr(Matrix, f"__{_name}__", _by_scipy(f"__{_name}__"))
+def _attribute_of_scipy(name: str) -> property:
+    return property(lambda self: getattr(self._scipy(False), name), doc=f"{name} as SciPy has it, read-only.")
+
+
+# What SciPy computes on M's arrays without changing them.
+for _name in (
+    "sum mean min max argmin argmax dot multiply power conj conjugate getH maximum minimum diagonal trace nonzero "
+    "count_nonzero astype asformat todense tobsr todia todok tolil getrow getcol getnnz "
+    "__eq__ __ne__ __lt__ __le__ __gt__ __ge__ __add__ __radd__ __sub__ __rsub__ __mul__ __rmul__ __matmul__ "
+    "__rmatmul__ __truediv__ __rtruediv__ __pow__ __neg__ __abs__ __round__"
+).split():
+    if hasattr(sp.csc_matrix, _name):
+        setattr(Matrix, _name, _by_scipy(_name))
+for _name in "data indices indptr has_sorted_indices has_canonical_format A H real imag size".split():
+    setattr(Matrix, _name, _attribute_of_scipy(_name))

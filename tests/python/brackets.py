@@ -1,0 +1,207 @@
+"""Brackets of a Matrix and the functions against SciPy's own brackets, over all dtypes and both kinds of objects.
+
+brackets.py [FIRST [COUNT]]: keys and values, each with a seed that is named on failure.
+"""
+
+import sys
+import warnings
+
+import numpy as np
+import scipy.sparse as sp
+import zqspmatrix
+from scipy.sparse import _index
+from zqspmatrix import Matrix
+
+SERVED = [np.dtype(code) for code in "?bBhHiIlLqQfdD"]
+DTYPES = SERVED + [np.dtype(code) for code in "FgG"]  # the functions move these too
+KINDS = [sp.csc_matrix, sp.csr_matrix, sp.csc_array, sp.csr_array]
+warnings.simplefilter("ignore", sp.SparseEfficiencyWarning)  # SciPy's, of its own brackets
+scipy_get, scipy_set = _index.IndexMixin.__getitem__, _index.IndexMixin.__setitem__
+
+
+def random_values(rng, dtype, shape):
+    values = rng.integers(0 if dtype.kind == "u" else -9, 10, shape) * rng.integers(0, 2, shape)
+    if dtype.kind == "c":
+        values = values + 1j * rng.integers(-1, 2, shape)
+    return np.asarray(values).astype(dtype)
+
+
+def random_index(rng, extent, writing):
+    """A subscript of one dimension; now and then one that lies outside. Written elements are named once."""
+    kind = rng.integers(8)
+    size = int(rng.integers(0, extent + 1))
+    out = extent + 1 if rng.random() < 0.03 else extent
+    if kind == 0:
+        return [int, np.int8, np.array][rng.integers(3)](rng.integers(-out, out)) if out else 0
+    if kind <= 2:
+        ends = [int(end) if rng.random() < 0.7 else None for end in rng.integers(-extent - 3, extent + 4, 2)]
+        return slice(*ends, [None, 1, 2, -1, -3][rng.integers(5)])
+    if kind == 3:
+        mask = rng.random(extent) < 0.5
+        return [mask, mask.tolist()][rng.integers(2)] if extent else mask
+    if kind == 4 and extent and not writing:
+        return [range(extent), rng.integers(-out, out, size).astype(np.int8)][rng.integers(2)]
+    if writing:
+        chosen = rng.choice(extent, size, replace=False) - extent * rng.integers(0, 2)
+    else:
+        chosen = rng.integers(-out, out, size) if extent else np.zeros(0, int)
+    chosen = chosen.astype([np.int64, np.int32, np.intp][rng.integers(3)])
+    if kind == 5:
+        return chosen[:, None]
+    return chosen.tolist() if kind == 6 and size else chosen
+
+
+def random_key(rng, shape, writing):
+    kind = rng.integers(10)
+    if kind == 0:
+        mask = rng.random(shape) < 0.3
+        return [mask, sp.csr_matrix(mask), sp.csc_matrix(mask)][rng.integers(3)]
+    if kind == 1:
+        return random_index(rng, shape[0], writing)
+    if kind == 2:
+        return (..., random_index(rng, shape[1], writing))
+    if kind == 3:  # pairs
+        size = (int(rng.integers(1, 4)), int(rng.integers(1, 4)))[: rng.integers(1, 3)]
+        places = rng.choice(shape[0] * shape[1], size, replace=not writing) if np.prod(shape) >= 9 else np.zeros(0, int)
+        return places % max(shape[0], 1), places // max(shape[0], 1)
+    if kind == 4:
+        return np.ix_(*(rng.choice(extent, int(rng.integers(0, extent + 1)), replace=False) for extent in shape))
+    return random_index(rng, shape[0], writing), random_index(rng, shape[1], writing)
+
+
+def random_value(rng, dtype, E, key):
+    """For a key of a dense array: a number, or something of the selected shape, or now and then of another."""
+    if rng.random() < 0.3:
+        return random_values(rng, dtype, ()).item()
+    selected = outcome(lambda: E[key])
+    shape = (2, 3) if isinstance(selected, type) else np.shape(selected)
+    if rng.random() < 0.05:
+        shape = (2, 7)
+    values = random_values(rng, dtype, shape)
+    if values.ndim == 2 and values.size and rng.random() < 0.4:
+        return [sp.csc_matrix, sp.csr_array, sp.coo_matrix][rng.integers(3)](values)
+    return values.tolist() if values.ndim and dtype.char not in "gG" and rng.random() < 0.3 else values
+
+
+def outcome(call):
+    """What a call gives, or the class of its error."""
+    try:
+        return call()
+    except (IndexError, ValueError, TypeError, NotImplementedError) as error:
+        assert str(error)
+        return next(cls for cls in (IndexError, ValueError, TypeError, NotImplementedError) if isinstance(error, cls))
+
+
+def dense(found):
+    return found.toarray() if hasattr(found, "toarray") else np.asarray(found)
+
+
+def check(found, expected):
+    """The same values, shape, dtype and class; or an error of the same class."""
+    if isinstance(expected, type):
+        assert found is expected, f"{found} instead of {expected.__name__}"
+        return
+    wanted = expected if sp.issparse(expected) or not isinstance(found, Matrix) else sp.csc_matrix(expected)
+    given = found.tocsc() if isinstance(found, Matrix) else found
+    assert not isinstance(found, type), f"{found.__name__} instead of {expected}"
+    assert sp.issparse(given) == sp.issparse(wanted), f"{type(given)} instead of {type(wanted)}"
+    assert np.shape(dense(given)) == np.shape(dense(wanted)) and given.dtype == wanted.dtype
+    assert np.array_equal(dense(given), dense(wanted)), f"\n{dense(given)}\ninstead of\n{dense(wanted)}"
+    if sp.issparse(given):
+        given.check_format(full_check=True)
+        assert given.has_canonical_format
+    if not isinstance(found, Matrix):
+        assert type(found) is type(expected), f"{type(found)} instead of {type(expected)}"
+
+
+def copied(C, method, *arguments):
+    made = C.copy()
+    method(made, *arguments)
+    return made
+
+
+def run_read(rng, C, M):
+    key = random_key(rng, C.shape, False)
+    # SciPy's compressed rows give pairs for C[[0, 1], ::2], so its compressed columns are asked.
+    expected = outcome(lambda: scipy_get(C.tocsc(), key))
+    if sp.issparse(expected):
+        expected = type(C)(expected)
+    check(outcome(lambda: zqspmatrix.getitem(C, key)), expected)
+    if M is not None:
+        if expected is NotImplementedError:  # rows and columns of a Matrix keep two dimensions
+            expected = outcome(lambda: scipy_get(sp.csc_matrix(C), key))
+        check(outcome(lambda: M[key]), expected)
+
+
+def run_write(rng, C, M):
+    key = random_key(rng, C.shape, True)
+    value = random_value(rng, C.dtype, np.asarray(C.toarray()), key.toarray() if sp.issparse(key) else key)
+    expected = outcome(lambda: copied(C, scipy_set, key, value))
+    made = outcome(lambda: zqspmatrix.setitem(C, key, value))
+    check(made, expected)
+    if M is not None:
+        if outcome(lambda: M.__setitem__(key, value)) is not None:
+            expected = C if isinstance(expected, type) else None
+        check(M, expected)
+    return C if isinstance(made, type) else made
+
+
+def run_delete(rng, C, M):
+    axis = int(rng.integers(2))
+    index = random_index(rng, C.shape[axis], False)
+    if np.ndim(index) == 2:
+        return C
+    key = (index, slice(None)) if axis == 0 else (slice(None), index)
+    everything = np.arange(C.shape[axis])
+    kept = outcome(lambda: np.setdiff1d(everything, everything[index]))
+    if axis == 1 and isinstance(index, slice) and index == slice(None):
+        kept, axis = np.zeros(0, int), 0
+    made = outcome(lambda: zqspmatrix.delete(C, key))
+    check(made, kept if isinstance(kept, type) else type(C)(C.toarray().take(kept, axis)))
+    if M is not None:
+        outcome(lambda: M.__delitem__(key))
+        check(M, C if isinstance(made, type) else made)
+    return C if isinstance(made, type) else made
+
+
+def run_reshape(rng, C, M):
+    order = "CF"[rng.integers(2)]
+    size = C.shape[0] * C.shape[1]
+    rows = int(rng.choice([d for d in range(1, size + 1) if size % d == 0])) if size else 0
+    shape = (rows, -1) if size else (0, 5)
+    expected = C.toarray().reshape(shape, order=order)
+    made = zqspmatrix.reshape(C, shape, order)
+    assert type(made) is type(C) and np.array_equal(made.toarray(), expected)
+    if M is not None:
+        check(M.reshape(shape, order=order), sp.csc_matrix(expected))
+    return C
+
+
+def run_sequence(rng):
+    shape = [(0, 4), (3, 0), (1, 7), (6, 1), (1, 1), None, None, None][rng.integers(8)] or tuple(rng.integers(2, 8, 2))
+    C = KINDS[rng.integers(4)](random_values(rng, DTYPES[rng.integers(len(DTYPES))], shape))
+    if C.nnz and rng.random() < 0.2:
+        C.data[rng.integers(C.nnz)] = 0
+    if rng.random() < 0.1:
+        C.indices, C.indptr = C.indices.astype(np.int64), C.indptr.astype(np.int64)
+    for _ in range(5):
+        M = Matrix(C, copy=rng.random() < 0.7) if C.dtype in SERVED else None
+        before = C.toarray()
+        made = [run_read, run_read, run_write, run_write, run_delete, run_reshape][rng.integers(6)](rng, C, M)
+        assert np.array_equal(C.toarray(), before), "the operand changed"
+        C = C if made is None else made
+
+
+def main():
+    first = int(sys.argv[1]) if len(sys.argv) > 1 else 0
+    count = int(sys.argv[2]) if len(sys.argv) > 2 else 2000
+    for seed in range(first, first + count):
+        try:
+            run_sequence(np.random.default_rng(seed))
+        except BaseException:
+            print(f"sequence {seed} fails; to repeat: {sys.argv[0]} {seed} 1", file=sys.stderr)
+            raise
+    print(f"{5 * count} calls of the functions, and as many of Matrix where it has the dtype")
+
+
+main()
