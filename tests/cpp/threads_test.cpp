@@ -1,13 +1,10 @@
-// Matrices in several threads, and in a forked child.
+// Matrices in several threads.
 #include "dense.hpp"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <thread>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace zqsp::test {
 namespace {
@@ -43,23 +40,6 @@ TEST(CppThreads, ReadOneMatrixAndChangeTheirOwn)
         }
     }
     EXPECT_EQ(right, 8);
-}
-
-TEST(CppThreads, AChildGoesOnWithItsMatrices)
-{
-    std::mt19937 random(2);
-    const Matrix shared = draw<double>(20, 10, random);
-    Matrix large(1, 1);
-    large.set(range(0, 999), range(0, 999), 1); // in blocks that the runtime maps
-    const pid_t child = fork();
-    if (child == 0) {
-        large.erase_rows(range(0, 499));
-        _exit(work(shared, 3) && large.nonzeros() == 500000 ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    EXPECT_EQ(large.nonzeros(), 1000000U);
 }
 
 } // namespace
