@@ -1,7 +1,7 @@
 # libzqspmatrix.a: the objects of the library and of the embedded runtime in one archive, for programs of one file.
 find_package(Boost 1.74 REQUIRED)
 add_library(zqspmatrix_static STATIC
-  $<TARGET_OBJECTS:zqspmatrix> $<TARGET_OBJECTS:kx> $<TARGET_OBJECTS:zqfl>)
+  $<TARGET_OBJECTS:zqspmatrix_objects> $<TARGET_OBJECTS:kx> $<TARGET_OBJECTS:zqfl>)
 add_library(zqspmatrix::static ALIAS zqspmatrix_static)
 set_target_properties(zqspmatrix_static PROPERTIES OUTPUT_NAME zqspmatrix EXPORT_NAME static LINKER_LANGUAGE CXX)
 target_compile_features(zqspmatrix_static INTERFACE cxx_std_20)
