@@ -71,6 +71,7 @@ int run(int count, char** arguments)
     }
     registerAcceptance();
     registerSmallCalls();
+    registerCppInterface(); // the last, see there
     benchmark::Initialize(&count, arguments);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

@@ -6,6 +6,8 @@ namespace zqsp::bench {
 
 /// "accept/...": pairs of a measured call and the work it is held against, see acceptance.cpp.
 void registerAcceptance();
+/// More of these: what the way through the C++ interface costs.
+void registerCppInterface();
 /// "small/...": nanoseconds and allocations of calls on tiny matrices.
 void registerSmallCalls();
 

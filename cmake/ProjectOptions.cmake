@@ -4,7 +4,8 @@ if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
-if(ZQSP_LTO AND CMAKE_BUILD_TYPE STREQUAL "Release")
+# A static library needs objects that are no bytecode alone, which clang++ does not make.
+if(ZQSP_LTO AND CMAKE_BUILD_TYPE STREQUAL "Release" AND (CMAKE_CXX_COMPILER_ID STREQUAL "GNU" OR NOT ZQSP_BUILD_STATIC))
   include(CheckIPOSupported)
   check_ipo_supported(RESULT ZQSP_HAVE_LTO OUTPUT ZQSP_LTO_WHY LANGUAGES CXX)
 endif()
@@ -17,6 +18,12 @@ function(zqsp_configure_target target)
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+  # Embedded in a project that says nothing of it, the library is optimised all the same.
+  if(NOT PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES
+     AND NOT CMAKE_CXX_FLAGS MATCHES "-O")
+    target_compile_options(${target} PRIVATE -O3)
+    target_compile_definitions(${target} PRIVATE NDEBUG)
+  endif()
   if(ZQSP_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
@@ -33,6 +40,9 @@ function(zqsp_configure_target target)
     get_target_property(type ${target} TYPE)
     if(type STREQUAL "SHARED_LIBRARY" OR type STREQUAL "OBJECT_LIBRARY")
       set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
+      if(ZQSP_BUILD_STATIC) # whose users may link without
+        target_compile_options(${target} PRIVATE -ffat-lto-objects)
+      endif()
     endif()
   endif()
 endfunction()

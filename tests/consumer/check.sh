@@ -18,10 +18,18 @@ fail() {
     exit 1
 }
 
-configure_build_run() {
-    cmake -S "$here/$1" -B . -G Ninja -DCMAKE_BUILD_TYPE=Debug "$2"
-    cmake --build . --target consumer
-    ./consumer
+configure_build_run() { # SOURCE PROGRAM OPTION...
+    source=$1
+    program=$2
+    shift 2
+    cmake -S "$source" -B . -G Ninja "$@"
+    cmake --build . --target "$program"
+    "./$program"
+}
+# Whether a file names this folder, and not one whose name or path ends alike.
+files_that_name() { # FOLDER, below the prefix
+    folder=$(printf %s "$1" | sed 's,[].*^$+?(){}|\\[],\\&,g')
+    grep -arlE "(^|[^[:alnum:]_.+-])$folder(/|[^[:alnum:]_.+/-]|\$)" "$prefix" || true
 }
 
 case $check in
@@ -29,10 +37,18 @@ install)
     cmake --install "$build" --prefix "$work/elsewhere"
     rm -rf "$prefix"
     mv "$work/elsewhere" "$prefix"
-    ! grep -rl "$work\|$build\|$root" "$prefix" || fail "installed files name a folder of this build"
+    named=$(for folder in "$work" "$build" "$root"; do files_that_name "$folder"; done)
+    [ -z "$named" ] || fail "installed files name a folder of this build: $named"
+    # The search finds what it is to find.
+    echo "x=$root/include" >"$prefix/named"
+    [ "$(files_that_name "$root")" = "$prefix/named" ] || fail "the search for folders finds nothing"
+    rm "$prefix/named"
     ;;
 find_package)
-    configure_build_run find_package "-DCMAKE_PREFIX_PATH=$prefix"
+    configure_build_run "$here/find_package" consumer -DCMAKE_BUILD_TYPE=Debug "-DCMAKE_PREFIX_PATH=$prefix"
+    ;;
+cpp)
+    configure_build_run "$root/examples/embed" embed "-DCMAKE_PREFIX_PATH=$prefix"
     ;;
 pkg_config)
     PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name zqspmatrix.pc)")
@@ -46,7 +62,11 @@ installed_shell)
     [ "$("$prefix/bin/kxsh" -e 'nnz(speye(3))')" = "ans = 3" ] || fail "the installed shell does not answer"
     ;;
 subdirectory)
-    configure_build_run subdirectory -DZQSP_LTO=OFF
+    configure_build_run "$here/subdirectory" consumer -DZQSP_BUILD_STATIC=ON
+    cmake --build . --target consumer_static
+    ./consumer_static
+    ! ldd ./consumer_static | grep 'libkx\|zqsp' || fail "the static library needs a shared one"
+    ninja -t commands consumer | grep 'src/core' | grep -q -- ' -O3' || fail "without a build type, nothing is optimised"
     made=$(cmake --build . --target help | sed -n 's/^\([A-Za-z_]*\): phony$/\1/p')
     for target in kxsh kxsh_core zqsp_test_support install; do
         ! echo "$made" | grep -qx "$target" || fail "an embedding project is offered the target $target"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# names.sh ROOT: whether the functions, files and links that the documents name exist.
+# names.sh ROOT: whether the functions, tests, files and links that the documents name exist.
 set -eu
 cd "$1"
 
@@ -13,11 +13,14 @@ wrong=$(
             grep -rqw "$name" include platform runtime src shell tests cmake CMakeLists.txt ||
                 echo "$document: no function $name()"
         done
+        names_in "$document" '`[A-Z][A-Za-z]*\.[A-Z][A-Za-z0-9]*`' | while read -r name; do
+            grep -rqE "TEST[_A-Z]*\(${name%.*}, ${name#*.}\)" tests || echo "$document: no test $name"
+        done
         names_in "$document" '`[a-z_]*/[a-z_./]*`' | while read -r path; do
             case $path in build/* | out/*) continue ;; esac
             [ -e "$path" ] || [ -e "src/$path" ] || echo "$document: no file $path"
         done
-        grep -o '](\([^)#]*\)' "$document" | sed 's/^](//' | sort -u | while read -r target; do
+        sed '/^```/,/^```/d' "$document" | grep -o '](\([^)#]*\)' | sed 's/^](//' | sort -u | while read -r target; do
             case $target in http*) continue ;; esac
             [ -e "$(dirname "$document")/$target" ] || echo "$document: dead link $target"
         done
