@@ -65,9 +65,9 @@ Value compared(BinaryOperator op, const Value& left, const Value& right)
     case BinaryOperator::kGreaterEqual:
         return truths<Number>(op, left, right, [](Number a, Number b) { return realPart(a) >= realPart(b); });
     case BinaryOperator::kAnd:
-        return truths<Number>(op, left, right, [](Number a, Number b) { return (a != 0.0) & (b != 0.0); });
+        return truths<Number>(op, left, right, [](Number a, Number b) { return a != 0.0 && b != 0.0; });
     default:
-        return truths<Number>(op, left, right, [](Number a, Number b) { return (a != 0.0) | (b != 0.0); });
+        return truths<Number>(op, left, right, [](Number a, Number b) { return a != 0.0 || b != 0.0; });
     }
 }
 

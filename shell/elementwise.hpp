@@ -179,13 +179,22 @@ Value sparseMap(const Value& sparse, G g)
     return result.finish();
 }
 
+/// Whether two sparse arrays of one shape have entries in the same places.
+inline bool samePattern(const Value& left, const Value& right)
+{
+    return left.entries() == right.entries() &&
+           std::equal(left.rowIndices(), left.rowIndices() + left.entries(), right.rowIndices()) &&
+           std::equal(left.starts(), left.starts() + left.columns(), right.starts());
+}
+
 /// f over two sparse double arrays of one shape where at least one stores an entry; with `both`, where both do. What
 /// neither stores stays 0.
 template <typename Number, typename F>
 Value sparseMerge(const Value& left, const Value& right, F f, bool both)
 {
-    const std::uint64_t most = both ? std::min(left.entries(), right.entries())
-                                    : std::min(std::uint64_t{left.entries()} + right.entries(), left.count());
+    const std::uint64_t most = both || samePattern(left, right)
+                                   ? std::min(left.entries(), right.entries())
+                                   : std::min(std::uint64_t{left.entries()} + right.entries(), left.count());
     SparseResult<std::invoke_result_t<F, Number, Number>> result(left.rows(), left.columns(), most);
     const Numbers<Number> a(left);
     const Numbers<Number> b(right);

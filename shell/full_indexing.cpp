@@ -305,10 +305,10 @@ bool assignFull(Value& target, const Value& value, std::span<const Value> subscr
     if (!linear && kx::kxMatch2DIndicesForIndexedAssignment(&m, &n, value.rows(), value.columns(), false, nullptr) == 0) {
         kxHandleSparseSubscriptError(spAssignDimMismatch);
     }
-    const Value elements = asFull(converted(value, target.classId()));
     if (m == 0 || n == 0) {
-        return true;
+        return false; // it may grow all the same
     }
+    const Value elements = asFull(converted(value, target.classId()));
     const Shape shape = linear ? linearExtent(target, rows->extent())
                                : Shape{std::max(target.rows(), static_cast<unsigned>(rows->extent())),
                                        std::max(target.columns(), static_cast<unsigned>(columns->extent()))};

@@ -6,6 +6,7 @@
 #include "indexing.hpp"
 #include "interrupt.hpp"
 #include "memory_limit.hpp"
+#include "numbers.hpp"
 #include "operators.hpp"
 #include "printing.hpp"
 
@@ -195,9 +196,16 @@ void Interpreter::assignSeveral(const Statement& statement, const AssignStatemen
         assign(value, elementsOf(results[i]), subscripts(known, target.subscripts),
                target.name);
     }
+    std::ostringstream shown;
     for (const Target& target : action.targets) {
-        keep(statement, target.name, changed.at(target.name));
+        if (statement.prints) {
+            printValue(shown, target.name, changed.at(target.name), session_.width);
+        }
     }
+    for (auto& [name, value] : changed) {
+        session_.variables.insert_or_assign(name, std::move(value));
+    }
+    session_.out << shown.str();
 }
 
 const Value* Interpreter::variable(const std::string& name) const
@@ -321,6 +329,12 @@ Value Interpreter::evaluate(const RangeNode& node)
     const double start = realScalar(evaluate(*node.start), "the start of a range");
     const double step = node.step ? realScalar(evaluate(*node.step), "the step of a range") : 1;
     const double stop = realScalar(evaluate(*node.stop), "the end of a range");
+    const double most = kx::kxGetMaxNumberOfElements();
+    if (step != 0 && (stop - start) / step > most) {
+        throw Error("kx:sizeLimit",
+                    fmt::format("the range {}{}:{} is longer than the limit of {}", shortNumber(start, 10),
+                                node.step ? ':' + shortNumber(step, 10) : "", shortNumber(stop, 10), most));
+    }
     return Value::range(start, step, stop);
 }
 

@@ -1,4 +1,5 @@
 // kxsh: a small interpreter that drives the library on real matrices.
+#include "functions.hpp"
 #include "interrupt.hpp"
 #include "memory_limit.hpp"
 #include "runner.hpp"
@@ -65,12 +66,18 @@ int runProgram(int argc, char** argv)
         ->type_name("SIZE")
         ->transform(CLI::AsSizeValue(false));
     app.positionals_at_end();
+    std::string page;
+    app.add_option("--function-page", page)->check(CLI::IsMember({"markdown", "manual"}))->group(""); // for documents
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kUsageError;
     }
 
+    if (!page.empty()) {
+        std::cout << functionPage(page == "manual" ? PageFormat::kManual : PageFormat::kMarkdown) << std::flush;
+        return 0;
+    }
     installEndHandlers();
     limitMemory(memory);
     Session session(std::cout);

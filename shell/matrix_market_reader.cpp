@@ -213,8 +213,8 @@ class Reader
         } else {
             const double number = lines_.number();
             constexpr double kMaxExact = 9007199254740992.0; // 2^53
-            if (header_.field == Field::kInteger && (number != std::trunc(number) || std::abs(number) > kMaxExact)) {
-                lines_.fail("the value is no whole number that a double can hold");
+            if (header_.field == Field::kInteger && (number != std::trunc(number) || std::abs(number) >= kMaxExact)) {
+                lines_.fail("the value is no whole number below 2^53");
             }
             return static_cast<T>(number);
         }

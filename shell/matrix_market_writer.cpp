@@ -1,5 +1,6 @@
 #include "matrix_market.hpp"
 
+#include "elementwise.hpp"
 #include "error.hpp"
 #include "files.hpp"
 #include "interrupt.hpp"
@@ -73,10 +74,7 @@ bool sameBytes(const Value& a, const Value& b)
 {
     const std::size_t size = kx::kxGetElementSize(a.get());
     const std::size_t count = a.isSparse() ? a.entries() : a.count();
-    const bool samePlaces =
-        !a.isSparse() || (std::equal(a.starts(), a.starts() + a.columns() + 1, b.starts()) &&
-                          std::equal(a.rowIndices(), a.rowIndices() + count, b.rowIndices()));
-    return samePlaces && (count == 0 || std::memcmp(a.get()->pr, b.get()->pr, count * size) == 0) &&
+    return (!a.isSparse() || samePattern(a, b)) && (count == 0 || std::memcmp(a.get()->pr, b.get()->pr, count * size) == 0) &&
            (count == 0 || !a.isComplex() || std::memcmp(a.get()->pi, b.get()->pi, count * size) == 0);
 }
 

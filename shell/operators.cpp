@@ -65,7 +65,7 @@ Value transposed(const Value& value, bool conjugates)
             T* im = result.imagData<T>();
             const std::size_t count = result.isSparse() ? result.entries() : result.count();
             for (std::size_t k = 0; k < count; ++k) {
-                im[k] = static_cast<T>(-im[k]);
+                im[k] = static_cast<T>(T{} - im[k]); // never -0
             }
         });
     }

@@ -83,9 +83,7 @@ class Factors
     static bool isSymmetric(const Value& a)
     {
         const Value other = transposed(a, false);
-        return std::equal(a.starts(), a.starts() + a.columns() + 1, other.starts()) &&
-               std::equal(a.rowIndices(), a.rowIndices() + a.entries(), other.rowIndices()) &&
-               std::equal(a.data<double>(), a.data<double>() + a.entries(), other.data<double>());
+        return samePattern(a, other) && std::equal(a.data<double>(), a.data<double>() + a.entries(), other.data<double>());
     }
 
     /// False where the matrix is not positive definite, or hardly.
