@@ -103,8 +103,8 @@ bool covers(const Value& wide, const Value& other)
 /// Whether 0 op right is 0 for all that `right` holds, as far as that counts.
 bool keepsZeros(BinaryOperator op, const Value& right)
 {
-    const bool positivePower = op == BinaryOperator::kPowerEach && right.isScalar() && !right.isComplex() &&
-                               firstNumber(right) > 0;
+    const bool positivePower =
+        op == BinaryOperator::kPowerEach && right.isScalar() && !right.isComplex() && firstNumber(right) > 0;
     return op == BinaryOperator::kMultiplyEach || op == BinaryOperator::kDivideEach || positivePower;
 }
 
@@ -166,10 +166,10 @@ Value arithmetic(BinaryOperator op, const Value& left, const Value& right)
     if (isPlainNumber(left) && isPlainNumber(right) && op < BinaryOperator::kPowerEach) {
         const double a = *left.data<double>();
         const double b = *right.data<double>();
-        return Value::number(op == BinaryOperator::kAdd             ? a + b
-                             : op == BinaryOperator::kSubtract      ? a - b
+        return Value::number(op == BinaryOperator::kAdd            ? a + b
+                             : op == BinaryOperator::kSubtract     ? a - b
                              : op == BinaryOperator::kMultiplyEach ? a * b
-                                                                    : a / b);
+                                                                   : a / b);
     }
     if (auto lazy = lazyResult(op, left, right)) {
         return *std::move(lazy);
@@ -179,7 +179,8 @@ Value arithmetic(BinaryOperator op, const Value& left, const Value& right)
     if (op == BinaryOperator::kDivideEach && a.isSparse() && b.isScalar() && firstNumber(b) == 0 && !b.isComplex()) {
         throw Error("kxsh:operand", "a sparse array cannot be divided by 0");
     }
-    const bool complex = a.isComplex() || b.isComplex() || (op == BinaryOperator::kPowerEach && needsComplexPower(a, b));
+    const bool complex =
+        a.isComplex() || b.isComplex() || (op == BinaryOperator::kPowerEach && needsComplexPower(a, b));
     const kxClassID id = resultClass(left, right);
     Value result = complex ? doubleResult<std::complex<double>>(op, a, b) : doubleResult<double>(op, a, b);
     return id == kxDOUBLE_CLASS ? result : converted(result, id);

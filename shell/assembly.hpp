@@ -8,9 +8,9 @@
 
 namespace kxsh {
 
-/// Builds an m-by-n sparse array in two rounds over its entries: count() each, startPlacing(), place() each in any order,
-/// finish(). Takes the memory of the result and of its largest column. Cost: entries + n, and a sort of each column that
-/// is not placed in ascending order.
+/// Builds an m-by-n sparse array in two rounds over its entries: count() each, startPlacing(), place() each in any
+/// order, finish(). Takes the memory of the result and of its largest column. Cost: entries + n, and a sort of each
+/// column that is not placed in ascending order.
 class Assembly
 {
   public:

@@ -58,11 +58,11 @@ enum class BinaryOperator
 {
     kAdd,
     kSubtract,
-    kMultiply,       ///< the matrix product, unless one side is a number
-    kDivide,         ///< by a number
-    kSolve,          ///< A \ B
-    kPower,          ///< of two numbers
-    kMultiplyEach,   ///< element by element, as all that follow
+    kMultiply,     ///< the matrix product, unless one side is a number
+    kDivide,       ///< by a number
+    kSolve,        ///< A \ B
+    kPower,        ///< of two numbers
+    kMultiplyEach, ///< element by element, as all that follow
     kDivideEach,
     kPowerEach,
     kEqual,

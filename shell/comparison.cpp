@@ -17,16 +17,20 @@ Value truths(BinaryOperator op, const Value& left, const Value& right, F f)
     const bool stored = (left.isSparse() || left.isScalar()) && (right.isSparse() || right.isScalar());
     if (!matrix || !stored || (!left.isScalar() && !right.isScalar() && !left.sameShape(right))) {
         const Value result = fullElementwise<Number>(asFull(left), asFull(right), f);
-        return (matrix && op == BinaryOperator::kAnd) || (left.isSparse() && right.isSparse()) ? asSparse(result) : result;
+        return (matrix && op == BinaryOperator::kAnd) || (left.isSparse() && right.isSparse()) ? asSparse(result)
+                                                                                               : result;
     }
-    const auto number = [](const Value& value) { return value.isScalar() ? Numbers<Number>(asFull(value)).at(0) : 0.0; };
+    const auto number = [](const Value& value) {
+        return value.isScalar() ? Numbers<Number>(asFull(value)).at(0) : 0.0;
+    };
     const Number a = number(left);
     const Number b = number(right);
     if (f(a, b)) {
         const Value& shape = left.isScalar() ? right : left;
         if (shape.count() > kx::kxGetMaxNumberOfElements()) {
-            throw Error("kx:sizeLimit", fmt::format("'{}' is true for the zeros too; {}-by-{} true entries are too many",
-                                                    symbolOf(op), shape.rows(), shape.columns()));
+            throw Error("kx:sizeLimit",
+                        fmt::format("'{}' is true for the zeros too; {}-by-{} true entries are too many", symbolOf(op),
+                                    shape.rows(), shape.columns()));
         }
         return sparseEverywhere<Number>(left, right, f);
     }

@@ -143,8 +143,8 @@ void OutputFile::write(std::string_view bytes)
         constexpr std::size_t kMost = std::size_t{1} << 28;
         const auto piece = static_cast<unsigned>(std::min(bytes.size(), kMost));
         errno = 0;
-        const ssize_t done = packed_ != nullptr ? ::gzwrite(packed_, bytes.data(), piece)
-                                                : ::write(descriptor_, bytes.data(), piece);
+        const ssize_t done =
+            packed_ != nullptr ? ::gzwrite(packed_, bytes.data(), piece) : ::write(descriptor_, bytes.data(), piece);
         if (done <= 0) {
             const int reason = errno;
             pollInterrupt();
@@ -160,8 +160,8 @@ void OutputFile::write(std::string_view bytes)
 void OutputFile::commit()
 {
     errno = 0;
-    const bool closed = packed_ != nullptr ? ::gzclose(std::exchange(packed_, nullptr)) == Z_OK
-                                           : ::close(descriptor_) == 0;
+    const bool closed =
+        packed_ != nullptr ? ::gzclose(std::exchange(packed_, nullptr)) == Z_OK : ::close(descriptor_) == 0;
     descriptor_ = -1;
     if (!closed) {
         fail(errno == 0 ? EIO : errno);

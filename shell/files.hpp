@@ -10,14 +10,14 @@
 
 namespace kxsh {
 
-/// The bytes of a file, which may also be a pipe; unpacked if gzip has compressed it. Raises kxsh:file with the system's
-/// reason.
+/// The bytes of a file, which may also be a pipe; unpacked if gzip has compressed it. Raises kxsh:file with the
+/// system's reason.
 std::string readFile(const std::filesystem::path& path);
 
 /// A file that appears under its name only when it is complete: written beside it under a name that nobody can guess,
 /// which goes away on errors and signals, and renamed by commit(). A name that ends in .gz makes it compressed. A file
-/// that exists passes its mode on, and may not be read-only; a link is followed, and must lead to something. What is not
-/// a regular file (/dev/stdout, a pipe) is written directly. Everything raises kxsh:file with the system's reason.
+/// that exists passes its mode on, and may not be read-only; a link is followed, and must lead to something. What is
+/// not a regular file (/dev/stdout, a pipe) is written directly. Everything raises kxsh:file with the system's reason.
 class OutputFile
 {
   public:

@@ -268,7 +268,8 @@ std::optional<Value> referenceFull(const Value& array, std::span<const Value> su
         kxHandleSparseSubscriptError(spIndexOutOfRange);
     }
     const auto m = static_cast<unsigned>(rows->count());
-    const Shape shape = linear ? linearShape(array, subscripts[0], m) : Shape{m, static_cast<unsigned>(columns->count())};
+    const Shape shape =
+        linear ? linearShape(array, subscripts[0], m) : Shape{m, static_cast<unsigned>(columns->count())};
     if (array.isRange() && shape.m == 1) {
         const Places& places = linear ? *rows : *columns;
         const RangeBounds bounds = boundsOf(array);
@@ -302,7 +303,8 @@ bool assignFull(Value& target, const Value& value, std::span<const Value> subscr
         }
         kxHandleSparseSubscriptError(spIndexAssignCountMismatch);
     }
-    if (!linear && kx::kxMatch2DIndicesForIndexedAssignment(&m, &n, value.rows(), value.columns(), false, nullptr) == 0) {
+    if (!linear &&
+        kx::kxMatch2DIndicesForIndexedAssignment(&m, &n, value.rows(), value.columns(), false, nullptr) == 0) {
         kxHandleSparseSubscriptError(spAssignDimMismatch);
     }
     if (m == 0 || n == 0) {

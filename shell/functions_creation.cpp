@@ -179,8 +179,8 @@ Value eye(Session& session, Arguments arguments)
 template <int Which>
 Value constant(Session&, Arguments)
 {
-    constexpr double kConstants[] = {std::numeric_limits<double>::infinity(),
-                                     std::numeric_limits<double>::quiet_NaN(), std::numbers::pi};
+    constexpr double kConstants[] = {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
+                                     std::numbers::pi};
     return Value::number(kConstants[Which]);
 }
 

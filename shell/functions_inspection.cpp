@@ -134,8 +134,7 @@ Value find(Session&, Arguments arguments)
 /// The values of the elements that are not zero.
 Value valuesFound(const Value& array)
 {
-    Value result =
-        foundIn(array, nonZeros(array), array.classId(), array.isComplex() ? kxCOMPLEX : kxREAL);
+    Value result = foundIn(array, nonZeros(array), array.classId(), array.isComplex() ? kxCOMPLEX : kxREAL);
     withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
         std::size_t next = 0;
         forEachNonZero(array, [&](std::size_t k, std::size_t, std::size_t) {
@@ -189,8 +188,8 @@ Value isequal(Session&, Arguments arguments)
 }
 
 constexpr Function kFunctions[] = {
-    {"size", 1, 2, "size(A)", "Numbers of rows and columns", "size(A,1) and size(A,2) give one of them, [m,n] = size(A) both.",
-     "[m,n] = size(speye(4));", size, sizes, 2},
+    {"size", 1, 2, "size(A)", "Numbers of rows and columns",
+     "size(A,1) and size(A,2) give one of them, [m,n] = size(A) both.", "[m,n] = size(speye(4));", size, sizes, 2},
     {"isempty", 1, 1, "isempty(A)", "Whether there are no rows or no columns", "", "isempty([])", isempty},
     {"length", 1, 1, "length(A)", "The larger of the numbers of rows and columns", "0 for an empty array.",
      "length(1:7)", length},

@@ -115,13 +115,14 @@ Value abs(Session&, Arguments arguments)
 {
     const Value array = elementsOf(arguments[0]);
     const Value numbers = converted(array, kxDOUBLE_CLASS);
-    const kxClassID id = array.classId() == kxLOGICAL_CLASS || array.classId() == kxCHAR_CLASS ? kxDOUBLE_CLASS
-                                                                                               : array.classId();
+    const kxClassID id =
+        array.classId() == kxLOGICAL_CLASS || array.classId() == kxCHAR_CLASS ? kxDOUBLE_CLASS : array.classId();
     const auto size = [](auto v, auto...) { return std::abs(v); };
     const Value zero = Value::number(0);
     using Complex = std::complex<double>;
     if (numbers.isSparse()) {
-        return converted(numbers.isComplex() ? sparseMap<Complex>(numbers, size) : sparseMap<double>(numbers, size), id);
+        return converted(numbers.isComplex() ? sparseMap<Complex>(numbers, size) : sparseMap<double>(numbers, size),
+                         id);
     }
     return converted(numbers.isComplex() ? fullElementwise<Complex>(numbers, zero, size)
                                          : fullElementwise<double>(numbers, zero, size),
@@ -130,7 +131,8 @@ Value abs(Session&, Arguments arguments)
 
 constexpr Function kFunctions[] = {
     {"diag", 1, 1, "diag(A)", "Diagonal of a matrix, or a matrix with a diagonal",
-     "The diagonal is a column. A vector gives the square matrix that has it on its\n  diagonal, sparse if the vector is.",
+     "The diagonal is a column. A vector gives the square matrix that has it on its\n  diagonal, sparse if the vector "
+     "is.",
      "diag(sparse([1 2 3]))", diag},
     {"tril", 1, 2, "tril(A)", "Lower triangle, diagonal included",
      "tril(A,k) goes up to diagonal k, counted from 0 upwards.", "tril([1 2; 3 4])", tril},

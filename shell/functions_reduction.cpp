@@ -30,7 +30,8 @@ Direction directionOf(Arguments arguments)
     }
     if (arguments[1].isText()) {
         if (textOf(arguments[1]) != "all") {
-            throw Error("kxsh:arguments", fmt::format("the dimension is 1, 2 or 'all', not '{}'", textOf(arguments[1])));
+            throw Error("kxsh:arguments",
+                        fmt::format("the dimension is 1, 2 or 'all', not '{}'", textOf(arguments[1])));
         }
         return {false, false};
     }

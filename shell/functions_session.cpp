@@ -106,8 +106,8 @@ Value argument(Session& session, Arguments arguments)
     }
     const unsigned k = sizeArgument(arguments[0], "the place of the argument");
     if (k < 1 || k > session.arguments.size()) {
-        throw Error("kxsh:arguments", fmt::format("there is no argument {}; the script has been given {}", k,
-                                                  session.arguments.size()));
+        throw Error("kxsh:arguments",
+                    fmt::format("there is no argument {}; the script has been given {}", k, session.arguments.size()));
     }
     const std::string& text = session.arguments[k - 1];
     double number = 0;
@@ -135,7 +135,8 @@ constexpr Function kFunctions[] = {
     {"tic", 0, 0, "tic", "Starts a stopwatch", "", "tic", tic},
     {"toc", 0, 0, "toc", "Seconds since tic", "", "tic; A = speye(1000); t = toc;", toc},
     {"vars", 0, 0, "vars", "Lists the variables with class, shape and bytes", "", "vars", vars},
-    {"clear", 0, kAnyNumber, "clear", "Forgets all variables", "clear x y forgets those named.", "x = 1; clear x", clear},
+    {"clear", 0, kAnyNumber, "clear", "Forgets all variables", "clear x y forgets those named.", "x = 1; clear x",
+     clear},
     {"argument", 0, 1, "argument(k)", "Argument k of the script, a number where it is one",
      "argument alone is how many there are: kxsh script.kx 12 name has two.", "argument", argument},
     {"help", 0, 1, "help NAME", "Tells about a function; help alone lists everything", "", "help sparse", help},

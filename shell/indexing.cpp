@@ -73,9 +73,9 @@ std::string circumstances(const Value& array, std::span<const Value> subscripts,
         return shape;
     }
     const double first = placesNamed(subscripts[0], extentOf(array, subscripts.size(), 0));
-    const std::string places = subscripts.size() == 1
-                                   ? fmt::format("{} places", first)
-                                   : fmt::format("{}-by-{} places", first, placesNamed(subscripts[1], extentOf(array, 2, 1)));
+    const std::string places = subscripts.size() == 1 ? fmt::format("{} places", first)
+                                                      : fmt::format("{}-by-{} places", first,
+                                                                    placesNamed(subscripts[1], extentOf(array, 2, 1)));
     return fmt::format("{}, the value {}-by-{} for {}", shape, value->rows(), value->columns(), places);
 }
 
@@ -193,9 +193,8 @@ void assign(Value& target, const Value& value, std::span<const Value> subscripts
             fresh = asFull(fresh);
         }
     };
-    withDetails(change, [&] {
-        return circumstances(target ? target : Value::full(0, 0), subscripts, name, !deletes, &value);
-    });
+    withDetails(change,
+                [&] { return circumstances(target ? target : Value::full(0, 0), subscripts, name, !deletes, &value); });
     if (fresh) {
         target = std::move(fresh);
     }

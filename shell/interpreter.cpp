@@ -193,8 +193,7 @@ void Interpreter::assignSeveral(const Statement& statement, const AssignStatemen
         }
         const Value* known = variable(target.name);
         Value& value = changed.try_emplace(target.name, known != nullptr ? *known : Value()).first->second;
-        assign(value, elementsOf(results[i]), subscripts(known, target.subscripts),
-               target.name);
+        assign(value, elementsOf(results[i]), subscripts(known, target.subscripts), target.name);
     }
     std::ostringstream shown;
     for (const Target& target : action.targets) {

@@ -188,8 +188,8 @@ class Lexer
 
     void symbol()
     {
-        static constexpr std::array<std::string_view, 9> kPairs = {"==", "~=", "!=", "<=", ">=",
-                                                                   ".*", "./", ".^", ".'"};
+        static constexpr std::array<std::string_view, 9> kPairs = {
+            "==", "~=", "!=", "<=", ">=", ".*", "./", ".^", ".'"};
         static constexpr std::string_view kSingles = "+-*/\\^:=<>'()[],&|~";
         for (const std::string_view pair : kPairs) {
             if (source_.substr(at_, 2) == pair) {

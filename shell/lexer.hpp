@@ -40,7 +40,8 @@ struct Token
 /// they separate rows (kNewline). `...` drops the rest of its line and the line end. Raises SyntaxError.
 std::vector<Token> tokenize(std::string_view source);
 
-/// Whether lines that come one by one end inside a bracket, a block or a continued line. Each line costs its own length.
+/// Whether lines that come one by one end inside a bracket, a block or a continued line. Each line costs its own
+/// length.
 class OpenEnds
 {
   public:

@@ -261,10 +261,7 @@ class Reader
                 negative || conjugate ? minus(entry.im) : entry.im};
     }
 
-    [[nodiscard]] kxComplexity complexity() const
-    {
-        return header_.field == Field::kComplex ? kxCOMPLEX : kxREAL;
-    }
+    [[nodiscard]] kxComplexity complexity() const { return header_.field == Field::kComplex ? kxCOMPLEX : kxREAL; }
 
     /// Reads the entries twice: their places tell how much room each column needs.
     template <typename T>

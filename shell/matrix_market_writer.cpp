@@ -74,7 +74,8 @@ bool sameBytes(const Value& a, const Value& b)
 {
     const std::size_t size = kx::kxGetElementSize(a.get());
     const std::size_t count = a.isSparse() ? a.entries() : a.count();
-    return (!a.isSparse() || samePattern(a, b)) && (count == 0 || std::memcmp(a.get()->pr, b.get()->pr, count * size) == 0) &&
+    return (!a.isSparse() || samePattern(a, b)) &&
+           (count == 0 || std::memcmp(a.get()->pr, b.get()->pr, count * size) == 0) &&
            (count == 0 || !a.isComplex() || std::memcmp(a.get()->pi, b.get()->pi, count * size) == 0);
 }
 
@@ -92,8 +93,8 @@ std::string_view symmetryOf(const Value& value)
     if (floating && value.isComplex() && sameBytes(value, transposed(value, true))) {
         return "hermitian";
     }
-    const bool skew =
-        floating && !value.isComplex() && sameBytes(value, operate(BinaryOperator::kMultiply, Value::number(-1), other));
+    const bool skew = floating && !value.isComplex() &&
+                      sameBytes(value, operate(BinaryOperator::kMultiply, Value::number(-1), other));
     return skew ? "skew-symmetric" : "general";
 }
 

@@ -53,8 +53,9 @@ Value sparseProduct(const Value& left, const Value& right)
     std::vector<Number> sums(numbered.empty() ? left.rows() : few.size());
     std::vector<unsigned> seenIn(sums.size()); // the column, from 1, in which a row was last met
     std::vector<unsigned> met;
-    SparseResult<Number> result(left.rows(), right.columns(),
-                                std::min(multiplications(left, right), left.count() == 0 ? 0 : std::uint64_t{left.rows()} * right.columns()));
+    SparseResult<Number> result(
+        left.rows(), right.columns(),
+        std::min(multiplications(left, right), left.count() == 0 ? 0 : std::uint64_t{left.rows()} * right.columns()));
     const Numbers<Number> a(left);
     const Numbers<Number> b(right);
     for (unsigned j = 0; j < right.columns(); ++j) {
@@ -134,9 +135,9 @@ Value fullProduct(const Value& left, const Value& right)
 Value product(const Value& left, const Value& right)
 {
     if (left.columns() != right.rows()) {
-        throw Error("kxsh:operand", fmt::format("'*' cannot multiply {}-by-{} by {}-by-{}: {} columns, but {} rows",
-                                                left.rows(), left.columns(), right.rows(), right.columns(),
-                                                left.columns(), right.rows()));
+        throw Error("kxsh:operand",
+                    fmt::format("'*' cannot multiply {}-by-{} by {}-by-{}: {} columns, but {} rows", left.rows(),
+                                left.columns(), right.rows(), right.columns(), left.columns(), right.rows()));
     }
     const Value a = converted(left, kxDOUBLE_CLASS);
     const Value b = converted(right, kxDOUBLE_CLASS);

@@ -21,7 +21,9 @@ class Progress
 {
   public:
     Progress(std::string_view verb, const std::filesystem::path& path, std::size_t count)
-        : what_(fmt::format("{} {}", verb, path.filename().string())), count_(count), shown_(count > kWorthShowing && ::isatty(STDERR_FILENO) != 0)
+        : what_(fmt::format("{} {}", verb, path.filename().string())),
+          count_(count),
+          shown_(count > kWorthShowing && ::isatty(STDERR_FILENO) != 0)
     {
     }
     ~Progress()

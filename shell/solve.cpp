@@ -83,7 +83,8 @@ class Factors
     static bool isSymmetric(const Value& a)
     {
         const Value other = transposed(a, false);
-        return samePattern(a, other) && std::equal(a.data<double>(), a.data<double>() + a.entries(), other.data<double>());
+        return samePattern(a, other) &&
+               std::equal(a.data<double>(), a.data<double>() + a.entries(), other.data<double>());
     }
 
     /// False where the matrix is not positive definite, or hardly.
@@ -182,9 +183,8 @@ Value part(const Value& value, bool imaginary)
 
 Value sparsePart(const Value& value, bool imaginary)
 {
-    return sparseMap<std::complex<double>>(value, [imaginary](std::complex<double> v, unsigned, unsigned) {
-        return imaginary ? v.imag() : v.real();
-    });
+    return sparseMap<std::complex<double>>(
+        value, [imaginary](std::complex<double> v, unsigned, unsigned) { return imaginary ? v.imag() : v.real(); });
 }
 
 /// A complex system as a real one of twice the size.
@@ -193,7 +193,8 @@ Value solveComplex(const Value& a, const Value& b)
     const Value re = sparsePart(a, false);
     const Value im = sparsePart(a, true);
     const Value minus = operate(BinaryOperator::kMultiply, Value::number(-1), im);
-    const Value whole = solveReal(concatenate({{re, minus}, {im, re}}), concatenate({{part(b, false)}, {part(b, true)}}));
+    const Value whole =
+        solveReal(concatenate({{re, minus}, {im, re}}), concatenate({{part(b, false)}, {part(b, true)}}));
     const std::size_t n = a.columns();
     Value x = Value::full(a.columns(), b.columns(), kxDOUBLE_CLASS, kxCOMPLEX);
     for (std::size_t j = 0; j < b.columns(); ++j) {
@@ -215,8 +216,7 @@ Value solve(const Value& a, const Value& b)
     }
     const Value matrix = asSparse(converted(a, kxDOUBLE_CLASS));
     const Value right = asFull(converted(b, kxDOUBLE_CLASS));
-    const Value x =
-        matrix.isComplex() || right.isComplex() ? solveComplex(matrix, right) : solveReal(matrix, right);
+    const Value x = matrix.isComplex() || right.isComplex() ? solveComplex(matrix, right) : solveReal(matrix, right);
     return b.isSparse() ? asSparse(x) : x;
 }
 

@@ -196,11 +196,26 @@ TEST(FailingStatements, ErrorsNameWhatIsWrong)
 /// Each allocation of the runtime fails once.
 TEST(FailingStatements, ExhaustedMemory)
 {
-    for (const std::string& statement :
-         Texts{"A(8, 9) = 1", "A(A > 1) = 2", "A(:, [1 3]) = []", "A(:) = 1:25", "Z(2, :) = 0", "F(3, 3) = 1",
-               "F(1, :) = []", "fresh(3, 4) = 2", "L(4, :) = true", "x = full(A)", "A = reshape(A, 1, 25)", "Z = Z + Z",
-               "y = [A; 1 2 3 4 5]", "y = sparse(1:3, 1:3, 2i)", "x(4) = 1", "F(:, 1) = [5; 6]", "[A(1, 1), y] = size(A)",
-               "y = A * A", "y = A .* A > 1", "y = speye(3) \\ (1:3)'"}) {
+    for (const std::string& statement : Texts{"A(8, 9) = 1",
+                                              "A(A > 1) = 2",
+                                              "A(:, [1 3]) = []",
+                                              "A(:) = 1:25",
+                                              "Z(2, :) = 0",
+                                              "F(3, 3) = 1",
+                                              "F(1, :) = []",
+                                              "fresh(3, 4) = 2",
+                                              "L(4, :) = true",
+                                              "x = full(A)",
+                                              "A = reshape(A, 1, 25)",
+                                              "Z = Z + Z",
+                                              "y = [A; 1 2 3 4 5]",
+                                              "y = sparse(1:3, 1:3, 2i)",
+                                              "x(4) = 1",
+                                              "F(:, 1) = [5; 6]",
+                                              "[A(1, 1), y] = size(A)",
+                                              "y = A * A",
+                                              "y = A .* A > 1",
+                                              "y = speye(3) \\ (1:3)'"}) {
         const LeakCheck leaks;
         bool failed = true;
         int faults = 0;

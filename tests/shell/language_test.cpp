@@ -137,7 +137,8 @@ TEST(Language, FunctionsOfArrays)
         {"[speye(2); 5 6]", "ans = sparse double, 3-by-2, nnz 4\n  (1,1)  1\n  (3,1)  5\n  (2,2)  1\n  (3,2)  6\n"},
         {"class([int8(1) 2.5]), class([true 2])", "ans = 'int8'\nans = 'double'\n"},
         {"print('n:', 3, speye(2))", "n: 3 sparse double, 2-by-2, nnz 2\n"},
-        {"x = 1; help = 2; x = 3; vars", "  help  full double, 1-by-1, 8 bytes\n  x     full double, 1-by-1, 8 bytes\n"},
+        {"x = 1; help = 2; x = 3; vars",
+         "  help  full double, 1-by-1, 8 bytes\n  x     full double, 1-by-1, 8 bytes\n"},
     });
 }
 
@@ -149,7 +150,8 @@ TEST(Language, OperatorsBindAndSpread)
         {"1 | 0 & 0, ~1 == 0", "ans = 1\nans = 1\n"},
         {"[1+2i 3]', [1+2i 3].'", "ans = full complex double, 2-by-1\n  1-2i\n  3+0i\n"
                                   "ans = full complex double, 2-by-1\n  1+2i\n  3+0i\n"},
-        {"a = [1 2]; a' .* a, a'.^2", "ans = full double, 2-by-2\n  1  2\n  2  4\nans = full double, 2-by-1\n  1\n  4\n"},
+        {"a = [1 2]; a' .* a, a'.^2",
+         "ans = full double, 2-by-2\n  1  2\n  2  4\nans = full double, 2-by-1\n  1\n  4\n"},
         {"(-8).^(1/3) == (-8+0i).^(1/3), (1i).^2", "ans = 1\nans = -1\n"},
         {"x = [1 2 ... a comment\n 3]; y = x * ... and another\n 2 % and more", "y = full double, 1-by-3\n  2  4  6\n"},
         {"\xef\xbb\xbfx = 1", "x = 1\n"},
@@ -178,12 +180,35 @@ TEST(Language, ControlFlow)
 /// What a full array does under a subscript is what its sparse form does.
 TEST(Language, FullAndSparseArraysAreSubscriptedAlike)
 {
-    const std::vector<std::string> subscripts = {
-        ":", "2", "[]", "[3 1 3]", "[3; 1]", "2:3", "3:-1:1", "4:2:9", "int8([1 2])", "true", "false", "true(1, 3)",
-        "[true; false; true]", "F > 4", "sparse([true false true])", "0", "1.5", "NaN", "7", "1:8", "1e10", "2i", "'a'",
-        "ones(2, 2)", "zeros(0, 3)", "end", "single(2)"};
-    const std::vector<std::string> arrays = {"[1 0 3; 4 5 6; 0 8 9]", "[5 0 7]",     "[5; 0; 7]", "7",
-                                             "zeros(0, 0)",           "zeros(0, 3)", "1:6",       "6:-2:1",
+    const std::vector<std::string> subscripts = {":",
+                                                 "2",
+                                                 "[]",
+                                                 "[3 1 3]",
+                                                 "[3; 1]",
+                                                 "2:3",
+                                                 "3:-1:1",
+                                                 "4:2:9",
+                                                 "int8([1 2])",
+                                                 "true",
+                                                 "false",
+                                                 "true(1, 3)",
+                                                 "[true; false; true]",
+                                                 "F > 4",
+                                                 "sparse([true false true])",
+                                                 "0",
+                                                 "1.5",
+                                                 "NaN",
+                                                 "7",
+                                                 "1:8",
+                                                 "1e10",
+                                                 "2i",
+                                                 "'a'",
+                                                 "ones(2, 2)",
+                                                 "zeros(0, 3)",
+                                                 "end",
+                                                 "single(2)"};
+    const std::vector<std::string> arrays = {"[1 0 3; 4 5 6; 0 8 9]", "[5 0 7]",       "[5; 0; 7]",  "7",
+                                             "zeros(0, 0)",           "zeros(0, 3)",   "1:6",        "6:-2:1",
                                              "int16([1 2; 3 4])",     "[1+2i 0; 3 4]", "[1 2 3] > 1"};
     std::vector<std::string> places = subscripts;
     for (const std::string& row : Texts{":", "2", "[3 1]", "1:2", "3:-2:1", "true", "5", "0", "[]"}) {
@@ -204,8 +229,10 @@ TEST(Language, FullAndSparseArraysAreSubscriptedAlike)
             const std::string full = outcome("x = F(" + place + ");");
             const std::string sparse = outcome("y = S(" + place + ");");
             EXPECT_EQ(full, sparse) << array << " (" << place << ')';
-            EXPECT_EQ(shell("isequal(x, y), class(x)"), shell("isequal(y, y), class(y)")) << array << " (" << place << ')';
-            for (const std::string& value : Texts{"7", "[8 9]", "[8; 9]", "[]", "[1 2; 3 4]", "(1:3)", "sparse([0 7])", "3i"}) {
+            EXPECT_EQ(shell("isequal(x, y), class(x)"), shell("isequal(y, y), class(y)"))
+                << array << " (" << place << ')';
+            for (const std::string& value :
+                 Texts{"7", "[8 9]", "[8; 9]", "[]", "[1 2; 3 4]", "(1:3)", "sparse([0 7])", "3i"}) {
                 outcome(setUp);
                 const std::string assignment = "(" + place + ") = " + value + ";";
                 EXPECT_EQ(outcome("F" + assignment).empty(), outcome("S" + assignment).empty()) << array << assignment;

@@ -25,7 +25,8 @@ class Picture
     [[nodiscard]] int height() const { return cairo_image_surface_get_height(surface_); }
     [[nodiscard]] unsigned at(int x, int y) const
     {
-        const unsigned char* row = cairo_image_surface_get_data(surface_) + y * cairo_image_surface_get_stride(surface_);
+        const unsigned char* row =
+            cairo_image_surface_get_data(surface_) + y * cairo_image_surface_get_stride(surface_);
         std::uint32_t pixel = 0;
         std::memcpy(&pixel, row + 4 * x, sizeof pixel);
         return pixel & 0xFFFFFF;
@@ -95,9 +96,9 @@ TEST(Spy, LargeMatricesAreBinnedAndShadedByDensity)
 /// Odd shapes: everything stays inside the picture, nothing overlaps, and as many cells are drawn as bins hold entries.
 TEST(Spy, EveryShapeFitsItsPicture)
 {
-    for (const std::string& shape :
-         std::vector<std::string>{"0, 0, 0", "0, 5, 0", "1, 1, 1", "1, 1000000, 1e-3", "1000000, 3, 1e-3",
-                                  "299, 2, 0.1", "301, 301, 0.1", "301, 0, 0", "0, 301, 0", "2000000000, 1, 1e-5", "7, 300, 0.1"}) {
+    for (const std::string& shape : std::vector<std::string>{
+             "0, 0, 0", "0, 5, 0", "1, 1, 1", "1, 1000000, 1e-3", "1000000, 3, 1e-3", "299, 2, 0.1", "301, 301, 0.1",
+             "301, 0, 0", "0, 301, 0", "2000000000, 1, 1e-5", "7, 300, 0.1"}) {
         TestShell shell;
         shell("A = sprand(" + shape + ", 4);");
         const Drawing drawing = drawPattern(shell["A"]);
