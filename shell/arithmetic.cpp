@@ -118,11 +118,21 @@ Value combined(BinaryOperator op, const Value& left, const Value& right, F f)
     if (left.isSparse() && covers(left, right) && keepsZeros(op, right)) {
         const Value full = asFull(right);
         const Spread<Number> other(full);
+        if constexpr (std::is_same_v<Number, double>) {
+            if (right.isScalar()) {
+                return sparseScaled(left, [f, factor = other.at(0, 0)](double v) { return f(v, factor); });
+            }
+        }
         return sparseMap<Number>(left, [&](Number value, unsigned i, unsigned j) { return f(value, other.at(i, j)); });
     }
     if (right.isSparse() && covers(right, left) && op == BinaryOperator::kMultiplyEach) {
         const Value full = asFull(left);
         const Spread<Number> other(full);
+        if constexpr (std::is_same_v<Number, double>) {
+            if (left.isScalar()) {
+                return sparseScaled(right, [f, factor = other.at(0, 0)](double v) { return f(factor, v); });
+            }
+        }
         return sparseMap<Number>(right, [&](Number value, unsigned i, unsigned j) { return f(other.at(i, j), value); });
     }
     const Value result = fullElementwise<Number>(asFull(left), asFull(right), f);

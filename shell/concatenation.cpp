@@ -107,7 +107,50 @@ void appendEntries(const Value& part, unsigned first, unsigned stop, unsigned ro
     });
 }
 
-/// Column by column, from the uppermost block down; a block of the whole height goes over at once, as one long column.
+/// Blocks of the whole height, one beside the other: each goes over at once.
+void putSideBySide(const std::vector<Block>& blocks, Value& whole)
+{
+    unsigned next = 0;
+    for (const Block& block : blocks) {
+        pollInterrupt();
+        const unsigned* from = block.value.starts();
+        appendEntries(block.value, 0, block.value.entries(), 0, whole, next);
+        std::transform(from, from + block.value.columns(), whole.starts() + block.column,
+                       [next](unsigned start) { return next + start; });
+        next += block.value.entries();
+    }
+    whole.starts()[whole.columns()] = next;
+}
+
+/// Column by column, from the uppermost block down.
+void stack(const std::vector<Block>& blocks, Value& whole)
+{
+    unsigned* starts = whole.starts();
+    const unsigned n = whole.columns();
+    for (const Block& block : blocks) {
+        for (unsigned j = 0; j < block.value.columns(); ++j) {
+            starts[block.column + j + 1] += block.value.starts()[j + 1] - block.value.starts()[j];
+        }
+    }
+    unsigned first = 0;
+    for (unsigned j = 0; j < n; ++j) {
+        starts[j] = std::exchange(first, first + starts[j + 1]);
+    }
+    for (const Block& block : blocks) { // now starts[j] is where column j goes on
+        const unsigned* from = block.value.starts();
+        for (unsigned j = 0; j < block.value.columns(); ++j) {
+            if (j % 65536 == 0) {
+                pollInterrupt();
+            }
+            unsigned& next = starts[block.column + j];
+            appendEntries(block.value, from[j], from[j + 1], block.row, whole, next);
+            next += from[j + 1] - from[j];
+        }
+    }
+    std::copy_backward(starts, starts + n, starts + n + 1);
+    starts[0] = 0;
+}
+
 Value sparseWhole(Layout layout, kxClassID id, bool complex)
 {
     std::uint64_t entries = 0;
@@ -116,33 +159,9 @@ Value sparseWhole(Layout layout, kxClassID id, bool complex)
         entries += block.value.entries();
     }
     Value whole = Value::sparse(layout.m, layout.n, entryCount(entries), id, complex ? kxCOMPLEX : kxREAL);
-    unsigned* starts = whole.starts();
-    for (const Block& block : layout.blocks) {
-        for (unsigned j = 0; j < block.value.columns(); ++j) {
-            starts[block.column + j + 1] += block.value.starts()[j + 1] - block.value.starts()[j];
-        }
-    }
-    unsigned first = 0;
-    for (unsigned j = 0; j < layout.n; ++j) {
-        starts[j] = std::exchange(first, first + starts[j + 1]);
-    }
-    for (const Block& block : layout.blocks) {
-        pollInterrupt();
-        const unsigned* from = block.value.starts();
-        unsigned* next = starts + block.column;
-        const unsigned width = block.value.columns();
-        if (block.value.rows() == layout.m && width != 0) {
-            appendEntries(block.value, 0, block.value.entries(), 0, whole, *next);
-        }
-        for (unsigned j = 0; j < width; ++j) {
-            if (block.value.rows() != layout.m) {
-                appendEntries(block.value, from[j], from[j + 1], block.row, whole, next[j]);
-            }
-            next[j] += from[j + 1] - from[j];
-        }
-    }
-    std::copy_backward(starts, starts + layout.n, starts + layout.n + 1);
-    starts[0] = 0;
+    const bool sideBySide = std::all_of(layout.blocks.begin(), layout.blocks.end(),
+                                        [&](const Block& block) { return block.value.rows() == layout.m; });
+    sideBySide ? putSideBySide(layout.blocks, whole) : stack(layout.blocks, whole);
     return whole;
 }
 

@@ -9,6 +9,7 @@
 #include <complex>
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 
 namespace kxsh {
 
@@ -177,6 +178,28 @@ Value sparseMap(const Value& sparse, G g)
         result.closeColumn(j);
     }
     return result.finish();
+}
+
+/// g(value) over the stored values of a real sparse double array, with whose row indices and column starts the result
+/// goes on; where a result is 0, as sparseMap().
+template <typename G>
+Value sparseScaled(const Value& sparse, G g)
+{
+    Value result = sparse; // shares all blocks, the values too until the next two lines
+    auto* values = static_cast<double*>(kx::kxMalloc(std::max<std::size_t>(sparse.get()->nzmax, 1) * sizeof(double)));
+    kx::kxFree(std::exchange(result.get()->pr, values));
+    const double* from = sparse.data<double>();
+    const std::size_t count = sparse.entries();
+    constexpr std::size_t kPiece = std::size_t{1} << 18;
+    std::size_t zeros = 0;
+    for (std::size_t first = 0; first < count; first += kPiece) {
+        pollInterrupt();
+        for (std::size_t k = first; k < std::min(first + kPiece, count); ++k) {
+            values[k] = g(from[k]);
+            zeros += values[k] == 0 ? 1 : 0;
+        }
+    }
+    return zeros == 0 ? result : sparseMap<double>(sparse, [g](double v, unsigned, unsigned) { return g(v); });
 }
 
 /// Whether two sparse arrays of one shape have entries in the same places.

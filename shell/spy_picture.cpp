@@ -11,6 +11,16 @@
 
 #include <memory>
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+/// The library that finds fonts keeps what it has found.
+extern "C" const char* __lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
+{
+    return "leak:libfontconfig";
+}
+#endif
+#endif
+
 namespace kxsh {
 
 namespace {

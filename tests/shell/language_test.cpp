@@ -177,42 +177,26 @@ TEST(Language, ControlFlow)
     });
 }
 
+Texts split(const std::string& list)
+{
+    Texts parts;
+    std::istringstream stream(list);
+    for (std::string part; std::getline(stream, part, '|');) {
+        parts.push_back(part);
+    }
+    return parts;
+}
+
 /// What a full array does under a subscript is what its sparse form does.
 TEST(Language, FullAndSparseArraysAreSubscriptedAlike)
 {
-    const std::vector<std::string> subscripts = {":",
-                                                 "2",
-                                                 "[]",
-                                                 "[3 1 3]",
-                                                 "[3; 1]",
-                                                 "2:3",
-                                                 "3:-1:1",
-                                                 "4:2:9",
-                                                 "int8([1 2])",
-                                                 "true",
-                                                 "false",
-                                                 "true(1, 3)",
-                                                 "[true; false; true]",
-                                                 "F > 4",
-                                                 "sparse([true false true])",
-                                                 "0",
-                                                 "1.5",
-                                                 "NaN",
-                                                 "7",
-                                                 "1:8",
-                                                 "1e10",
-                                                 "2i",
-                                                 "'a'",
-                                                 "ones(2, 2)",
-                                                 "zeros(0, 3)",
-                                                 "end",
-                                                 "single(2)"};
-    const std::vector<std::string> arrays = {"[1 0 3; 4 5 6; 0 8 9]", "[5 0 7]",       "[5; 0; 7]",  "7",
-                                             "zeros(0, 0)",           "zeros(0, 3)",   "1:6",        "6:-2:1",
-                                             "int16([1 2; 3 4])",     "[1+2i 0; 3 4]", "[1 2 3] > 1"};
-    std::vector<std::string> places = subscripts;
-    for (const std::string& row : Texts{":", "2", "[3 1]", "1:2", "3:-2:1", "true", "5", "0", "[]"}) {
-        for (const std::string& column : Texts{":", "1", "[2 2]", "1:2", "end + 1"}) {
+    const Texts arrays = split("[1 0 3; 4 5 6; 0 8 9]|[5 0 7]|[5; 0; 7]|7|zeros(0, 0)|zeros(0, 3)|1:6|6:-2:1|"
+                               "int16([1 2; 3 4])|[1+2i 0; 3 4]|[1 2 3] > 1");
+    Texts places = split(":|2|[]|[3 1 3]|[3; 1]|2:3|3:-1:1|4:2:9|int8([1 2])|true|false|true(1, 3)|[true; false; true]|"
+                         "M > 4|sparse([true false true])|0|1.5|NaN|7|1:8|1e10|2i|'a'|ones(2, 2)|zeros(0, 3)|end|"
+                         "single(2)");
+    for (const std::string& row : Texts{":", "2", "[3 1]", "3:-2:1", "0", "[]"}) {
+        for (const std::string& column : Texts{":", "[2 2]", "end + 1"}) {
             places.push_back(row + ", " + column);
         }
     }
@@ -224,15 +208,14 @@ TEST(Language, FullAndSparseArraysAreSubscriptedAlike)
     int compared = 0;
     for (const std::string& array : arrays) {
         for (const std::string& place : places) {
-            const std::string setUp = "F = " + array + "; S = sparse(F); x = 0; y = 0; ";
+            const std::string setUp = "F = " + array + "; M = F; S = sparse(F); x = 0; y = 0; ";
             ASSERT_EQ(outcome(setUp), "") << array;
             const std::string full = outcome("x = F(" + place + ");");
             const std::string sparse = outcome("y = S(" + place + ");");
             EXPECT_EQ(full, sparse) << array << " (" << place << ')';
             EXPECT_EQ(shell("isequal(x, y), class(x)"), shell("isequal(y, y), class(y)"))
                 << array << " (" << place << ')';
-            for (const std::string& value :
-                 Texts{"7", "[8 9]", "[8; 9]", "[]", "[1 2; 3 4]", "(1:3)", "sparse([0 7])", "3i"}) {
+            for (const std::string& value : Texts{"7", "[8 9]", "[]", "[1 2; 3 4]", "sparse([0 7])", "3i"}) {
                 outcome(setUp);
                 const std::string assignment = "(" + place + ") = " + value + ";";
                 EXPECT_EQ(outcome("F" + assignment).empty(), outcome("S" + assignment).empty()) << array << assignment;
@@ -241,7 +224,7 @@ TEST(Language, FullAndSparseArraysAreSubscriptedAlike)
             }
         }
     }
-    EXPECT_GT(compared, 4000);
+    EXPECT_GT(compared, 2500);
 }
 
 /// Sparse operands give what full ones give, wherever full ones give no NaN for an entry that is not stored.
