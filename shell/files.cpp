@@ -73,6 +73,13 @@ std::string readFile(const fs::path& path)
 OutputFile::OutputFile(fs::path path) : path_(std::move(path))
 {
     std::error_code ignored;
+    if (path_ == "/dev/stdout" || path_ == "/dev/stderr") { // goes on where it stands, also in a file
+        descriptor_ = ::dup(path_ == "/dev/stdout" ? STDOUT_FILENO : STDERR_FILENO);
+        if (descriptor_ < 0) {
+            fail(errno);
+        }
+        return;
+    }
     if (fs::is_symlink(path_, ignored)) {
         if (!fs::exists(path_, ignored)) {
             throw Error("kxsh:file", fmt::format("cannot write {}: it is a link to nothing", path_.string()));

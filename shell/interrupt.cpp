@@ -49,7 +49,10 @@ void installInterruptHandler()
 void installEndHandlers()
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGXCPU}) {
-        handle(signal, onEnd);
+        struct sigaction before = {};
+        if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) { // as in the background
+            handle(signal, onEnd);
+        }
     }
     handle(SIGXFSZ, SIG_IGN);
 }
