@@ -18,6 +18,10 @@ extern "C" const char* __lsan_default_suppressions() // NOLINT(bugprone-reserved
 {
     return "leak:libfontconfig";
 }
+extern "C" const char* __lsan_default_options() // NOLINT(bugprone-reserved-identifier)
+{
+    return "print_suppressions=0";
+}
 #endif
 #endif
 
