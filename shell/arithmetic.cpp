@@ -1,11 +1,7 @@
 #include "operators.hpp"
 
-#include "assembly.hpp"
+#include "elementwise.hpp"
 #include "error.hpp"
-#include "interrupt.hpp"
-#include "operand.hpp"
-
-#include <fmt/format.h>
 
 #include <cmath>
 #include <optional>
@@ -15,21 +11,6 @@ namespace kxsh {
 namespace {
 
 constexpr double kMaxExact = 9007199254740992.0; // 2^53: whole numbers up to here are exact
-
-template <typename T>
-T combine(BinaryOperator op, T a, T b)
-{
-    switch (op) {
-    case BinaryOperator::kAdd:
-        return a + b;
-    case BinaryOperator::kSubtract:
-        return a - b;
-    case BinaryOperator::kMultiply:
-        return a * b;
-    default:
-        return a / b;
-    }
-}
 
 bool isExact(double value)
 {
@@ -43,7 +24,7 @@ std::optional<Value> lazyResult(BinaryOperator op, const Value& left, const Valu
     const Value& range = rangeLeft ? left : right;
     const Value& other = rangeLeft ? right : left;
     if (!range.isRange() || other.isRange() || !other.isScalar() || other.classId() != kxDOUBLE_CLASS ||
-        other.isComplex() || op == BinaryOperator::kDivide) {
+        other.isComplex() || op > BinaryOperator::kMultiplyEach) {
         return std::nullopt;
     }
     const double c = firstNumber(other);
@@ -53,7 +34,7 @@ std::optional<Value> lazyResult(BinaryOperator op, const Value& left, const Valu
     }
     double factor = 1;
     double shift = 0;
-    if (op == BinaryOperator::kMultiply) {
+    if (op == BinaryOperator::kMultiplyEach) {
         factor = c;
     } else if (op == BinaryOperator::kAdd) {
         shift = c;
@@ -80,95 +61,138 @@ kxClassID resultClass(const Value& left, const Value& right)
     return single ? kxSINGLE_CLASS : kxDOUBLE_CLASS;
 }
 
-Value fullResult(BinaryOperator op, const Value& left, const Value& right)
+/// std::pow() goes by logarithms where the base is complex; small whole exponents need not.
+template <typename Number>
+Number power(Number base, Number exponent)
 {
-    const Value& shape = left.isScalar() ? right : left;
-    const Operand a(left);
-    const Operand b(right);
-    const bool complex = a.isComplex() || b.isComplex();
-    Value result = Value::full(shape.rows(), shape.columns(), kxDOUBLE_CLASS, complex ? kxCOMPLEX : kxREAL);
-    const std::size_t count = result.count();
-    auto* re = result.data<double>();
-    if (!complex) {
-        for (std::size_t i = 0; i < count; ++i) {
-            re[i] = combine(op, a.re(i), b.re(i));
+    if constexpr (std::is_same_v<Number, double>) {
+        return std::pow(base, exponent);
+    } else {
+        constexpr double kMostFactors = 64;
+        const double times = exponent.real();
+        if (exponent.imag() != 0 || times != std::trunc(times) || std::abs(times) > kMostFactors) {
+            return base == 0.0 && times > 0 ? Number{} : std::pow(base, exponent);
         }
-        return result;
-    }
-    auto* im = result.imagData<double>();
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::complex<double> value = combine(op, a.at(i), b.at(i));
-        re[i] = value.real();
-        im[i] = value.imag();
-    }
-    kx::kxFreeImagIfZero(result.get());
-    return result;
-}
-
-/// A sparse array times, or divided by, a number: its stored values alone are touched.
-Value scaledSparse(BinaryOperator op, const Value& sparse, const Value& number)
-{
-    const std::complex<double> factor = Operand(number).at(0);
-    if (op == BinaryOperator::kDivide && factor == 0.0) {
-        throw Error("kxsh:operand", "a sparse array cannot be divided by 0");
-    }
-    const Value values = converted(sparse, kxDOUBLE_CLASS);
-    const bool complex = values.isComplex() || factor.imag() != 0;
-    Triplets triplets;
-    appendEntries(triplets, values, 0, 0, complex);
-    for (std::size_t k = 0; k < triplets.re.size(); ++k) {
-        if (!complex) {
-            triplets.re[k] = combine(op, triplets.re[k], factor.real());
-            continue;
+        Number result = 1.0;
+        for (double k = 0; k < std::abs(times); ++k) {
+            result *= base;
         }
-        const auto value = combine(op, std::complex<double>(triplets.re[k], triplets.im[k]), factor);
-        triplets.re[k] = value.real();
-        triplets.im[k] = value.imag();
+        return times < 0 ? 1.0 / result : result;
     }
-    return assemble(std::move(triplets), sparse.rows(), sparse.columns());
 }
 
-Value sparseSum(BinaryOperator op, const Value& left, const Value& right)
+bool anyStored(const Value& value, bool (*test)(double))
 {
-    const bool complex = left.isComplex() || right.isComplex();
-    Triplets triplets;
-    appendEntries(triplets, left, 0, 0, complex);
-    appendEntries(triplets, right, 0, 0, complex, op == BinaryOperator::kAdd ? 1 : -1);
-    return assemble(std::move(triplets), left.rows(), left.columns());
+    const std::size_t count = value.isSparse() ? value.entries() : value.count();
+    return std::any_of(value.data<double>(), value.data<double>() + count, test);
 }
 
+bool needsComplexPower(const Value& base, const Value& exponent)
+{
+    return anyStored(exponent, [](double v) { return v != std::trunc(v) && std::isfinite(v); }) &&
+           anyStored(base, [](double v) { return v < 0; });
+}
+
+/// Whether the result has the shape of `wide`, `other` being spread over it.
+bool covers(const Value& wide, const Value& other)
+{
+    return (other.rows() == wide.rows() || other.rows() == 1) &&
+           (other.columns() == wide.columns() || other.columns() == 1);
+}
+
+/// Whether 0 op right is 0 for all that `right` holds, as far as that counts.
+bool keepsZeros(BinaryOperator op, const Value& right)
+{
+    const bool positivePower =
+        op == BinaryOperator::kPowerEach && right.isScalar() && !right.isComplex() && firstNumber(right) > 0;
+    return op == BinaryOperator::kMultiplyEach || op == BinaryOperator::kDivideEach || positivePower;
+}
+
+template <typename Number, typename F>
+Value combined(BinaryOperator op, const Value& left, const Value& right, F f)
+{
+    const bool sparse = left.isSparse() && right.isSparse();
+    if (sparse && left.sameShape(right) && op != BinaryOperator::kPowerEach) {
+        return sparseMerge<Number>(left, right, f, op == BinaryOperator::kMultiplyEach);
+    }
+    if (left.isSparse() && covers(left, right) && keepsZeros(op, right)) {
+        const Value full = asFull(right);
+        const Spread<Number> other(full);
+        if constexpr (std::is_same_v<Number, double>) {
+            if (right.isScalar()) {
+                return sparseScaled(left, [f, factor = other.at(0, 0)](double v) { return f(v, factor); });
+            }
+        }
+        return sparseMap<Number>(left, [&](Number value, unsigned i, unsigned j) { return f(value, other.at(i, j)); });
+    }
+    if (right.isSparse() && covers(right, left) && op == BinaryOperator::kMultiplyEach) {
+        const Value full = asFull(left);
+        const Spread<Number> other(full);
+        if constexpr (std::is_same_v<Number, double>) {
+            if (left.isScalar()) {
+                return sparseScaled(right, [f, factor = other.at(0, 0)](double v) { return f(factor, v); });
+            }
+        }
+        return sparseMap<Number>(right, [&](Number value, unsigned i, unsigned j) { return f(other.at(i, j), value); });
+    }
+    const Value result = fullElementwise<Number>(asFull(left), asFull(right), f);
+    return sparse && !left.isScalar() && !right.isScalar() ? asSparse(result) : result;
+}
+
+template <typename Number>
 Value doubleResult(BinaryOperator op, const Value& left, const Value& right)
 {
-    const bool additive = op == BinaryOperator::kAdd || op == BinaryOperator::kSubtract;
-    if (!left.isScalar() && !right.isScalar() && !additive) {
-        throw Error("kxsh:operand", fmt::format("'{}' takes a number on at least one side", symbolOf(op)));
+    switch (op) {
+    case BinaryOperator::kAdd:
+        return combined<Number>(op, left, right, [](Number a, Number b) { return a + b; });
+    case BinaryOperator::kSubtract:
+        return combined<Number>(op, left, right, [](Number a, Number b) { return a - b; });
+    case BinaryOperator::kMultiplyEach:
+        return combined<Number>(op, left, right, [](Number a, Number b) { return a * b; });
+    case BinaryOperator::kDivideEach:
+        return combined<Number>(op, left, right, [](Number a, Number b) { return a / b; });
+    default:
+        return combined<Number>(op, left, right, power<Number>);
     }
-    if (left.isSparse() && right.isSparse() && additive && left.sameShape(right)) {
-        return sparseSum(op, left, right);
-    }
-    if (left.isSparse() && right.isScalar() && !additive) {
-        return scaledSparse(op, left, right);
-    }
-    if (right.isSparse() && left.isScalar() && op == BinaryOperator::kMultiply) {
-        return scaledSparse(op, right, left);
-    }
-    if (op == BinaryOperator::kDivide && !right.isScalar()) {
-        throw Error("kxsh:operand", "'/' takes a number on its right");
-    }
-    return fullResult(op, left, right);
+}
+
+/// A sparse number beside a full array is a number like any other.
+Value operandOf(const Value& value, const Value& other)
+{
+    const Value number = converted(value, kxDOUBLE_CLASS);
+    return number.isScalar() && !other.isSparse() && !other.isScalar() ? asFull(number) : number;
+}
+
+bool isPlainNumber(const Value& value)
+{
+    return value.isScalar() && !value.isSparse() && !value.isRange() && value.classId() == kxDOUBLE_CLASS &&
+           !value.isComplex();
 }
 
 } // namespace
 
 Value arithmetic(BinaryOperator op, const Value& left, const Value& right)
 {
-    requireMatchingShapes(op, left, right);
+    if (isPlainNumber(left) && isPlainNumber(right) && op < BinaryOperator::kPowerEach) {
+        const double a = *left.data<double>();
+        const double b = *right.data<double>();
+        return Value::number(op == BinaryOperator::kAdd            ? a + b
+                             : op == BinaryOperator::kSubtract     ? a - b
+                             : op == BinaryOperator::kMultiplyEach ? a * b
+                                                                   : a / b);
+    }
     if (auto lazy = lazyResult(op, left, right)) {
         return *std::move(lazy);
     }
-    pollInterrupt();
+    const Value a = operandOf(left, right);
+    const Value b = operandOf(right, left);
+    if (op == BinaryOperator::kDivideEach && a.isSparse() && b.isScalar() && firstNumber(b) == 0 && !b.isComplex()) {
+        throw Error("kxsh:operand", "a sparse array cannot be divided by 0");
+    }
+    const bool complex =
+        a.isComplex() || b.isComplex() || (op == BinaryOperator::kPowerEach && needsComplexPower(a, b));
     const kxClassID id = resultClass(left, right);
-    Value result = doubleResult(op, left, right);
+    Value result = complex ? doubleResult<std::complex<double>>(op, a, b) : doubleResult<double>(op, a, b);
     return id == kxDOUBLE_CLASS ? result : converted(result, id);
 }
 

@@ -1,149 +1,146 @@
 #include "assembly.hpp"
 
-#include "error.hpp"
 #include "interrupt.hpp"
 
 #include <algorithm>
-#include <cstdint>
+#include <limits>
+#include <utility>
+#include <vector>
 
 namespace kxsh {
 
 namespace {
 
-struct Key
-{
-    unsigned row;
-    unsigned column;
-    unsigned position; ///< in the lists
-};
+constexpr unsigned kPollColumns = 1U << 16;
 
-bool inColumnOrder(const Triplets& triplets)
+template <typename T>
+T sumOf(T a, T b)
 {
-    for (std::size_t k = 1; k < triplets.rows.size(); ++k) {
-        const unsigned before = triplets.columns[k - 1];
-        const unsigned here = triplets.columns[k];
-        if (here < before || (here == before && triplets.rows[k] < triplets.rows[k - 1])) {
-            return false;
+    if constexpr (std::is_same_v<T, bool>) {
+        return a || b;
+    } else if constexpr (std::is_integral_v<T>) {
+        T sum{};
+        if (__builtin_add_overflow(a, b, &sum)) {
+            return b < T{} ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
         }
+        return sum;
+    } else {
+        return a + b;
     }
-    return true;
 }
 
-/// One stable counting pass: keys ordered by digit(key), which is below `digits`.
-template <typename Digit>
-void countingPass(std::vector<Key>& keys, std::vector<Key>& scratch, std::size_t digits, Digit digit)
+/// Puts the entries of columns into order and onto each other, moving them to the front of the blocks.
+template <typename T>
+class Columns
 {
-    pollInterrupt();
-    std::vector<std::size_t> next(digits + 1);
-    for (const Key& key : keys) {
-        ++next[digit(key) + 1];
-    }
-    for (std::size_t d = 1; d <= digits; ++d) {
-        next[d] += next[d - 1];
-    }
-    scratch.resize(keys.size());
-    for (const Key& key : keys) {
-        scratch[next[digit(key)]++] = key;
-    }
-    keys.swap(scratch);
-}
+  public:
+    explicit Columns(Value& value) : rows_(value.rowIndices()), re_(value.data<T>()), im_(value.imagData<T>()) {}
 
-/// The entries ordered by column, then row, then position: counted by the halves of the row, so that a tall matrix
-/// needs no table of its rows, and then by the column.
-std::vector<Key> columnOrder(const Triplets& triplets, unsigned m, unsigned n)
-{
-    constexpr unsigned kHalf = 1U << 16;
-    std::vector<Key> keys(triplets.rows.size());
-    for (std::size_t k = 0; k < keys.size(); ++k) {
-        keys[k] = {triplets.rows[k], triplets.columns[k], static_cast<unsigned>(k)};
-    }
-    if (inColumnOrder(triplets)) {
-        return keys;
-    }
-    std::vector<Key> scratch;
-    countingPass(keys, scratch, std::min(m, kHalf), [](const Key& key) { return key.row % kHalf; });
-    if (m > kHalf) {
-        countingPass(keys, scratch, (m - 1) / kHalf + 1, [](const Key& key) { return key.row / kHalf; });
-    }
-    countingPass(keys, scratch, n, [](const Key& key) { return key.column; });
-    return keys;
-}
-
-/// Sums the entries of each place into its first key's position and keeps one key per non-zero sum.
-void mergePlaces(std::vector<Key>& keys, std::vector<double>& re, std::vector<double>& im)
-{
-    std::size_t kept = 0;
-    for (std::size_t k = 0; k < keys.size();) {
-        const Key key = keys[k];
-        const std::size_t at = key.position;
-        for (++k; k < keys.size() && keys[k].row == key.row && keys[k].column == key.column; ++k) {
-            re[at] += re[keys[k].position];
-            if (!im.empty()) {
-                im[at] += im[keys[k].position];
+    void settle(unsigned first, unsigned stop)
+    {
+        if (!std::is_sorted(rows_ + first, rows_ + stop)) {
+            sort(first, stop);
+        }
+        for (unsigned k = first; k < stop;) {
+            const unsigned row = rows_[k];
+            T re = re_[k];
+            T im = im_ != nullptr ? im_[k] : T{};
+            for (++k; k < stop && rows_[k] == row; ++k) {
+                re = sumOf(re, re_[k]);
+                im = im_ != nullptr ? sumOf(im, im_[k]) : T{};
+            }
+            if (re != T{} || im != T{}) {
+                rows_[kept_] = row;
+                re_[kept_] = re;
+                if (im_ != nullptr) {
+                    im_[kept_] = im;
+                }
+                ++kept_;
             }
         }
-        if (re[at] != 0 || (!im.empty() && im[at] != 0)) {
-            keys[kept++] = key;
+    }
+    [[nodiscard]] unsigned kept() const { return kept_; }
+
+  private:
+    void sort(unsigned first, unsigned stop)
+    {
+        order_.clear();
+        for (unsigned k = first; k < stop; ++k) {
+            order_.emplace_back(rows_[k], k);
+        }
+        std::sort(order_.begin(), order_.end()); // equal rows stay in the order of their entries
+        permute(re_, first);
+        if (im_ != nullptr) {
+            permute(im_, first);
+        }
+        for (std::size_t k = 0; k < order_.size(); ++k) {
+            rows_[first + k] = order_[k].first;
         }
     }
-    keys.resize(kept);
-}
+    void permute(T* values, unsigned first)
+    {
+        scratch_.clear();
+        for (const auto& [row, from] : order_) {
+            scratch_.push_back(values[from]);
+        }
+        std::copy(scratch_.begin(), scratch_.end(), values + first);
+    }
+
+    unsigned* rows_;
+    T* re_;
+    T* im_;
+    unsigned kept_ = 0;
+    std::vector<std::pair<unsigned, unsigned>> order_;
+    std::vector<T> scratch_;
+};
 
 } // namespace
 
-void Triplets::reserve(std::size_t count, bool complex)
+void Assembly::startPlacing()
 {
-    rows.reserve(count);
-    columns.reserve(count);
-    re.reserve(count);
-    if (complex) {
-        im.reserve(count);
+    const unsigned room = entryCount(total_);
+    if (room == 0) {
+        return;
     }
-}
-
-Value assemble(Triplets triplets, unsigned m, unsigned n)
-{
-    if (triplets.rows.size() > kx::kxGetMaxNumberOfElements()) {
-        throw Error("kx:sizeLimit", "too many entries for one sparse array");
+    kxArray* array = value_.get();
+    const std::size_t size = kx::kxGetElementSize(array);
+    rows_ = array->ir = static_cast<unsigned*>(kx::kxRealloc(array->ir, room * sizeof(unsigned)));
+    re_ = array->pr = kx::kxRealloc(array->pr, room * size);
+    if (value_.isComplex()) {
+        im_ = array->pi = kx::kxRealloc(array->pi, room * size);
     }
-    const bool complex = !triplets.im.empty();
-    std::vector<Key> keys = columnOrder(triplets, m, n);
-    mergePlaces(keys, triplets.re, triplets.im);
-
-    Value result =
-        Value::sparse(m, n, static_cast<unsigned>(keys.size()), kxDOUBLE_CLASS, complex ? kxCOMPLEX : kxREAL);
-    unsigned* starts = result.starts();
-    for (std::size_t k = 0; k < keys.size(); ++k) {
-        ++starts[keys[k].column + 1];
-        result.rowIndices()[k] = keys[k].row;
-        result.data<double>()[k] = triplets.re[keys[k].position];
-    }
-    for (unsigned j = 0; j < n; ++j) {
-        starts[j + 1] += starts[j];
-    }
-    if (complex) {
-        for (std::size_t k = 0; k < keys.size(); ++k) {
-            result.imagData<double>()[k] = triplets.im[keys[k].position];
+    array->nzmax = room;
+    unsigned first = 0;
+    for (unsigned j = 0; j < value_.columns(); ++j) {
+        if (j % kPollColumns == 0) {
+            pollInterrupt();
         }
-        kx::kxFreeImagIfZero(result.get());
+        starts_[j] = std::exchange(first, first + starts_[j + 1]);
     }
-    return result;
 }
 
-void appendEntries(Triplets& triplets, const Value& sparse, unsigned rowOffset, unsigned columnOffset, bool complex,
-                   double factor)
+Value Assembly::finish()
 {
-    const Value values = converted(sparse, kxDOUBLE_CLASS);
-    const double* im = values.imagData<double>();
-    triplets.reserve(triplets.rows.size() + values.entries(), complex);
-    for (unsigned j = 0; j < values.columns(); ++j) {
-        for (unsigned k = values.starts()[j]; k < values.starts()[j + 1]; ++k) {
-            triplets.push(rowOffset + values.rowIndices()[k], columnOffset + j, factor * values.data<double>()[k]);
-            if (complex) {
-                triplets.im.push_back(im != nullptr ? factor * im[k] : 0);
+    unsigned kept = 0;
+    if (total_ != 0) {
+        withElementType(value_.classId(), [&]<typename T>(std::type_identity<T>) {
+            Columns<T> columns(value_);
+            unsigned first = 0;
+            for (unsigned j = 0; j < value_.columns(); ++j) {
+                if (j % kPollColumns == 0) {
+                    pollInterrupt();
+                }
+                const unsigned stop = starts_[j];
+                starts_[j] = columns.kept();
+                columns.settle(std::exchange(first, stop), stop);
             }
-        }
+            kept = columns.kept();
+        });
+        starts_[value_.columns()] = kept;
     }
+    trimEntries(value_, kept);
+    kx::kxFreeImagIfZero(value_.get());
+    return std::move(value_);
 }
 
 } // namespace kxsh

@@ -1,43 +1,55 @@
-// Sparse arrays from lists of entries.
+// Sparse arrays from entries in any order.
 #ifndef KXSH_ASSEMBLY_HPP
 #define KXSH_ASSEMBLY_HPP
 
 #include "value.hpp"
 
-#include <vector>
+#include <cstddef>
 
 namespace kxsh {
 
-/// Entries in any order, 0-based; `im` is empty for real entries.
-struct Triplets
+/// Builds an m-by-n sparse array in two rounds over its entries: count() each, startPlacing(), place() each in any
+/// order, finish(). Takes the memory of the result and of its largest column. Cost: entries + n, and a sort of each
+/// column that is not placed in ascending order.
+class Assembly
 {
-    std::vector<unsigned> rows;
-    std::vector<unsigned> columns;
-    std::vector<double> re;
-    std::vector<double> im;
+  public:
+    Assembly(unsigned m, unsigned n, kxClassID id, kxComplexity complexity)
+        : value_(Value::sparse(m, n, 1, id, complexity)), starts_(value_.starts())
+    {
+    }
 
-    void reserve(std::size_t count, bool complex);
-    void push(unsigned row, unsigned column, double value)
+    /// `column` is 0-based and below n.
+    void count(unsigned column)
     {
-        rows.push_back(row);
-        columns.push_back(column);
-        re.push_back(value);
+        ++starts_[column + 1];
+        ++total_;
     }
-    void push(unsigned row, unsigned column, double value, double imaginary)
+    /// Raises kx:sizeLimit when the entries are too many.
+    void startPlacing();
+    /// `re` is of the element type of the class; `im` counts for complex arrays.
+    template <typename T>
+    void place(unsigned row, unsigned column, T re, T im = T{})
     {
-        push(row, column, value);
-        im.push_back(imaginary);
+        const unsigned at = starts_[column]++;
+        rows_[at] = row;
+        static_cast<T*>(re_)[at] = re;
+        if (im_ != nullptr) {
+            static_cast<T*>(im_)[at] = im;
+        }
     }
+    /// Entries of one place are summed in their order (of integer classes held at the ends of the range), zeros
+    /// dropped, and an imaginary part of zeros; nzmax is the exact count.
+    Value finish();
+
+  private:
+    Value value_;
+    unsigned* starts_; ///< counts of the columns, then their first places, which move to their ends as they are filled
+    unsigned* rows_ = nullptr;
+    void* re_ = nullptr;
+    void* im_ = nullptr;
+    std::uint64_t total_ = 0;
 };
-
-/// m-by-n sparse double (complex when `im` is given and not all zero) of the entries, which lie within m and n. Entries
-/// of one place are summed in their order, zeros dropped, nzmax is the exact count. Cost: entries + n, by counting.
-Value assemble(Triplets triplets, unsigned m, unsigned n);
-
-/// Appends the entries of a sparse array, moved down by `rowOffset` and right by `columnOffset` and multiplied by
-/// `factor`. With `complex`, imaginary parts are appended too, zero where there are none.
-void appendEntries(Triplets& triplets, const Value& sparse, unsigned rowOffset, unsigned columnOffset, bool complex,
-                   double factor = 1);
 
 } // namespace kxsh
 

@@ -58,14 +58,21 @@ enum class BinaryOperator
 {
     kAdd,
     kSubtract,
-    kMultiply,
-    kDivide,
+    kMultiply,     ///< the matrix product, unless one side is a number
+    kDivide,       ///< by a number
+    kSolve,        ///< A \ B
+    kPower,        ///< of two numbers
+    kMultiplyEach, ///< element by element, as all that follow
+    kDivideEach,
+    kPowerEach,
     kEqual,
     kNotEqual,
     kLess,
     kLessEqual,
     kGreater,
-    kGreaterEqual
+    kGreaterEqual,
+    kAnd,
+    kOr
 };
 
 struct BinaryNode
@@ -80,9 +87,15 @@ struct NegateNode
     ExpressionPtr operand;
 };
 
+struct NotNode
+{
+    ExpressionPtr operand;
+};
+
 struct TransposeNode
 {
     ExpressionPtr operand;
+    bool conjugates;
 };
 
 /// target(arguments): a subscripted reference or a function call.
@@ -95,8 +108,10 @@ struct ApplyNode
 struct Expression
 {
     std::variant<NumberNode, StringNode, NameNode, ColonNode, EndNode, MatrixNode, RangeNode, BinaryNode, NegateNode,
-                 TransposeNode, ApplyNode>
+                 NotNode, TransposeNode, ApplyNode>
         node;
+    std::size_t offset; ///< the byte of the source that an error of this node points at
+    int height;         ///< nodes on the longest way down to a leaf
 };
 
 struct ExpressionStatement
@@ -104,12 +119,18 @@ struct ExpressionStatement
     ExpressionPtr expression;
 };
 
-/// name = value or name(subscripts) = value; `deletes` for name(subscripts) = [].
-struct AssignStatement
+/// What stands left of '=': name or name(subscripts).
+struct Target
 {
     std::string name;
     bool subscripted = false;
     std::vector<ExpressionPtr> subscripts;
+};
+
+/// target = value, or [target, target] = value with as many results; `deletes` for name(subscripts) = [].
+struct AssignStatement
+{
+    std::vector<Target> targets;
     ExpressionPtr value;
     bool deletes = false;
 };
@@ -124,11 +145,49 @@ struct QuitStatement
 {
 };
 
+struct BreakStatement
+{
+};
+
+struct ContinueStatement
+{
+};
+
+struct Statement;
+using Block = std::vector<Statement>;
+
+/// if and elseif in their order; the condition of else is null.
+struct IfStatement
+{
+    struct Branch
+    {
+        ExpressionPtr condition;
+        Block body;
+    };
+    std::vector<Branch> branches;
+};
+
+/// for name = values: the variable takes one column after another.
+struct ForStatement
+{
+    std::string name;
+    ExpressionPtr values;
+    Block body;
+};
+
+struct WhileStatement
+{
+    ExpressionPtr condition;
+    Block body;
+};
+
 struct Statement
 {
-    std::variant<ExpressionStatement, AssignStatement, HelpStatement, QuitStatement> action;
+    std::variant<ExpressionStatement, AssignStatement, HelpStatement, QuitStatement, BreakStatement, ContinueStatement,
+                 IfStatement, ForStatement, WhileStatement>
+        action;
     bool prints = true; ///< no semicolon follows
-    std::size_t line;   ///< 1-based
+    std::size_t offset; ///< its first byte in the source
     std::string source; ///< its text, first line only
 };
 

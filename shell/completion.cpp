@@ -66,7 +66,8 @@ void addNames(std::set<std::string>& found, const Session& session, std::string_
             add(function.name);
         }
     }
-    for (const std::string_view word : {"end", "quit", "exit"}) {
+    for (const std::string_view word :
+         {"break", "continue", "else", "elseif", "end", "exit", "for", "if", "quit", "while"}) {
         add(word);
     }
 }

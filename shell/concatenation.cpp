@@ -1,6 +1,5 @@
 #include "concatenation.hpp"
 
-#include "assembly.hpp"
 #include "error.hpp"
 #include "interrupt.hpp"
 
@@ -8,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kxsh {
 
@@ -88,13 +88,81 @@ kxClassID commonClass(const std::vector<Block>& blocks)
     return has([](kxClassID id) { return id != kxLOGICAL_CLASS; }) == blocks.end() ? kxLOGICAL_CLASS : kxDOUBLE_CLASS;
 }
 
-Value sparseWhole(const Layout& layout, kxClassID id, bool complex)
+/// Copies entries of a block to where `next` stands in the whole.
+void appendEntries(const Value& part, unsigned first, unsigned stop, unsigned rowOffset, Value& whole, unsigned next)
 {
-    Triplets triplets;
-    for (const Block& block : layout.blocks) {
-        appendEntries(triplets, asSparse(block.value), block.row, block.column, complex);
+    const unsigned count = stop - first;
+    const unsigned* from = part.rowIndices() + first;
+    unsigned* to = whole.rowIndices() + next;
+    for (unsigned k = 0; k < count; ++k) {
+        to[k] = from[k] + rowOffset;
     }
-    return converted(assemble(std::move(triplets), layout.m, layout.n), id);
+    withElementType(whole.classId(), [&]<typename T>(std::type_identity<T>) {
+        std::copy_n(part.data<T>() + first, count, whole.data<T>() + next);
+        if (const T* im = part.imagData<T>()) {
+            std::copy_n(im + first, count, whole.imagData<T>() + next);
+        } else if (whole.isComplex()) {
+            std::fill_n(whole.imagData<T>() + next, count, T{});
+        }
+    });
+}
+
+/// Blocks of the whole height, one beside the other: each goes over at once.
+void putSideBySide(const std::vector<Block>& blocks, Value& whole)
+{
+    unsigned next = 0;
+    for (const Block& block : blocks) {
+        pollInterrupt();
+        const unsigned* from = block.value.starts();
+        appendEntries(block.value, 0, block.value.entries(), 0, whole, next);
+        std::transform(from, from + block.value.columns(), whole.starts() + block.column,
+                       [next](unsigned start) { return next + start; });
+        next += block.value.entries();
+    }
+    whole.starts()[whole.columns()] = next;
+}
+
+/// Column by column, from the uppermost block down.
+void stack(const std::vector<Block>& blocks, Value& whole)
+{
+    unsigned* starts = whole.starts();
+    const unsigned n = whole.columns();
+    for (const Block& block : blocks) {
+        for (unsigned j = 0; j < block.value.columns(); ++j) {
+            starts[block.column + j + 1] += block.value.starts()[j + 1] - block.value.starts()[j];
+        }
+    }
+    unsigned first = 0;
+    for (unsigned j = 0; j < n; ++j) {
+        starts[j] = std::exchange(first, first + starts[j + 1]);
+    }
+    for (const Block& block : blocks) { // now starts[j] is where column j goes on
+        const unsigned* from = block.value.starts();
+        for (unsigned j = 0; j < block.value.columns(); ++j) {
+            if (j % 65536 == 0) {
+                pollInterrupt();
+            }
+            unsigned& next = starts[block.column + j];
+            appendEntries(block.value, from[j], from[j + 1], block.row, whole, next);
+            next += from[j + 1] - from[j];
+        }
+    }
+    std::copy_backward(starts, starts + n, starts + n + 1);
+    starts[0] = 0;
+}
+
+Value sparseWhole(Layout layout, kxClassID id, bool complex)
+{
+    std::uint64_t entries = 0;
+    for (Block& block : layout.blocks) {
+        block.value = converted(asSparse(block.value), id);
+        entries += block.value.entries();
+    }
+    Value whole = Value::sparse(layout.m, layout.n, entryCount(entries), id, complex ? kxCOMPLEX : kxREAL);
+    const bool sideBySide = std::all_of(layout.blocks.begin(), layout.blocks.end(),
+                                        [&](const Block& block) { return block.value.rows() == layout.m; });
+    sideBySide ? putSideBySide(layout.blocks, whole) : stack(layout.blocks, whole);
+    return whole;
 }
 
 void copyBlock(void* whole, const void* part, const Block& block, unsigned m, std::size_t size)

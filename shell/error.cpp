@@ -3,6 +3,7 @@
 #include <fl_except.hpp>
 #include <kx_runtime.hpp>
 
+#include <algorithm>
 #include <cctype>
 #include <new>
 #include <utility>
@@ -11,15 +12,17 @@ namespace kxsh {
 
 namespace {
 
-/// The runtime speaks in sentences; shown behind "error:", they lose their capital and their full stop.
+/// The runtime speaks in sentences; shown behind "error:", they lose their full stop and, where they begin with a word
+/// (not with NaN or A(:)), their capital.
 std::string clauseOf(std::string sentence)
 {
     if (sentence.ends_with('.')) {
         sentence.pop_back();
     }
-    const bool word = sentence.size() > 1 && std::isupper(static_cast<unsigned char>(sentence[0])) != 0 &&
-                      std::isupper(static_cast<unsigned char>(sentence[1])) == 0;
-    if (word) {
+    const auto isSmall = [](char c) { return c >= 'a' && c <= 'z'; };
+    const std::size_t word = std::min(sentence.find(' '), sentence.size());
+    if (word > 0 && word < sentence.size() && std::isupper(static_cast<unsigned char>(sentence[0])) != 0 &&
+        std::all_of(sentence.begin() + 1, sentence.begin() + static_cast<std::ptrdiff_t>(word), isSmall)) {
         sentence[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(sentence[0])));
     }
     return sentence;

@@ -24,22 +24,17 @@ class Error : public std::runtime_error
     std::string identifier_;
 };
 
-/// A text that is no statement. `incomplete` when more lines could still make it one (an open bracket).
+/// A text that is no statement.
 class SyntaxError : public Error
 {
   public:
-    SyntaxError(const std::string& text, std::size_t offset, bool incomplete = false)
-        : Error("kxsh:syntax", text), offset_(offset), incomplete_(incomplete)
-    {
-    }
+    SyntaxError(const std::string& text, std::size_t offset) : Error("kxsh:syntax", text), offset_(offset) {}
 
     /// Where in the source the fault lies, in bytes.
     [[nodiscard]] std::size_t offset() const noexcept { return offset_; }
-    [[nodiscard]] bool incomplete() const noexcept { return incomplete_; }
 
   private:
     std::size_t offset_;
-    bool incomplete_;
 };
 
 /// An error reduced to what is shown of it.

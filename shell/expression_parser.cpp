@@ -4,46 +4,48 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace kxsh {
 
 namespace {
 
-// Limits of one expression, far below what the stack holds: nested brackets and signs, and operators in a row.
+// Far below what the stack holds, for reading, carrying out and forgetting an expression alike.
 constexpr int kMaxDepth = 250;
-constexpr int kMaxLinks = 5000;
+constexpr int kMaxHeight = 1500;
 
-template <typename Node>
-ExpressionPtr make(Node node)
+int heightOf(const ExpressionPtr& operand)
 {
-    return std::make_unique<Expression>(Expression{std::move(node)});
+    return operand ? operand->height : 0;
+}
+
+int heightOf(const std::vector<ExpressionPtr>& operands)
+{
+    int height = 0;
+    for (const ExpressionPtr& operand : operands) {
+        height = std::max(height, heightOf(operand));
+    }
+    return height;
 }
 
 } // namespace
 
-/// Counts the nesting while it lives.
-class ExpressionParser::Nesting
+ExpressionParser::Nesting::Nesting(ExpressionParser& parser) : parser_(parser)
 {
-  public:
-    explicit Nesting(ExpressionParser& parser) : parser_(parser)
-    {
-        if (++parser_.depth_ > kMaxDepth) {
-            throw SyntaxError("the expression is nested too deeply", parser_.current().offset);
-        }
+    if (parser_.depth_ >= kMaxDepth) {
+        throw SyntaxError("the expression is nested too deeply", parser_.current().offset);
     }
-    ~Nesting() { --parser_.depth_; }
-    Nesting(const Nesting&) = delete;
-    Nesting& operator=(const Nesting&) = delete;
+    ++parser_.depth_;
+}
 
-  private:
-    ExpressionParser& parser_;
-};
-
-/// Counts one more operator of a chain.
-void ExpressionParser::countLink(int& links) const
+/// A node at `offset`, higher by one than the highest of its operands.
+template <typename Node>
+ExpressionPtr ExpressionParser::make(std::size_t offset, Node node, int highest)
 {
-    if (++links > kMaxLinks) {
-        throw SyntaxError("the expression is too long", current().offset);
+    if (highest >= kMaxHeight) {
+        throw SyntaxError("the expression is too long", offset);
     }
+    return std::make_unique<Expression>(Expression{std::move(node), offset, highest + 1});
 }
 
 bool ExpressionParser::accept(std::string_view op)
@@ -62,8 +64,8 @@ void ExpressionParser::unexpected() const
     case TokenKind::kEndOfText:
     case TokenKind::kNewline:
         throw SyntaxError("the statement is not complete", token.offset);
-    case TokenKind::kEnd:
-        throw SyntaxError("'end' stands here without a subscript", token.offset);
+    case TokenKind::kKeyword:
+        throw SyntaxError(fmt::format("'{}' cannot stand here", token.text), token.offset);
     default:
         throw SyntaxError(fmt::format("unexpected '{}'", source_.substr(token.offset, token.stop - token.offset)),
                           token.offset);
@@ -93,21 +95,45 @@ std::optional<BinaryOperator> ExpressionParser::acceptOneOf(std::initializer_lis
     return std::nullopt;
 }
 
-ExpressionPtr ExpressionParser::comparison()
+/// Operands of one level joined by operators that bind alike, from left to right.
+ExpressionPtr ExpressionParser::chain(Level operand, std::initializer_list<OperatorChoice> choices)
+{
+    ExpressionPtr left = (this->*operand)();
+    for (;;) {
+        const std::size_t offset = current().offset;
+        if ((current().is("+") || current().is("-")) && startsElement()) {
+            return left;
+        }
+        const auto op = acceptOneOf(choices);
+        if (!op) {
+            return left;
+        }
+        ExpressionPtr right = (this->*operand)();
+        BinaryNode node{*op, std::move(left), std::move(right)};
+        const int highest = std::max(heightOf(node.left), heightOf(node.right));
+        left = make(offset, std::move(node), highest);
+    }
+}
+
+ExpressionPtr ExpressionParser::disjunction()
 {
     const Nesting nesting(*this);
-    ExpressionPtr left = range();
-    int links = 0;
-    while (const auto op = acceptOneOf({{"==", BinaryOperator::kEqual},
-                                        {"~=", BinaryOperator::kNotEqual},
-                                        {"<", BinaryOperator::kLess},
-                                        {"<=", BinaryOperator::kLessEqual},
-                                        {">", BinaryOperator::kGreater},
-                                        {">=", BinaryOperator::kGreaterEqual}})) {
-        countLink(links);
-        left = make(BinaryNode{*op, std::move(left), range()});
-    }
-    return left;
+    return chain(&ExpressionParser::conjunction, {{"|", BinaryOperator::kOr}});
+}
+
+ExpressionPtr ExpressionParser::conjunction()
+{
+    return chain(&ExpressionParser::comparison, {{"&", BinaryOperator::kAnd}});
+}
+
+ExpressionPtr ExpressionParser::comparison()
+{
+    return chain(&ExpressionParser::range, {{"==", BinaryOperator::kEqual},
+                                            {"~=", BinaryOperator::kNotEqual},
+                                            {"<", BinaryOperator::kLess},
+                                            {"<=", BinaryOperator::kLessEqual},
+                                            {">", BinaryOperator::kGreater},
+                                            {">=", BinaryOperator::kGreaterEqual}});
 }
 
 ExpressionPtr ExpressionParser::range()
@@ -116,43 +142,40 @@ ExpressionPtr ExpressionParser::range()
     if (!current().is(":") || next().is(")") || next().is(",")) {
         return start;
     }
+    const std::size_t offset = current().offset;
     ++at_;
     ExpressionPtr stop = sum();
     ExpressionPtr step;
     if (accept(":")) {
         step = std::exchange(stop, sum());
     }
-    return make(RangeNode{std::move(start), std::move(step), std::move(stop)});
+    const int highest = std::max({heightOf(start), heightOf(step), heightOf(stop)});
+    return make(offset, RangeNode{std::move(start), std::move(step), std::move(stop)}, highest);
 }
 
 ExpressionPtr ExpressionParser::sum()
 {
-    ExpressionPtr left = product();
-    int links = 0;
-    while ((current().is("+") || current().is("-")) && !startsElement()) {
-        const auto op = acceptOneOf({{"+", BinaryOperator::kAdd}, {"-", BinaryOperator::kSubtract}});
-        countLink(links);
-        left = make(BinaryNode{*op, std::move(left), product()});
-    }
-    return left;
+    return chain(&ExpressionParser::product, {{"+", BinaryOperator::kAdd}, {"-", BinaryOperator::kSubtract}});
 }
 
 ExpressionPtr ExpressionParser::product()
 {
-    ExpressionPtr left = sign();
-    int links = 0;
-    while (const auto op = acceptOneOf({{"*", BinaryOperator::kMultiply}, {"/", BinaryOperator::kDivide}})) {
-        countLink(links);
-        left = make(BinaryNode{*op, std::move(left), sign()});
-    }
-    return left;
+    return chain(&ExpressionParser::sign, {{"*", BinaryOperator::kMultiply},
+                                           {"/", BinaryOperator::kDivide},
+                                           {"\\", BinaryOperator::kSolve},
+                                           {".*", BinaryOperator::kMultiplyEach},
+                                           {"./", BinaryOperator::kDivideEach}});
 }
 
 ExpressionPtr ExpressionParser::sign()
 {
     const Nesting nesting(*this);
+    const std::size_t offset = current().offset;
     if (accept("-")) {
-        return make(NegateNode{sign()});
+        return negated(offset, sign());
+    }
+    if (accept("~")) {
+        return inverted(offset, sign());
     }
     if (accept("+")) {
         return sign();
@@ -160,21 +183,65 @@ ExpressionPtr ExpressionParser::sign()
     return postfix();
 }
 
+/// Transposes and powers bind alike; the exponent takes calls and signs only.
 ExpressionPtr ExpressionParser::postfix()
 {
-    ExpressionPtr result = primary();
-    int links = 0;
+    ExpressionPtr result = called();
     for (;;) {
-        countLink(links);
-        if (current().is("(") && !(inMatrix_ && current().spaceBefore)) {
+        const std::size_t offset = current().offset;
+        if (current().is("'") || current().is(".'")) {
+            const bool conjugates = current().is("'");
             ++at_;
-            result = make(ApplyNode{std::move(result), arguments()});
-        } else if (accept("'")) {
-            result = make(TransposeNode{std::move(result)});
+            const int highest = heightOf(result);
+            result = called(make(offset, TransposeNode{std::move(result), conjugates}, highest));
+        } else if (const auto op = acceptOneOf({{".^", BinaryOperator::kPowerEach}, {"^", BinaryOperator::kPower}})) {
+            ExpressionPtr power = exponent();
+            const int highest = std::max(heightOf(result), heightOf(power));
+            result = make(offset, BinaryNode{*op, std::move(result), std::move(power)}, highest);
         } else {
             return result;
         }
     }
+}
+
+ExpressionPtr ExpressionParser::exponent()
+{
+    const Nesting nesting(*this);
+    const std::size_t offset = current().offset;
+    if (accept("-")) {
+        return negated(offset, exponent());
+    }
+    return accept("+") ? exponent() : called();
+}
+
+ExpressionPtr ExpressionParser::negated(std::size_t offset, ExpressionPtr operand)
+{
+    const int highest = heightOf(operand);
+    return make(offset, NegateNode{std::move(operand)}, highest);
+}
+
+ExpressionPtr ExpressionParser::inverted(std::size_t offset, ExpressionPtr operand)
+{
+    const int highest = heightOf(operand);
+    return make(offset, NotNode{std::move(operand)}, highest);
+}
+
+ExpressionPtr ExpressionParser::called()
+{
+    return called(primary());
+}
+
+/// `result` with the parentheses that follow it.
+ExpressionPtr ExpressionParser::called(ExpressionPtr result)
+{
+    while (current().is("(") && !(inMatrix_ && current().spaceBefore)) {
+        ++at_;
+        const std::size_t offset = result->offset;
+        std::vector<ExpressionPtr> inner = arguments();
+        const int highest = std::max(heightOf(result), heightOf(inner));
+        result = make(offset, ApplyNode{std::move(result), std::move(inner)}, highest);
+    }
+    return result;
 }
 
 std::vector<ExpressionPtr> ExpressionParser::arguments()
@@ -194,10 +261,9 @@ std::vector<ExpressionPtr> ExpressionParser::arguments()
 ExpressionPtr ExpressionParser::argument()
 {
     if (current().is(":") && (next().is(",") || next().is(")"))) {
-        ++at_;
-        return make(ColonNode{});
+        return make(tokens_[at_++].offset, ColonNode{});
     }
-    return comparison();
+    return expression();
 }
 
 ExpressionPtr ExpressionParser::primary()
@@ -207,22 +273,22 @@ ExpressionPtr ExpressionParser::primary()
     case TokenKind::kNumber:
     case TokenKind::kImaginary:
         ++at_;
-        return make(NumberNode{token.number, token.kind == TokenKind::kImaginary});
+        return make(token.offset, NumberNode{token.number, token.kind == TokenKind::kImaginary});
     case TokenKind::kString:
         ++at_;
-        return make(StringNode{token.text});
+        return make(token.offset, StringNode{token.text});
     case TokenKind::kName:
         ++at_;
-        return make(NameNode{token.text});
+        return make(token.offset, NameNode{token.text});
     case TokenKind::kEnd:
         ++at_;
-        return make(EndNode{});
+        return make(token.offset, EndNode{});
     default:
         break;
     }
     if (accept("(")) {
         const bool outer = std::exchange(inMatrix_, false);
-        ExpressionPtr inner = comparison();
+        ExpressionPtr inner = expression();
         expect(")");
         inMatrix_ = outer;
         return inner;
@@ -236,7 +302,9 @@ ExpressionPtr ExpressionParser::primary()
 ExpressionPtr ExpressionParser::matrix()
 {
     const bool outer = std::exchange(inMatrix_, true);
+    const std::size_t offset = previous().offset;
     MatrixNode result;
+    int highest = 0;
     bool rowOpen = false;
     while (!accept("]")) {
         if (current().kind == TokenKind::kSemicolon || current().kind == TokenKind::kNewline) {
@@ -253,10 +321,11 @@ ExpressionPtr ExpressionParser::matrix()
                 continue;
             }
         }
-        result.rows.back().push_back(comparison());
+        result.rows.back().push_back(expression());
+        highest = std::max(highest, heightOf(result.rows.back().back()));
     }
     inMatrix_ = outer;
-    return make(std::move(result));
+    return make(offset, std::move(result), highest);
 }
 
 } // namespace kxsh

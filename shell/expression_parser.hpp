@@ -13,8 +13,9 @@
 
 namespace kxsh {
 
-/// Walks the tokens of a source text and reads expressions off them, by recursive descent; loosest first: comparison,
-/// range, sum, product, sign, postfix (call, transpose), primary. Raises SyntaxError.
+/// Walks the tokens of a source text and reads expressions off them, by recursive descent; loosest first: |, &,
+/// comparison, range, sum, product, sign and ~, postfix (call, transpose, power), primary. An expression may be as high
+/// as kMaxHeight and as deeply nested as kMaxDepth, blocks of statements included. Raises SyntaxError.
 class ExpressionParser
 {
   public:
@@ -31,22 +32,35 @@ class ExpressionParser
     [[noreturn]] void unexpected() const;
 
     /// A whole expression, starting at the current token.
-    ExpressionPtr expression() { return comparison(); }
+    ExpressionPtr expression() { return disjunction(); }
+    /// A name, maybe with subscripts, at the current token.
+    ExpressionPtr called();
+
+    /// Counts the nesting of brackets, signs and blocks while it lives.
+    class Nesting;
 
   private:
-    class Nesting;
     using OperatorChoice = std::pair<std::string_view, BinaryOperator>;
+    using Level = ExpressionPtr (ExpressionParser::*)();
 
-    void countLink(int& links) const;
+    template <typename Node>
+    static ExpressionPtr make(std::size_t offset, Node node, int highest = 0);
+    ExpressionPtr chain(Level operand, std::initializer_list<OperatorChoice> choices);
     [[nodiscard]] bool startsElement() const;
     std::optional<BinaryOperator> acceptOneOf(std::initializer_list<OperatorChoice> choices);
 
+    ExpressionPtr disjunction();
+    ExpressionPtr conjunction();
     ExpressionPtr comparison();
     ExpressionPtr range();
     ExpressionPtr sum();
     ExpressionPtr product();
     ExpressionPtr sign();
     ExpressionPtr postfix();
+    ExpressionPtr exponent();
+    static ExpressionPtr negated(std::size_t offset, ExpressionPtr operand);
+    static ExpressionPtr inverted(std::size_t offset, ExpressionPtr operand);
+    ExpressionPtr called(ExpressionPtr result);
     std::vector<ExpressionPtr> arguments();
     ExpressionPtr argument();
     ExpressionPtr primary();
@@ -57,6 +71,18 @@ class ExpressionParser
     std::size_t at_ = 0;
     int depth_ = 0;
     bool inMatrix_ = false; ///< directly inside brackets, where white space separates elements
+};
+
+class ExpressionParser::Nesting
+{
+  public:
+    explicit Nesting(ExpressionParser& parser);
+    ~Nesting() { --parser_.depth_; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+  private:
+    ExpressionParser& parser_;
 };
 
 } // namespace kxsh

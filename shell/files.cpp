@@ -5,11 +5,16 @@
 
 #include <fmt/format.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <memory>
 #include <system_error>
+#include <utility>
 
 namespace kxsh {
 
@@ -27,33 +32,40 @@ namespace {
 
 std::string readFile(const fs::path& path)
 {
-    const FileHandle file(std::fopen(path.c_str(), "rb"));
-    if (!file) {
-        raiseFileError("read", path, errno);
-    }
     std::error_code ignored;
-    std::size_t size = fs::is_regular_file(path, ignored) ? fs::file_size(path, ignored) : 0;
-    if (ignored) {
-        size = 0;
+    if (fs::is_directory(path, ignored)) {
+        raiseFileError("read", path, EISDIR);
     }
+    const gzFile file = ::gzopen(path.c_str(), "rb");
+    if (file == nullptr) {
+        raiseFileError("read", path, errno == 0 ? ENOMEM : errno);
+    }
+    const std::unique_ptr<gzFile_s, int (*)(gzFile)> owner(file, ::gzclose);
+    constexpr unsigned kChunk = 1U << 22;
+    ::gzbuffer(file, 1U << 17);
     std::string bytes;
-    constexpr std::size_t kChunk = std::size_t{4} << 20;
-    bytes.reserve(size + 1);
+    bytes.reserve(fs::is_regular_file(path, ignored) ? fs::file_size(path, ignored) + 1 : 0);
     for (;;) {
         pollInterrupt();
         const std::size_t used = bytes.size();
-        const std::size_t chunk = size > used ? std::min(kChunk, size - used + 1) : kChunk;
+        const std::size_t room = std::max<std::size_t>(bytes.capacity() - used, 4096);
+        const auto chunk = static_cast<unsigned>(std::min<std::size_t>(kChunk, room));
         bytes.resize(used + chunk);
-        const std::size_t got = std::fread(bytes.data() + used, 1, chunk, file.get());
-        bytes.resize(used + got);
-        if (got < chunk) {
+        const int got = ::gzread(file, bytes.data() + used, chunk);
+        bytes.resize(used + static_cast<std::size_t>(std::max(got, 0)));
+        if (got <= 0) {
             break;
         }
     }
-    if (std::ferror(file.get()) != 0) {
-        const int reason = errno;
+    int status = Z_OK;
+    const std::string reason = ::gzerror(file, &status);
+    if (status == Z_ERRNO) {
+        const int number = errno;
         pollInterrupt();
-        raiseFileError("read", path, reason);
+        raiseFileError("read", path, number);
+    }
+    if (status != Z_OK && status != Z_STREAM_END) {
+        throw Error("kxsh:file", fmt::format("cannot read {}: {}", path.string(), reason));
     }
     return bytes;
 }
@@ -61,57 +73,117 @@ std::string readFile(const fs::path& path)
 OutputFile::OutputFile(fs::path path) : path_(std::move(path))
 {
     std::error_code ignored;
-    const auto status = fs::status(path_, ignored);
-    if (!fs::exists(status) || fs::is_regular_file(status)) {
-        // A link is followed, so that the file it leads to is the one replaced.
-        if (fs::is_symlink(path_, ignored) && fs::exists(status)) {
-            path_ = fs::canonical(path_, ignored);
+    if (path_ == "/dev/stdout" || path_ == "/dev/stderr") { // goes on where it stands, also in a file
+        descriptor_ = ::dup(path_ == "/dev/stdout" ? STDOUT_FILENO : STDERR_FILENO);
+        if (descriptor_ < 0) {
+            fail(errno);
         }
-        partial_ = path_;
-        partial_ += fmt::format(".{}.part", ::getpid());
+        return;
     }
-    file_.reset(std::fopen((partial_.empty() ? path_ : partial_).c_str(), "wb"));
-    if (!file_) {
-        const int reason = errno;
-        partial_.clear();
-        raiseFileError("write", path_, reason);
+    if (fs::is_symlink(path_, ignored)) {
+        if (!fs::exists(path_, ignored)) {
+            throw Error("kxsh:file", fmt::format("cannot write {}: it is a link to nothing", path_.string()));
+        }
+        path_ = fs::canonical(path_, ignored);
     }
+    const auto status = fs::status(path_, ignored);
+    const bool existed = fs::exists(status);
+    if (existed && !fs::is_regular_file(status)) {
+        descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+    } else {
+        constexpr auto kAnyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+        if (existed && ((status.permissions() & kAnyWrite) == fs::perms::none || ::access(path_.c_str(), W_OK) != 0)) {
+            fail(EACCES);
+        }
+        openPartial();
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        constexpr mode_t kNewFile = 0666;
+        const mode_t mode = existed ? static_cast<mode_t>(status.permissions() & fs::perms::mask) : kNewFile & ~mask;
+        static_cast<void>(::fchmod(descriptor_, mode));
+    }
+    if (descriptor_ < 0) {
+        fail(errno);
+    }
+    if (path_.extension() == ".gz") {
+        packed_ = ::gzdopen(descriptor_, "wb");
+        if (packed_ == nullptr) {
+            close();
+            fail(ENOMEM);
+        }
+    }
+}
+
+/// mkostemp() makes its file anew, never through a link, under a random name.
+void OutputFile::openPartial()
+{
+    std::string name = path_.string() + ".XXXXXX";
+    descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor_ < 0) {
+        fail(errno);
+    }
+    partial_ = std::move(name);
+    setDoomedFile(partial_.c_str());
 }
 
 OutputFile::~OutputFile()
 {
-    file_.reset();
-    if (!partial_.empty()) {
-        std::error_code ignored;
-        fs::remove(partial_, ignored);
+    close();
+}
+
+void OutputFile::close() noexcept
+{
+    if (packed_ != nullptr) {
+        static_cast<void>(::gzclose(packed_));
+    } else if (descriptor_ >= 0) {
+        static_cast<void>(::close(descriptor_));
     }
+    if (!partial_.empty()) {
+        static_cast<void>(::unlink(partial_.c_str()));
+    }
+    setDoomedFile("");
 }
 
 void OutputFile::write(std::string_view bytes)
 {
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) {
-        fail();
+    while (!bytes.empty()) {
+        constexpr std::size_t kMost = std::size_t{1} << 28;
+        const auto piece = static_cast<unsigned>(std::min(bytes.size(), kMost));
+        errno = 0;
+        const ssize_t done =
+            packed_ != nullptr ? ::gzwrite(packed_, bytes.data(), piece) : ::write(descriptor_, bytes.data(), piece);
+        if (done <= 0) {
+            const int reason = errno;
+            pollInterrupt();
+            if (reason == EINTR) {
+                continue;
+            }
+            fail(reason == 0 ? EIO : reason);
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(done));
     }
 }
 
 void OutputFile::commit()
 {
-    if (std::fclose(file_.release()) != 0) {
-        fail();
+    errno = 0;
+    const bool closed =
+        packed_ != nullptr ? ::gzclose(std::exchange(packed_, nullptr)) == Z_OK : ::close(descriptor_) == 0;
+    descriptor_ = -1;
+    if (!closed) {
+        fail(errno == 0 ? EIO : errno);
     }
     if (!partial_.empty()) {
-        std::error_code error;
-        fs::rename(partial_, path_, error);
-        if (error) {
-            raiseFileError("write", path_, error.value());
+        if (::rename(partial_.c_str(), path_.c_str()) != 0) {
+            fail(errno);
         }
         partial_.clear();
     }
 }
 
-void OutputFile::fail() const
+void OutputFile::fail(int reason) const
 {
-    raiseFileError("write", path_, errno);
+    raiseFileError("write", path_, reason);
 }
 
 } // namespace kxsh

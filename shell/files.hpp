@@ -2,26 +2,22 @@
 #ifndef KXSH_FILES_HPP
 #define KXSH_FILES_HPP
 
-#include <cstddef>
-#include <cstdio>
+#include <zlib.h>
+
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 
 namespace kxsh {
 
-struct CloseFile
-{
-    void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
-};
-using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
-
-/// The bytes of a file, which may also be a pipe. Raises kxsh:file with the system's reason.
+/// The bytes of a file, which may also be a pipe; unpacked if gzip has compressed it. Raises kxsh:file with the
+/// system's reason.
 std::string readFile(const std::filesystem::path& path);
 
-/// A file that appears under its name only when it is complete: written beside it and renamed by commit(). What is not
-/// a regular file (/dev/stdout, a pipe) is written directly. Everything raises kxsh:file with the system's reason.
+/// A file that appears under its name only when it is complete: written beside it under a name that nobody can guess,
+/// which goes away on errors and signals, and renamed by commit(). A name that ends in .gz makes it compressed. A file
+/// that exists passes its mode on, and may not be read-only; a link is followed, and must lead to something. What is
+/// not a regular file (/dev/stdout, a pipe) is written directly. Everything raises kxsh:file with the system's reason.
 class OutputFile
 {
   public:
@@ -35,11 +31,14 @@ class OutputFile
     void commit();
 
   private:
-    [[noreturn]] void fail() const;
+    [[noreturn]] void fail(int reason) const;
+    void openPartial();
+    void close() noexcept;
 
     std::filesystem::path path_;
-    std::filesystem::path partial_; ///< empty when written directly
-    FileHandle file_;
+    std::string partial_; ///< empty when written directly
+    int descriptor_ = -1;
+    gzFile packed_ = nullptr; ///< over the descriptor, for .gz
 };
 
 } // namespace kxsh

@@ -1,13 +1,13 @@
 #include "functions.hpp"
 
 #include "error.hpp"
+#include "numbers.hpp"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 namespace kxsh {
 
@@ -36,23 +36,86 @@ std::size_t distanceOf(std::string_view a, std::string_view b)
 constexpr std::string_view kLanguage =
     R"(Statements
   x = 3; z = 1 + 4i               a closing ; keeps a result from being printed
-  v = [1 2; 3 4]   s = 'text'     full arrays, strings   # starts a comment
-  1:5   10:-2:1                   ranges
+  v = [1 2; 3 4]   s = 'text'     full arrays, strings   # or % starts a comment
+  1:5   10:-2:1                   ranges                 ... continues a line
   A(3)  A(2,:)  A(:,[1 3])        reading by subscripts
   A(end,1:end-1)  A(A > 0)        end is the last one; comparisons make masks
   A(2,3) = 7   A(v > 1) = 0       writing; an array grows where it has to
   A(:,2) = []                     deleting
-  + - * /   == ~= < <= > >=   A'  arithmetic, comparison, transpose
+  [i,j,v] = find(A)               several results
+  + - * /  .* ./ .^  A \ b        matrix product, element by element, solving
+  A'  A.'                         transposes, the first of the conjugate
+  == ~= < <= > >=   & | ~         comparison, logic
+  if c, ... elseif d, ... else, ... end
+  for k = 1:n, ... end   while c, ... end   break   continue
   quit                            leaves the shell (also: exit, Ctrl-D)
 )";
+
+void requireCount(const Function& function, Arguments arguments)
+{
+    if (arguments.size() < function.leastArguments || arguments.size() > function.mostArguments) {
+        throw Error("kxsh:arguments", fmt::format("{} does not take {} argument{}; usage: {}", function.name,
+                                                  arguments.size(), arguments.size() == 1 ? "" : "s", function.usage));
+    }
+    for (const Value& argument : arguments) {
+        if (argument.isColon()) {
+            throw Error("kxsh:arguments", fmt::format("{} takes no ':'; usage: {}", function.name, function.usage));
+        }
+    }
+}
+
+std::string topicText(const Session& session, std::string_view topic)
+{
+    const Function* function = findFunction(topic);
+    if (function == nullptr) {
+        const std::string close = closestName(session, topic);
+        throw Error("kxsh:undefined",
+                    fmt::format("there is no function '{}'{}", topic,
+                                findFunction(close) == nullptr ? std::string("; help lists them all")
+                                                               : fmt::format("; did you mean '{}'?", close)));
+    }
+    std::string text = fmt::format("{}\n  {}.\n", function->usage, function->summary);
+    if (!function->details.empty()) {
+        text += fmt::format("  {}\n", function->details);
+    }
+    return text + fmt::format("  Example: {}\n", function->example);
+}
+
+std::string overview()
+{
+    std::string text(kLanguage);
+    for (const Topic& group : topics()) {
+        text += fmt::format("\n{}\n", group.title);
+        for (const Function& function : group.functions) {
+            text += fmt::format("  {:<24}  {}\n", function.usage, function.summary);
+        }
+    }
+    return text + "\nhelp NAME tells more about a function, with an example.\n";
+}
+
+std::string replaced(std::string_view text, std::string_view from, std::string_view to)
+{
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t next = std::min(text.find(from, at), text.size());
+        result.append(text, at, next - at);
+        if (next < text.size()) {
+            result.append(to);
+        }
+        at = next + from.size();
+    }
+    return result;
+}
 
 } // namespace
 
 std::span<const Topic> topics()
 {
-    static const std::array<Topic, 5> all = {{{"Making arrays", creationFunctions()},
+    static const std::array<Topic, 7> all = {{{"Making arrays", creationFunctions()},
                                               {"Classes and parts", conversionFunctions()},
                                               {"Looking at arrays", inspectionFunctions()},
+                                              {"Parts of matrices", partFunctions()},
+                                              {"Along a dimension", reductionFunctions()},
                                               {"Files and pictures", fileFunctions()},
                                               {"The session", sessionFunctions()}}};
     return all;
@@ -72,16 +135,18 @@ const Function* findFunction(std::string_view name)
 
 Value callFunction(const Function& function, Session& session, Arguments arguments)
 {
-    if (arguments.size() < function.leastArguments || arguments.size() > function.mostArguments) {
-        throw Error("kxsh:arguments", fmt::format("{} does not take {} argument{}; usage: {}", function.name,
-                                                  arguments.size(), arguments.size() == 1 ? "" : "s", function.usage));
-    }
-    for (const Value& argument : arguments) {
-        if (argument.isColon()) {
-            throw Error("kxsh:arguments", fmt::format("{} takes no ':'; usage: {}", function.name, function.usage));
-        }
-    }
+    requireCount(function, arguments);
     return function.call(session, arguments);
+}
+
+std::vector<Value> callForSeveral(const Function& function, Session& session, Arguments arguments, std::size_t results)
+{
+    requireCount(function, arguments);
+    if (results > function.mostResults) {
+        throw Error("kxsh:arguments", fmt::format("{} gives {} result{} at most, not {}", function.name,
+                                                  function.mostResults, function.mostResults == 1 ? "" : "s", results));
+    }
+    return function.callForSeveral(session, arguments, results);
 }
 
 std::string closestName(const Session& session, std::string_view name)
@@ -106,31 +171,36 @@ std::string closestName(const Session& session, std::string_view name)
     return best;
 }
 
-std::string helpText(const Session& session, std::string_view topic)
+void showHelp(Session& session, std::string_view topic)
 {
-    if (!topic.empty()) {
-        const Function* function = findFunction(topic);
-        if (function == nullptr) {
-            const std::string close = closestName(session, topic);
-            throw Error("kxsh:undefined",
-                        fmt::format("there is no function '{}'{}", topic,
-                                    findFunction(close) == nullptr ? std::string("; help lists them all")
-                                                                   : fmt::format("; did you mean '{}'?", close)));
-        }
-        std::string text = fmt::format("{}\n  {}.\n", function->usage, function->summary);
-        if (!function->details.empty()) {
-            text += fmt::format("  {}\n", function->details);
-        }
-        return text + fmt::format("  Example: {}\n", function->example);
+    const std::string text = topic.empty() ? overview() : topicText(session, topic);
+    if (session.page) {
+        session.page(text);
+    } else {
+        session.out << text;
     }
-    std::string text(kLanguage);
-    for (const Topic& group : topics()) {
-        text += fmt::format("\n{}\n", group.title);
-        for (const Function& function : group.functions) {
-            text += fmt::format("  {:<24}  {}\n", function.usage, function.summary);
+}
+
+std::string functionPage(PageFormat format)
+{
+    const bool manual = format == PageFormat::kManual;
+    std::string page;
+    for (const Topic& topic : topics()) {
+        page += fmt::format("{}{}\n", manual ? ".SS " : "\n## ", topic.title);
+        for (const Function& function : topic.functions) {
+            const std::string details = replaced(function.details, "\n  ", " ");
+            const std::string text = fmt::format("{}.{}{}", function.summary, details.empty() ? "" : " ", details);
+            if (manual) {
+                const auto roff = [](std::string_view line) {
+                    return replaced(replaced(replaced(line, "\\", "\\e"), "-", "\\-"), "'", "\\(aq");
+                };
+                page += fmt::format(".TP\n.B {}\n{}\n", roff(function.usage), roff(text));
+            } else {
+                page += fmt::format("\n`{}`: {}\n\n    {}\n", function.usage, text, function.example);
+            }
         }
     }
-    return text + "\nhelp NAME tells more about a function, with an example.\n";
+    return page;
 }
 
 double realScalar(const Value& value, std::string_view what)
@@ -145,10 +215,12 @@ unsigned sizeArgument(const Value& value, std::string_view what)
 {
     const double number = realScalar(value, what);
     if (!(number >= 0) || number != std::floor(number)) {
-        throw Error("kxsh:arguments", fmt::format("{} must be a whole number from 0 up, not {}", what, number));
+        throw Error("kxsh:arguments",
+                    fmt::format("{} must be a whole number from 0 up, not {}", what, shortNumber(number, 10)));
     }
-    if (number > std::numeric_limits<unsigned>::max()) {
-        throw Error("kx:sizeLimit", fmt::format("{} is too large: {}", what, number));
+    if (number > kx::kxGetMaxNumberOfElements()) {
+        throw Error("kx:sizeLimit", fmt::format("{}, {}, is above the limit of {}", what, shortNumber(number, 10),
+                                                kx::kxGetMaxNumberOfElements()));
     }
     return static_cast<unsigned>(number);
 }
@@ -159,6 +231,15 @@ std::string textArgument(const Value& value, std::string_view what)
         throw Error("kxsh:arguments", fmt::format("{} must be a string, such as 'name'", what));
     }
     return textOf(value);
+}
+
+std::string fileArgument(const Value& value)
+{
+    std::string name = textArgument(value, "the file name");
+    if (name.find('\0') != std::string::npos) {
+        throw Error("kxsh:arguments", "the file name holds a NUL");
+    }
+    return name;
 }
 
 } // namespace kxsh

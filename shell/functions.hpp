@@ -26,6 +26,9 @@ struct Function
     std::string_view example;
     /// The empty handle where the function only acts.
     Value (*call)(Session&, Arguments);
+    /// As many results as asked for, two up to mostResults; null for functions of one.
+    std::vector<Value> (*callForSeveral)(Session&, Arguments, std::size_t) = nullptr;
+    std::size_t mostResults = 1;
 };
 
 constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
@@ -34,6 +37,8 @@ constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
 std::span<const Function> creationFunctions();
 std::span<const Function> conversionFunctions();
 std::span<const Function> inspectionFunctions();
+std::span<const Function> partFunctions();
+std::span<const Function> reductionFunctions();
 std::span<const Function> fileFunctions();
 std::span<const Function> sessionFunctions();
 
@@ -48,16 +53,28 @@ std::span<const Topic> topics();
 const Function* findFunction(std::string_view name);
 /// Calls with checked argument count. Raises kxsh:arguments.
 Value callFunction(const Function& function, Session& session, Arguments arguments);
+/// The same for two or more results. Raises kxsh:arguments where the function has fewer.
+std::vector<Value> callForSeveral(const Function& function, Session& session, Arguments arguments, std::size_t results);
 /// The known name closest to a mistyped one among functions and variables; empty when none is close.
 std::string closestName(const Session& session, std::string_view name);
-/// The text of `help` or `help topic`. Raises kxsh:undefined for an unknown topic.
-std::string helpText(const Session& session, std::string_view topic);
+/// Prints the text of `help` or `help topic`, page by page where the session can. Raises kxsh:undefined for an unknown
+/// topic.
+void showHelp(Session& session, std::string_view topic);
+/// All functions for a document: Markdown, or the roff of a manual page.
+enum class PageFormat
+{
+    kMarkdown,
+    kManual
+};
+std::string functionPage(PageFormat format);
 
 // Arguments as C++ values; all raise kxsh:arguments, naming the argument as `what`.
 double realScalar(const Value& value, std::string_view what);
-/// A whole number from 0 to 2^32 - 1.
+/// A whole number from 0 to the maximum number of elements.
 unsigned sizeArgument(const Value& value, std::string_view what);
 std::string textArgument(const Value& value, std::string_view what);
+/// A name of a file, which holds no NUL.
+std::string fileArgument(const Value& value);
 
 } // namespace kxsh
 

@@ -1,8 +1,7 @@
 #include "functions.hpp"
 
-#include "assembly.hpp"
+#include "elementwise.hpp"
 #include "error.hpp"
-#include "operand.hpp"
 
 #include <cstring>
 
@@ -21,19 +20,6 @@ Value convertTo(Session&, Arguments arguments)
     return converted(arguments[0], Id);
 }
 
-/// Real and imaginary parts of sparse arrays joined place by place.
-Value sparseComplex(const Value& re, const Value& im)
-{
-    Triplets triplets;
-    appendEntries(triplets, re, 0, 0, true);
-    const std::size_t reals = triplets.re.size();
-    appendEntries(triplets, im, 0, 0, true);
-    for (std::size_t k = reals; k < triplets.re.size(); ++k) {
-        std::swap(triplets.re[k], triplets.im[k]);
-    }
-    return assemble(std::move(triplets), re.rows(), re.columns());
-}
-
 Value complex(Session&, Arguments arguments)
 {
     const Value& re = arguments[0];
@@ -44,18 +30,12 @@ Value complex(Session&, Arguments arguments)
     if (!re.isScalar() && !im.isScalar() && !re.sameShape(im)) {
         throw Error("kxsh:arguments", "complex takes two arrays of one shape, or a number and an array");
     }
-    if (re.isSparse() && im.isSparse() && re.sameShape(im)) {
-        return sparseComplex(re, im);
-    }
-    const Value& shape = re.isScalar() ? im : re;
-    const Operand a(re);
-    const Operand b(im);
-    Value result = Value::full(shape.rows(), shape.columns(), kxDOUBLE_CLASS, kxCOMPLEX);
-    for (std::size_t i = 0; i < result.count(); ++i) {
-        result.data<double>()[i] = a.re(i);
-        result.imagData<double>()[i] = b.re(i);
-    }
-    return result;
+    const Value a = converted(re, kxDOUBLE_CLASS);
+    const Value b = converted(im, kxDOUBLE_CLASS);
+    using Complex = std::complex<double>;
+    const auto join = [](Complex x, Complex y) { return Complex(x.real(), y.real()); };
+    return a.isSparse() && b.isSparse() && a.sameShape(b) ? sparseMerge<Complex>(a, b, join, false)
+                                                          : fullElementwise<Complex>(asFull(a), asFull(b), join);
 }
 
 /// One part of a complex array, of its class; sparse stays sparse.
@@ -70,13 +50,10 @@ Value partOf(const Value& value, bool imaginary)
                                  : Value::full(result.rows(), result.columns(), result.classId());
     }
     if (result.isSparse()) {
-        Triplets triplets;
-        appendEntries(triplets, result, 0, 0, true);
-        if (imaginary) {
-            triplets.re.swap(triplets.im);
-        }
-        triplets.im.clear();
-        return converted(assemble(std::move(triplets), result.rows(), result.columns()), result.classId());
+        const auto part = [imaginary](std::complex<double> v, unsigned, unsigned) {
+            return imaginary ? v.imag() : v.real();
+        };
+        return converted(sparseMap<std::complex<double>>(converted(result, kxDOUBLE_CLASS), part), result.classId());
     }
     Value part = Value::full(result.rows(), result.columns(), result.classId());
     const std::size_t bytes = result.count() * kx::kxGetElementSize(result.get());

@@ -1,21 +1,26 @@
 #include "functions.hpp"
 
 #include "assembly.hpp"
+#include "elementwise.hpp"
 #include "error.hpp"
 #include "indexing.hpp"
 #include "interrupt.hpp"
-#include "operand.hpp"
+#include "numbers.hpp"
 #include "sampling.hpp"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <numbers>
 #include <numeric>
 
 namespace kxsh {
 
 namespace {
+
+constexpr std::size_t kPollEntries = std::size_t{1} << 20;
 
 struct Shape
 {
@@ -35,52 +40,76 @@ std::uint64_t seedOf(Arguments arguments, std::size_t at)
     return arguments.size() > at ? sizeArgument(arguments[at], "the seed") : 1;
 }
 
-/// The subscript as a 0-based index; `limit` 0 stands for no limit.
-unsigned indexAt(const Operand& operand, std::size_t i, unsigned limit, std::string_view what)
+/// Rows or columns of entries as numbers; one number stands for all.
+struct Subscripts
 {
-    const double v = operand.re(i);
-    if (operand.isComplex() || !(v >= 1) || v != std::floor(v)) {
-        throw Error("kx:subscript:notPositiveInteger", fmt::format("{} {} is no positive whole number", what, v));
+    Subscripts(const Value& value, std::string_view name)
+        : numbers(asFull(converted(value, kxDOUBLE_CLASS))), step(numbers.isScalar() ? 0 : 1), what(name)
+    {
     }
-    const unsigned most = limit == 0 ? kx::kxGetMaxNumberOfElements() : limit;
-    if (v > most) {
-        throw Error("kx:subscript:outOfRange", fmt::format("{} {} is above {}", what, v, most));
+
+    /// Subscript k as a 0-based index; `limit` 0 stands for no limit.
+    [[nodiscard]] unsigned at(std::size_t k, unsigned limit) const
+    {
+        const double v = numbers.data<double>()[k * step];
+        if (numbers.isComplex() || !(v >= 1) || v != std::floor(v)) {
+            throw Error("kx:subscript:notPositiveInteger",
+                        fmt::format("{} {} is no positive whole number", what, shortNumber(v, 10)));
+        }
+        const unsigned most = limit == 0 ? kx::kxGetMaxNumberOfElements() : limit;
+        if (v > most) {
+            throw Error("kx:subscript:outOfRange", fmt::format("{} {} is above {}", what, shortNumber(v, 10), most));
+        }
+        return static_cast<unsigned>(v) - 1;
     }
-    return static_cast<unsigned>(v) - 1;
-}
+
+    Value numbers;
+    std::size_t step;
+    std::string_view what;
+};
 
 Value sparseFromEntries(Arguments arguments)
 {
-    const Operand i(arguments[0]);
-    const Operand j(arguments[1]);
-    const Operand v(arguments[2]);
-    const std::size_t count = std::max({i.count(), j.count(), v.count()});
-    const bool anyEmpty = i.count() == 0 || j.count() == 0 || v.count() == 0;
-    for (const Operand* operand : {&i, &j, &v}) {
-        if (operand->count() != 1 && operand->count() != count) {
+    const Subscripts i(arguments[0], "row");
+    const Subscripts j(arguments[1], "column");
+    const kxClassID id = arguments[2].classId() == kxCHAR_CLASS ? kxDOUBLE_CLASS : arguments[2].classId();
+    const Value v = asFull(converted(arguments[2], kxDOUBLE_CLASS));
+    std::size_t count = 1;
+    for (const Value* each : {&i.numbers, &j.numbers, &v}) {
+        count = each->isScalar() ? count : each->count();
+    }
+    for (const Value* each : {&i.numbers, &j.numbers, &v}) {
+        if (!each->isScalar() && each->count() != count) {
             throw Error("kxsh:arguments", "sparse takes as many rows as columns and values, or one number for all");
         }
     }
     const bool sized = arguments.size() == 5;
     Shape shape = sized ? shapeOf(arguments.subspan(3)) : Shape{0, 0};
-    Triplets triplets;
-    triplets.reserve(anyEmpty ? 0 : count, v.isComplex());
-    for (std::size_t k = 0; k < count && !anyEmpty; ++k) {
-        const unsigned row = indexAt(i, k, sized ? std::max(shape.m, 1U) : 0, "row");
-        const unsigned column = indexAt(j, k, sized ? std::max(shape.n, 1U) : 0, "column");
-        triplets.push(row, column, v.at(k).real());
-        if (v.isComplex()) {
-            triplets.im.push_back(v.at(k).imag());
+    for (std::size_t k = 0; k < count; ++k) {
+        if (k % kPollEntries == 0) {
+            pollInterrupt();
         }
+        const unsigned row = i.at(k, sized ? std::max(shape.m, 1U) : 0);
+        const unsigned column = j.at(k, sized ? std::max(shape.n, 1U) : 0);
         if (!sized) {
             shape = {std::max(shape.m, row + 1), std::max(shape.n, column + 1)};
         }
     }
-    if (!triplets.rows.empty() && (shape.m == 0 || shape.n == 0)) {
+    if (count != 0 && (shape.m == 0 || shape.n == 0)) {
         throw Error("kx:subscript:outOfRange", "an empty array holds no entries");
     }
-    const kxClassID id = arguments[2].classId();
-    return converted(assemble(std::move(triplets), shape.m, shape.n), id == kxCHAR_CLASS ? kxDOUBLE_CLASS : id);
+    Assembly assembly(shape.m, shape.n, kxDOUBLE_CLASS, v.isComplex() ? kxCOMPLEX : kxREAL);
+    for (std::size_t k = 0; k < count; ++k) {
+        assembly.count(j.at(k, 0));
+    }
+    assembly.startPlacing();
+    const Numbers<std::complex<double>> values(v);
+    const std::size_t step = v.isScalar() ? 0 : 1;
+    for (std::size_t k = 0; k < count; ++k) {
+        const std::complex<double> value = values.at(k * step);
+        assembly.place(i.at(k, 0), j.at(k, 0), value.real(), value.imag());
+    }
+    return converted(assembly.finish(), id);
 }
 
 Value sparse(Session&, Arguments arguments)
@@ -112,12 +141,15 @@ Value sprand(Session&, Arguments arguments)
     Sampler sampler(seedOf(arguments, 3));
     const std::vector<std::uint64_t> places =
         sampler.choose(static_cast<std::uint64_t>(expected), std::uint64_t{m} * n);
-    Triplets triplets;
-    triplets.reserve(places.size(), false);
+    Assembly assembly(m, n, kxDOUBLE_CLASS, kxREAL);
     for (const std::uint64_t place : places) {
-        triplets.push(static_cast<unsigned>(place % m), static_cast<unsigned>(place / m), sampler.fraction());
+        assembly.count(static_cast<unsigned>(place / m));
     }
-    return assemble(std::move(triplets), m, n);
+    assembly.startPlacing();
+    for (const std::uint64_t place : places) {
+        assembly.place(static_cast<unsigned>(place % m), static_cast<unsigned>(place / m), sampler.fraction());
+    }
+    return assembly.finish();
 }
 
 Value speye(Session&, Arguments arguments)
@@ -137,6 +169,19 @@ Value zeros(Session&, Arguments arguments)
 {
     const auto [m, n] = shapeOf(arguments);
     return Value::full(m, n);
+}
+
+Value eye(Session& session, Arguments arguments)
+{
+    return asFull(speye(session, arguments));
+}
+
+template <int Which>
+Value constant(Session&, Arguments)
+{
+    constexpr double kConstants[] = {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
+                                     std::numbers::pi};
+    return Value::number(kConstants[Which]);
 }
 
 Value ones(Session&, Arguments arguments)
@@ -189,6 +234,7 @@ constexpr Function kFunctions[] = {
      "  out) gives the same array on every machine.",
      "A = sprand(1000, 1000, 0.01, 7)", sprand},
     {"speye", 1, 2, "speye(n)", "Sparse identity, n-by-n", "speye(m,n) is m-by-n.", "I = speye(4)", speye},
+    {"eye", 1, 2, "eye(n)", "Full identity, n-by-n", "eye(m,n) is m-by-n.", "eye(2,3)", eye},
     {"zeros", 1, 2, "zeros(m,n)", "Full array of zeros", "zeros(n) is n-by-n.", "f = zeros(5,1)", zeros},
     {"ones", 1, 2, "ones(m,n)", "Full array of ones", "ones(n) is n-by-n.", "e = ones(1,3)", ones},
     {"true", 0, 2, "true(m,n)", "Full logical array of trues", "true alone is one of them.",
@@ -196,7 +242,12 @@ constexpr Function kFunctions[] = {
     {"false", 0, 2, "false(m,n)", "Full logical array of falses", "false alone is one of them.", "mask = false(1,4)",
      truths<false>},
     {"randperm", 1, 2, "randperm(n,seed)", "The numbers 1 to n in random order, as a row",
-     "The same seed (1 when left out) gives the same order on every machine.", "p = randperm(10, 3)", randperm},
+     "The second number is a seed (1 when left out), not a count: the same seed gives\n"
+     "  the same order on every machine, and p(1:k) is a choice of k.",
+     "p = randperm(10, 3); p(1:4)", randperm},
+    {"Inf", 0, 0, "Inf", "Infinity", "", "max([1 Inf])", constant<0>},
+    {"NaN", 0, 0, "NaN", "Not a number", "It equals nothing, itself included.", "NaN == NaN", constant<1>},
+    {"pi", 0, 0, "pi", "The ratio of a circle's circumference to its diameter", "", "2 * pi", constant<2>},
     {"reshape", 3, 3, "reshape(A,m,n)", "The elements of A, column by column, as m-by-n", "",
      "B = reshape(speye(4), 2, 8)", reshape},
 };

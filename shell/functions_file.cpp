@@ -15,7 +15,7 @@ std::filesystem::path inputPath(const Session& session, const std::string& name)
     std::filesystem::path path(name);
     std::error_code ignored;
     if (path.is_relative() && !std::filesystem::exists(path, ignored)) {
-        std::filesystem::path beside = session.scriptFolder / path;
+        std::filesystem::path beside = session.script.parent_path() / path;
         if (std::filesystem::exists(beside, ignored)) {
             return beside;
         }
@@ -25,18 +25,18 @@ std::filesystem::path inputPath(const Session& session, const std::string& name)
 
 Value mmread(Session& session, Arguments arguments)
 {
-    return readMatrixMarket(inputPath(session, textArgument(arguments[0], "the file name")));
+    return readMatrixMarket(inputPath(session, fileArgument(arguments[0])));
 }
 
 Value mmwrite(Session&, Arguments arguments)
 {
-    writeMatrixMarket(textArgument(arguments[0], "the file name"), arguments[1]);
+    writeMatrixMarket(fileArgument(arguments[0]), arguments[1]);
     return Value();
 }
 
 Value spy(Session&, Arguments arguments)
 {
-    spyToFile(arguments[0], textArgument(arguments[1], "the file name"));
+    spyToFile(arguments[0], fileArgument(arguments[1]));
     return Value();
 }
 
@@ -44,14 +44,17 @@ constexpr Function kFunctions[] = {
     {"mmread", 1, 1, "mmread('f.mtx')", "Reads a Matrix Market file",
      "Coordinate format gives a sparse array (logical for a pattern), array format a\n"
      "  full one. Symmetric, skew-symmetric and hermitian files give the whole matrix;\n"
-     "  entries of one place are summed. A relative name is looked for in the current\n"
-     "  folder first, then beside the script.",
+     "  entries of one place are summed. Integers are read as double, and are an error\n"
+     "  where a double cannot hold them, unless mmwrite has noted their class in the\n"
+     "  file. A file compressed by gzip is read as such. A relative name is looked for\n"
+     "  in the current folder first, then beside the script.",
      "A = mmread('plate.mtx')", mmread},
     {"mmwrite", 2, 2, "mmwrite('f.mtx',A)", "Writes a Matrix Market file",
-     "It reads back bit for bit; integer and single arrays read back as double. An\n"
-     "  existing file is replaced only when the new one is complete.",
+     "It reads back bit for bit and with its class. Symmetric, skew-symmetric and\n"
+     "  hermitian matrices are written by their lower triangles; f.mtx.gz is compressed.\n"
+     "  An existing file is replaced only when the new one is complete.",
      "mmwrite('eye.mtx', speye(4))", mmwrite},
-    {"spy", 2, 2, "spy(A,'f.svg')", "Draws the pattern of A as a picture, .svg or .png",
+    {"spy", 2, 2, "spy(A,'f.svg')", "Draws the pattern of A, as .svg, .png or .pdf",
      "Large arrays are binned: a bin is the darker the more entries it holds.", "spy(speye(10), 'eye.png')", spy},
 };
 

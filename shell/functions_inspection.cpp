@@ -2,11 +2,12 @@
 
 #include "equality.hpp"
 #include "error.hpp"
+#include "indexing.hpp"
 #include "interrupt.hpp"
 
 #include <fmt/format.h>
 
-#include <complex>
+#include <algorithm>
 
 namespace kxsh {
 
@@ -26,6 +27,25 @@ Value size(Session&, Arguments arguments)
     result.data<double>()[0] = array.rows();
     result.data<double>()[1] = array.columns();
     return result;
+}
+
+std::vector<Value> sizes(Session&, Arguments arguments, std::size_t)
+{
+    if (arguments.size() == 2) {
+        throw Error("kxsh:arguments", "size(A,dimension) gives one result");
+    }
+    return {Value::number(arguments[0].rows()), Value::number(arguments[0].columns())};
+}
+
+Value isempty(Session&, Arguments arguments)
+{
+    return Value::truth(arguments[0].count() == 0);
+}
+
+Value length(Session&, Arguments arguments)
+{
+    const Value& array = arguments[0];
+    return Value::number(array.count() == 0 ? 0 : std::max(array.rows(), array.columns()));
 }
 
 Value numel(Session&, Arguments arguments)
@@ -68,33 +88,88 @@ Value nzmax(Session&, Arguments arguments)
     return Value::number(array.isSparse() ? array.get()->nzmax : static_cast<double>(array.count()));
 }
 
-/// 1-based positions in column order; those of a row as a row, all others as a column.
-Value find(Session&, Arguments arguments)
+/// What find and its like give: a row for a row, else a column.
+Value foundIn(const Value& array, std::size_t count, kxClassID id, kxComplexity complexity)
 {
-    const Value array = elementsOf(arguments[0]);
-    const std::size_t found = nonZeros(array);
-    if (found > kx::kxGetMaxNumberOfElements()) {
+    if (count > kx::kxGetMaxNumberOfElements()) {
         throw Error("kx:sizeLimit", "too many elements are found");
     }
-    const auto count = static_cast<unsigned>(found);
-    const bool row = array.rows() == 1 && array.columns() != 1;
-    Value result = row ? Value::full(1, count) : Value::full(count, 1);
-    auto* out = result.data<double>();
+    const auto length = static_cast<unsigned>(count);
+    return array.rows() == 1 && array.columns() != 1 ? Value::full(1, length, id, complexity)
+                                                     : Value::full(length, 1, id, complexity);
+}
+
+/// Calls visit(k, row, column) for the stored values and elements that are not zero, 0-based.
+template <typename Visit>
+void forEachNonZero(const Value& array, Visit visit)
+{
     unsigned column = 0;
     forEachValue(array, [&](std::size_t k, double re, double im) {
         if (re == 0 && im == 0) {
             return;
         }
-        double position = static_cast<double>(k);
-        if (array.isSparse()) {
-            while (array.starts()[column + 1] <= k) {
-                ++column;
-            }
-            position = static_cast<double>(column) * array.rows() + array.rowIndices()[k];
+        if (!array.isSparse()) {
+            visit(k, k % array.rows(), k / array.rows());
+            return;
         }
-        *out++ = position + 1;
+        while (array.starts()[column + 1] <= k) {
+            ++column;
+        }
+        visit(k, std::size_t{array.rowIndices()[k]}, std::size_t{column});
+    });
+}
+
+/// 1-based positions in column order.
+Value find(Session&, Arguments arguments)
+{
+    const Value array = elementsOf(arguments[0]);
+    Value result = foundIn(array, nonZeros(array), kxDOUBLE_CLASS, kxREAL);
+    auto* out = result.data<double>();
+    forEachNonZero(array, [&](std::size_t, std::size_t row, std::size_t column) {
+        *out++ = static_cast<double>(column * array.rows() + row + 1);
     });
     return result;
+}
+
+/// The values of the elements that are not zero.
+Value valuesFound(const Value& array)
+{
+    Value result = foundIn(array, nonZeros(array), array.classId(), array.isComplex() ? kxCOMPLEX : kxREAL);
+    withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
+        std::size_t next = 0;
+        forEachNonZero(array, [&](std::size_t k, std::size_t, std::size_t) {
+            result.data<T>()[next] = array.data<T>()[k];
+            if (array.isComplex()) {
+                result.imagData<T>()[next] = array.imagData<T>()[k];
+            }
+            ++next;
+        });
+    });
+    return result;
+}
+
+std::vector<Value> findParts(Session&, Arguments arguments, std::size_t results)
+{
+    const Value array = elementsOf(arguments[0]);
+    const std::size_t count = nonZeros(array);
+    std::vector<Value> parts = {foundIn(array, count, kxDOUBLE_CLASS, kxREAL),
+                                foundIn(array, count, kxDOUBLE_CLASS, kxREAL)};
+    std::size_t next = 0;
+    forEachNonZero(array, [&](std::size_t, std::size_t row, std::size_t column) {
+        parts[0].data<double>()[next] = static_cast<double>(row + 1);
+        parts[1].data<double>()[next++] = static_cast<double>(column + 1);
+    });
+    if (results == 3) {
+        parts.push_back(valuesFound(array));
+    }
+    return parts;
+}
+
+Value nonzeros(Session&, Arguments arguments)
+{
+    const Value array = elementsOf(arguments[0]);
+    const Value found = valuesFound(array);
+    return reshaped(found, static_cast<unsigned>(found.count()), 1);
 }
 
 Value classOf(Session&, Arguments arguments)
@@ -112,67 +187,25 @@ Value isequal(Session&, Arguments arguments)
     return Value::truth(equalValues(arguments[0], arguments[1]));
 }
 
-/// Sums into the place that placeOf(k, column) names, over a result of m-by-n.
-template <typename PlaceOf>
-Value sums(const Value& array, unsigned m, unsigned n, PlaceOf placeOf)
-{
-    Value result = Value::full(m, n, kxDOUBLE_CLASS, array.isComplex() ? kxCOMPLEX : kxREAL);
-    auto* re = result.data<double>();
-    auto* im = result.imagData<double>();
-    unsigned column = 0;
-    forEachValue(array, [&](std::size_t k, double a, double b) {
-        std::size_t row = k;
-        if (array.isSparse()) {
-            while (array.starts()[column + 1] <= k) {
-                ++column;
-            }
-            row = array.rowIndices()[k];
-        } else {
-            column = static_cast<unsigned>(k / array.rows());
-            row = k % array.rows();
-        }
-        const std::size_t place = placeOf(row, column);
-        re[place] += a;
-        if (im != nullptr) {
-            im[place] += b;
-        }
-    });
-    kx::kxFreeImagIfZero(result.get());
-    return result;
-}
-
-Value sum(Session&, Arguments arguments)
-{
-    const Value array = elementsOf(arguments[0]);
-    if (arguments.size() == 1) {
-        return sums(array, 1, 1, [](std::size_t, unsigned) { return std::size_t{0}; });
-    }
-    const unsigned dimension = sizeArgument(arguments[1], "the dimension");
-    if (dimension == 1) {
-        return sums(array, 1, array.columns(), [](std::size_t, unsigned column) { return std::size_t{column}; });
-    }
-    if (dimension == 2) {
-        return sums(array, array.rows(), 1, [](std::size_t row, unsigned) { return row; });
-    }
-    throw Error("kxsh:arguments", "the dimension is 1 (sums of columns) or 2 (sums of rows)");
-}
-
 constexpr Function kFunctions[] = {
-    {"size", 1, 2, "size(A)", "Numbers of rows and columns", "size(A,1) and size(A,2) give one of them.",
-     "size(speye(4))", size},
+    {"size", 1, 2, "size(A)", "Numbers of rows and columns",
+     "size(A,1) and size(A,2) give one of them, [m,n] = size(A) both.", "[m,n] = size(speye(4));", size, sizes, 2},
+    {"isempty", 1, 1, "isempty(A)", "Whether there are no rows or no columns", "", "isempty([])", isempty},
+    {"length", 1, 1, "length(A)", "The larger of the numbers of rows and columns", "0 for an empty array.",
+     "length(1:7)", length},
     {"numel", 1, 1, "numel(A)", "Number of elements, stored or not", "", "numel(speye(4))", numel},
     {"nnz", 1, 1, "nnz(A)", "Number of elements that are not zero", "", "nnz(speye(4))", nnz},
     {"nzmax", 1, 1, "nzmax(A)", "Number of entries that a sparse array has room for", "", "nzmax(sparse(3,3))", nzmax},
     {"find", 1, 1, "find(A)", "Positions of the elements that are not zero",
-     "They are counted down the columns from 1.", "find([0 5 0 7])", find},
+     "They are counted down the columns from 1. [i,j,v] = find(A) gives rows, columns\n  and values.",
+     "[i,j,v] = find([0 5; 7 0]);", find, findParts, 3},
+    {"nonzeros", 1, 1, "nonzeros(A)", "The elements that are not zero, as a column", "", "nonzeros([0 5; 7 0])",
+     nonzeros},
     {"class", 1, 1, "class(A)", "Name of the class of the elements", "", "class(speye(2) > 0)", classOf},
     {"issparse", 1, 1, "issparse(A)", "Whether an array is sparse", "", "issparse(speye(2))", issparse},
     {"isequal", 2, 2, "isequal(A,B)", "Whether shapes and elements are equal",
      "Elements are compared as numbers, whatever their class and storage; NaN equals\n  nothing.",
      "isequal(speye(2), [1 0; 0 1])", isequal},
-    {"sum", 1, 2, "sum(A)", "Sum of all elements",
-     "sum(A,1) gives the sums of the columns as a full row, sum(A,2) those of the\n  rows as a full column.",
-     "sum(speye(4))", sum},
 };
 
 } // namespace

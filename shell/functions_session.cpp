@@ -1,20 +1,40 @@
 #include "functions.hpp"
 
+#include "error.hpp"
+#include "formatting.hpp"
 #include "printing.hpp"
 
+#include <fast_float/fast_float.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <chrono>
+#include <sstream>
 
 namespace kxsh {
 
 namespace {
 
-Value clock(Session&, Arguments)
+double seconds()
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return Value::number(std::chrono::duration<double>(now).count());
+    return std::chrono::duration<double>(now).count();
+}
+
+Value clock(Session&, Arguments)
+{
+    return Value::number(seconds());
+}
+
+Value tic(Session& session, Arguments)
+{
+    session.ticked = seconds();
+    return Value();
+}
+
+Value toc(Session& session, Arguments)
+{
+    return Value::number(seconds() - session.ticked);
 }
 
 Value print(Session& session, Arguments arguments)
@@ -31,6 +51,20 @@ Value print(Session& session, Arguments arguments)
     return Value();
 }
 
+Value printf(Session& session, Arguments arguments)
+{
+    session.out << formatted(textArgument(arguments[0], "the format"), arguments.subspan(1));
+    return Value();
+}
+
+Value disp(Session& session, Arguments arguments)
+{
+    std::ostringstream shown;
+    printValue(shown, "", arguments[0], session.width);
+    session.out << shown.str();
+    return Value();
+}
+
 Value vars(Session& session, Arguments)
 {
     std::size_t widest = 0;
@@ -38,7 +72,7 @@ Value vars(Session& session, Arguments)
         widest = std::max(widest, name.size());
     }
     for (const auto& [name, value] : session.variables) {
-        session.out << fmt::format("  {:<{}}  {}\n", name, widest, describe(value));
+        session.out << fmt::format("  {:<{}}  {}, {} bytes\n", name, widest, describe(value), bytesOf(value));
     }
     if (session.variables.empty()) {
         session.out << "  no variables yet\n";
@@ -46,9 +80,44 @@ Value vars(Session& session, Arguments)
     return Value();
 }
 
+Value clear(Session& session, Arguments arguments)
+{
+    std::vector<std::string> names;
+    for (const Value& argument : arguments) {
+        names.push_back(textArgument(argument, "the name"));
+        if (!session.variables.contains(names.back())) {
+            throw Error("kxsh:undefined", fmt::format("there is no variable '{}'", names.back()));
+        }
+    }
+    for (const std::string& name : names) {
+        session.variables.erase(name);
+    }
+    if (names.empty()) {
+        session.variables.clear();
+    }
+    return Value();
+}
+
+/// A number where the text of the argument is one.
+Value argument(Session& session, Arguments arguments)
+{
+    if (arguments.empty()) {
+        return Value::number(static_cast<double>(session.arguments.size()));
+    }
+    const unsigned k = sizeArgument(arguments[0], "the place of the argument");
+    if (k < 1 || k > session.arguments.size()) {
+        throw Error("kxsh:arguments",
+                    fmt::format("there is no argument {}; the script has been given {}", k, session.arguments.size()));
+    }
+    const std::string& text = session.arguments[k - 1];
+    double number = 0;
+    const auto [stop, status] = fast_float::from_chars(text.data(), text.data() + text.size(), number);
+    return status == std::errc() && stop == text.data() + text.size() ? Value::number(number) : Value::text(text);
+}
+
 Value help(Session& session, Arguments arguments)
 {
-    session.out << helpText(session, arguments.empty() ? "" : textArgument(arguments[0], "the topic"));
+    showHelp(session, arguments.empty() ? "" : textArgument(arguments[0], "the topic"));
     return Value();
 }
 
@@ -57,7 +126,19 @@ constexpr Function kFunctions[] = {
      "t = clock; p = randperm(1e6, 1); clock - t", clock},
     {"print", 0, kAnyNumber, "print(x,...)", "Prints strings and numbers on one line",
      "Of an array, its description is printed.", "print('entries:', nnz(speye(3)))", print},
-    {"vars", 0, 0, "vars", "Lists the variables with class, shape and storage", "", "vars", vars},
+    {"printf", 1, kAnyNumber, "printf(format,x,...)", "Prints numbers and strings by a format",
+     "%d %i %u %x %o %c %s %f %e %g with flags, width and precision, %% and the escapes\n"
+     "  \\n \\t \\r \\\\ are known. The elements of arrays are taken one by one, and the format\n"
+     "  again while some are left.",
+     "printf('%3d squared is %g\\n', [1 2; 1 4])", printf},
+    {"disp", 1, 1, "disp(A)", "Prints an array without its name", "", "disp([1 2; 3 4])", disp},
+    {"tic", 0, 0, "tic", "Starts a stopwatch", "", "tic", tic},
+    {"toc", 0, 0, "toc", "Seconds since tic", "", "tic; A = speye(1000); t = toc;", toc},
+    {"vars", 0, 0, "vars", "Lists the variables with class, shape and bytes", "", "vars", vars},
+    {"clear", 0, kAnyNumber, "clear", "Forgets all variables", "clear x y forgets those named.", "x = 1; clear x",
+     clear},
+    {"argument", 0, 1, "argument(k)", "Argument k of the script, a number where it is one",
+     "argument alone is how many there are: kxsh script.kx 12 name has two.", "argument", argument},
     {"help", 0, 1, "help NAME", "Tells about a function; help alone lists everything", "", "help sparse", help},
 };
 

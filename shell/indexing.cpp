@@ -1,6 +1,8 @@
 #include "indexing.hpp"
 
 #include "error.hpp"
+#include "full_indexing.hpp"
+#include "numbers.hpp"
 
 #include <fmt/format.h>
 #include <zqspmatrix.h>
@@ -42,16 +44,39 @@ std::optional<double> firstBad(const Value& subscript, double extent)
     return std::nullopt;
 }
 
-/// What a user needs to see beside a subscript error: the value at fault and the shape it was held against.
-std::string circumstances(const Value& array, std::span<const Value> subscripts, std::string_view name, bool grows)
+/// How many places a subscript names.
+double placesNamed(const Value& subscript, double extent)
+{
+    if (subscript.isColon()) {
+        return extent;
+    }
+    if (subscript.classId() == kxLOGICAL_CLASS) {
+        const Value stored = asSparse(subscript);
+        return stored.entries();
+    }
+    return static_cast<double>(subscript.count());
+}
+
+/// What a user needs to see beside a subscript error: the value at fault, or the shapes that do not fit.
+std::string circumstances(const Value& array, std::span<const Value> subscripts, std::string_view name, bool grows,
+                          const Value* value)
 {
     for (std::size_t i = 0; i < subscripts.size(); ++i) {
         if (const auto bad = firstBad(subscripts[i], grows ? 0 : extentOf(array, subscripts.size(), i))) {
             const std::string_view kind = subscripts.size() == 1 ? "index" : i == 0 ? "row" : "column";
-            return fmt::format(": {} {} of {}, which is {}-by-{}", kind, *bad, name, array.rows(), array.columns());
+            return fmt::format(": {} {} of {}, which is {}-by-{}", kind, shortNumber(*bad, 10), name, array.rows(),
+                               array.columns());
         }
     }
-    return fmt::format("; {} is {}-by-{}", name, array.rows(), array.columns());
+    const std::string shape = fmt::format("; {} is {}-by-{}", name, array.rows(), array.columns());
+    if (value == nullptr || value->isScalar()) {
+        return shape;
+    }
+    const double first = placesNamed(subscripts[0], extentOf(array, subscripts.size(), 0));
+    const std::string places = subscripts.size() == 1 ? fmt::format("{} places", first)
+                                                      : fmt::format("{}-by-{} places", first,
+                                                                    placesNamed(subscripts[1], extentOf(array, 2, 1)));
+    return fmt::format("{}, the value {}-by-{} for {}", shape, value->rows(), value->columns(), places);
 }
 
 /// Runs `call`; its subscript and shape errors are raised again with `details` behind their text.
@@ -130,12 +155,15 @@ Value reference(const Value& array, std::span<const Value> subscripts, std::stri
     Value result;
     withDetails(
         [&] {
-            result = referSparse(asSparse(array), subscripts);
-            if (!array.isSparse()) {
-                result = asFull(result);
+            if (array.isSparse()) {
+                result = referSparse(array, subscripts);
+            } else if (auto found = referenceFull(array, subscripts)) {
+                result = *std::move(found);
+            } else {
+                result = asFull(referSparse(asSparse(array), subscripts));
             }
         },
-        [&] { return circumstances(array, subscripts, name, false); });
+        [&] { return circumstances(array, subscripts, name, false, nullptr); });
     return result;
 }
 
@@ -146,22 +174,27 @@ void assign(Value& target, const Value& value, std::span<const Value> subscripts
     }
     const bool deletes = (value.get()->flags & kxFLAG_EMPTY_LITERAL) != 0;
     Value fresh;
-    if (!target) {
-        fresh = Value(kx::kxCreateUnset());
-    } else if (!target.isSparse()) {
-        fresh = asSparse(target);
-    } else if (kxrt::is_shared(target.get())) {
-        fresh = Value(kx::kxCreateDeepCopy(target.get())); // should this fail, the target has not even moved
-    }
-    Value& changed = fresh ? fresh : target;
-    withDetails(
-        [&] {
-            assignSparse(changed, value, subscripts);
-            if (target && !target.isSparse()) {
-                fresh = asFull(fresh);
+    const auto change = [&] {
+        if (target && !target.isSparse()) {
+            Value elements = target.isRange() ? asFull(target) : Value();
+            Value& changed = elements ? elements : target;
+            if (assignFull(changed, value, subscripts)) {
+                fresh = std::move(elements);
+                return;
             }
-        },
-        [&] { return circumstances(changed, subscripts, name, !deletes); });
+            fresh = asSparse(changed);
+        } else if (!target) {
+            fresh = Value(kx::kxCreateUnset());
+        } else if (kxrt::is_shared(target.get())) {
+            fresh = Value(kx::kxCreateDeepCopy(target.get())); // should this fail, the target has not even moved
+        }
+        assignSparse(fresh ? fresh : target, value, subscripts);
+        if (target && !target.isSparse()) {
+            fresh = asFull(fresh);
+        }
+    };
+    withDetails(change,
+                [&] { return circumstances(target ? target : Value::full(0, 0), subscripts, name, !deletes, &value); });
     if (fresh) {
         target = std::move(fresh);
     }
@@ -173,10 +206,15 @@ Value reshaped(const Value& array, unsigned m, unsigned n)
         throw Error("kxsh:reshape", fmt::format("{}-by-{} cannot become {}-by-{}: the element counts differ",
                                                 array.rows(), array.columns(), m, n));
     }
-    Value result = asSparse(array);
-    kxrt::make_private(result.get());
-    spReshape(result.get(), m, n);
-    return array.isSparse() ? result : asFull(result);
+    Value result = elementsOf(array);
+    if (result.isSparse()) {
+        kxrt::make_private(result.get());
+        spReshape(result.get(), m, n);
+    } else {
+        const unsigned shape[] = {m, n};
+        kx::kxSetDimensions(result.get(), shape, 2);
+    }
+    return result;
 }
 
 } // namespace kxsh

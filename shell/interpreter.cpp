@@ -5,6 +5,8 @@
 #include "functions.hpp"
 #include "indexing.hpp"
 #include "interrupt.hpp"
+#include "memory_limit.hpp"
+#include "numbers.hpp"
 #include "operators.hpp"
 #include "printing.hpp"
 
@@ -18,32 +20,118 @@ namespace kxsh {
 bool Interpreter::run(const Statement& statement)
 {
     extents_.clear();
-    if (std::holds_alternative<QuitStatement>(statement.action)) {
-        return false;
+    fault_ = {};
+    return execute(statement) != Flow::kQuit;
+}
+
+/// The innermost statement and expression that an error leaves are the first to see it.
+Interpreter::Flow Interpreter::execute(const Statement& statement)
+{
+    refreshMemoryLimit();
+    try {
+        const Flow flow = std::visit([&](const auto& action) { return execute(statement, action); }, statement.action);
+        session_.out.flush();
+        return flow;
+    } catch (...) {
+        if (fault_.statement == nullptr) {
+            fault_ = {&statement, fault_.offset.value_or(statement.offset)};
+        }
+        throw;
     }
-    if (const auto* help = std::get_if<HelpStatement>(&statement.action)) {
-        session_.out << helpText(session_, help->topic);
-    } else if (const auto* assignment = std::get_if<AssignStatement>(&statement.action)) {
-        execute(statement, *assignment);
-    } else {
-        execute(statement, std::get<ExpressionStatement>(statement.action));
+}
+
+Interpreter::Flow Interpreter::execute(const Block& block)
+{
+    for (const Statement& statement : block) {
+        const Flow flow = execute(statement);
+        if (flow != Flow::kOn) {
+            return flow;
+        }
     }
-    return true;
+    return Flow::kOn;
+}
+
+Interpreter::Flow Interpreter::execute(const Statement&, const HelpStatement& action)
+{
+    showHelp(session_, action.topic);
+    return Flow::kOn;
+}
+
+Interpreter::Flow Interpreter::execute(const Statement&, const QuitStatement&)
+{
+    return Flow::kQuit;
+}
+
+Interpreter::Flow Interpreter::execute(const Statement&, const BreakStatement&)
+{
+    return Flow::kBreak;
+}
+
+Interpreter::Flow Interpreter::execute(const Statement&, const ContinueStatement&)
+{
+    return Flow::kContinue;
+}
+
+Interpreter::Flow Interpreter::execute(const Statement&, const IfStatement& action)
+{
+    for (const IfStatement::Branch& branch : action.branches) {
+        if (!branch.condition || holds(evaluate(*branch.condition))) {
+            return execute(branch.body);
+        }
+    }
+    return Flow::kOn;
+}
+
+Interpreter::Flow Interpreter::execute(const Statement&, const ForStatement& action)
+{
+    const Value values = evaluate(*action.values);
+    const bool isRow = values.rows() == 1 && !values.isSparse();
+    const Value colon(kx::kxCreateColon());
+    for (unsigned k = 0; k < values.columns() && values.rows() != 0; ++k) {
+        const Value place = Value::number(k + 1.0);
+        const Value place2[] = {colon, place};
+        session_.variables.insert_or_assign(
+            action.name, reference(values, isRow ? std::span(&place, 1) : std::span(place2), action.name));
+        const Flow flow = execute(action.body);
+        if (flow == Flow::kBreak) {
+            break;
+        }
+        if (flow == Flow::kQuit) {
+            return flow;
+        }
+    }
+    return Flow::kOn;
+}
+
+Interpreter::Flow Interpreter::execute(const Statement&, const WhileStatement& action)
+{
+    while (holds(evaluate(*action.condition))) {
+        const Flow flow = execute(action.body);
+        if (flow == Flow::kBreak) {
+            break;
+        }
+        if (flow == Flow::kQuit) {
+            return flow;
+        }
+    }
+    return Flow::kOn;
 }
 
 /// Gives a variable its value. What is shown is composed before, so that nothing fails afterwards.
 void Interpreter::keep(const Statement& statement, const std::string& name, Value value)
 {
-    std::ostringstream shown;
-    if (statement.prints) {
-        printValue(shown, name, value, session_.width);
+    if (!statement.prints) {
+        session_.variables.insert_or_assign(name, std::move(value));
+        return;
     }
+    std::ostringstream shown;
+    printValue(shown, name, value, session_.width);
     session_.variables.insert_or_assign(name, std::move(value));
     session_.out << shown.str();
 }
 
 /// The result of anything but a plain variable is kept as `ans`.
-void Interpreter::execute(const Statement& statement, const ExpressionStatement& action)
+Interpreter::Flow Interpreter::execute(const Statement& statement, const ExpressionStatement& action)
 {
     const auto* name = std::get_if<NameNode>(&action.expression->node);
     const Value* known = name != nullptr ? variable(name->name) : nullptr;
@@ -55,36 +143,68 @@ void Interpreter::execute(const Statement& statement, const ExpressionStatement&
     } else if (Value value = result(*action.expression)) {
         keep(statement, "ans", std::move(value));
     }
+    return Flow::kOn;
 }
 
-void Interpreter::execute(const Statement& statement, const AssignStatement& action)
+Interpreter::Flow Interpreter::execute(const Statement& statement, const AssignStatement& action)
 {
-    if (!action.subscripted) {
-        keep(statement, action.name, evaluate(*action.value));
-        return;
+    const Target& target = action.targets.front();
+    if (action.targets.size() > 1) {
+        assignSeveral(statement, action);
+    } else if (!target.subscripted) {
+        keep(statement, target.name, evaluate(*action.value));
+    } else {
+        assignSubscripted(target, action);
+        if (statement.prints) {
+            printValue(session_.out, target.name, *variable(target.name), session_.width);
+        }
     }
-    assignSubscripted(action);
-    if (statement.prints) {
-        printValue(session_.out, action.name, *variable(action.name), session_.width);
-    }
+    return Flow::kOn;
 }
 
-void Interpreter::assignSubscripted(const AssignStatement& action)
+void Interpreter::assignSubscripted(const Target& target, const AssignStatement& action)
 {
-    const auto found = session_.variables.find(action.name);
+    const auto found = session_.variables.find(target.name);
     const bool known = found != session_.variables.end();
     if (action.deletes && !known) {
-        undefined(action.name);
+        undefined(target.name);
     }
     const Value value = action.deletes ? Value(kx::kxCreateEmptyLiteral()) : elementsOf(evaluate(*action.value));
-    const std::vector<Value> places = subscripts(known ? &found->second : nullptr, action.subscripts);
+    const std::vector<Value> places = subscripts(known ? &found->second : nullptr, target.subscripts);
     if (known) {
-        assign(found->second, value, places, action.name);
+        assign(found->second, value, places, target.name);
     } else {
         Value fresh;
-        assign(fresh, value, places, action.name);
-        session_.variables.emplace(action.name, std::move(fresh));
+        assign(fresh, value, places, target.name);
+        session_.variables.emplace(target.name, std::move(fresh));
     }
+}
+
+/// All results and all changed variables exist before the first variable changes.
+void Interpreter::assignSeveral(const Statement& statement, const AssignStatement& action)
+{
+    const std::vector<Value> results = severalResults(*action.value, action.targets.size());
+    std::map<std::string, Value> changed;
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const Target& target = action.targets[i];
+        if (!target.subscripted) {
+            changed.insert_or_assign(target.name, results[i]);
+            continue;
+        }
+        const Value* known = variable(target.name);
+        Value& value = changed.try_emplace(target.name, known != nullptr ? *known : Value()).first->second;
+        assign(value, elementsOf(results[i]), subscripts(known, target.subscripts), target.name);
+    }
+    std::ostringstream shown;
+    for (const Target& target : action.targets) {
+        if (statement.prints) {
+            printValue(shown, target.name, changed.at(target.name), session_.width);
+        }
+    }
+    for (auto& [name, value] : changed) {
+        session_.variables.insert_or_assign(name, std::move(value));
+    }
+    session_.out << shown.str();
 }
 
 const Value* Interpreter::variable(const std::string& name) const
@@ -100,13 +220,33 @@ void Interpreter::undefined(const std::string& name) const
                                               close.empty() ? "" : fmt::format("; did you mean '{}'?", close)));
 }
 
-Value Interpreter::call(const std::string& name, std::span<const Value> arguments)
+const Function& Interpreter::function(const std::string& name) const
 {
     const Function* function = findFunction(name);
     if (function == nullptr) {
         undefined(name);
     }
-    return callFunction(*function, session_, arguments);
+    return *function;
+}
+
+std::vector<Value> Interpreter::values(const std::vector<ExpressionPtr>& expressions)
+{
+    std::vector<Value> values;
+    for (const ExpressionPtr& expression : expressions) {
+        values.push_back(evaluate(*expression));
+    }
+    return values;
+}
+
+std::vector<Value> Interpreter::severalResults(const Expression& expression, std::size_t count)
+{
+    const auto* apply = std::get_if<ApplyNode>(&expression.node);
+    const auto* name = std::get_if<NameNode>(apply != nullptr ? &apply->target->node : &expression.node);
+    if (name == nullptr || variable(name->name) != nullptr) {
+        throw Error("kxsh:operand", fmt::format("{} results are taken from a call of a function only", count));
+    }
+    const Function& called = function(name->name);
+    return callForSeveral(called, session_, apply != nullptr ? values(apply->arguments) : std::vector<Value>(), count);
 }
 
 std::vector<Value> Interpreter::subscripts(const Value* array, const std::vector<ExpressionPtr>& arguments)
@@ -124,7 +264,12 @@ std::vector<Value> Interpreter::subscripts(const Value* array, const std::vector
 Value Interpreter::result(const Expression& expression)
 {
     pollInterrupt();
-    return std::visit([this](const auto& node) { return evaluate(node); }, expression.node);
+    try {
+        return std::visit([this](const auto& node) { return evaluate(node); }, expression.node);
+    } catch (...) {
+        fault_.offset = fault_.offset.value_or(expression.offset);
+        throw;
+    }
 }
 
 Value Interpreter::evaluate(const Expression& expression)
@@ -149,7 +294,7 @@ Value Interpreter::evaluate(const StringNode& node)
 Value Interpreter::evaluate(const NameNode& node)
 {
     const Value* value = variable(node.name);
-    return value != nullptr ? *value : call(node.name, {});
+    return value != nullptr ? *value : callFunction(function(node.name), session_, {});
 }
 
 Value Interpreter::evaluate(const ColonNode&)
@@ -183,6 +328,12 @@ Value Interpreter::evaluate(const RangeNode& node)
     const double start = realScalar(evaluate(*node.start), "the start of a range");
     const double step = node.step ? realScalar(evaluate(*node.step), "the step of a range") : 1;
     const double stop = realScalar(evaluate(*node.stop), "the end of a range");
+    const double most = kx::kxGetMaxNumberOfElements();
+    if (step != 0 && (stop - start) / step > most) {
+        throw Error("kx:sizeLimit",
+                    fmt::format("the range {}{}:{} is longer than the limit of {}", shortNumber(start, 10),
+                                node.step ? ':' + shortNumber(step, 10) : "", shortNumber(stop, 10), most));
+    }
     return Value::range(start, step, stop);
 }
 
@@ -190,19 +341,22 @@ Value Interpreter::evaluate(const BinaryNode& node)
 {
     const Value left = evaluate(*node.left);
     const Value right = evaluate(*node.right);
-    const bool arithmetical = node.op == BinaryOperator::kAdd || node.op == BinaryOperator::kSubtract ||
-                              node.op == BinaryOperator::kMultiply || node.op == BinaryOperator::kDivide;
-    return arithmetical ? arithmetic(node.op, left, right) : compare(node.op, left, right);
+    return operate(node.op, left, right);
 }
 
 Value Interpreter::evaluate(const NegateNode& node)
 {
-    return arithmetic(BinaryOperator::kMultiply, Value::number(-1), evaluate(*node.operand));
+    return operate(BinaryOperator::kMultiply, Value::number(-1), evaluate(*node.operand));
+}
+
+Value Interpreter::evaluate(const NotNode& node)
+{
+    return operate(BinaryOperator::kEqual, evaluate(*node.operand), Value::number(0));
 }
 
 Value Interpreter::evaluate(const TransposeNode& node)
 {
-    return Value(kx::kxTranspose(elementsOf(evaluate(*node.operand)).get()));
+    return transposed(evaluate(*node.operand), node.conjugates);
 }
 
 Value Interpreter::evaluate(const ApplyNode& node)
@@ -212,11 +366,7 @@ Value Interpreter::evaluate(const ApplyNode& node)
         if (const Value* array = variable(name->name)) {
             return reference(*array, subscripts(array, node.arguments), name->name);
         }
-        std::vector<Value> arguments;
-        for (const ExpressionPtr& argument : node.arguments) {
-            arguments.push_back(evaluate(*argument));
-        }
-        return call(name->name, arguments);
+        return callFunction(function(name->name), session_, values(node.arguments));
     }
     const Value array = evaluate(*node.target);
     return reference(array, subscripts(&array, node.arguments), "the value");

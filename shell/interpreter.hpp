@@ -3,8 +3,10 @@
 #define KXSH_INTERPRETER_HPP
 
 #include "ast.hpp"
+#include "functions.hpp"
 #include "session.hpp"
 
+#include <optional>
 #include <vector>
 
 namespace kxsh {
@@ -14,10 +16,28 @@ class Interpreter
   public:
     explicit Interpreter(Session& session) : session_(session) {}
 
-    /// Carries out one statement; false for quit. On an error every variable is as it was before.
+    /// Carries out one statement; false for quit. What a statement without statements in it prints is flushed at its
+    /// end; on an error in it, every variable is as it was before it.
     bool run(const Statement& statement);
 
+    /// After an error of run(): the innermost statement that failed, and the byte of the source that is at fault.
+    struct Fault
+    {
+        const Statement* statement = nullptr;
+        std::optional<std::size_t> offset;
+    };
+    [[nodiscard]] const Fault& fault() const { return fault_; }
+
   private:
+    /// How a statement ends.
+    enum class Flow
+    {
+        kOn,
+        kBreak,
+        kContinue,
+        kQuit
+    };
+
     /// The array whose subscripts are being evaluated, for `end`. Null for a variable without a value.
     struct Extent
     {
@@ -26,15 +46,28 @@ class Interpreter
         std::size_t position; ///< the current one
     };
 
+    Flow execute(const Statement& statement);
+    Flow execute(const Statement& statement, const ExpressionStatement& action);
+    Flow execute(const Statement& statement, const AssignStatement& action);
+    Flow execute(const Statement& statement, const HelpStatement& action);
+    Flow execute(const Statement& statement, const QuitStatement& action);
+    Flow execute(const Statement& statement, const BreakStatement& action);
+    Flow execute(const Statement& statement, const ContinueStatement& action);
+    Flow execute(const Statement& statement, const IfStatement& action);
+    Flow execute(const Statement& statement, const ForStatement& action);
+    Flow execute(const Statement& statement, const WhileStatement& action);
+    Flow execute(const Block& block);
+
     void keep(const Statement& statement, const std::string& name, Value value);
-    void execute(const Statement& statement, const ExpressionStatement& action);
-    void execute(const Statement& statement, const AssignStatement& action);
-    void assignSubscripted(const AssignStatement& action);
+    void assignSubscripted(const Target& target, const AssignStatement& action);
+    void assignSeveral(const Statement& statement, const AssignStatement& action);
 
     [[nodiscard]] const Value* variable(const std::string& name) const;
     [[noreturn]] void undefined(const std::string& name) const;
-    Value call(const std::string& name, std::span<const Value> arguments);
+    const Function& function(const std::string& name) const;
+    std::vector<Value> values(const std::vector<ExpressionPtr>& expressions);
     std::vector<Value> subscripts(const Value* array, const std::vector<ExpressionPtr>& arguments);
+    std::vector<Value> severalResults(const Expression& expression, std::size_t count);
 
     /// The value of an expression; the empty handle for a call that gives none.
     Value result(const Expression& expression);
@@ -49,11 +82,13 @@ class Interpreter
     Value evaluate(const RangeNode& node);
     Value evaluate(const BinaryNode& node);
     Value evaluate(const NegateNode& node);
+    Value evaluate(const NotNode& node);
     Value evaluate(const TransposeNode& node);
     Value evaluate(const ApplyNode& node);
 
     Session& session_;
     std::vector<Extent> extents_;
+    Fault fault_;
 };
 
 } // namespace kxsh

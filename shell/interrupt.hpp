@@ -4,6 +4,11 @@
 
 namespace kxsh {
 
+/// From now on a signal that ends the program first removes the file named by setDoomedFile(), and a file that grows
+/// past its limit is an error of writing.
+void installEndHandlers();
+/// The one file that must not outlive the program half written; an empty name for none. At most one at a time.
+void setDoomedFile(const char* path) noexcept;
 /// From now on Ctrl-C sets the flag instead of ending the program; system calls return early.
 void installInterruptHandler();
 /// Forgets a Ctrl-C that came before.

@@ -6,6 +6,7 @@
 #include <fast_float/fast_float.h>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -26,24 +27,31 @@ bool isNamePart(char c)
     return isNameStart(c) || isDigit(c);
 }
 
+using Brackets = std::vector<std::pair<char, std::size_t>>; // open ones, with their places
+
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
 class Lexer
 {
   public:
-    explicit Lexer(std::string_view source) : source_(source) {}
+    explicit Lexer(std::string_view source, Brackets open = {}) : source_(source), open_(std::move(open))
+    {
+        at_ = source.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    }
 
-    std::vector<Token> run()
+    void run()
     {
         while (at_ < source_.size()) {
             pollInterrupt();
             step();
         }
-        if (!open_.empty()) {
-            const auto [bracket, offset] = open_.back();
-            throw SyntaxError(fmt::format("'{}' is never closed", bracket), offset, true);
-        }
         add(TokenKind::kEndOfText, 0);
-        return std::move(tokens_);
     }
+
+    [[nodiscard]] std::vector<Token>& tokens() { return tokens_; }
+    [[nodiscard]] Brackets& open() { return open_; }
+    /// Whether the text ends behind `...`.
+    [[nodiscard]] bool continued() const { return continued_; }
 
   private:
     [[nodiscard]] char peek(std::size_t ahead = 0) const
@@ -70,10 +78,13 @@ class Lexer
         if (c == ' ' || c == '\t' || c == '\r') {
             space_ = true;
             ++at_;
-        } else if (c == '#') {
-            while (at_ < source_.size() && peek() != '\n') {
-                ++at_;
-            }
+        } else if (c == '#' || c == '%') {
+            skipLine();
+        } else if (source_.substr(at_, 3) == "...") {
+            skipLine();
+            continued_ = at_ + 1 >= source_.size();
+            space_ = true;
+            at_ = std::min(at_ + 1, source_.size());
         } else if (c == '\n') {
             newline();
         } else if (isDigit(c) || (c == '.' && isDigit(peek(1)))) {
@@ -88,6 +99,8 @@ class Lexer
             symbol();
         }
     }
+
+    void skipLine() { at_ = std::min(source_.find('\n', at_), source_.size()); }
 
     void newline()
     {
@@ -104,7 +117,10 @@ class Lexer
         double value = 0;
         const char* first = source_.data() + at_;
         const auto [stop, status] = fast_float::from_chars(first, source_.data() + source_.size(), value);
-        const auto length = static_cast<std::size_t>(stop - first);
+        auto length = static_cast<std::size_t>(stop - first);
+        if (length > 1 && stop[-1] == '.' && std::string_view("*/\\^'").find(peek(length)) != std::string_view::npos) {
+            --length; // the dot of 2.*x belongs to the operator
+        }
         const char after = peek(length);
         const bool imaginary = after == 'i' && !isNamePart(peek(length + 1));
         if (status != std::errc() || (isNamePart(after) && !imaginary)) {
@@ -120,8 +136,15 @@ class Lexer
         while (isNamePart(peek(length))) {
             ++length;
         }
-        const bool isEnd = source_.substr(at_, length) == "end";
-        add(isEnd ? TokenKind::kEnd : TokenKind::kName, length);
+        static constexpr std::array<std::string_view, 8> kKeywords = {"if",    "elseif", "else",     "for",
+                                                                      "while", "break",  "continue", "end"};
+        const std::string_view word = source_.substr(at_, length);
+        if (word == "end" && !open_.empty()) {
+            add(TokenKind::kEnd, length);
+        } else {
+            const bool isKeyword = std::find(kKeywords.begin(), kKeywords.end(), word) != kKeywords.end();
+            add(isKeyword ? TokenKind::kKeyword : TokenKind::kName, length);
+        }
     }
 
     /// A quote after a value transposes it; inside brackets, white space before the quote makes it a string.
@@ -139,7 +162,7 @@ class Lexer
         case TokenKind::kEnd:
             return true;
         default:
-            return last.is(")") || last.is("]") || last.is("'");
+            return last.is(")") || last.is("]") || last.is("'") || last.is(".'");
         }
     }
 
@@ -165,8 +188,9 @@ class Lexer
 
     void symbol()
     {
-        static constexpr std::array<std::string_view, 5> kPairs = {"==", "~=", "!=", "<=", ">="};
-        static constexpr std::string_view kSingles = "+-*/:=<>'()[],";
+        static constexpr std::array<std::string_view, 9> kPairs = {
+            "==", "~=", "!=", "<=", ">=", ".*", "./", ".^", ".'"};
+        static constexpr std::string_view kSingles = "+-*/\\^:=<>'()[],&|~";
         for (const std::string_view pair : kPairs) {
             if (source_.substr(at_, 2) == pair) {
                 Token& token = add(TokenKind::kOperator, 2);
@@ -203,15 +227,46 @@ class Lexer
     std::string_view source_;
     std::size_t at_ = 0;
     bool space_ = false;
+    bool continued_ = false;
     std::vector<Token> tokens_;
-    std::vector<std::pair<char, std::size_t>> open_; ///< brackets not yet closed, with their places
+    Brackets open_;
 };
 
 } // namespace
 
 std::vector<Token> tokenize(std::string_view source)
 {
-    return Lexer(source).run();
+    Lexer lexer(source);
+    lexer.run();
+    if (!lexer.open().empty()) {
+        const auto [bracket, offset] = lexer.open().back();
+        throw SyntaxError(fmt::format("'{}' is never closed", bracket), offset);
+    }
+    return std::move(lexer.tokens());
+}
+
+void OpenEnds::add(std::string_view line)
+{
+    if (wrong_) {
+        return;
+    }
+    Lexer lexer(line, std::move(brackets_));
+    try {
+        lexer.run();
+    } catch (const SyntaxError&) {
+        wrong_ = true;
+        return;
+    }
+    for (const Token& token : lexer.tokens()) {
+        if (token.kind == TokenKind::kKeyword) {
+            const bool opens = token.text == "if" || token.text == "for" || token.text == "while";
+            blocks_ += opens ? 1 : 0;
+            wrong_ = wrong_ || (token.text == "end" && blocks_ == 0);
+            blocks_ -= token.text == "end" && blocks_ > 0 ? 1 : 0;
+        }
+    }
+    brackets_ = std::move(lexer.open());
+    continued_ = lexer.continued();
 }
 
 } // namespace kxsh

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kxsh {
@@ -15,8 +16,9 @@ enum class TokenKind
     kImaginary,
     kString,
     kName,
-    kEnd,      ///< the word end
-    kOperator, ///< text holds its characters: + - * / : = == ~= < <= > >= ' ( ) [ ] ,
+    kEnd,      ///< the word end inside brackets: the last place of a dimension
+    kKeyword,  ///< if elseif else for while break continue, and end outside brackets
+    kOperator, ///< text holds its characters, such as "+", ".*" or "("; "!=" is read as "~="
     kSemicolon,
     kNewline,
     kEndOfText
@@ -35,8 +37,25 @@ struct Token
 };
 
 /// The tokens of a source text, the last one kEndOfText. Line ends inside parentheses are white space; inside brackets
-/// they separate rows (kNewline). Raises SyntaxError, `incomplete` when a bracket is still open at the end.
+/// they separate rows (kNewline). `...` drops the rest of its line and the line end. Raises SyntaxError.
 std::vector<Token> tokenize(std::string_view source);
+
+/// Whether lines that come one by one end inside a bracket, a block or a continued line. Each line costs its own
+/// length.
+class OpenEnds
+{
+  public:
+    /// Takes the next line, without its line end. From a line that is no part of the language on nothing is open: the
+    /// error shows when the text is run.
+    void add(std::string_view line);
+    [[nodiscard]] bool any() const { return !wrong_ && (continued_ || blocks_ > 0 || !brackets_.empty()); }
+
+  private:
+    std::vector<std::pair<char, std::size_t>> brackets_;
+    std::size_t blocks_ = 0;
+    bool continued_ = false;
+    bool wrong_ = false;
+};
 
 } // namespace kxsh
 

@@ -1,5 +1,7 @@
 // kxsh: a small interpreter that drives the library on real matrices.
+#include "functions.hpp"
 #include "interrupt.hpp"
+#include "memory_limit.hpp"
 #include "runner.hpp"
 #include "terminal.hpp"
 
@@ -12,6 +14,7 @@
 #include <clocale>
 #include <iostream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -37,8 +40,8 @@ bool runInteractively(Session& session)
     std::cout << fmt::format("kxsh {}: sparse matrices by subscript. Type help for help, quit to leave.\n",
                              libzqspmatrix_version)
               << std::flush;
-    std::cout << std::unitbuf; // each statement of a line shows its result when it has one
     Terminal terminal(session);
+    session.page = showByPages;
     runner.runLines(terminal);
     return true;
 }
@@ -52,17 +55,33 @@ int runProgram(int argc, char** argv)
     app.set_version_flag("--version", std::string("kxsh ") + libzqspmatrix_version);
     std::string script;
     std::string statements;
+    std::vector<std::string> arguments;
+    std::uint64_t memory = 0;
     CLI::Option* file = app.add_option("FILE", script, "a script to run");
     CLI::Option* text = app.add_option("-e", statements, "statements to run");
     text->type_name("STATEMENTS")->excludes(file);
     file->type_name("");
+    app.add_option("ARGUMENT", arguments, "arguments of the script, which argument(k) gives")->type_name("");
+    app.add_option("--memory", memory, "most memory to take, such as 500M; by default what the machine has free")
+        ->type_name("SIZE")
+        ->transform(CLI::AsSizeValue(false));
+    app.positionals_at_end();
+    std::string page;
+    app.add_option("--function-page", page)->check(CLI::IsMember({"markdown", "manual"}))->group(""); // for documents
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kUsageError;
     }
 
+    if (!page.empty()) {
+        std::cout << functionPage(page == "manual" ? PageFormat::kManual : PageFormat::kMarkdown) << std::flush;
+        return 0;
+    }
+    installEndHandlers();
+    limitMemory(memory);
     Session session(std::cout);
+    session.arguments = std::move(arguments);
     if (const unsigned width = terminalWidth()) {
         session.width = width;
     }

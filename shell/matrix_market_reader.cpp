@@ -8,8 +8,9 @@
 
 #include <fmt/format.h>
 
-#include <stdexcept>
+#include <cmath>
 #include <string_view>
+#include <type_traits>
 
 namespace kxsh {
 
@@ -36,14 +37,17 @@ struct Header
     bool coordinate;
     Field field;
     Symmetry symmetry;
+    kxClassID noted = kxUNKNOWN_CLASS; ///< the class that mmwrite has noted, if it goes with the field
 };
 
+/// Values of the element type T.
+template <typename T>
 struct Entry
 {
     unsigned row; ///< 0-based
     unsigned column;
-    double re;
-    double im;
+    T re;
+    T im;
 };
 
 class Reader
@@ -61,7 +65,10 @@ class Reader
         if (header_.symmetry != Symmetry::kGeneral && rows_ != columns_) {
             lines_.fail(fmt::format("a symmetric matrix must be square, not {}-by-{}", rows_, columns_));
         }
-        return array ? readArray() : readCoordinates();
+        return withElementType(classOf(), [&]<typename T>(std::type_identity<T>) {
+            using Element = std::conditional_t<std::is_same_v<T, char16_t>, double, T>; // no file holds text
+            return array ? readArray<Element>() : readCoordinates<Element>();
+        });
     }
 
   private:
@@ -108,11 +115,32 @@ class Reader
     /// Leaves the scanner on the line of sizes.
     void skipComments()
     {
-        do {
+        for (;;) {
             if (!lines_.nextFilledLine()) {
                 lines_.fail("the file ends before the line of sizes");
             }
-        } while (lines_.at('%'));
+            if (!lines_.at('%')) {
+                return;
+            }
+            if (lines_.word() == kClassNote) {
+                noteClass(classNamed(lines_.word()));
+            }
+        }
+    }
+
+    void noteClass(kxClassID id)
+    {
+        const bool whole = isIntegerClass(id) || (id == kxLOGICAL_CLASS && !header_.coordinate);
+        const bool fits = header_.field == Field::kInteger ? whole : id == kxSINGLE_CLASS;
+        header_.noted = fits ? id : kxUNKNOWN_CLASS;
+    }
+
+    [[nodiscard]] kxClassID classOf() const
+    {
+        if (header_.field == Field::kPattern) {
+            return kxLOGICAL_CLASS;
+        }
+        return header_.noted == kxUNKNOWN_CLASS ? kxDOUBLE_CLASS : header_.noted;
     }
 
     unsigned sizeField(std::string_view what)
@@ -175,15 +203,34 @@ class Reader
         }
     }
 
-    void readValue(Entry& entry)
+    template <typename T>
+    T value()
     {
-        entry.re = header_.field == Field::kPattern ? 1 : lines_.number();
-        entry.im = header_.field == Field::kComplex ? lines_.number() : 0;
+        if constexpr (std::is_same_v<T, bool>) {
+            return header_.field == Field::kPattern || lines_.wholeNumber<unsigned>("value") != 0;
+        } else if constexpr (std::is_integral_v<T>) {
+            return lines_.wholeNumber<T>("value");
+        } else {
+            const double number = lines_.number();
+            constexpr double kMaxExact = 9007199254740992.0; // 2^53
+            if (header_.field == Field::kInteger && (number != std::trunc(number) || std::abs(number) >= kMaxExact)) {
+                lines_.fail("the value is no whole number below 2^53");
+            }
+            return static_cast<T>(number);
+        }
+    }
+
+    template <typename T>
+    void readValue(Entry<T>& entry)
+    {
+        entry.re = value<T>();
+        entry.im = header_.field == Field::kComplex ? value<T>() : T{};
         lines_.endOfLine();
     }
 
     /// Checks an entry against the symmetry of the file.
-    void checkTriangle(const Entry& entry) const
+    template <typename T>
+    void checkTriangle(const Entry<T>& entry) const
     {
         if (header_.symmetry == Symmetry::kGeneral) {
             return;
@@ -195,57 +242,70 @@ class Reader
         if (entry.row != entry.column) {
             return;
         }
-        if (header_.symmetry == Symmetry::kSkewSymmetric && (entry.re != 0 || entry.im != 0)) {
+        if (header_.symmetry == Symmetry::kSkewSymmetric && (entry.re != T{} || entry.im != T{})) {
             lines_.fail("the diagonal of a skew-symmetric matrix is zero");
         }
-        if (header_.symmetry == Symmetry::kHermitian && entry.im != 0) {
+        if (header_.symmetry == Symmetry::kHermitian && entry.im != T{}) {
             lines_.fail("the diagonal of a hermitian matrix is real");
         }
     }
 
     /// The entry that the symmetry of the file puts on the other side of the diagonal.
-    [[nodiscard]] Entry mirrored(const Entry& entry) const
+    template <typename T>
+    [[nodiscard]] Entry<T> mirrored(const Entry<T>& entry) const
     {
+        const auto minus = [](T v) { return static_cast<T>(-v); };
         const bool negative = header_.symmetry == Symmetry::kSkewSymmetric;
         const bool conjugate = header_.symmetry == Symmetry::kHermitian;
-        return {entry.column, entry.row, negative ? -entry.re : entry.re, negative || conjugate ? -entry.im : entry.im};
+        return {entry.column, entry.row, negative ? minus(entry.re) : entry.re,
+                negative || conjugate ? minus(entry.im) : entry.im};
     }
 
+    [[nodiscard]] kxComplexity complexity() const { return header_.field == Field::kComplex ? kxCOMPLEX : kxREAL; }
+
+    /// Reads the entries twice: their places tell how much room each column needs.
+    template <typename T>
     Value readCoordinates()
     {
         const auto count = lines_.wholeNumber<std::uint64_t>("number of entries");
         lines_.endOfLine();
         checkCount(count);
-        const bool complex = header_.field == Field::kComplex;
         const bool mirrors = header_.symmetry != Symmetry::kGeneral;
-        Triplets triplets;
-        triplets.reserve(mirrors ? 2 * count : count, complex);
-        const auto add = [&](const Entry& entry) {
-            triplets.push(entry.row, entry.column, entry.re);
-            if (complex) {
-                triplets.im.push_back(entry.im);
-            }
-        };
-        const Progress progress(path_, count);
+        const Progress progress("reading", path_, 2 * count);
+        Assembly assembly(rows_, columns_, classOf(), complexity());
+        const TextLines first = lines_;
         for (std::uint64_t done = 0; done < count; ++done) {
             progress.step(done);
             nextEntryLine(done, count);
-            Entry entry{};
+            const unsigned row = index("row", rows_);
+            const unsigned column = index("column", columns_);
+            assembly.count(column);
+            if (mirrors && row != column) {
+                assembly.count(row);
+            }
+        }
+        checkEnd(count);
+        assembly.startPlacing();
+        lines_ = first;
+        for (std::uint64_t done = 0; done < count; ++done) {
+            progress.step(count + done);
+            nextEntryLine(done, count);
+            Entry<T> entry{};
             entry.row = index("row", rows_);
             entry.column = index("column", columns_);
             readValue(entry);
             checkTriangle(entry);
-            add(entry);
+            assembly.place(entry.row, entry.column, entry.re, entry.im);
             if (mirrors && entry.row != entry.column) {
-                add(mirrored(entry));
+                const Entry<T> other = mirrored(entry);
+                assembly.place(other.row, other.column, other.re, other.im);
             }
         }
-        checkEnd(count);
-        Value result = assemble(std::move(triplets), rows_, columns_);
-        return header_.field == Field::kPattern ? converted(result, kxLOGICAL_CLASS) : result;
+        return assembly.finish();
     }
 
     /// Column by column; symmetric files give the lower triangle, skew-symmetric ones without the diagonal.
+    template <typename T>
     Value readArray()
     {
         lines_.endOfLine();
@@ -255,23 +315,22 @@ class Reader
         const std::uint64_t below = n == 0 ? 0 : n * (n - 1) / 2;
         const std::uint64_t count = mirrors ? below + (skew ? 0 : n) : rows_ * n;
         checkCount(count);
-        Value result =
-            Value::full(rows_, columns_, kxDOUBLE_CLASS, header_.field == Field::kComplex ? kxCOMPLEX : kxREAL);
-        const auto put = [&, re = result.data<double>(), im = result.imagData<double>()](const Entry& entry) {
+        Value result = Value::full(rows_, columns_, classOf(), complexity());
+        const auto put = [&, re = result.data<T>(), im = result.imagData<T>()](const Entry<T>& entry) {
             const std::size_t place = std::size_t{entry.column} * rows_ + entry.row;
             re[place] = entry.re;
             if (im != nullptr) {
                 im[place] = entry.im;
             }
         };
-        const Progress progress(path_, count);
+        const Progress progress("reading", path_, count);
         std::uint64_t done = 0;
         for (unsigned j = 0; j < columns_; ++j) {
             const unsigned first = !mirrors ? 0 : skew ? j + 1 : j;
             for (unsigned i = first; i < rows_; ++i) {
                 progress.step(done);
                 nextEntryLine(done++, count);
-                Entry entry{i, j, 0, 0};
+                Entry<T> entry{i, j, T{}, T{}};
                 readValue(entry);
                 checkTriangle(entry);
                 put(entry);
@@ -301,11 +360,7 @@ Value readMatrixMarket(const std::filesystem::path& path)
 
 Value parseMatrixMarket(const std::filesystem::path& path, std::string_view text)
 {
-    Value array = Reader(path, text).read();
-    if (const std::string broken = array.isSparse() ? kx::kxCheckSparse(array.get()) : ""; !broken.empty()) {
-        throw std::logic_error(fmt::format("{} was read into a broken array: {}", path.string(), broken));
-    }
-    return array;
+    return Reader(path, text).read();
 }
 
 } // namespace kxsh

@@ -1,12 +1,17 @@
 #include "matrix_market.hpp"
 
+#include "elementwise.hpp"
 #include "error.hpp"
 #include "files.hpp"
 #include "interrupt.hpp"
+#include "operators.hpp"
+#include "progress.hpp"
 
 #include <fmt/compile.h>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cstring>
 #include <iterator>
 
 namespace kxsh {
@@ -65,38 +70,92 @@ std::string_view fieldOf(const Value& value)
     return isIntegerClass(value.classId()) ? "integer" : "real";
 }
 
-template <typename T>
-void writeEntries(Writer& writer, const Value& value)
+bool sameBytes(const Value& a, const Value& b)
 {
-    const T* re = value.data<T>();
-    const T* im = value.imagData<T>();
-    const bool pattern = std::is_same_v<T, bool>;
+    const std::size_t size = kx::kxGetElementSize(a.get());
+    const std::size_t count = a.isSparse() ? a.entries() : a.count();
+    return (!a.isSparse() || samePattern(a, b)) &&
+           (count == 0 || std::memcmp(a.get()->pr, b.get()->pr, count * size) == 0) &&
+           (count == 0 || !a.isComplex() || std::memcmp(a.get()->pi, b.get()->pi, count * size) == 0);
+}
+
+/// "symmetric", "hermitian" or "skew-symmetric" where the other triangle can be restored bit for bit, else "general".
+std::string_view symmetryOf(const Value& value)
+{
+    if (value.rows() != value.columns() || value.rows() < 2) {
+        return "general";
+    }
+    const Value other = transposed(value, false);
+    if (sameBytes(value, other)) {
+        return "symmetric";
+    }
+    const bool floating = value.classId() == kxDOUBLE_CLASS || value.classId() == kxSINGLE_CLASS;
+    if (floating && value.isComplex() && sameBytes(value, transposed(value, true))) {
+        return "hermitian";
+    }
+    const bool skew = floating && !value.isComplex() &&
+                      sameBytes(value, operate(BinaryOperator::kMultiply, Value::number(-1), other));
+    return skew ? "skew-symmetric" : "general";
+}
+
+/// First row to be written of a column.
+unsigned firstRow(std::string_view symmetry, unsigned column)
+{
+    return symmetry == "general" ? 0 : symmetry == "skew-symmetric" ? column + 1 : column;
+}
+
+/// Calls write(k, row, column) for each stored value, or element, that is to be written.
+template <typename Write>
+void forEachWritten(const Value& value, std::string_view symmetry, Write write)
+{
     for (unsigned j = 0; j < value.columns(); ++j) {
-        for (unsigned k = value.starts()[j]; k < value.starts()[j + 1]; ++k) {
-            writer.put(value.rowIndices()[k] + 1, ' ', j + 1);
-            if (!pattern) {
-                writer.put(' ', re[k]);
+        const unsigned first = firstRow(symmetry, j);
+        if (!value.isSparse()) {
+            for (unsigned i = first; i < value.rows(); ++i) {
+                write(std::size_t{j} * value.rows() + i, i, j);
             }
-            if (im != nullptr) {
-                writer.put(' ', im[k]);
+            continue;
+        }
+        const unsigned stop = value.starts()[j + 1];
+        for (unsigned k = value.starts()[j]; k < stop; ++k) {
+            if (value.rowIndices()[k] >= first) {
+                write(k, value.rowIndices()[k], j);
             }
-            writer.put('\n');
         }
     }
 }
 
+std::size_t entriesWritten(const Value& value, std::string_view symmetry)
+{
+    if (symmetry == "general") {
+        return value.isSparse() ? value.entries() : value.count();
+    }
+    std::size_t count = 0;
+    forEachWritten(value, symmetry, [&count](std::size_t, unsigned, unsigned) { ++count; });
+    return count;
+}
+
 template <typename T>
-void writeElements(Writer& writer, const Value& value)
+void writeValues(Writer& writer, const Progress& progress, const Value& value, std::string_view symmetry)
 {
     const T* re = value.data<T>();
     const T* im = value.imagData<T>();
-    for (std::size_t i = 0; i < value.count(); ++i) {
-        writer.put(re[i]);
+    const bool places = value.isSparse();
+    const bool values = !places || !std::is_same_v<T, bool>;
+    std::size_t done = 0;
+    forEachWritten(value, symmetry, [&](std::size_t k, unsigned row, unsigned column) {
+        progress.step(done++);
+        if (places) {
+            writer.put(row + 1, ' ', column + 1);
+        }
+        if (values) {
+            writer.put(std::string_view(places ? " " : ""), re[k]);
+        }
         if (im != nullptr) {
-            writer.put(' ', im[i]);
+            writer.put(' ', im[k]);
         }
         writer.put('\n');
-    }
+    });
 }
 
 } // namespace
@@ -104,21 +163,28 @@ void writeElements(Writer& writer, const Value& value)
 void writeMatrixMarket(const std::filesystem::path& path, const Value& array)
 {
     const Value value = elementsOf(array);
-    if (value.classId() == kxCHAR_CLASS) {
+    const kxClassID id = value.classId();
+    if (id == kxCHAR_CLASS) {
         throw Error("kxsh:arguments", "mmwrite writes numbers, not strings");
     }
+    const std::string_view symmetry = symmetryOf(value);
+    const std::size_t count = entriesWritten(value, symmetry);
     OutputFile file(path);
     Writer writer(file);
     writer.put(std::string_view("%%MatrixMarket matrix "),
-               std::string_view(value.isSparse() ? "coordinate " : "array "), fieldOf(value),
-               std::string_view(" general\n"), value.rows(), ' ', value.columns());
+               std::string_view(value.isSparse() ? "coordinate " : "array "), fieldOf(value), ' ', symmetry, '\n');
+    if (id != kxDOUBLE_CLASS && fieldOf(value) != "pattern") {
+        writer.put(kClassNote, ' ', className(id), '\n');
+    }
+    writer.put(value.rows(), ' ', value.columns());
     if (value.isSparse()) {
-        writer.put(' ', value.entries());
+        writer.put(' ', count);
     }
     writer.put('\n');
-    withElementType(value.classId(), [&]<typename T>(std::type_identity<T>) {
+    const Progress progress("writing", path, count);
+    withElementType(id, [&]<typename T>(std::type_identity<T>) {
         if constexpr (!std::is_same_v<T, char16_t>) {
-            value.isSparse() ? writeEntries<T>(writer, value) : writeElements<T>(writer, value);
+            writeValues<T>(writer, progress, value, symmetry);
         }
     });
     writer.flush();

@@ -1,6 +1,7 @@
 #include "operators.hpp"
 
 #include "error.hpp"
+#include "interrupt.hpp"
 
 #include <fmt/format.h>
 
@@ -8,19 +9,85 @@
 
 namespace kxsh {
 
-std::string_view symbolOf(BinaryOperator op)
-{
-    static constexpr std::array<std::string_view, 10> kSymbols = {
-        "+", "-", "*", "/", "==", "~=", "<", "<=", ">", ">="}; // as enumerated
-    return kSymbols.at(static_cast<std::size_t>(op));
-}
+namespace {
 
-void requireMatchingShapes(BinaryOperator op, const Value& left, const Value& right)
+void requireFit(BinaryOperator op, const Value& left, const Value& right)
 {
-    if (!left.isScalar() && !right.isScalar() && !left.sameShape(right)) {
+    const auto fits = [](unsigned a, unsigned b) { return a == b || a == 1 || b == 1; };
+    if (!fits(left.rows(), right.rows()) || !fits(left.columns(), right.columns())) {
         throw Error("kxsh:operand", fmt::format("'{}' cannot combine {}-by-{} with {}-by-{}", symbolOf(op), left.rows(),
                                                 left.columns(), right.rows(), right.columns()));
     }
+}
+
+} // namespace
+
+std::string_view symbolOf(BinaryOperator op)
+{
+    static constexpr std::array<std::string_view, 16> kSymbols = {
+        "+", "-", "*", "/", "\\", "^", ".*", "./", ".^", "==", "~=", "<", "<=", ">", ">=", "&"}; // as enumerated
+    return op == BinaryOperator::kOr ? "|" : kSymbols.at(static_cast<std::size_t>(op));
+}
+
+Value operate(BinaryOperator op, const Value& left, const Value& right)
+{
+    pollInterrupt();
+    const bool scalars = left.isScalar() && right.isScalar();
+    switch (op) {
+    case BinaryOperator::kSolve:
+        return solve(left, right);
+    case BinaryOperator::kMultiply:
+        if (!left.isScalar() && !right.isScalar()) {
+            return product(left, right);
+        }
+        return arithmetic(BinaryOperator::kMultiplyEach, left, right);
+    case BinaryOperator::kDivide:
+        if (!right.isScalar()) {
+            throw Error("kxsh:operand", "'/' takes a number on its right; './' divides element by element");
+        }
+        return arithmetic(BinaryOperator::kDivideEach, left, right);
+    case BinaryOperator::kPower:
+        if (!scalars) {
+            throw Error("kxsh:operand", "'^' takes two numbers; '.^' works element by element");
+        }
+        return arithmetic(BinaryOperator::kPowerEach, left, right);
+    default:
+        requireFit(op, left, right);
+        return op < BinaryOperator::kEqual ? arithmetic(op, left, right) : compare(op, left, right);
+    }
+}
+
+Value transposed(const Value& value, bool conjugates)
+{
+    Value result(kx::kxTranspose(elementsOf(value).get()));
+    if (conjugates && result.isComplex()) {
+        withElementType(result.classId(), [&]<typename T>(std::type_identity<T>) {
+            T* im = result.imagData<T>();
+            const std::size_t count = result.isSparse() ? result.entries() : result.count();
+            for (std::size_t k = 0; k < count; ++k) {
+                im[k] = static_cast<T>(T{} - im[k]); // never -0
+            }
+        });
+    }
+    return result;
+}
+
+bool holds(const Value& value)
+{
+    if (value.count() == 0 || (value.isSparse() && value.entries() != value.count())) {
+        return false;
+    }
+    const Value elements = elementsOf(value);
+    return withElementType(elements.classId(), [&]<typename T>(std::type_identity<T>) {
+        const T* re = elements.data<T>();
+        const T* im = elements.imagData<T>();
+        for (std::size_t k = 0; k < elements.count(); ++k) {
+            if (re[k] == T{} && (im == nullptr || im[k] == T{})) {
+                return false;
+            }
+        }
+        return true;
+    });
 }
 
 } // namespace kxsh

@@ -1,4 +1,4 @@
-// Arithmetic and comparison of values.
+// Operators on values.
 #ifndef KXSH_OPERATORS_HPP
 #define KXSH_OPERATORS_HPP
 
@@ -10,18 +10,35 @@
 namespace kxsh {
 
 std::string_view symbolOf(BinaryOperator op);
-/// Raises kxsh:operand unless one operand is a number or both have one shape.
-void requireMatchingShapes(BinaryOperator op, const Value& left, const Value& right);
 
-/// + - * / of a number with anything, + and - of two arrays of one shape. Computed in double precision; an integer
-/// class (of either operand, the left one first) is kept with rounding and saturation, single likewise. Whole-number
-/// ranges with a whole number give a range again; sparse with a factor, and sparse with sparse, stay sparse. Raises
-/// kxsh:operand.
+/// Any binary operator. Raises kxsh:operand where the shapes do not fit: element by element, they must be equal once a
+/// number, row or column is spread over the other operand.
+Value operate(BinaryOperator op, const Value& left, const Value& right);
+
+/// + - .* ./ .^ element by element, and * / ^ with a number. Computed in double precision; an integer class (of either
+/// operand, the left one first) is kept with rounding and saturation, single likewise. A power of a negative number
+/// with a fraction is complex. A whole-number range shifted or scaled by a whole number stays a range. Sparse are: sums
+/// of sparse arrays, products with a sparse array and quotients of one (what is not stored counts as 0 whatever the
+/// other side holds), positive powers of one by a number.
 Value arithmetic(BinaryOperator op, const Value& left, const Value& right);
 
-/// Element by element, a number against anything or two arrays of one shape: a logical array, sparse when one operand
-/// is a sparse matrix and the other is sparse or a number. Order comparisons look at real parts. Raises kxsh:operand.
+/// Comparisons, & and | element by element: logical, sparse when one operand is a sparse matrix and the other is sparse
+/// or a number; & also with one sparse operand. Order comparisons look at real parts.
 Value compare(BinaryOperator op, const Value& left, const Value& right);
+
+/// The matrix product, sparse of two sparse matrices, else full. Cost: the multiplications of entries. Raises
+/// kxsh:operand.
+Value product(const Value& left, const Value& right);
+
+/// X with A * X = B, least squares where A is not square; sparse if B is. A full A is taken for a sparse one. Raises
+/// kxsh:operand, kxsh:singular.
+Value solve(const Value& a, const Value& b);
+
+/// The transpose, with `conjugates` of the conjugate.
+Value transposed(const Value& value, bool conjugates);
+
+/// Whether a condition holds: the value is not empty and holds no zero.
+bool holds(const Value& value);
 
 } // namespace kxsh
 

@@ -4,6 +4,8 @@
 #include "expression_parser.hpp"
 #include "interrupt.hpp"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -26,17 +28,28 @@ class Parser
   public:
     explicit Parser(std::string_view source) : source_(source), tokens_(source) {}
 
-    std::vector<Statement> run()
+    Block run()
     {
-        std::vector<Statement> statements;
-        while (skipSeparators()) {
+        Block statements = block();
+        if (tokens_.current().kind == TokenKind::kKeyword) {
+            throw SyntaxError(fmt::format("'{}' stands outside a block", tokens_.current().text),
+                              tokens_.current().offset);
+        }
+        return statements;
+    }
+
+  private:
+    /// Statements up to the end of the text, or to the word that ends or divides the block.
+    Block block()
+    {
+        Block statements;
+        while (skipSeparators() && !atKeyword("end") && !atKeyword("elseif") && !atKeyword("else")) {
             pollInterrupt();
             statements.push_back(statement());
         }
         return statements;
     }
 
-  private:
     /// Moves to the next statement; false at the end of the text.
     bool skipSeparators()
     {
@@ -45,6 +58,19 @@ class Parser
             tokens_.advance();
         }
         return tokens_.current().kind != TokenKind::kEndOfText;
+    }
+
+    [[nodiscard]] bool atKeyword(std::string_view word) const
+    {
+        return tokens_.current().kind == TokenKind::kKeyword && tokens_.current().text == word;
+    }
+    bool acceptKeyword(std::string_view word)
+    {
+        const bool found = atKeyword(word);
+        if (found) {
+            tokens_.advance();
+        }
+        return found;
     }
 
     [[nodiscard]] bool atStatementEnd() const { return endsStatement(tokens_.current()); }
@@ -56,39 +82,132 @@ class Parser
 
     Statement statement()
     {
-        const std::size_t first = tokens_.current().offset;
+        const ExpressionParser::Nesting nesting(tokens_);
         Statement result{};
-        result.action = action();
-        if (!atStatementEnd()) {
+        result.offset = tokens_.current().offset;
+        const bool divides = tokens_.current().kind == TokenKind::kKeyword;
+        result.action = divides ? control() : action();
+        if (!atStatementEnd() && !(divides && tokens_.current().kind == TokenKind::kKeyword)) {
             tokens_.unexpected();
         }
         result.prints = tokens_.current().kind != TokenKind::kSemicolon;
-        const std::string_view text = source_.substr(first, tokens_.previous().stop - first);
+        const std::string_view text = source_.substr(result.offset, tokens_.previous().stop - result.offset);
         result.source = trimmed(text.substr(0, text.find('\n')));
-        line_ += static_cast<std::size_t>(std::count(source_.begin() + static_cast<std::ptrdiff_t>(counted_),
-                                                     source_.begin() + static_cast<std::ptrdiff_t>(first), '\n'));
-        counted_ = first;
-        result.line = line_;
         return result;
+    }
+
+    decltype(Statement::action) control()
+    {
+        const std::size_t first = tokens_.current().offset;
+        if (acceptKeyword("break") || acceptKeyword("continue")) {
+            if (loops_ == 0) {
+                throw SyntaxError(fmt::format("'{}' stands outside a loop", tokens_.previous().text), first);
+            }
+            if (tokens_.previous().text == "break") {
+                return BreakStatement{};
+            }
+            return ContinueStatement{};
+        }
+        if (acceptKeyword("if")) {
+            return branches(first);
+        }
+        if (acceptKeyword("for")) {
+            return forLoop(first);
+        }
+        if (acceptKeyword("while")) {
+            ExpressionPtr condition = tokens_.expression();
+            return WhileStatement{std::move(condition), loopBody(first)};
+        }
+        tokens_.unexpected();
+    }
+
+    IfStatement branches(std::size_t first)
+    {
+        IfStatement result;
+        do {
+            ExpressionPtr condition = tokens_.expression();
+            result.branches.push_back({std::move(condition), block()});
+        } while (acceptKeyword("elseif"));
+        if (acceptKeyword("else")) {
+            result.branches.push_back({nullptr, block()});
+        }
+        endBlock(first);
+        return result;
+    }
+
+    ForStatement forLoop(std::size_t first)
+    {
+        const bool inParentheses = tokens_.accept("(");
+        if (tokens_.current().kind != TokenKind::kName) {
+            tokens_.unexpected();
+        }
+        ForStatement result{tokens_.current().text, nullptr, {}};
+        tokens_.advance();
+        tokens_.expect("=");
+        result.values = tokens_.expression();
+        if (inParentheses) {
+            tokens_.expect(")");
+        }
+        result.body = loopBody(first);
+        return result;
+    }
+
+    Block loopBody(std::size_t first)
+    {
+        ++loops_;
+        Block body = block();
+        --loops_;
+        endBlock(first);
+        return body;
+    }
+
+    void endBlock(std::size_t first)
+    {
+        if (acceptKeyword("end")) {
+            return;
+        }
+        if (tokens_.current().kind != TokenKind::kEndOfText) {
+            tokens_.unexpected();
+        }
+        const std::string_view word = source_.substr(first, source_.find_first_of(" \t(\r\n", first) - first);
+        throw SyntaxError(fmt::format("'{}' is never closed by 'end'", word), first);
     }
 
     decltype(Statement::action) action()
     {
         if (tokens_.current().kind == TokenKind::kName) {
             const std::string& word = tokens_.current().text;
-            if ((word == "quit" || word == "exit") && endsStatement(tokens_.next())) {
+            const Token& next = tokens_.next();
+            if ((word == "quit" || word == "exit") && endsStatement(next)) {
                 tokens_.advance();
                 return QuitStatement{};
             }
-            if (word == "help" && (endsStatement(tokens_.next()) || tokens_.next().kind == TokenKind::kName)) {
+            if (word == "help" && (endsStatement(next) || next.kind == TokenKind::kName)) {
                 return help();
             }
+            if (word == "clear" && next.kind == TokenKind::kName) {
+                return clear();
+            }
         }
+        const bool bracketed = tokens_.current().is("[");
         ExpressionPtr expression = tokens_.expression();
         if (!tokens_.current().is("=")) {
             return ExpressionStatement{std::move(expression)};
         }
-        return assignment(std::move(expression));
+        return assignment(std::move(expression), bracketed);
+    }
+
+    /// clear NAME NAME is the call clear('NAME', 'NAME').
+    ExpressionStatement clear()
+    {
+        const auto make = [this](auto node, int height) {
+            return std::make_unique<Expression>(Expression{std::move(node), tokens_.current().offset, height});
+        };
+        ApplyNode call{make(NameNode{"clear"}, 1), {}};
+        for (tokens_.advance(); tokens_.current().kind == TokenKind::kName; tokens_.advance()) {
+            call.arguments.push_back(make(StringNode{tokens_.current().text}, 1));
+        }
+        return {make(std::move(call), 2)};
     }
 
     HelpStatement help()
@@ -102,48 +221,62 @@ class Parser
         return result;
     }
 
-    AssignStatement assignment(ExpressionPtr target)
+    Target target(ExpressionPtr expression)
     {
-        AssignStatement result;
-        if (auto* apply = std::get_if<ApplyNode>(&target->node)) {
+        Target result;
+        if (auto* apply = std::get_if<ApplyNode>(&expression->node)) {
             result.subscripted = true;
             result.subscripts = std::move(apply->arguments);
             ExpressionPtr inner = std::move(apply->target);
-            target = std::move(inner);
+            expression = std::move(inner);
         }
-        const auto* name = std::get_if<NameNode>(&target->node);
+        const auto* name = std::get_if<NameNode>(&expression->node);
         if (name == nullptr) {
             throw SyntaxError("the left of '=' is a name or a subscripted name", tokens_.current().offset);
         }
         result.name = name->name;
+        return result;
+    }
+
+    AssignStatement assignment(ExpressionPtr left, bool bracketed)
+    {
+        AssignStatement result;
+        auto* list = std::get_if<MatrixNode>(&left->node);
+        if (bracketed && list != nullptr && list->rows.size() == 1) {
+            for (ExpressionPtr& each : list->rows.front()) {
+                result.targets.push_back(target(std::move(each)));
+            }
+        } else {
+            result.targets.push_back(target(std::move(left)));
+        }
         tokens_.expect("=");
         result.value = tokens_.expression();
         const auto* matrix = std::get_if<MatrixNode>(&result.value->node);
-        result.deletes = result.subscripted && matrix != nullptr && matrix->rows.empty();
+        result.deletes = result.targets.size() == 1 && result.targets.front().subscripted && matrix != nullptr &&
+                         matrix->rows.empty();
         return result;
     }
 
     std::string_view source_;
     ExpressionParser tokens_;
-    std::size_t line_ = 1; ///< the line of byte counted_
-    std::size_t counted_ = 0;
+    int loops_ = 0; ///< around the current statement
 };
 
 } // namespace
 
-std::vector<Statement> parse(std::string_view source)
+Block parse(std::string_view source)
 {
     return Parser(source).run();
 }
 
-SourceLine lineAt(std::string_view source, std::size_t offset)
+SourcePlace placeOf(std::string_view source, std::size_t offset)
 {
     offset = std::min(offset, source.size());
     const auto newlines = std::count(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(offset), '\n');
     const auto before = offset == 0 ? std::string_view::npos : source.rfind('\n', offset - 1);
     const std::size_t first = before == std::string_view::npos ? 0 : before + 1;
     const std::size_t last = std::min(source.find('\n', first), source.size());
-    return {static_cast<std::size_t>(newlines) + 1, trimmed(source.substr(first, last - first))};
+    return {static_cast<std::size_t>(newlines) + 1, offset - first + 1, trimmed(source.substr(first, last - first))};
 }
 
 } // namespace kxsh

@@ -4,21 +4,22 @@
 
 #include "ast.hpp"
 
+#include <cstddef>
 #include <string_view>
-#include <vector>
 
 namespace kxsh {
 
 /// All statements of a source text. Raises SyntaxError.
-std::vector<Statement> parse(std::string_view source);
+Block parse(std::string_view source);
 
-/// The 1-based line of a byte of the source, and that line's text without surrounding blanks.
-struct SourceLine
+/// Where a byte of the source stands, from 1, and the text of its line without surrounding blanks.
+struct SourcePlace
 {
-    std::size_t number;
+    std::size_t line;
+    std::size_t column;
     std::string_view text;
 };
-SourceLine lineAt(std::string_view source, std::size_t offset);
+SourcePlace placeOf(std::string_view source, std::size_t offset);
 
 } // namespace kxsh
 

@@ -18,9 +18,15 @@ constexpr std::size_t kLongestRange = 1000; // longer ones are described, not wr
 constexpr int kScalarDigits = 10;
 constexpr int kArrayDigits = 6;
 
+/// What stands before a value; nothing for one without a name.
+std::string headOf(std::string_view name)
+{
+    return name.empty() ? "" : fmt::format("{} = ", name);
+}
+
 void printSparse(std::ostream& out, std::string_view name, const Value& value)
 {
-    out << fmt::format("{} = {}\n", name, describe(value));
+    out << headOf(name) << describe(value) << '\n';
     const std::size_t count = value.entries();
     const bool shortened = count > kMostLines;
     // Coordinates end at one column, two blanks before the values.
@@ -85,7 +91,7 @@ std::size_t widestCell(const Value& value, const Selection& rows, const Selectio
 
 void printFull(std::ostream& out, std::string_view name, const Value& value, unsigned width)
 {
-    out << fmt::format("{} = {}\n", name, describe(value));
+    out << headOf(name) << describe(value) << '\n';
     const Selection rows = value.rows() > kMostLines ? select(value.rows(), kLinesPerEnd, kLinesPerEnd)
                                                      : select(value.rows(), value.rows(), 0);
     // Columns of one width: first as many as could ever fit, then as many as do fit at that width.
@@ -116,7 +122,7 @@ void printFull(std::ostream& out, std::string_view name, const Value& value, uns
 
 void printTextRows(std::ostream& out, std::string_view name, const Value& value)
 {
-    out << fmt::format("{} = {}\n", name, describe(value));
+    out << headOf(name) << describe(value) << '\n';
     const unsigned m = value.rows();
     for (unsigned i = 0; i < m; ++i) {
         pollInterrupt();
@@ -138,6 +144,17 @@ std::string describe(const Value& value)
     return value.isSparse() ? fmt::format("sparse {}, nnz {}", shape, value.entries()) : "full " + shape;
 }
 
+std::size_t bytesOf(const Value& value)
+{
+    const std::size_t element = (value.isComplex() ? 2 : 1) * std::size_t{kx::kxGetElementSize(value.get())};
+    if (value.isRange()) {
+        return sizeof(RangeBounds);
+    }
+    return value.isSparse() ? value.get()->nzmax * (element + sizeof(unsigned)) +
+                                  (std::size_t{value.columns()} + 1) * sizeof(unsigned)
+                            : value.count() * element;
+}
+
 std::string inlineText(const Value& value)
 {
     if (value.isText() && value.rows() <= 1) {
@@ -157,16 +174,16 @@ void printValue(std::ostream& out, std::string_view name, const Value& value, un
     if (value.isSparse()) {
         printSparse(out, name, value);
     } else if (value.isText() && value.rows() == 1) {
-        out << fmt::format("{} = '{}'\n", name, textOf(value));
+        out << (name.empty() ? textOf(value) : fmt::format("{} = '{}'", name, textOf(value))) << '\n';
     } else if (value.count() == 0) {
-        out << fmt::format("{} = {}\n", name, describe(value));
+        out << headOf(name) << describe(value) << '\n';
     } else if (value.isText()) {
         printTextRows(out, name, value);
     } else if (value.isScalar()) {
-        out << fmt::format("{} = {}\n", name, inlineText(value));
+        out << headOf(name) << inlineText(value) << '\n';
     } else if (value.isRange() && value.count() > kLongestRange) {
         const RangeBounds bounds = boundsOf(value);
-        out << fmt::format("{} = {}, the range {}:{}:{}\n", name, describe(value),
+        out << fmt::format("{}{}, the range {}:{}:{}\n", headOf(name), describe(value),
                            shortNumber(bounds.start, kScalarDigits), shortNumber(bounds.step, kScalarDigits),
                            shortNumber(bounds.stop, kScalarDigits));
     } else if (value.isRange()) {

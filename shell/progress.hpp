@@ -1,4 +1,4 @@
-// How far a long reading has come.
+// How far a long reading or writing has come.
 #ifndef KXSH_PROGRESS_HPP
 #define KXSH_PROGRESS_HPP
 
@@ -12,15 +12,18 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace kxsh {
 
-/// A line that shows how far reading has come, on a terminal and for large files alone.
+/// A line that shows how far a file of `count` steps has come, on a terminal and for large files alone.
 class Progress
 {
   public:
-    Progress(const std::filesystem::path& path, std::size_t count)
-        : name_(path.filename().string()), count_(count), shown_(count > kWorthShowing && ::isatty(STDERR_FILENO) != 0)
+    Progress(std::string_view verb, const std::filesystem::path& path, std::size_t count)
+        : what_(fmt::format("{} {}", verb, path.filename().string())),
+          count_(count),
+          shown_(count > kWorthShowing && ::isatty(STDERR_FILENO) != 0)
     {
     }
     ~Progress()
@@ -32,7 +35,7 @@ class Progress
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Called for every entry; every so often shows the share done, and lets Ctrl-C through.
+    /// Called for every step; every so often shows the share done, and lets Ctrl-C through.
     void step(std::size_t done) const
     {
         if (done % kInterval != 0) {
@@ -40,14 +43,15 @@ class Progress
         }
         pollInterrupt();
         if (shown_) {
-            fmt::print(stderr, "\rreading {}: {}% of {} entries", name_, done * 100 / count_, count_);
+            fmt::print(stderr, "\r{}: {}%", what_, done * 100 / count_);
+            std::fflush(stderr);
         }
     }
 
   private:
     static constexpr std::size_t kWorthShowing = 3'000'000;
     static constexpr std::size_t kInterval = std::size_t{1} << 18;
-    std::string name_;
+    std::string what_;
     std::size_t count_;
     bool shown_;
 };

@@ -3,44 +3,47 @@
 #include "error.hpp"
 #include "files.hpp"
 #include "interrupt.hpp"
+#include "lexer.hpp"
 #include "parser.hpp"
 
 #include <fmt/format.h>
 
 namespace kxsh {
 
-void Runner::showError(std::string_view text, std::string_view identifier, std::size_t line, std::string_view source)
-{
-    out_.flush();
-    errors_ << fmt::format("error: {} ({})\n  at line {}: {}\n", text, identifier, line, source) << std::flush;
-}
-
 Runner::Outcome Runner::run(std::string_view source, std::size_t firstLine)
 {
-    std::vector<Statement> statements;
-    SourceLine place{1, {}};
+    std::size_t offset = 0;
+    std::string_view shown;
+    const auto show = [&](const ErrorReport& report) {
+        const SourcePlace place = placeOf(source, offset);
+        session_.out.flush();
+        errors_ << fmt::format("error: {} ({})\n  at line {}, column {}{}: {}\n", report.text, report.identifier,
+                               firstLine + place.line - 1, place.column,
+                               session_.script.empty() ? "" : " of " + session_.script.string(),
+                               shown.empty() ? place.text : shown)
+                << std::flush;
+    };
+    Block statements;
     const auto parseAll = [&] {
         try {
             statements = parse(source);
         } catch (const SyntaxError& error) {
-            place = lineAt(source, error.offset());
+            offset = error.offset();
             throw;
         }
     };
-    const auto showPlace = [&](const ErrorReport& report) {
-        showError(report.text, report.identifier, firstLine + place.number - 1, place.text);
-    };
-    if (!reportingErrors(parseAll, showPlace)) {
+    if (!reportingErrors(parseAll, show)) {
         return Outcome::kFailed;
     }
     for (const Statement& statement : statements) {
         bool goesOn = true;
-        const bool good = reportingErrors([&] { goesOn = interpreter_.run(statement); },
-                                          [&](const ErrorReport& report) {
-                                              showError(report.text, report.identifier, firstLine + statement.line - 1,
-                                                        statement.source);
-                                          });
-        if (!good) {
+        const auto carryOut = [&] { goesOn = interpreter_.run(statement); };
+        const auto showFault = [&](const ErrorReport& report) {
+            offset = interpreter_.fault().offset.value_or(statement.offset);
+            shown = interpreter_.fault().statement->source;
+            show(report);
+        };
+        if (!reportingErrors(carryOut, showFault)) {
             return Outcome::kFailed;
         }
         if (!goesOn) {
@@ -50,58 +53,42 @@ Runner::Outcome Runner::run(std::string_view source, std::size_t firstLine)
     return Outcome::kDone;
 }
 
-namespace {
-
-bool isIncomplete(std::string_view source)
-{
-    try {
-        parse(source);
-    } catch (const SyntaxError& error) {
-        return error.incomplete();
-    } catch (const std::exception&) {
-        return false; // met again, and shown, when the text is run
-    }
-    return false;
-}
-
-} // namespace
-
 bool Runner::runLines(LineSource& lines)
 {
     bool good = true;
     std::size_t lineNumber = 0;
     std::string line;
-    std::string pending; // the lines of a statement whose brackets are still open
+    std::string pending; // the lines of a statement that goes on
     std::size_t pendingLines = 0;
+    OpenEnds open;
     for (;;) {
         const LineSource::Event event = lines.next(line, !pending.empty());
         clearInterrupt();
-        if (event == LineSource::Event::kInterrupted) {
-            pending.clear();
-            pendingLines = 0;
-            continue;
-        }
         const bool ended = event == LineSource::Event::kEnd;
         if (ended && pending.empty()) {
             return good;
         }
-        if (!ended) {
+        if (event == LineSource::Event::kLine) {
             ++lineNumber;
             ++pendingLines;
             pending += line;
             pending += '\n';
+            open.add(line);
+            if (open.any()) {
+                continue;
+            }
         }
-        if (!ended && isIncomplete(pending)) {
-            continue;
-        }
-        const Outcome outcome = run(pending, lineNumber - pendingLines + 1);
-        out_.flush();
-        good = good && outcome != Outcome::kFailed;
-        if (outcome == Outcome::kQuit || ended) {
-            return good;
+        if (event != LineSource::Event::kInterrupted) {
+            const Outcome outcome = run(pending, lineNumber - pendingLines + 1);
+            session_.out.flush();
+            good = good && outcome != Outcome::kFailed;
+            if (outcome == Outcome::kQuit || ended) {
+                return good;
+            }
         }
         pending.clear();
         pendingLines = 0;
+        open = {};
     }
 }
 
@@ -115,7 +102,7 @@ Runner::Outcome runScript(Session& session, std::ostream& errors, const std::fil
     if (!read) {
         return Runner::Outcome::kFailed;
     }
-    session.scriptFolder = path.parent_path();
+    session.script = path;
     return Runner(session, errors).run(source);
 }
 

@@ -26,7 +26,7 @@ class LineSource
     LineSource(const LineSource&) = delete;
     LineSource& operator=(const LineSource&) = delete;
     virtual ~LineSource() = default;
-    /// Reads the next line into `line`; `continued` inside an open bracket.
+    /// Reads the next line into `line`; `continued` inside an open bracket or block.
     virtual Event next(std::string& line, bool continued) = 0;
 };
 
@@ -40,24 +40,22 @@ class Runner
         kFailed
     };
 
-    Runner(Session& session, std::ostream& errors) : interpreter_(session), out_(session.out), errors_(errors) {}
+    Runner(Session& session, std::ostream& errors) : session_(session), interpreter_(session), errors_(errors) {}
 
     /// Carries out a whole text. Nothing is done when it is no list of statements; the first error ends it. Errors are
-    /// shown with the line, counted from `firstLine`.
+    /// shown with script, line (counted from `firstLine`) and column.
     Outcome run(std::string_view source, std::size_t firstLine = 1);
 
     /// Carries out lines until they end or one quits; an error ends only its own line. Returns whether all went well.
     bool runLines(LineSource& lines);
 
   private:
-    void showError(std::string_view text, std::string_view identifier, std::size_t line, std::string_view source);
-
+    Session& session_;
     Interpreter interpreter_;
-    std::ostream& out_;
     std::ostream& errors_;
 };
 
-/// Runs a script file. Raises nothing: an unreadable file is shown as an error.
+/// Runs a script file, which may be a pipe. Raises nothing: an unreadable file is shown as an error.
 Runner::Outcome runScript(Session& session, std::ostream& errors, const std::filesystem::path& path);
 
 } // namespace kxsh

@@ -9,6 +9,7 @@
 #include <map>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace kxsh {
 
@@ -18,8 +19,12 @@ struct Session
 
     std::map<std::string, Value, std::less<>> variables;
     std::ostream& out;
-    std::filesystem::path scriptFolder; ///< where mmread also looks; empty without a script
+    std::filesystem::path script;       ///< the running script, as errors name it; empty without one
+    std::vector<std::string> arguments; ///< of the script
     unsigned width = 100;               ///< characters of a printed line
+    double ticked = 0;                  ///< the clock at the last tic
+    /// Shows a long text; null for printing it.
+    std::function<void(const std::string&)> page;
 };
 
 } // namespace kxsh

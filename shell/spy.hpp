@@ -65,11 +65,7 @@ constexpr int kLineHeight = 16; ///< units from one line of text to the next
 /// columns.
 Drawing drawPattern(const Value& matrix);
 
-/// Raise kxsh:file.
-void writeSvg(const std::filesystem::path& path, const Drawing& drawing);
-void writePng(const std::filesystem::path& path, const Drawing& drawing);
-
-/// drawPattern() into the format that the ending of the path names. Raises kxsh:arguments for other endings.
+/// drawPattern() as an .svg, .png or .pdf file. Raises kxsh:arguments for other endings, kxsh:file.
 void spyToFile(const Value& matrix, const std::filesystem::path& path);
 
 } // namespace kxsh

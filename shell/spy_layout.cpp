@@ -198,7 +198,8 @@ class Composer
     {
         const unsigned nnz = matrix_.entries();
         std::vector<std::string> lines = {fmt::format("{}-by-{}, nnz {}", matrix_.rows(), matrix_.columns(), nnz)};
-        if (rows_.bins < rows_.length || columns_.bins < columns_.length) {
+        const bool empty = rows_.length == 0 || columns_.length == 0;
+        if (!empty && (rows_.bins < rows_.length || columns_.bins < columns_.length)) {
             lines.push_back(fmt::format("each cell: about {}-by-{} elements",
                                         (rows_.length + rows_.bins - 1) / rows_.bins,
                                         (columns_.length + columns_.bins - 1) / columns_.bins));

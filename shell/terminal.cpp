@@ -10,6 +10,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -108,6 +109,22 @@ unsigned terminalWidth()
 {
     winsize size{};
     return ::isatty(STDOUT_FILENO) != 0 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void showByPages(const std::string& text)
+{
+    winsize size{};
+    const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    const bool fits = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || lines < size.ws_row;
+    const char* chosen = std::getenv("PAGER");
+    const std::string pager = chosen != nullptr && *chosen != '\0' ? chosen : "less || cat";
+    std::FILE* pipe = fits ? nullptr : ::popen(pager.c_str(), "w");
+    std::fputs(text.c_str(), pipe != nullptr ? pipe : stdout);
+    if (pipe != nullptr) {
+        ::pclose(pipe);
+    }
+    std::fflush(stdout);
+    clearInterrupt(); // Ctrl-C was for the pager
 }
 
 class Terminal::Editor

@@ -147,6 +147,15 @@ RangeBounds boundsOf(const Value& range)
     return {values[0], values[1], values[2]};
 }
 
+double valueAt(const RangeBounds& bounds, std::uint64_t index)
+{
+    if (index == 0) {
+        return bounds.start;
+    }
+    const double value = bounds.start + static_cast<double>(index) * bounds.step;
+    return bounds.step > 0 ? std::min(value, bounds.stop) : std::max(value, bounds.stop);
+}
+
 Value elementsOf(const Value& value)
 {
     return value.isRange() ? asFull(value) : value;
@@ -161,6 +170,30 @@ Value converted(const Value& value, kxClassID id)
 Value asFull(const Value& value)
 {
     return resultOf(value, kx::kxMustBeFull(value.get()));
+}
+
+unsigned entryCount(std::uint64_t count)
+{
+    if (count > kx::kxGetMaxNumberOfElements()) {
+        throw Error("kx:sizeLimit", std::to_string(count) + " entries are too many for one sparse array");
+    }
+    return static_cast<unsigned>(count);
+}
+
+void trimEntries(Value& sparse, unsigned count)
+{
+    kxArray* array = sparse.get();
+    if (count == array->nzmax) {
+        return;
+    }
+    const std::size_t room = std::max(count, 1U);
+    const std::size_t size = kx::kxGetElementSize(array);
+    array->ir = static_cast<unsigned*>(kx::kxRealloc(array->ir, room * sizeof(unsigned)));
+    array->pr = kx::kxRealloc(array->pr, room * size);
+    if (sparse.isComplex()) {
+        array->pi = kx::kxRealloc(array->pi, room * size);
+    }
+    array->nzmax = count;
 }
 
 Value asSparse(const Value& value)

@@ -101,12 +101,18 @@ struct RangeBounds
     double stop;
 };
 RangeBounds boundsOf(const Value& range);
+/// Value `index`, from 0, of a range: the same that elementsOf() gives there.
+double valueAt(const RangeBounds& bounds, std::uint64_t index);
 
 /// The value itself, or the elements of a lazy range as a full double row.
 Value elementsOf(const Value& value);
 /// Elements converted to another class, sparse staying sparse; a shared copy where nothing changes.
 Value converted(const Value& value, kxClassID id);
 Value asFull(const Value& value);
+/// A number of entries for one sparse array; raises kx:sizeLimit above the maximum number of elements.
+unsigned entryCount(std::uint64_t count);
+/// Gives up the room behind the first `count` entries of a sparse array that is not shared.
+void trimEntries(Value& sparse, unsigned count);
 Value asSparse(const Value& value);
 
 /// Calls f(std::type_identity<T>{}) with the element type of a class (bytes for logical, char16_t for char).

@@ -2,12 +2,16 @@
 // the variables as they were; variables stay sound, and nothing leaks. A line "#fail N" makes the N-th allocation of
 // what follows it fail. Texts that name a function of files are passed over, so that none can be touched.
 #include "functions.hpp"
+#include "interrupt.hpp"
 #include "parser.hpp"
 #include "runner.hpp"
 #include "shell/variables.hpp"
 #include "target.hpp"
 
+#include <sys/time.h>
+
 #include <algorithm>
+#include <csignal>
 #include <memory>
 #include <sstream>
 
@@ -24,10 +28,14 @@ bool namesFiles(std::string_view text)
     });
 }
 
+/// Whether an error in the text must leave all variables as they were: it is one statement without others in it.
 bool isOneStatement(const std::string& text)
 {
     try {
-        return kxsh::parse(text).size() == 1;
+        const kxsh::Block block = kxsh::parse(text);
+        return block.size() == 1 && !std::holds_alternative<kxsh::IfStatement>(block.front().action) &&
+               !std::holds_alternative<kxsh::ForStatement>(block.front().action) &&
+               !std::holds_alternative<kxsh::WhileStatement>(block.front().action);
     } catch (const std::exception&) {
         return false; // nothing of it is carried out then; the variables are looked at all the same
     }
@@ -90,6 +98,27 @@ class CheckedLines : public kxsh::LineSource
     long failing_ = -1;
 };
 
+/// Presses Ctrl-C every so often, so that every loop ends.
+class Impatience
+{
+  public:
+    Impatience()
+    {
+        std::signal(SIGVTALRM, [](int) { kxsh::raiseInterrupt(); });
+        set(100000);
+    }
+    ~Impatience() { set(0); }
+    Impatience(const Impatience&) = delete;
+    Impatience& operator=(const Impatience&) = delete;
+
+  private:
+    static void set(long microseconds)
+    {
+        const itimerval timer = {{0, microseconds}, {0, microseconds}};
+        ::setitimer(ITIMER_VIRTUAL, &timer, nullptr);
+    }
+};
+
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -101,6 +130,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const FuzzLimits limits;
     const LeakCheck leaks;
     {
+        const Impatience impatience;
         std::ostringstream out;
         std::ostringstream errors;
         kxsh::Session session(out);

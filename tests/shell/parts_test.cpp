@@ -10,35 +10,38 @@
 
 #include <algorithm>
 #include <map>
+#include <tuple>
 
 namespace kxsh::test {
 namespace {
 
 using zqsp::test::Model;
 
-/// Random lists against the model, with rows on both sides of the 16 bits by which they are counted.
+/// Random entries against the model, in few columns, many of them on one place.
 TEST(Assembly, SumsPlacesAndDropsZeros)
 {
     Sampler random(11);
-    for (const unsigned m : {1U, 7U, 65536U, 65537U, 4000000U}) {
+    for (const unsigned m : {1U, 7U, 4000000U}) {
         for (const bool complex : {false, true}) {
             const unsigned n = 1 + static_cast<unsigned>(random.below(6));
             Model expected = Model::empty({kxDOUBLE_CLASS, complex}, m, n);
-            Triplets triplets;
+            std::vector<std::tuple<unsigned, unsigned, zqsp::test::Value>> entries;
+            Assembly assembly(m, n, kxDOUBLE_CLASS, complex ? kxCOMPLEX : kxREAL);
             for (int k = 0; k < 500; ++k) {
-                const std::uint64_t rows = random.below(2) != 0 ? m : std::min(m, 5U);
-                const auto row = static_cast<unsigned>(random.below(rows));
+                const auto row = static_cast<unsigned>(random.below(random.below(2) != 0 ? m : std::min(m, 5U)));
                 const auto column = static_cast<unsigned>(random.below(n));
                 const auto part = [&random] { return static_cast<double>(random.below(3)) - 1; };
                 const zqsp::test::Value value(part(), complex ? part() : 0);
-                triplets.push(row, column, value.real());
-                if (complex) {
-                    triplets.im.push_back(value.imag());
-                }
+                entries.emplace_back(row, column, value);
+                assembly.count(column);
                 expected.entries[{column, row}] += value;
             }
+            assembly.startPlacing();
+            for (const auto& [row, column, value] : entries) {
+                assembly.place(row, column, value.real(), value.imag());
+            }
             std::erase_if(expected.entries, [](const auto& entry) { return entry.second == 0.0; });
-            EXPECT_EQ("", zqsp::test::diff(assemble(triplets, m, n).get(), expected.fit()));
+            EXPECT_EQ("", zqsp::test::diff(assembly.finish().get(), expected.fit()));
         }
     }
 }
@@ -88,7 +91,7 @@ TEST(Completion, NamesAndFiles)
     using Names = std::vector<std::string>;
     EXPECT_EQ(complete(shell.session(), "A = spr").candidates, (Names{"sprand", "spread"}));
     EXPECT_EQ(complete(shell.session(), "A = spr").common, "spr");
-    EXPECT_EQ(complete(shell.session(), "A(e").candidates, (Names{"end", "exit"}));
+    EXPECT_EQ(complete(shell.session(), "A(e").candidates, (Names{"else", "elseif", "end", "exit", "eye"}));
     EXPECT_EQ(complete(shell.session(), "mmr").common, "mmread");
     EXPECT_EQ(complete(shell.session(), "A' * spe").common, "speye");
     EXPECT_EQ(complete(shell.session(), "zzz").candidates, Names{});

@@ -13,6 +13,12 @@ endif()
 execute_process(COMMAND ${KXSH} ${SCRIPT} WORKING_DIRECTORY ${FOLDER}
                 OUTPUT_FILE output.txt ERROR_FILE errors.txt RESULT_VARIABLE status)
 
+# Errors name the script as it was called.
+file(READ ${FOLDER}/errors.txt errors)
+get_filename_component(name ${SCRIPT} NAME)
+string(REPLACE "${SCRIPT}" "${name}" errors "${errors}")
+file(WRITE ${FOLDER}/errors.txt "${errors}")
+
 function(compare what actual expected)
   execute_process(COMMAND diff -u ${expected} ${actual} OUTPUT_VARIABLE difference RESULT_VARIABLE differs)
   if(differs)

@@ -28,6 +28,7 @@ class AtTerminal
         if (child_ == 0) {
             ::setenv("XDG_STATE_HOME", (folder / "").c_str(), 1);
             ::setenv("TERM", "vt100", 1);
+            ::setenv("PAGER", "head -n 2; echo paged", 1);
             ::execl(KXSH_PROGRAM, "kxsh", static_cast<char*>(nullptr));
             ::_exit(127);
         }
@@ -111,6 +112,9 @@ TEST(Terminal, ContinuesCompletesAndRemembers)
         shell.type("mm\t\t");
         shell.await("mmread  mmwrite");
         shell.exchange("read('nowhere.mtx')\n", "cannot read nowhere.mtx");
+        shell.exchange("for k = 1:2\n", "", "..> ");
+        shell.exchange("k\nend\n", "k = 2");
+        shell.exchange("help\n", "paged");
         shell.exchange("print('remember', 1 + 1)\n", "remember 2");
         shell.type("quit\n");
         EXPECT_EQ(shell.wait(), 0) << "errors at the terminal are no failure of the program";
@@ -139,6 +143,13 @@ TEST(Terminal, ControlCStopsTheStatementNotTheShell)
     ::usleep(200000);
     shell.exchange(kControlC, "interrupted (kxsh:interrupted)");
     shell.exchange("print('still', x, y)\n", "still 5 6");
+    for (const std::string& endless : std::vector<std::string>{"while 1, end", "for k = 1:1e9 k; end"}) {
+        shell.type("print('be', 'gun'); " + endless + "\n");
+        shell.await("be gun");
+        const auto before = std::chrono::steady_clock::now();
+        shell.exchange(kControlC, "interrupted (kxsh:interrupted)");
+        EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2)) << endless;
+    }
     shell.type(kControlD);
     EXPECT_EQ(shell.wait(), 0);
 }

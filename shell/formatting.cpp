@@ -1,0 +1,182 @@
+#include "formatting.hpp"
+
+#include "error.hpp"
+#include "interrupt.hpp"
+#include "numbers.hpp"
+
+#include <fmt/format.h>
+
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace kxsh {
+
+namespace {
+
+/// Literal text, then a conversion such as "%5.2f"; the last piece may have none.
+struct Piece
+{
+    std::string text;
+    std::string flags; ///< '%', flags, width and precision
+    char conversion = 0;
+};
+
+char escaped(char c)
+{
+    switch (c) {
+    case 'n':
+        return '\n';
+    case 't':
+        return '\t';
+    case 'r':
+        return '\r';
+    case '\\':
+        return '\\';
+    default:
+        throw Error("kxsh:arguments", fmt::format("the format has an unknown escape '\\{}'", c));
+    }
+}
+
+std::vector<Piece> piecesOf(const std::string& format)
+{
+    std::vector<Piece> pieces(1);
+    for (std::size_t at = 0; at < format.size(); ++at) {
+        const char c = format[at];
+        const char next = at + 1 < format.size() ? format[at + 1] : '\0';
+        if (c == '\\') {
+            pieces.back().text += escaped(next);
+            ++at;
+        } else if (c != '%') {
+            pieces.back().text += c;
+        } else if (next == '%') {
+            pieces.back().text += '%';
+            ++at;
+        } else {
+            const std::size_t stop = format.find_first_not_of("+-0 #123456789.", at + 1);
+            constexpr std::size_t kLongest = 12;
+            if (stop == std::string::npos || stop - at > kLongest ||
+                std::string_view("diuxXocsfFeEgG").find(format[stop]) == std::string_view::npos) {
+                throw Error("kxsh:arguments", fmt::format("the format has an unknown conversion '{}'",
+                                                          format.substr(at, std::min(stop, at + kLongest) - at + 1)));
+            }
+            pieces.back().flags = format.substr(at, stop - at);
+            pieces.back().conversion = format[stop];
+            pieces.emplace_back();
+            at = stop;
+        }
+    }
+    return pieces;
+}
+
+/// The arguments, element by element; strings as they are until a conversion takes them by characters.
+class Elements
+{
+  public:
+    explicit Elements(std::span<const Value> arguments)
+    {
+        for (const Value& argument : arguments) {
+            values_.push_back(argument.isText() ? argument : asFull(converted(argument, kxDOUBLE_CLASS)));
+        }
+    }
+
+    /// Whether an element is left; empty arguments are passed over.
+    bool any()
+    {
+        while (at_ < values_.size() && element_ >= values_[at_].count()) {
+            ++at_;
+            element_ = 0;
+        }
+        return at_ < values_.size();
+    }
+    /// Whether the next element opens a string.
+    [[nodiscard]] bool atText() const { return values_[at_].isText() && element_ == 0; }
+    std::string takeText() { return textOf(values_[at_++]); }
+    double takeNumber()
+    {
+        const Value& value = values_[at_];
+        const std::size_t k = element_++;
+        return value.isText() ? value.data<char16_t>()[k] : value.data<double>()[k];
+    }
+
+  private:
+    std::vector<Value> values_;
+    std::size_t at_ = 0;
+    std::size_t element_ = 0;
+};
+
+template <typename T>
+std::string printed(const std::string& conversion, T value)
+{
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // checked by piecesOf()
+    const int length = std::snprintf(nullptr, 0, conversion.c_str(), value);
+    constexpr int kLongest = 1 << 16;
+    if (length < 0 || length > kLongest) {
+        throw Error("kxsh:arguments", fmt::format("the conversion '{}' is too wide", conversion));
+    }
+    std::string text(static_cast<std::size_t>(length) + 1, '\0');
+    std::snprintf(text.data(), text.size(), conversion.c_str(), value);
+#pragma GCC diagnostic pop
+    text.pop_back();
+    return text;
+}
+
+std::string withoutPrecision(const std::string& flags)
+{
+    return flags.substr(0, flags.find('.'));
+}
+
+std::string numberBy(const Piece& piece, double number)
+{
+    const std::string plain = withoutPrecision(piece.flags);
+    if (std::string_view("fFeEgG").find(piece.conversion) != std::string_view::npos && std::isfinite(number)) {
+        return printed(piece.flags + piece.conversion, number);
+    }
+    if (piece.conversion == 'c' && number >= 0 && number <= 0x10FFFF) {
+        return printed(plain + 's', utf8Of(std::u16string(1, static_cast<char16_t>(number))).c_str());
+    }
+    constexpr double kMostWhole = 0x1p62;
+    const bool whole = number == std::trunc(number) && std::abs(number) < kMostWhole;
+    if (!whole || piece.conversion == 's' || piece.conversion == 'c') {
+        std::string padding = plain;
+        std::erase(padding, '0');
+        return printed((plain.find('0') == 1 ? padding : plain) + 's', shortNumber(number, 6).c_str());
+    }
+    const bool isSigned = piece.conversion == 'd' || piece.conversion == 'i' || number < 0;
+    const std::string conversion = piece.flags + "ll" + (isSigned ? 'd' : piece.conversion);
+    return printed(conversion, static_cast<long long>(number));
+}
+
+} // namespace
+
+std::string formatted(const std::string& format, std::span<const Value> arguments)
+{
+    const std::vector<Piece> pieces = piecesOf(format);
+    Elements elements(arguments);
+    const bool given = elements.any();
+    const bool takes = pieces.size() > 1;
+    std::string text;
+    do {
+        pollInterrupt();
+        for (const Piece& piece : pieces) {
+            text += piece.text;
+            if (piece.conversion == 0) {
+                break;
+            }
+            if (!elements.any()) {
+                if (given) {
+                    return text;
+                }
+                continue; // without arguments, conversions are empty
+            }
+            text += piece.conversion == 's' && elements.atText()
+                        ? printed(piece.flags + 's', elements.takeText().c_str())
+                        : numberBy(piece, elements.takeNumber());
+        }
+    } while (takes && elements.any());
+    return text;
+}
+
+} // namespace kxsh
