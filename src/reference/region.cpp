@@ -73,28 +73,16 @@ Subscript fromTheEnd(const Subscript& subscript)
     return IndexList(std::move(indices), list.count(), Order::kAscending);
 }
 
-/// Rows that do not descend, and are not all.
-ArrayOwner gatherRows(const Columns& a, const Subscript& rows, const Subscript& columns, Capacity capacity)
-{
-    const auto* range = std::get_if<IndexRange>(&rows);
-    if (range != nullptr && (range->isRun() || range->count() == 0)) {
-        return gatherByInterval(a, *range, columns, capacity);
-    }
-    switch (chooseRowMethod(capacity, {entriesIn(a, columns), countOf(rows), a.m})) {
-    case RowMethod::kSearch:
-        return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
-    case RowMethod::kSift:
-        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
-    case RowMethod::kTable:
-        break;
-    }
-    return gatherByTable(a, rows, columns);
-}
-
 } // namespace
 
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
+    if (orderOf(rows) == Order::kDescending) {
+        // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
+        ArrayOwner result = gatherRegion(a, fromTheEnd(rows), columns);
+        turnRows(Columns(result.get()));
+        return result;
+    }
     if (selectsAll(rows, a.m)) {
         return gatherColumns(a, columns); // either rule gives the capacity that whole columns have
     }
@@ -105,13 +93,18 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     if (range != nullptr && k == 1 && columnRange != nullptr && columnRange->count() == 1) {
         return gatherElement(a, range->first, columnRange->first, capacity);
     }
-    if (orderOf(rows) != Order::kDescending) {
-        return gatherRows(a, rows, columns, capacity);
+    if (range != nullptr && (range->isRun() || k == 0)) {
+        return gatherByInterval(a, *range, columns, capacity);
     }
-    // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
-    ArrayOwner result = gatherRows(a, fromTheEnd(rows), columns, capacity);
-    turnRows(Columns(result.get()));
-    return result;
+    switch (chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, a.m})) {
+    case RowMethod::kSearch:
+        return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
+    case RowMethod::kSift:
+        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
+    case RowMethod::kTable:
+        break;
+    }
+    return gatherByTable(a, rows, columns);
 }
 
 } // namespace zqsp

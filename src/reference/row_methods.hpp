@@ -34,7 +34,7 @@ enum class RowMethod
 /// What the choice of a method looks at.
 struct RowCounts
 {
-    std::uint64_t entries; ///< of the visited columns
+    std::uint64_t entries; ///< of the visited columns, about
     unsigned selected;
     unsigned extent;
 };

@@ -18,14 +18,14 @@ void addTo(RowSet& set, unsigned extent, const LogicalMask& mask)
     }
 }
 
-} // namespace
-
 RowSet namedBy(const Subscript& subscript, unsigned extent)
 {
     RowSet set(extent);
     std::visit([&](const auto& form) { addTo(set, extent, form); }, subscript);
     return set;
 }
+
+} // namespace
 
 RowSet selectedOf(const Subscript& subscript, unsigned extent)
 {

@@ -7,10 +7,7 @@
 
 namespace zqsp {
 
-/// What a subscript selects, order and repeats gone, not yet ranked. O(extent / 32 + count).
-RowSet namedBy(const Subscript& subscript, unsigned extent);
-
-/// The same, ranked: what a subscript selects of the numbers below `extent`, order and repeats gone. Raises on
+/// What a subscript selects of the numbers below `extent`, order and repeats gone. Raises on
 /// exhausted memory. O(extent / 32 + count).
 RowSet selectedOf(const Subscript& subscript, unsigned extent);
 
