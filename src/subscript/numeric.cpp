@@ -182,14 +182,21 @@ Operand readableNumbers(const kxArray* subscript)
 std::optional<double> convertNumbers(const kxArray* numbers, const ValueRules& rules, Subscript& form)
 {
     const auto count = static_cast<unsigned>(elementsOf(numbers));
-    unsigned single = 0; // a single number needs no list
-    Block<unsigned> list = count == 1 ? Block<unsigned>() : Block<unsigned>::make(count);
-    unsigned* indices = count == 1 ? &single : list.get();
+    if (count == 1) { // needs no list
+        const double value = withNumbers(numbers, [](const auto* values) { return static_cast<double>(*values); });
+        if (!rules.accepts(value)) {
+            return value;
+        }
+        const unsigned index = static_cast<unsigned>(value) - 1;
+        form = IndexRange(index, index, 1, 1);
+        return std::nullopt;
+    }
+    auto list = Block<unsigned>::make(count);
     OrderWatch watch;
     const auto refused =
-        withNumbers(numbers, [&](const auto* values) { return storeAll(values, count, rules, indices, watch); });
+        withNumbers(numbers, [&](const auto* values) { return storeAll(values, count, rules, list.get(), watch); });
     if (!refused) {
-        form = count == 1 ? IndexRange(single, single, 1, 1) : simplestForm(std::move(list), count, watch);
+        form = simplestForm(std::move(list), count, watch);
     }
     return refused;
 }
