@@ -34,7 +34,8 @@ struct Loop
 
 Words draws(unsigned count, unsigned below)
 {
-    Random random(count + std::uint64_t{below});
+    static std::uint64_t seed = 0;
+    Random random(++seed);
     Words all(count);
     std::ranges::generate(all, [&] { return random.below(below); });
     return all;
