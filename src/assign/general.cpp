@@ -10,7 +10,6 @@
 #include <zqspmatrix.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace zqsp {
 
@@ -35,17 +34,11 @@ bool fits(unsigned& rowCount, unsigned& columnCount, const kxArray* B)
 spStatus convertScalarSubscript(const kxArray* subscript, unsigned& index)
 {
     const double value = kxGetScalar(subscript);
-    if (!std::isfinite(value)) {
-        return spIndexNotPositiveInteger;
+    const ValueRules rules = ValueRules::forElements();
+    if (!rules.accepts(value)) {
+        return rules.answerTo(value);
     }
-    const unsigned oneBased = kxCheckIndex(value);
-    if (value != static_cast<double>(oneBased)) {
-        return spIndexNotPositiveInteger;
-    }
-    if (oneBased == 0) {
-        return spIndexBelowOne;
-    }
-    index = oneBased - 1;
+    index = static_cast<unsigned>(value) - 1;
     return spOK;
 }
 
@@ -145,11 +138,11 @@ spStatus assign(kxArray* A, const kxArray* originalB, const kxArray* I, const kx
         return assignByScalarSubscripts(A, B.get(), I, J);
     }
     Subscript rows;
-    if (const spStatus status = convertForAssignment(I, rowsOf(A), rows); status != spOK) {
+    if (const spStatus status = convertSubscript(I, Extent::forAssignment(rowsOf(A)), rows); status != spOK) {
         return status;
     }
     Subscript columns;
-    if (const spStatus status = convertForAssignment(J, kxGetN(A), columns); status != spOK) {
+    if (const spStatus status = convertSubscript(J, Extent::forAssignment(kxGetN(A)), columns); status != spOK) {
         return status;
     }
     return assignConverted(A, B, std::move(rows), std::move(columns));
@@ -163,7 +156,7 @@ spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J
 {
     using namespace zqsp;
     checkOperands(A, B, I, J);
-    if (classOf(A) == kxUNKNOWN_CLASS && I->is_colon_index() && J->is_colon_index()) {
+    if (classOf(A) == kxUNKNOWN_CLASS && isColon(I) && isColon(J)) {
         // A target without a class takes B whole, whatever its shape.
         ArrayOwner copy(kxDuplicateArray(B));
         kxSetArrayScope(copy.get(), kxTEMPORARY_SCOPE);

@@ -38,7 +38,7 @@ bool extentFollowsB(const kxArray* A, const kxArray* B)
 spStatus assignColumns(kxArray* A, const kxArray* J, Operand& B)
 {
     Subscript form;
-    const spStatus status = convertForAssignment(J, kxGetN(A), form);
+    const spStatus status = convertSubscript(J, Extent::forAssignment(kxGetN(A)), form);
     if (status != spOK) {
         return status;
     }
@@ -64,7 +64,7 @@ spStatus assignColumns(kxArray* A, const kxArray* J, Operand& B)
 spStatus assignRows(kxArray* A, const kxArray* I, Operand& B)
 {
     Subscript form;
-    const spStatus status = convertForAssignment(I, rowsOf(A), form);
+    const spStatus status = convertSubscript(I, Extent::forAssignment(rowsOf(A)), form);
     if (status != spOK) {
         return status;
     }
@@ -99,7 +99,7 @@ spStatus prepareAndAssign(kxArray* A, const kxArray* originalB, const kxArray* s
     if (!kxIsScalar(B.get())) {
         B.become(kxMustBeSparse(B.get()));
     }
-    if (classOf(A) == kxUNKNOWN_CLASS && subscript->is_colon_index()) {
+    if (classOf(A) == kxUNKNOWN_CLASS && isColon(subscript)) {
         ArrayOwner copy(kxDuplicateArray(B.get()));
         kxSetArrayScope(copy.get(), kxTEMPORARY_SCOPE);
         copy.moveOnto(A);

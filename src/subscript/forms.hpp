@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <variant>
 
@@ -62,6 +63,16 @@ struct IndexRange
     [[nodiscard]] Order order() const { return stride < 0 ? Order::kDescending : Order::kAscending; }
     /// The same set in ascending order.
     [[nodiscard]] IndexRange ascending() const { return stride < 0 ? IndexRange(last, first, -stride, size) : *this; }
+    /// Of an ascending range, what lies below `limit`.
+    [[nodiscard]] IndexRange below(std::uint64_t limit) const
+    {
+        if (size == 0 || last < limit) {
+            return *this;
+        }
+        const auto step = static_cast<unsigned>(stride);
+        const unsigned count = first < limit ? (static_cast<unsigned>(limit) - 1 - first) / step + 1 : 0;
+        return {first, first + (count - 1) * step, stride, count};
+    }
     [[nodiscard]] unsigned highest() const { return stride < 0 ? first : last; }
     /// Whether the range is a run of neighbours in ascending order.
     [[nodiscard]] bool isRun() const { return stride == 1; }
@@ -91,6 +102,16 @@ class IndexList
     }
     /// Borrows `count` indices that outlive the list.
     IndexList(const unsigned* indices, unsigned count, Order order) : indices_(indices), count_(count), order_(order) {}
+
+    /// The indices in a block of one's own: the list's, which is not to be used any more, or a copy of a caller's.
+    [[nodiscard]] Block<unsigned> take()
+    {
+        if (!storage_) {
+            storage_ = Block<unsigned>::make(count_);
+            std::copy_n(indices_, count_, storage_.get());
+        }
+        return std::move(storage_);
+    }
 
     [[nodiscard]] unsigned count() const { return count_; }
     [[nodiscard]] Order order() const { return order_; }
@@ -156,17 +177,14 @@ struct SparseLogicalMask
 
     [[nodiscard]] unsigned count() const { return jc[n]; }
     [[nodiscard]] Order order() const { return Order::kAscending; }
-    /// 0 when nothing is selected.
-    [[nodiscard]] unsigned highest() const
+    /// 0 when nothing is selected. A mask that has not been converted may reach beyond 32 bits.
+    [[nodiscard]] std::uint64_t highest() const
     {
         if (count() == 0) {
             return 0;
         }
-        unsigned column = n - 1;
-        while (jc[column] >= count()) {
-            --column;
-        }
-        return column * m + ir[count() - 1];
+        const auto column = std::lower_bound(jc, jc + n, count()) - jc - 1; // the last that stores an entry
+        return static_cast<std::uint64_t>(column) * m + ir[count() - 1];
     }
 
     template <typename F>
@@ -194,12 +212,28 @@ inline unsigned countOf(const Subscript& subscript)
 /// 0 when nothing is selected.
 inline unsigned highestOf(const Subscript& subscript)
 {
-    return countOf(subscript) == 0 ? 0 : std::visit([](const auto& form) { return form.highest(); }, subscript);
+    const auto highest = [](const auto& form) { return static_cast<unsigned>(form.highest()); };
+    return countOf(subscript) == 0 ? 0 : std::visit(highest, subscript);
 }
 
 inline Order orderOf(const Subscript& subscript)
 {
     return std::visit([](const auto& form) { return form.order(); }, subscript);
+}
+
+/// The same, of a subscript that outlives it: nothing is copied.
+inline Subscript borrowed(const Subscript& subscript)
+{
+    if (const auto* list = std::get_if<IndexList>(&subscript)) {
+        return IndexList(list->begin(), list->count(), list->order());
+    }
+    if (const auto* range = std::get_if<IndexRange>(&subscript)) {
+        return *range;
+    }
+    if (const auto* mask = std::get_if<LogicalMask>(&subscript)) {
+        return *mask;
+    }
+    return std::get<SparseLogicalMask>(subscript);
 }
 
 /// Whether the subscript is the run 0, 1, ..., extent-1.

@@ -42,6 +42,12 @@ class RunWalk
     std::array<Run, kBuffer> buffer_;
 };
 
+/// The index that comes first, of a subscript that is not empty.
+inline unsigned firstOf(const Subscript& subscript)
+{
+    return RunWalk(subscript).next().front().first;
+}
+
 /// f(first, length) for every run of the subscript.
 template <typename F>
 [[gnu::always_inline]] inline void forEachRun(const Subscript& subscript, F&& f)

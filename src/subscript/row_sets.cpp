@@ -1,4 +1,4 @@
-#include "subscript/ranked.hpp"
+#include "subscript/row_sets.hpp"
 
 namespace zqsp {
 
@@ -18,7 +18,7 @@ void addTo(RowSet& set, unsigned extent, const LogicalMask& mask)
     }
 }
 
-RowSet unrankedOf(const Subscript& subscript, unsigned extent)
+RowSet namedBy(const Subscript& subscript, unsigned extent)
 {
     RowSet set(extent);
     std::visit([&](const auto& form) { addTo(set, extent, form); }, subscript);
@@ -29,14 +29,14 @@ RowSet unrankedOf(const Subscript& subscript, unsigned extent)
 
 RowSet selectedOf(const Subscript& subscript, unsigned extent)
 {
-    RowSet set = unrankedOf(subscript, extent);
+    RowSet set = namedBy(subscript, extent);
     set.rank();
     return set;
 }
 
 RowSet othersThan(const Subscript& subscript, unsigned extent)
 {
-    RowSet set = unrankedOf(subscript, extent);
+    RowSet set = namedBy(subscript, extent);
     set.rankOthers();
     return set;
 }
