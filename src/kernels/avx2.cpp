@@ -54,13 +54,16 @@ ZQSP_AVX2 void rankRows(unsigned* rows, unsigned count, unsigned* ranks)
 
 } // namespace
 
+/// Costs: as for the portable table, which has most of these loops, measured on the same processor. Rows of a column,
+/// ranked and sorted, in nanoseconds per entry: of 16 rows 3.0, 10; of 192 8.2, 25.
 const Kernels table = {
     .name = "avx2",
-    .costs = {.mostRanked = 16,
+    .costs = {.mostRanked = 192,
               .mostFewRows = 0,
-              .entriesPerDeleted = 0,
+              .entriesPerDeleted = 4,
               .intersectShortColumns = 1,
-              .intersectLongColumns = 4},
+              .intersectLongColumns = 2,
+              .positionsPerGallop = 2},
     .storeIndices = portable::storeIndices,
     .stepsTo = stepsTo,
     .countSelected = countSelected,

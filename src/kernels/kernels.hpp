@@ -87,10 +87,13 @@ struct Costs
     /// Listed positions are deleted entry by entry where one in so many entries, or more, is deleted; elsewhere the
     /// runs between them move whole.
     unsigned entriesPerDeleted;
-    /// intersect() serves ascending lists of which neither is so many times as long as the other. The first factor is
-    /// for entries in short columns, where each position is found quickly by itself; the other for long ones.
+    /// intersect() serves ascending positions where the entries are up to so many times as many: in short columns,
+    /// where each position is found quickly by itself, and in long ones.
     unsigned intersectShortColumns;
     unsigned intersectLongColumns;
+    /// It does where the positions are up to so many times as many as the entries; beyond, each entry gallops to its
+    /// place among them.
+    unsigned positionsPerGallop;
 };
 
 struct Kernels

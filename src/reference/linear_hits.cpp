@@ -161,7 +161,7 @@ bool intersectionIsCheaper(ColumnSpan span, unsigned count)
     const Costs& costs = kernels().costs;
     const bool columnsAreLong = span.entries / kLongColumn >= span.columns();
     const unsigned factor = columnsAreLong ? costs.intersectLongColumns : costs.intersectShortColumns;
-    return span.entries / factor <= count && count / costs.intersectLongColumns <= span.entries;
+    return span.entries / factor <= count && count / costs.positionsPerGallop <= span.entries;
 }
 
 /// Ascending positions by blocks of the entries that may be meant.
