@@ -1,16 +1,19 @@
 // zqsp_bench: measures the library, Eigen and plain copies on the same data.
 //
-//     zqsp_bench [--budget=SECONDS] [Google Benchmark's flags]
+//     zqsp_bench [--budget=SECONDS] [--kernels=TABLE] [Google Benchmark's flags]
 //     zqsp_bench --dump=FOLDER [--benchmark_filter=REGEX]     writes the operands for the SciPy side
 #include "contender.hpp"
 #include "dump.hpp"
+#include "kernels/tables.hpp"
 #include "suites.hpp"
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstring>
 #include <iostream>
 #include <regex>
+#include <stdexcept>
 
 namespace zqsp::bench {
 
@@ -49,6 +52,17 @@ const char* valueOf(const char* argument, const char* name)
     return std::strncmp(argument, name, length) == 0 ? argument + length : nullptr;
 }
 
+/// Makes the library use the table of this name.
+void useTable(const std::string& name)
+{
+    const auto tables = availableKernels();
+    const auto found = std::ranges::find_if(tables, [&](const Kernels* table) { return table->name == name; });
+    if (found == tables.end()) {
+        throw std::invalid_argument("this processor has no kernels '" + name + "'");
+    }
+    useKernels(**found);
+}
+
 int run(int count, char** arguments)
 {
     std::string filter = ".";
@@ -56,6 +70,8 @@ int run(int count, char** arguments)
     for (int a = 1; a < count; ++a) {
         if (const char* seconds = valueOf(arguments[a], "--budget=")) {
             setBudget(std::stod(seconds));
+        } else if (const char* table = valueOf(arguments[a], "--kernels=")) {
+            useTable(table);
         } else if (const char* path = valueOf(arguments[a], "--dump=")) {
             folder = path;
         } else if (const char* regex = valueOf(arguments[a], "--benchmark_filter=")) {

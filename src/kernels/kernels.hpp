@@ -2,7 +2,7 @@
 // outside this folder knows which processor is at hand.
 //
 // Every table gives the same results to the byte. A kernel reads and writes what its contract names and no more; where
-// whole registers may be read or written beyond that, the contract says how far. Rows and positions are 0-based.
+// whole registers may be written beyond that, the contract says how far. Rows and positions are 0-based.
 #ifndef ZQSP_KERNELS_KERNELS_HPP
 #define ZQSP_KERNELS_KERNELS_HPP
 
@@ -15,7 +15,7 @@
 
 namespace zqsp {
 
-/// Words that a kernel may write behind its results, or read behind its input, where its contract says so.
+/// Words, or entries, that a kernel may write behind its results where its contract says so.
 inline constexpr unsigned kKernelSlack = 16;
 
 /// The parallel arrays of stored entries. `pi` is null for real ones. Elements have 1, 2, 4 or 8 bytes.
@@ -41,10 +41,11 @@ struct DeletedList
 {
     const unsigned* positions;
     unsigned count;
-    unsigned passed = 0;
+    unsigned passed = 0; ///< a position that the last entry had may be among them or not
 };
 
-/// What an intersection found, and how far either list is settled: one of them to its end.
+/// What an intersection found, and how far either list is settled: one of them to its end. (How far the other one is
+/// may differ from table to table.)
 struct Common
 {
     unsigned count;
@@ -86,8 +87,8 @@ struct Costs
     /// Listed positions are deleted entry by entry where one in so many entries, or more, is deleted; elsewhere the
     /// runs between them move whole.
     unsigned entriesPerDeleted;
-    /// intersect() serves ascending lists of which neither is so many times as long as the other. The first factor is
-    /// for entries in short columns, where each position is found quickly by itself; the other for long ones.
+    /// intersect() serves ascending positions where the entries are up to so many times as many: in short columns,
+    /// where each position is found quickly by itself, and in long ones.
     unsigned intersectShortColumns;
     unsigned intersectLongColumns;
 };
@@ -101,7 +102,7 @@ struct Kernels
     /// is stored then is not meant to be used.
     bool (*storeIndices)(const double* values, unsigned count, double highest, unsigned* indices);
 
-    /// Of the steps that lead to each of `count` indices; the first has one before it.
+    /// Of the steps that lead to each of `count` indices; indices[-1] is read, too.
     Steps (*stepsTo)(const unsigned* indices, unsigned count, unsigned expected);
 
     /// How many of `count` rows are selected.
@@ -111,17 +112,19 @@ struct Kernels
     /// rows, to the entries `at` and behind of `to`: of other blocks, or of the same ones, `at` then being at or before
     /// the first of them. `to` is of the element size and complexity of `from`. ends[i] becomes the position behind the
     /// last one of column i; `ends` may be jc + 1. Returns the last of them.
-    /// Written: up to as many entries behind `at` as there are to choose from, within to.capacity.
+    /// Written: from `at` on, as many entries as there are to choose from, in other blocks kKernelSlack more, within
+    /// to.capacity.
     unsigned (*moveSelected)(const Entries& from, const unsigned* jc, unsigned columns, const RowChoice& choice,
                              const Entries& to, unsigned at, unsigned* ends);
 
     /// Deletes from the entries begin .. end-1, whose ir are ascending linear positions, those in the list, and moves
     /// the others to `kept`, which is at or before `begin`, and behind, lowered by the deleted positions before them.
-    /// The list goes on from block to block. Returns the end of what is kept. Written: up to `end`.
+    /// The list goes on from block to block, with the same table. Returns the end of what is kept. Written: from `kept`
+    /// up to `end`.
     unsigned (*closeUp)(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept);
 
-    /// ranks[i] = how many of `count` rows are below rows[i]. Rows are distinct. kKernelSlack words behind the rows are
-    /// overwritten.
+    /// ranks[i] = how many of `count` rows are below rows[i]. Rows are distinct. Written: the ranks, and kKernelSlack
+    /// words behind the rows.
     void (*rankRows)(unsigned* rows, unsigned count, unsigned* ranks);
 
     /// Of the entries begin .. end-1, those in rows of the set, which are also in `few` if that is not null: their
@@ -131,8 +134,9 @@ struct Kernels
                          unsigned* found);
 
     /// The numbers of a strictly ascending list that are in another ascending one, repeats included: number inFirst[i]
-    /// of the first list is number inSecond[i] of the second one, ascending in the second. Written: kKernelSlack words
-    /// behind the results at most.
+    /// of the first list is number inSecond[i] of the second one, ascending in the second. A search of what the result
+    /// leaves of the lists, and of what follows them, finds the others. Written: kKernelSlack words behind the results
+    /// at most.
     Common (*intersect)(const unsigned* first, unsigned firstCount, const unsigned* second, unsigned secondCount,
                         unsigned* inFirst, unsigned* inSecond);
 

@@ -1,3 +1,4 @@
+#include "kernels/plain_loops.hpp"
 #include "kernels/portable.hpp"
 
 #include <cstdint>
@@ -60,16 +61,7 @@ bool storeIndices(const double* values, unsigned count, double highest, unsigned
 
 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
 {
-    unsigned falls = 0;
-    unsigned rises = 0;
-    unsigned others = 0;
-    const unsigned* const before = indices - 1;
-    for (unsigned i = 0; i < count; ++i) {
-        falls |= indices[i] < before[i] ? 1U : 0U;
-        rises |= indices[i] > before[i] ? 1U : 0U;
-        others |= (indices[i] - before[i]) ^ expected;
-    }
-    return {falls != 0, rises != 0, others != 0};
+    return stepsLoop(indices, count, expected);
 }
 
 } // namespace zqsp::portable

@@ -1,3 +1,4 @@
+#include "kernels/plain_loops.hpp"
 #include "kernels/portable.hpp"
 #include "kernels/select_loop.hpp"
 
@@ -5,15 +6,7 @@ namespace zqsp::portable {
 
 unsigned countSelected(const unsigned* rows, unsigned count, const RowChoice& choice)
 {
-    return std::visit(
-        [=](auto known) {
-            unsigned selected = 0;
-            for (unsigned i = 0; i < count; ++i) {
-                selected += known.selects(rows[i]) ? 1U : 0U;
-            }
-            return selected;
-        },
-        choice);
+    return std::visit([=](auto known) { return countLoop(rows, count, known); }, choice);
 }
 
 unsigned moveSelected(const Entries& from, const unsigned* jc, unsigned columns, const RowChoice& choice,

@@ -1,0 +1,146 @@
+// Stands in for the compiler's header of this name: the intrinsics of 512 bits that src/kernels uses, emulated by SIMDe
+// or, where Debian's version of it lacks them, here. Nothing is loaded or stored in lanes that a mask leaves out.
+#ifndef ZQSP_TESTS_KERNELS_EMULATED_IMMINTRIN_H
+#define ZQSP_TESTS_KERNELS_EMULATED_IMMINTRIN_H
+
+#define SIMDE_ENABLE_NATIVE_ALIASES
+#include <simde/x86/avx512.h>
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+
+#define ZQSP_AVX512 // nothing to be allowed
+
+using __mmask8 = simde__mmask8;
+using __mmask16 = simde__mmask16;
+
+namespace zqsp::emulated {
+
+template <typename T, unsigned lanes = 16>
+using Lanes = std::array<T, lanes>;
+
+using Words = Lanes<std::uint32_t>;
+using Doubles = Lanes<double, 8>;
+
+/// Lanes that are not set stay `other`.
+template <typename L>
+L load(L other, unsigned lanes, const void* from)
+{
+    for (unsigned i = 0; i < other.size(); ++i) {
+        if ((lanes >> i & 1U) != 0) {
+            std::memcpy(&other[i], static_cast<const char*>(from) + i * sizeof other[i], sizeof other[i]);
+        }
+    }
+    return other;
+}
+
+template <typename L>
+void store(void* to, unsigned lanes, L values)
+{
+    for (unsigned i = 0; i < values.size(); ++i) {
+        if ((lanes >> i & 1U) != 0) {
+            std::memcpy(static_cast<char*>(to) + i * sizeof values[i], &values[i], sizeof values[i]);
+        }
+    }
+}
+
+template <typename Compare>
+__mmask16 compare(__mmask16 lanes, __m512i a, __m512i b, Compare holds)
+{
+    const auto mine = std::bit_cast<Words>(a);
+    const auto theirs = std::bit_cast<Words>(b);
+    unsigned result = 0;
+    for (unsigned i = 0; i < mine.size(); ++i) {
+        result |= (holds(mine[i], theirs[i]) ? 1U : 0U) << i;
+    }
+    return static_cast<__mmask16>(result & lanes);
+}
+
+/// Each lane by f.
+template <typename To, typename From, typename F>
+auto convert(From from, F f)
+{
+    Lanes<To, std::tuple_size_v<From>> to;
+    for (unsigned i = 0; i < from.size(); ++i) {
+        to[i] = f(from[i]);
+    }
+    return to;
+}
+
+/// The lowest word for what is not one.
+inline std::int32_t truncated(double value)
+{
+    return value > -2147483649.0 && value < 2147483648.0 ? static_cast<std::int32_t>(value) : INT32_MIN;
+}
+
+inline __mmask16 kand(__mmask16 a, __mmask16 b)
+{
+    return static_cast<__mmask16>(a & b);
+}
+inline __mmask16 kandn(__mmask16 a, __mmask16 b)
+{
+    return static_cast<__mmask16>(~a & b);
+}
+inline __mmask16 kor(__mmask16 a, __mmask16 b)
+{
+    return static_cast<__mmask16>(a | b);
+}
+
+inline __m512i loadWords(__mmask16 lanes, const void* from)
+{
+    return std::bit_cast<__m512i>(load(Words{}, lanes, from));
+}
+inline __m512d loadDoubles(__m512d other, __mmask8 lanes, const void* from)
+{
+    return std::bit_cast<__m512d>(load(std::bit_cast<Doubles>(other), lanes, from));
+}
+
+inline __m512d toDoubles(__m256i words)
+{
+    return std::bit_cast<__m512d>(
+        convert<double>(std::bit_cast<Lanes<std::int32_t, 8>>(words), [](std::int32_t w) { return double{1} * w; }));
+}
+inline __m256i truncated(__m512d values)
+{
+    return std::bit_cast<__m256i>(
+        convert<std::int32_t>(std::bit_cast<Doubles>(values), [](double value) { return truncated(value); }));
+}
+inline __m512i widened(__m128i bytes)
+{
+    return std::bit_cast<__m512i>(
+        convert<std::uint32_t>(std::bit_cast<Lanes<std::uint8_t>>(bytes), [](std::uint8_t b) { return b; }));
+}
+inline __m128i narrowed(__m512i words)
+{
+    return std::bit_cast<__m128i>(convert<std::uint8_t>(std::bit_cast<Words>(words),
+                                                        [](std::uint32_t w) { return static_cast<std::uint8_t>(w); }));
+}
+
+inline constexpr __mmask16 kAll = 0xFFFF;
+
+} // namespace zqsp::emulated
+
+#define _kand_mask16 zqsp::emulated::kand
+#define _kandn_mask16 zqsp::emulated::kandn
+#define _kor_mask16 zqsp::emulated::kor
+#define _mm512_maskz_loadu_epi32 zqsp::emulated::loadWords
+#define _mm512_mask_loadu_pd zqsp::emulated::loadDoubles
+#define _mm512_maskz_loadu_pd(lanes, from) zqsp::emulated::loadDoubles(_mm512_setzero_pd(), lanes, from)
+#define _mm512_mask_storeu_epi32(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Words>(a))
+#define _mm512_mask_storeu_pd(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Doubles>(a))
+#undef _mm512_mask_cmpge_epu32_mask // that version's takes four arguments
+#define _mm512_mask_cmpge_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::greater_equal<>())
+#define _mm512_mask_cmplt_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::less<>())
+#define _mm512_mask_cmpgt_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::greater<>())
+#define _mm512_mask_cmpneq_epi32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::not_equal_to<>())
+#define _mm512_cmplt_epu32_mask(a, b) _mm512_mask_cmplt_epu32_mask(zqsp::emulated::kAll, a, b)
+#define _mm512_cmpgt_epu32_mask(a, b) _mm512_mask_cmpgt_epu32_mask(zqsp::emulated::kAll, a, b)
+#define _mm512_cvtepi32_pd zqsp::emulated::toDoubles
+#define _mm512_cvttpd_epi32 zqsp::emulated::truncated
+#define _mm512_cvtepu8_epi32 zqsp::emulated::widened
+#define _mm512_cvtepi32_epi8 zqsp::emulated::narrowed
+
+#endif
