@@ -22,7 +22,7 @@ inline DeletionMethod chooseDeletion(const Subscript& form, unsigned entries, co
     const unsigned deleted = countOf(form);
     if (const auto* range = std::get_if<IndexRange>(&form)) {
         return !range->isRun() && entries / kEntriesPerBlock <= deleted ? DeletionMethod::kByEntries
-                                                                       : DeletionMethod::kByPositions;
+                                                                        : DeletionMethod::kByPositions;
     }
     if (std::holds_alternative<LogicalMask>(form)) {
         return entries < deleted ? DeletionMethod::kByEntries : DeletionMethod::kByPositions;
@@ -30,7 +30,7 @@ inline DeletionMethod chooseDeletion(const Subscript& form, unsigned entries, co
     const unsigned each = costs.entriesPerDeleted;
     const bool isList = std::holds_alternative<IndexList>(form);
     return isList && (deleted > entries || (each != 0 && deleted > entries / each)) ? DeletionMethod::kByKernel
-                                                                                   : DeletionMethod::kByPositions;
+                                                                                    : DeletionMethod::kByPositions;
 }
 
 /// Deletes strictly ascending positions. The rows of the entries that stay become their new positions. Returns their

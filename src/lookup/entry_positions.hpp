@@ -33,8 +33,8 @@ struct PositionSpan
     static unsigned placeOf(const Columns& a, unsigned column, std::uint64_t row)
     {
         const unsigned* const rows = a.ir;
-        return static_cast<unsigned>(
-            std::lower_bound(rows + a.jc[column], rows + a.jc[column + std::size_t{1}], row) - rows);
+        return static_cast<unsigned>(std::lower_bound(rows + a.jc[column], rows + a.jc[column + std::size_t{1}], row) -
+                                     rows);
     }
 };
 

@@ -1,8 +1,8 @@
 // A(K): finds the stored entries at the selected linear positions (a plan without values), then builds the result.
 #include "core/operand_check.hpp"
 #include "core/values.hpp"
-#include "reference/gather.hpp"
 #include "lookup/find_hits.hpp"
+#include "reference/gather.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>
