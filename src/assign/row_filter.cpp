@@ -1,6 +1,6 @@
 #include "assign/row_filter.hpp"
 
-#include "subscript/ranked.hpp"
+#include "subscript/row_sets.hpp"
 
 #include <bit>
 

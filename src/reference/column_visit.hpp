@@ -5,6 +5,8 @@
 #include "core/columns.hpp"
 #include "subscript/runs.hpp"
 
+#include <cstdint>
+
 namespace zqsp {
 
 /// What a visit is about to read of a column.
@@ -56,6 +58,31 @@ template <Reading reading = Reading::kEntries, typename F>
             f(runs[i].first, runs[i].length);
         }
     }
+}
+
+/// f(column, entries of it) for every column.
+template <typename F>
+[[gnu::always_inline]] inline void forEachColumn(const Columns& a, const Subscript& columns, F&& f)
+{
+    forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
+        for (unsigned i = 0; i < length; ++i) {
+            f(first + i, a.length(first + i));
+        }
+    });
+}
+
+/// The entries of the columns, each as often as it is visited.
+inline std::uint64_t entriesIn(const Columns& a, const Subscript& columns)
+{
+    std::uint64_t total = 0;
+    forEachRun(columns, [&](unsigned first, unsigned length) { total += a.jc[first + length] - a.jc[first]; });
+    return total;
+}
+
+/// About how many these are, without a walk.
+inline std::uint64_t expectedEntriesIn(const Columns& a, const Subscript& columns)
+{
+    return a.n == 0 ? 0 : std::uint64_t{a.nnz()} * countOf(columns) / a.n;
 }
 
 } // namespace zqsp

@@ -16,14 +16,14 @@ ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned nzmax);
 /// Cost: columns + entries written.
 ArrayOwner gatherColumns(const Columns& a, const Subscript& columns);
 
-/// Whether selecting `k` rows is done with a map from old to new rows (true) or by searching each column for each row
-/// (false). The rule is part of the interface, since it decides the capacity of the result: exact with a map, an upper
-/// bound with a search.
+/// Whether selecting `k` rows counts as done with a map from old to new rows (true) or as searching each column for
+/// each row (false). The rule is part of the interface, since it decides the capacity of the result: exact with a map,
+/// an upper bound with a search. (What is really done is gatherRegion()'s to choose.)
 bool useRowMap(const Columns& a, unsigned k);
 
 /// A(rows, columns). Rows come out sorted within each column, whatever the order and repeats of the subscripts.
-/// Cost: m + entries of the visited columns + entries written where useRowMap() holds, else, for each visited column,
-/// the shorter of its entries and the rows times the logarithm of the longer.
+/// Cost: entries of the visited columns + entries written (+ a pass over a set of all rows, where that is less), or,
+/// for each visited column, the shorter of its entries and the rows times the logarithm of the longer.
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns);
 
 } // namespace zqsp

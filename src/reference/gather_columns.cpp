@@ -12,9 +12,7 @@ ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned nzmax)
 
 ArrayOwner gatherColumns(const Columns& a, const Subscript& columns)
 {
-    std::uint64_t total = 0;
-    forEachRun(columns, [&](unsigned first, unsigned length) { total += a.jc[first + length] - a.jc[first]; });
-    ArrayOwner result = createLike(a, a.m, countOf(columns), checkedCount(total));
+    ArrayOwner result = createLike(a, a.m, countOf(columns), checkedCount(entriesIn(a, columns)));
     const Columns out(result.get());
 
     // Neighbouring columns are neighbours in ir, pr and pi as well: a run of columns moves as one block.

@@ -2,10 +2,9 @@
 #include "core/counts.hpp"
 #include "core/entry_moves.hpp"
 #include "core/search.hpp"
+#include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
-#include "subscript/ranked.hpp"
-#include "subscript/runs.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -26,25 +25,32 @@ bool useRowMap(const Columns& a, unsigned k)
     return a.m <= 10 * a.nnz() || a.m <= 10 * k;
 }
 
+RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
+{
+    constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
+    constexpr unsigned kRowsPerFew = 64;     // one row in so many: most entries are passed over
+    if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.selected) {
+        return RowMethod::kSearch;
+    }
+    return counts.selected < counts.extent / kRowsPerFew ? RowMethod::kSift : RowMethod::kTable;
+}
+
 unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, unsigned repeats)
 {
     std::uint64_t total = 0;
-    forEachRun(columns, [&](unsigned first, unsigned length) {
-        for (unsigned j = first; j < first + length; ++j) {
-            const std::uint64_t stored = a.length(j);
-            total += stored > 0 ? std::min<std::uint64_t>(stored + repeats, k) : 0;
-        }
+    forEachColumn(a, columns, [&](unsigned, unsigned length) {
+        total += length > 0 ? std::min<std::uint64_t>(std::uint64_t{length} + repeats, k) : 0;
     });
     return checkedCount(total);
 }
 
 namespace {
 
-/// A(i,j): one search; the walks over columns would cost more than what they find. `exact`: as for an interval.
-ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column, bool exact)
+/// A(i,j): one search; the walks over columns would cost more than what they find.
+ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column, Capacity capacity)
 {
     const Slot slot = findRow(a.ir, a.jc[column], a.jc[column + 1], row);
-    const bool hasRoom = exact ? slot.stored : a.length(column) > 0;
+    const bool hasRoom = capacity == Capacity::kExact ? slot.stored : a.length(column) > 0;
     ArrayOwner result = createLike(a, 1, 1, hasRoom ? 1 : 0);
     if (slot.stored) {
         const Columns out(result.get());
@@ -55,33 +61,50 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column, bool e
     return result;
 }
 
+/// What a descending subscript selects, from its end.
+Subscript fromTheEnd(const Subscript& subscript)
+{
+    if (const auto* range = std::get_if<IndexRange>(&subscript)) {
+        return range->ascending();
+    }
+    const auto& list = std::get<IndexList>(subscript); // masks ascend
+    auto indices = Block<unsigned>::make(list.count());
+    std::reverse_copy(list.begin(), list.end(), indices.get());
+    return IndexList(std::move(indices), list.count(), Order::kAscending);
+}
+
 } // namespace
 
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
+    if (orderOf(rows) == Order::kDescending) {
+        // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
+        ArrayOwner result = gatherRegion(a, fromTheEnd(rows), columns);
+        turnRows(Columns(result.get()));
+        return result;
+    }
     if (selectsAll(rows, a.m)) {
         return gatherColumns(a, columns); // either rule gives the capacity that whole columns have
     }
     const unsigned k = countOf(rows);
-    const bool exact = useRowMap(a, k);
+    const Capacity capacity = useRowMap(a, k) ? Capacity::kExact : Capacity::kSearched;
     const auto* range = std::get_if<IndexRange>(&rows);
     const auto* columnRange = std::get_if<IndexRange>(&columns);
     if (range != nullptr && k == 1 && columnRange != nullptr && columnRange->count() == 1) {
-        return gatherElement(a, range->first, columnRange->first, exact);
+        return gatherElement(a, range->first, columnRange->first, capacity);
     }
     if (range != nullptr && (range->isRun() || k == 0)) {
-        return gatherByInterval(a, *range, columns, exact);
+        return gatherByInterval(a, *range, columns, capacity);
     }
-    if (!exact) {
-        return gatherBySearch(a, rows, columns);
+    switch (chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, a.m})) {
+    case RowMethod::kSearch:
+        return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
+    case RowMethod::kSift:
+        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
+    case RowMethod::kTable:
+        break;
     }
-    constexpr unsigned kFew = 64; // one row in as many: most entries are passed over
-    if (k < a.m / kFew) {
-        return gatherFewByTable(a, rows, columns);
-    }
-    const RowSet selected = selectedOf(rows, a.m);
-    const bool ranked = orderOf(rows) == Order::kAscending && selected.count() == k;
-    return ranked ? gatherByRank(a, selected, columns) : gatherByMap(a, rows, selected, columns);
+    return gatherByTable(a, rows, columns);
 }
 
 } // namespace zqsp

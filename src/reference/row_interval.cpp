@@ -5,71 +5,71 @@
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
-#include "subscript/runs.hpp"
 
 namespace zqsp {
 
 namespace {
 
-/// Short columns are filtered entry by entry, longer ones are trimmed by bisection.
-bool areShort(const Columns& a, unsigned column, unsigned length)
+/// The one walk over columns: whole(column, length) for neighbours that are short, whose entries are to be looked at
+/// one by one; inside(begin, count) for each longer one, trimmed by bisection to the rows of the interval.
+template <typename Whole, typename Inside>
+[[gnu::always_inline]] inline void forEachInside(const Columns& a, RowInterval rows, const Subscript& columns,
+                                                 Whole&& whole, Inside&& inside)
 {
     constexpr std::uint64_t kShortColumn = 24;
-    return a.jc[column + length] - a.jc[column] <= length * kShortColumn;
-}
-
-/// The entries of the visited columns in rows first .. first+k-1.
-std::uint64_t countInInterval(const Columns& a, unsigned first, unsigned k, const Subscript& columns)
-{
-    std::uint64_t total = 0;
-    forEachRun(columns, [&](unsigned column, unsigned length) {
-        if (areShort(a, column, length)) {
-            total += countSelected(a, a.jc[column], a.jc[column + length], RowInterval{first, k});
+    forEachColumnRun(a, columns, [&](unsigned column, unsigned length) {
+        if (a.jc[column + length] - a.jc[column] <= length * kShortColumn) {
+            whole(column, length);
             return;
         }
         for (unsigned j = column; j < column + length; ++j) {
-            const unsigned begin = lowerBoundOfSame(a.ir, a.jc[j], a.jc[j + 1], first);
-            total += lowerBoundOfSame(a.ir, begin, a.jc[j + 1], first + k) - begin;
+            const unsigned begin = lowerBoundOfSame(a.ir, a.jc[j], a.jc[j + 1], rows.first);
+            inside(begin, lowerBoundOfSame(a.ir, begin, a.jc[j + 1], rows.first + rows.size) - begin);
         }
     });
-    return total;
+}
+
+unsigned countInside(const Columns& a, RowInterval rows, const Subscript& columns)
+{
+    std::uint64_t total = 0;
+    forEachInside(
+        a, rows, columns,
+        [&](unsigned column, unsigned length) { total += countSelected(a, a.jc[column], a.jc[column + length], rows); },
+        [&](unsigned, unsigned count) { total += count; });
+    return checkedCount(total);
 }
 
 } // namespace
 
-ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subscript& columns, bool exact)
+ArrayOwner gatherByInterval(const Columns& a, const IndexRange& range, const Subscript& columns, Capacity capacity)
 {
-    const unsigned first = rows.first;
-    const unsigned k = rows.count();
-    const unsigned capacity =
-        exact ? checkedCount(countInInterval(a, first, k, columns)) : searchCapacity(a, columns, k, 0);
-    ArrayOwner result = createLike(a, k, countOf(columns), capacity);
-    const Columns out(result.get());
-    if (capacity == 0) {
+    const RowInterval rows{range.first, range.count()};
+    const unsigned room =
+        capacity == Capacity::kExact ? countInside(a, rows, columns) : searchCapacity(a, columns, rows.size, 0);
+    ArrayOwner result = createLike(a, rows.size, countOf(columns), room);
+    if (room == 0) {
         return result;
     }
+    const Columns out(result.get());
     withStorage(a, [&](auto from) {
         const decltype(from) to(out);
         unsigned written = 0;
         unsigned* columnEnd = out.jc + 1;
-        forEachColumnRun(a, columns, [&](unsigned column, unsigned length) {
-            if (areShort(a, column, length)) {
-                written = moveSelected(a, column, length, RowInterval{first, k}, out, written, columnEnd);
+        forEachInside(
+            a, rows, columns,
+            [&](unsigned column, unsigned length) {
+                written = moveSelected(a, column, length, rows, out, written, columnEnd);
                 columnEnd += length;
-                return;
-            }
-            for (unsigned j = column; j < column + length; ++j) {
-                const unsigned begin = lowerBoundOfSame(a.ir, a.jc[j], a.jc[j + 1], first);
-                const unsigned inside = lowerBoundOfSame(a.ir, begin, a.jc[j + 1], first + k) - begin;
-                to.copyRun(written, from, begin, inside);
+            },
+            [&](unsigned begin, unsigned count) {
+                to.copyRun(written, from, begin, count);
                 unsigned* const ir = out.ir + written;
-                for (unsigned i = 0; i < inside; ++i) {
-                    ir[i] = a.ir[begin + i] - first;
+                for (unsigned i = 0; i < count; ++i) {
+                    ir[i] = a.ir[begin + i] - rows.first;
                 }
-                written += inside;
+                written += count;
                 *columnEnd++ = written;
-            }
-        });
+            });
     });
     return result;
 }

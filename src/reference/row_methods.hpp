@@ -1,44 +1,68 @@
 // The ways of taking rows out of columns. gatherRegion() chooses; each method lives in a file of its name.
+// Rows ascend or are in no order: what descends is gathered from its end, and turned round.
 #ifndef ZQSP_REFERENCE_ROW_METHODS_HPP
 #define ZQSP_REFERENCE_ROW_METHODS_HPP
 
 #include "core/columns.hpp"
 #include "core/owners.hpp"
-#include "core/row_set.hpp"
 #include "subscript/forms.hpp"
+#include "subscript/ordered.hpp"
 
 #include <cstdint>
 
 namespace zqsp {
 
-/// The capacity of a result whose rows are searched: for each visited column with stored entries, these and the
-/// `repeats` of the row list, but no more than the `k` rows of the result.
+/// The capacity of a result.
+enum class Capacity
+{
+    kExact,   ///< the entries it has
+    kSearched ///< searchCapacity(): an upper bound
+};
+
+/// For each visited column with stored entries, these and the `repeats` of the row list, but no more than the `k` rows
+/// of the result.
 unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, unsigned repeats);
 
-/// Neighbouring rows (an ascending run, or none): what a column holds of them is one block, found by two searches.
-/// `exact`: whether nzmax is the exact count or the capacity of a search. No workspace.
-ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subscript& columns, bool exact);
+/// The methods, by what they do with the rows.
+enum class RowMethod
+{
+    kSearch, ///< search each column for them, or them for each entry: whichever are fewer
+    kSift,   ///< pass over all entries, few of which lie in them
+    kTable   ///< look each entry up in a table
+};
 
-/// The entries of the visited columns that lie in `rows`, each as often as its column is visited. Neighbouring columns
-/// are counted as one, and no branch depends on what is selected.
-std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowSet& rows);
+/// What the choice of a method looks at.
+struct RowCounts
+{
+    std::uint64_t entries; ///< of the visited columns, about
+    unsigned selected;
+    unsigned extent;
+};
+RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts);
 
-/// Rows that ascend and do not repeat: the new row is the rank. nzmax is exact. No workspace.
-ArrayOwner gatherByRank(const Columns& a, const RowSet& rows, const Subscript& columns);
+/// Neighbouring rows (an ascending run, or none): what a column holds of them is one block, found by two searches. No
+/// workspace.
+ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subscript& columns, Capacity capacity);
 
-/// Rows looked up in a map from old to new rows; `selected` are those of the subscript. nzmax is exact. Workspace:
-/// m + 1 words, and the pairs of one column (and k words for repeated rows) where new rows have to be sorted.
-ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, const RowSet& selected, const Subscript& columns);
+/// Rows and the entries of each column merged by galloping along the longer of the two. Workspace: for an unsorted list
+/// two words for each row (four while it is sorted), for a mask one; nothing in proportion to m.
+ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity);
 
-/// The same for few rows of many: one pass over the entries with a table of one bit for each row, small enough for the
-/// nearest cache, finds all that will be written, and a search among the rows places it. nzmax is exact.
-/// Workspace: m bits, two words for each row of the subscript and each entry of the result.
-ArrayOwner gatherFewByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
+/// Few rows of many: one pass over the entries finds all that will be written, and a search among the rows places it.
+/// Workspace: m / 4 bytes, two words for each row of an unsorted list and each entry of the result.
+ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscript& columns);
 
-/// Rows and the entries of each column merged by galloping along the longer of the two. nzmax is an upper bound.
-/// Workspace: for an unsorted list two words for each of its rows (four while it is sorted), for a mask one; nothing in
-/// proportion to m.
-ArrayOwner gatherBySearch(const Columns& a, const Subscript& rows, const Subscript& columns);
+/// Each entry looked up in a table of the rows: where they ascend and do not repeat, a set of m / 4 bytes in which the
+/// new row is the rank; else a map from old to new rows.
+ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
+
+/// Puts the rows of an array into the opposite order.
+void turnRows(const Columns& a);
+
+/// The map: m + 1 words, and the pairs of one column (and k words for repeated rows) where new rows have to be sorted.
+/// `total`: the entries of the visited columns in selected rows. `repeats`: whether a row is named twice.
+ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, std::uint64_t total, bool repeats,
+                       const Subscript& columns);
 
 } // namespace zqsp
 

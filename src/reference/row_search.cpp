@@ -1,9 +1,10 @@
+#include "core/counts.hpp"
 #include "core/search.hpp"
+#include "core/sort.hpp"
 #include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
-#include "reference/sorted_rows.hpp"
 
 #include <algorithm>
 
@@ -11,17 +12,18 @@ namespace zqsp {
 
 namespace {
 
-/// hit(i, e) for every selected row i (of `rows`) that is stored in entry e of begin .. end-1, ascending in both. Two
-/// sorted lists are merged by galloping: the cost is the length of the shorter one times the logarithm of the steps in
-/// the longer, so neither many rows over short columns nor few rows over long ones cost a pass over the other side.
+/// hit(i, e) for every selected row i (of `count` in `rows`) that is stored in entry e of begin .. end-1, ascending in
+/// both. Two sorted lists are merged by galloping: the cost is the length of the shorter one times the logarithm of the
+/// steps in the longer, so neither many rows over short columns nor few rows over long ones cost a pass over the other
+/// side.
 template <typename Rows, typename F>
-void mergeHits(const Rows& rows, const unsigned* ir, unsigned begin, unsigned end, F&& hit)
+void mergeHits(const Rows& rows, unsigned count, const unsigned* ir, unsigned begin, unsigned end, F&& hit)
 {
     unsigned i = 0;
     unsigned e = begin;
-    while (e < end && i < rows.count()) {
+    while (e < end && i < count) {
         if (rows[i] < ir[e]) {
-            i = gallop(rows, i + 1, rows.count(), ir[e]);
+            i = gallop(rows, i + 1, count, ir[e]);
         } else if (rows[i] > ir[e]) {
             e = gallop(ir, e + 1, end, rows[i]);
         } else {
@@ -30,25 +32,40 @@ void mergeHits(const Rows& rows, const unsigned* ir, unsigned begin, unsigned en
     }
 }
 
-unsigned longestColumn(const Columns& a, const Subscript& columns)
+/// Selected rows equal to the one before; a list only can have some.
+unsigned countRepeats(const Subscript& rows)
 {
-    unsigned longest = 0;
-    forEachRun(columns, [&](unsigned first, unsigned length) {
-        for (unsigned j = first; j < first + length; ++j) {
-            longest = std::max(longest, a.length(j));
+    unsigned repeats = 0;
+    if (const auto* list = std::get_if<IndexList>(&rows)) {
+        for (unsigned i = 1; i < list->count(); ++i) {
+            repeats += (*list)[i] == (*list)[i - 1] ? 1U : 0U;
         }
-    });
-    return longest;
+    }
+    return repeats;
 }
 
-/// `ascending`: whether new rows ascend with the rows they come from, so that no column has to be sorted.
-template <typename Rows>
-ArrayOwner gather(const Columns& a, const Rows& rows, unsigned repeats, bool ascending, const Subscript& columns)
+/// The search with the rows by their numbers: `numbers` is what indexes them fastest.
+template <typename Numbers>
+ArrayOwner searchColumns(const Columns& a, const Ordered& rows, const Numbers& numbers, const Subscript& columns,
+                         Capacity capacity)
 {
     const unsigned k = rows.count();
-    ArrayOwner result = createLike(a, k, countOf(columns), searchCapacity(a, columns, k, repeats));
+    const unsigned repeats = countRepeats(rows.form());
+    const auto forEachHit = [&](unsigned j, auto&& hit) { mergeHits(numbers, k, a.ir, a.jc[j], a.jc[j + 1], hit); };
+    std::uint64_t total = 0;
+    unsigned longest = 0;
+    forEachColumn(a, columns, [&](unsigned j, unsigned length) {
+        longest = std::max(longest, length);
+        if (capacity == Capacity::kExact) {
+            forEachHit(j, [&total](unsigned, unsigned) { ++total; });
+        }
+    });
+    ArrayOwner result =
+        createLike(a, k, countOf(columns),
+                   capacity == Capacity::kExact ? checkedCount(total) : searchCapacity(a, columns, k, repeats));
     const Columns out(result.get());
-    const std::uint64_t mostHits = ascending ? 0 : std::uint64_t{longestColumn(a, columns)} + repeats;
+    const bool ascending = rows.sources() == nullptr; // new rows ascend with the rows they come from
+    const std::uint64_t mostHits = ascending ? 0 : std::uint64_t{longest} + repeats;
     const auto keyCount = static_cast<unsigned>(std::min<std::uint64_t>(mostHits, k));
     const auto keys = Block<Key>::make(keyCount);
     const KeySorter sorter(keyCount, k);
@@ -58,25 +75,22 @@ ArrayOwner gather(const Columns& a, const Rows& rows, unsigned repeats, bool asc
         unsigned* columnEnd = out.jc + 1;
         const auto put = [&](unsigned newRow, unsigned e) {
             out.ir[written] = newRow;
-            to.copy(written, from, e);
-            ++written;
+            to.copy(written++, from, e);
         };
-        forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
-            for (unsigned j = first; j < first + length; ++j) {
-                std::size_t count = 0;
-                mergeHits(rows, a.ir, a.jc[j], a.jc[j + 1], [&](unsigned i, unsigned e) {
-                    if (ascending) {
-                        put(rows.newRow(i), e);
-                    } else {
-                        keys[count++] = makeKey(rows.newRow(i), e);
-                    }
-                });
-                sorter.sort(keys.get(), count);
-                for (std::size_t i = 0; i < count; ++i) {
-                    put(majorOf(keys[i]), minorOf(keys[i]));
+        forEachColumn(a, columns, [&](unsigned j, unsigned) {
+            std::size_t count = 0;
+            forEachHit(j, [&](unsigned i, unsigned e) {
+                if (ascending) {
+                    put(i, e);
+                } else {
+                    keys[count++] = makeKey(rows.source(i), e);
                 }
-                *columnEnd++ = written;
+            });
+            sorter.sort(keys.get(), count);
+            for (std::size_t i = 0; i < count; ++i) {
+                put(majorOf(keys[i]), minorOf(keys[i]));
             }
+            *columnEnd++ = written;
         });
     });
     return result;
@@ -84,11 +98,11 @@ ArrayOwner gather(const Columns& a, const Rows& rows, unsigned repeats, bool asc
 
 } // namespace
 
-ArrayOwner gatherBySearch(const Columns& a, const Subscript& rows, const Subscript& columns)
+ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity)
 {
-    return withSortedRows(rows, a.m, [&](const auto& selected, bool ascending) {
-        return gather(a, selected, countRepeats(selected), ascending, columns);
-    });
+    const Numbers numbers(rows.form());
+    return numbers.list != nullptr ? searchColumns(a, rows, numbers.list, columns, capacity)
+                                   : searchColumns(a, rows, static_cast<const NumberView&>(numbers), columns, capacity);
 }
 
 } // namespace zqsp

@@ -177,17 +177,14 @@ struct SparseLogicalMask
 
     [[nodiscard]] unsigned count() const { return jc[n]; }
     [[nodiscard]] Order order() const { return Order::kAscending; }
-    /// 0 when nothing is selected.
-    [[nodiscard]] unsigned highest() const
+    /// 0 when nothing is selected. A mask that has not been converted may reach beyond 32 bits.
+    [[nodiscard]] std::uint64_t highest() const
     {
         if (count() == 0) {
             return 0;
         }
-        unsigned column = n - 1;
-        while (jc[column] >= count()) {
-            --column;
-        }
-        return column * m + ir[count() - 1];
+        const auto column = std::lower_bound(jc, jc + n, count()) - jc - 1; // the last that stores an entry
+        return static_cast<std::uint64_t>(column) * m + ir[count() - 1];
     }
 
     template <typename F>
@@ -215,12 +212,28 @@ inline unsigned countOf(const Subscript& subscript)
 /// 0 when nothing is selected.
 inline unsigned highestOf(const Subscript& subscript)
 {
-    return countOf(subscript) == 0 ? 0 : std::visit([](const auto& form) { return form.highest(); }, subscript);
+    const auto highest = [](const auto& form) { return static_cast<unsigned>(form.highest()); };
+    return countOf(subscript) == 0 ? 0 : std::visit(highest, subscript);
 }
 
 inline Order orderOf(const Subscript& subscript)
 {
     return std::visit([](const auto& form) { return form.order(); }, subscript);
+}
+
+/// The same, of a subscript that outlives it: nothing is copied.
+inline Subscript borrowed(const Subscript& subscript)
+{
+    if (const auto* list = std::get_if<IndexList>(&subscript)) {
+        return IndexList(list->begin(), list->count(), list->order());
+    }
+    if (const auto* range = std::get_if<IndexRange>(&subscript)) {
+        return *range;
+    }
+    if (const auto* mask = std::get_if<LogicalMask>(&subscript)) {
+        return *mask;
+    }
+    return std::get<SparseLogicalMask>(subscript);
 }
 
 /// Whether the subscript is the run 0, 1, ..., extent-1.

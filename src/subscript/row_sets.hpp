@@ -1,6 +1,6 @@
-// Converted subscripts as ranked sets.
-#ifndef ZQSP_SUBSCRIPT_RANKED_HPP
-#define ZQSP_SUBSCRIPT_RANKED_HPP
+// Converted subscripts as sets of rows.
+#ifndef ZQSP_SUBSCRIPT_ROW_SETS_HPP
+#define ZQSP_SUBSCRIPT_ROW_SETS_HPP
 
 #include "core/row_set.hpp"
 #include "subscript/forms.hpp"
@@ -9,8 +9,8 @@
 
 namespace zqsp {
 
-/// What a subscript selects of the numbers below `extent`, order and repeats gone. Raises on exhausted memory.
-/// O(extent / 32 + count).
+/// What a subscript selects of the numbers below `extent`, order and repeats gone. Raises on
+/// exhausted memory. O(extent / 32 + count).
 RowSet selectedOf(const Subscript& subscript, unsigned extent);
 
 /// All other numbers below `extent`.

@@ -1,4 +1,4 @@
-#include "subscript/ranked.hpp"
+#include "subscript/row_sets.hpp"
 
 namespace zqsp {
 

@@ -1,12 +1,12 @@
 #include "core/growing_list.hpp"
 #include "core/row_set.hpp"
 #include "core/search.hpp"
+#include "core/sort.hpp"
 #include "core/values.hpp"
 #include "kernels/kernels.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
-#include "reference/sorted_rows.hpp"
 
 #include <algorithm>
 #include <array>
@@ -20,11 +20,11 @@ class Sieve
 {
   public:
     /// `entries`: about so many are to be sifted. Raises on exhausted memory.
-    template <typename Rows>
-    Sieve(unsigned m, const Rows& rows, std::uint64_t entries)
-        : rows_(m), filters_(rows.count() <= kernels().costs.mostFewRows && entries >= kPaysForFilter)
+    template <typename Numbers>
+    Sieve(unsigned m, const Numbers& rows, unsigned count, std::uint64_t entries)
+        : rows_(m), filters_(count <= kernels().costs.mostFewRows && entries >= kPaysForFilter)
     {
-        for (unsigned i = 0; i < rows.count(); ++i) {
+        for (unsigned i = 0; i < count; ++i) {
             rows_.add(rows[i]);
             if (filters_) {
                 few_.add(rows[i]);
@@ -41,9 +41,7 @@ class Sieve
             size = std::min(kBlock, end - begin);
             const unsigned count =
                 kernels().siftRows(rows_.words(), filters_ ? &few_ : nullptr, ir, begin, begin + size, found.data());
-            for (unsigned i = 0; i < count; ++i) {
-                visit(found[i]);
-            }
+            std::for_each_n(found.begin(), count, visit);
         }
     }
 
@@ -56,17 +54,18 @@ class Sieve
     bool filters_;
 };
 
-template <typename Rows>
-ArrayOwner gather(const Columns& a, const Rows& rows, bool ascending, const Subscript& columns)
+template <typename Numbers>
+ArrayOwner siftColumns(const Columns& a, const Ordered& rows, const Numbers& numbers, const Subscript& columns)
 {
-    const Sieve sieve(a.m, rows, std::uint64_t{a.nnz()} * countOf(columns) / std::max(a.n, 1U));
+    const unsigned k = rows.count();
+    const Sieve sieve(a.m, numbers, k, expectedEntriesIn(a, columns));
     // What is found, column by column; the ends of the columns follow once the result is there to hold them.
     GrowingList<Key> found;
     const auto columnEnds = Block<unsigned>::make(countOf(columns));
     unsigned visited = 0;
     unsigned begin = 0; // what is found in the column at hand
     const auto finishColumn = [&] {
-        if (!ascending) {
+        if (rows.sources() != nullptr) {
             std::sort(found.data() + begin, found.data() + found.count());
         }
         begin = found.count();
@@ -79,15 +78,15 @@ ArrayOwner gather(const Columns& a, const Rows& rows, bool ascending, const Subs
             for (; a.jc[column + 1] <= e; ++column) {
                 finishColumn();
             }
-            for (unsigned i = lowerBound(rows, 0, rows.count(), a.ir[e]); i < rows.count() && rows[i] == a.ir[e]; ++i) {
-                found.add(makeKey(rows.newRow(i), e));
+            for (unsigned i = lowerBound(numbers, 0, k, a.ir[e]); i < k && numbers[i] == a.ir[e]; ++i) {
+                found.add(makeKey(rows.source(i), e));
             }
         });
         for (; column < first + length; ++column) {
             finishColumn();
         }
     });
-    ArrayOwner result = createLike(a, rows.count(), visited, found.count());
+    ArrayOwner result = createLike(a, k, visited, found.count());
     const Columns out(result.get());
     std::copy_n(columnEnds.get(), visited, out.jc + 1);
     withStorage(a, [&](auto from) {
@@ -103,10 +102,11 @@ ArrayOwner gather(const Columns& a, const Rows& rows, bool ascending, const Subs
 
 } // namespace
 
-ArrayOwner gatherFewByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
+ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscript& columns)
 {
-    return withSortedRows(
-        rows, a.m, [&](const auto& selected, bool ascending) { return gather(a, selected, ascending, columns); });
+    const Numbers numbers(rows.form());
+    return numbers.list != nullptr ? siftColumns(a, rows, numbers.list, columns)
+                                   : siftColumns(a, rows, static_cast<const NumberView&>(numbers), columns);
 }
 
 } // namespace zqsp
