@@ -24,9 +24,10 @@ function(zqsp_configure_target target)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
   if(ZQSP_SANITIZE)
-    target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-sanitize-recover=all
+    set(sanitizers $<IF:$<STREQUAL:${ZQSP_SANITIZE},thread>,thread,address$<COMMA>undefined>)
+    target_compile_options(${target} PRIVATE -fsanitize=${sanitizers} -fno-sanitize-recover=all
                                              -fno-omit-frame-pointer)
-    target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+    target_link_options(${target} PRIVATE -fsanitize=${sanitizers})
   elseif(ZQSP_HAVE_LTO)
     # The libraries hold the loops that matter; programs and tests would only link more slowly.
     get_target_property(type ${target} TYPE)

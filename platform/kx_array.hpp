@@ -216,6 +216,9 @@ KX_EXPORT void* kxReallocExCheck(void* block, std::size_t size);
 
 /// Raises the standard subscript error of this code.
 KX_EXPORT void kxHandleSubscriptError(kxSubscriptErrorCode code);
+/// May be missing. Every export hands its sparse operands to it before anything else; a runtime that checks them raises
+/// for one that breaks the promises of kxArray.
+[[gnu::weak]] KX_EXPORT void kxCheckOperand(const kxArray* array);
 /// Raises the runtime's own error for a user exception; may return where the runtime leaves that to the caller.
 KX_EXPORT void do_legacy_kx_error(const fl::except::IUserException& error);
 

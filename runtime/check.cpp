@@ -1,9 +1,30 @@
 // Whether a sparse array keeps its promises.
 #include "elements.hpp"
+#include "errors.hpp"
 #include "kx_runtime.hpp"
 #include "record.hpp"
 
+#include <atomic>
 #include <string>
+
+namespace kxrt {
+namespace {
+
+#ifdef ZQSP_CHECK_OPERANDS
+constexpr bool kChecksAtStart = true;
+#else
+constexpr bool kChecksAtStart = false;
+#endif
+constinit std::atomic<bool> checksOperands{kChecksAtStart};
+
+} // namespace
+
+bool check_operands(bool check)
+{
+    return checksOperands.exchange(check, std::memory_order_relaxed);
+}
+
+} // namespace kxrt
 
 namespace matrix::detail::noninlined::kx_array_api {
 
@@ -87,6 +108,17 @@ std::string kxCheckSparse(const kxArray* array)
         violation = checkColumnStarts(array, n);
     }
     return violation.empty() ? checkRows(array, m, n) : violation;
+}
+
+void kxCheckOperand(const kxArray* array)
+{
+    if (!checksOperands.load(std::memory_order_relaxed)) {
+        return;
+    }
+    const std::string violation = isSparse(array) ? kxCheckSparse(array) : std::string();
+    if (!violation.empty()) {
+        raiseInvalidOperand("A broken operand: " + violation + ".");
+    }
 }
 
 } // namespace matrix::detail::noninlined::kx_array_api

@@ -32,7 +32,14 @@ double exactCount(const Range& range)
 
 std::string rangeText(const Range& range)
 {
-    return std::to_string(range.start) + ":" + std::to_string(range.step) + ":" + std::to_string(range.stop);
+    return textOf(range.start) + ":" + textOf(range.step) + ":" + textOf(range.stop);
+}
+
+void requireValues(const kxArray* colonObject)
+{
+    if (colonObject->is_colon_index()) {
+        raiseInvalidOperand("The bare colon has no values of its own.");
+    }
 }
 
 /// Elements of `id` from the values, converted in pieces so that no second block is needed.
@@ -67,7 +74,7 @@ unsigned countOf(const Range& range)
     const double count = exactCount(range);
     const unsigned most = matrix::detail::noninlined::kx_array_api::kxGetMaxNumberOfElements();
     if (count > most) {
-        raiseSizeLimit("The range " + rangeText(range) + " has " + std::to_string(count) +
+        raiseSizeLimit("The range " + rangeText(range) + " has " + textOf(count) +
                        " values, above the largest number of elements, " + std::to_string(most) + ".");
     }
     return static_cast<unsigned>(count);
@@ -78,6 +85,12 @@ unsigned countSaturated(const Range& range)
     const unsigned most = matrix::detail::noninlined::kx_array_api::kxGetMaxNumberOfElements();
     const double count = exactCount(range);
     return count < most ? static_cast<unsigned>(count) : most;
+}
+
+double range_count(const kxArray* colonObject)
+{
+    requireValues(colonObject);
+    return exactCount(record(colonObject)->range);
 }
 
 double valueAt(const Range& range, unsigned index)
@@ -91,9 +104,7 @@ double valueAt(const Range& range, unsigned index)
 
 ArrayOwner valuesOf(const kxArray* colonObject, kxClassID id)
 {
-    if (colonObject->is_colon_index()) {
-        raiseInvalidOperand("The bare colon has no values of its own.");
-    }
+    requireValues(colonObject);
     return rangeValues(record(colonObject)->range, id);
 }
 

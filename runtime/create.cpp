@@ -12,14 +12,22 @@
 namespace kxrt {
 namespace {
 
+[[noreturn, gnu::cold, gnu::noinline]] void raiseNeverComplex()
+{
+    raiseInvalidOperand("Logical and char arrays cannot be complex.");
+}
+
 /// Checks class and complexity; the flag that arrays of the class carry.
 unsigned flagsFor(kxClassID id, kxComplexity complexity)
 {
     requireKnownClass(id);
-    if (complexity == kxCOMPLEX && !mayBeComplex(id)) {
-        raiseInvalidOperand("Logical and char arrays cannot be complex.");
+    if (mayBeComplex(id)) {
+        return kxFLAG_MAY_BE_COMPLEX;
     }
-    return mayBeComplex(id) ? kxFLAG_MAY_BE_COMPLEX : 0U;
+    if (complexity == kxCOMPLEX) {
+        raiseNeverComplex();
+    }
+    return 0;
 }
 
 using BlockMaker = void* (*)(std::size_t count, std::size_t size);

@@ -6,10 +6,10 @@
 
 #include <kx_array.hpp>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
 #include <type_traits>
 
 namespace kxrt {
@@ -20,8 +20,8 @@ struct Logical
     std::uint8_t byte;
 };
 
-/// Bytes per element; 0 for an unknown class.
-constexpr std::size_t elementSize(kxClassID id)
+namespace detail {
+constexpr unsigned char sizeInTable(unsigned id)
 {
     switch (id) {
     case kxLOGICAL_CLASS:
@@ -44,6 +44,21 @@ constexpr std::size_t elementSize(kxClassID id)
         return 0;
     }
 }
+constexpr unsigned kClasses = 16;
+constexpr auto kElementSizes = [] {
+    std::array<unsigned char, kClasses> sizes{};
+    for (unsigned id = 0; id < kClasses; ++id) {
+        sizes[id] = sizeInTable(id);
+    }
+    return sizes;
+}();
+} // namespace detail
+
+/// Bytes per element; 0 for an unknown class.
+constexpr std::size_t elementSize(kxClassID id)
+{
+    return id < detail::kClasses ? detail::kElementSizes[id] : 0;
+}
 
 constexpr bool isKnownClass(kxClassID id)
 {
@@ -59,7 +74,7 @@ constexpr bool mayBeComplex(kxClassID id)
 inline void requireKnownClass(kxClassID id)
 {
     if (!isKnownClass(id)) {
-        raiseInvalidOperand("There are no elements of class " + std::to_string(id) + ".");
+        raiseUnknownClass(id);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <fl_except.hpp>
 
 #include <atomic>
+#include <cstdio>
 #include <utility>
 
 namespace kxrt {
@@ -26,6 +27,13 @@ void legacy_errors_raise(bool raise)
     legacyErrorsRaise.store(raise, std::memory_order_relaxed);
 }
 
+std::string textOf(double number)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", number);
+    return text;
+}
+
 void raiseOutOfMemory(std::size_t bytes)
 {
     throw Error("kx:outOfMemory", "Out of memory: no block of " + std::to_string(bytes) + " bytes is to be had.");
@@ -39,6 +47,11 @@ void raiseSizeLimit(const std::string& what)
 void raiseInvalidOperand(const std::string& what)
 {
     throw Error("kx:invalidOperand", what);
+}
+
+void raiseUnknownClass(unsigned id)
+{
+    raiseInvalidOperand("There are no elements of class " + std::to_string(id) + ".");
 }
 
 } // namespace kxrt

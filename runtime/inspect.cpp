@@ -13,6 +13,11 @@ using namespace kxrt;
 
 namespace {
 
+[[noreturn, gnu::cold, gnu::noinline]] void raiseWithoutValue()
+{
+    raiseInvalidOperand("A value was asked of an array that has none.");
+}
+
 unsigned saturated(std::uint64_t value, unsigned most)
 {
     return value < most ? static_cast<unsigned>(value) : most;
@@ -22,12 +27,13 @@ unsigned saturated(std::uint64_t value, unsigned most)
 
 unsigned kxGetN(const kxArray* array)
 {
-    return saturated(productOf(dimensions(array).subspan(1)), std::numeric_limits<unsigned>::max());
+    const std::span<const unsigned> dims = dimensions(array);
+    return dims.size() == 2 ? dims[1] : saturated(productOf(dims.subspan(1)), std::numeric_limits<unsigned>::max());
 }
 
 unsigned kxGetNumberOfElements(const kxArray* array)
 {
-    return saturated(productOf(dimensions(array)), kxGetMaxNumberOfElements());
+    return saturated(elementsOf(array), kxGetMaxNumberOfElements());
 }
 
 unsigned kxGetNumNonZeroEl(const kxArray* array)
@@ -42,18 +48,22 @@ unsigned kxGetElementSize(const kxArray* array)
 
 bool kxIsEmpty(const kxArray* array)
 {
-    return productOf(dimensions(array)) == 0;
+    return elementsOf(array) == 0;
 }
 
 bool kxIsScalar(const kxArray* array)
 {
-    return productOf(dimensions(array)) == 1;
+    return elementsOf(array) == 1;
 }
 
 double kxGetScalar(const kxArray* array)
 {
+    const bool isPlain = (array->flags & (kxFLAG_SPARSE | kxFLAG_COLON_OBJECT)) == 0;
+    if (isPlain && array->class_id == kxDOUBLE_CLASS && elementsOf(array) != 0) {
+        return *static_cast<const double*>(array->pr);
+    }
     if (kxIsEmpty(array) || array->is_colon_index()) {
-        raiseInvalidOperand("A value was asked of an array that has none.");
+        raiseWithoutValue();
     }
     if (isColonObject(array)) {
         return record(array)->range.start;

@@ -24,7 +24,9 @@ KX_EXPORT kxArray* kxCreateEmptyLiteral();
 KX_EXPORT kxArray* kxCreateUnset();
 
 /// The first promise that a sparse array breaks ("entry 5 of column 2 lies in row 9 of 4"; entries 0-based, rows and
-/// columns 1-based); empty for a sound one. Cost: nnz + n.
+/// columns 1-based); empty for a sound one. For arrays filled with data from outside: the library itself trusts its
+/// operands, and reads and writes where broken ones point. Blocks must hold as many entries as nzmax says. Cost: nnz +
+/// n.
 KX_EXPORT std::string kxCheckSparse(const kxArray* array);
 
 } // namespace matrix::detail::noninlined::kx_array_api
@@ -37,12 +39,25 @@ KX_EXPORT std::size_t live_blocks();
 KX_EXPORT void fail_allocation_after(long n);
 /// Allocations and reallocations asked for so far.
 KX_EXPORT long allocations();
+/// The bytes asked for by those that were not refused at the door (by fail_allocation_after or set_largest_block).
+KX_EXPORT std::size_t bytes_requested();
+/// How often the system was asked for a fresh mapping; all other large blocks came out of those kept.
+KX_EXPORT long fresh_mappings();
+/// Gives back what is kept for later requests: large blocks, and the calling thread's small ones.
+KX_EXPORT void release_kept_blocks();
 /// A request for more bytes than that fails from now on; 2^36 at the start and at most.
 KX_EXPORT void set_largest_block(std::size_t bytes);
+/// How many values a colon object stands for. Its dimensions stop at the maximum number of elements; this does not (and
+/// may be infinite). Raises kx:invalidOperand for the bare colon.
+KX_EXPORT double range_count(const kxArray* colonObject);
 /// What kxGetMaxNumberOfElements() answers from now on; 0x7FFFFFFF at the start.
 KX_EXPORT void set_max_number_of_elements(unsigned limit);
 /// Whether do_legacy_kx_error throws (at the start it does) or returns.
 KX_EXPORT void legacy_errors_raise(bool raise);
+/// Whether every export checks its sparse operands by kxCheckSparse() and raises kx:invalidOperand for a broken one; at
+/// the start it does so in debug builds (-DZQSP_CHECK_OPERANDS). Returns what held before. Cost: nnz + n of each
+/// operand, in each call.
+KX_EXPORT bool check_operands(bool check);
 /// Makes the stored class id a value above 16, so that _get_class_id_non_trivial must be asked.
 KX_EXPORT void hide_class(kxArray* array);
 

@@ -1,7 +1,11 @@
 #include "large_blocks.hpp"
 
+#include "kx_runtime.hpp"
+
+#include <pthread.h>
 #include <sys/mman.h>
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <utility>
@@ -24,12 +28,28 @@ constexpr std::size_t mappedLength(std::size_t bytes)
     return roundUp(bytes, bytes >= kHugeMapping ? kHugePage : kPage);
 }
 
-std::size_t& lengthOf(std::byte* base)
+/// How a mapping begins.
+struct MappingHead
 {
-    return *reinterpret_cast<std::size_t*>(base);
+    std::size_t length;
+    std::byte* next; ///< of mappings about to be unmapped
+};
+
+MappingHead& headOf(std::byte* base)
+{
+    return *reinterpret_cast<MappingHead*>(base);
 }
 
-/// Mappings given back, oldest first. Bounded in number and in bytes.
+void unmapChain(std::byte* first) noexcept
+{
+    while (first != nullptr) {
+        std::byte* base = std::exchange(first, headOf(first).next);
+        munmap(base, headOf(base).length);
+    }
+}
+
+/// Mappings given back, oldest first. Bounded in bytes; the bound in number is one that programs hardly meet: calls in
+/// turns on a few matrices hold dozens of blocks, and where too few are kept each call evicts what the next one needs.
 class MappingCache
 {
   public:
@@ -51,19 +71,46 @@ class MappingCache
     /// Keeps the mapping, at the cost of the oldest ones; a mapping too long to be kept is unmapped.
     void put(std::byte* base) noexcept
     {
-        const std::size_t length = lengthOf(base);
-        if (length > kMostBytes) {
-            munmap(base, length);
-            return;
+        const std::size_t length = headOf(base).length;
+        std::byte* evicted = nullptr;
+        {
+            const std::lock_guard lock(mutex_);
+            if (length > mostBytes_) {
+                evicted = chain(base, evicted);
+            } else {
+                while (count_ == kSlots || bytes_ + length > mostBytes_) {
+                    evicted = chain(removeSlot(0), evicted);
+                }
+                slots_[count_++] = {base, length};
+                bytes_ += length;
+            }
         }
-        std::unique_lock lock(mutex_);
-        while (count_ == kSlots || bytes_ + length > kMostBytes) {
-            std::byte* oldest = removeSlot(0);
-            munmap(oldest, lengthOf(oldest));
-        }
-        slots_[count_++] = {base, length};
-        bytes_ += length;
+        unmapChain(evicted); // other threads need not wait for the system
     }
+
+    void unmapAll() noexcept
+    {
+        std::byte* all = nullptr;
+        {
+            const std::lock_guard lock(mutex_);
+            while (count_ != 0) {
+                all = chain(removeSlot(count_ - 1), all);
+            }
+        }
+        unmapChain(all);
+    }
+
+    /// Keeps nothing from now on.
+    void close() noexcept
+    {
+        {
+            const std::lock_guard lock(mutex_);
+            mostBytes_ = 0;
+        }
+        unmapAll();
+    }
+
+    std::mutex& mutex() noexcept { return mutex_; }
 
   private:
     struct Slot
@@ -72,8 +119,13 @@ class MappingCache
         std::size_t length;
     };
 
-    static constexpr std::size_t kSlots = 16;
-    static constexpr std::size_t kMostBytes = std::size_t{256} << 20;
+    static constexpr std::size_t kSlots = 128;
+
+    static std::byte* chain(std::byte* base, std::byte* next) noexcept
+    {
+        headOf(base).next = next;
+        return base;
+    }
 
     std::byte* removeSlot(std::size_t slot) noexcept
     {
@@ -90,9 +142,24 @@ class MappingCache
     Slot slots_[kSlots] = {};
     std::size_t count_ = 0;
     std::size_t bytes_ = 0;
+    std::size_t mostBytes_ = std::size_t{256} << 20;
 };
 
 constinit MappingCache cache;
+constinit std::atomic<long> freshMappings{0};
+
+/// A fork waits until no other thread is inside the cache, so that the child finds it whole and unlocked. Nothing is
+/// kept beyond the library's own life; blocks freed later than that go straight back to the system.
+struct CacheLife
+{
+    CacheLife()
+    {
+        const auto unlock = [] { cache.mutex().unlock(); };
+        pthread_atfork([] { cache.mutex().lock(); }, unlock, unlock);
+    }
+    ~CacheLife() { cache.close(); }
+};
+const CacheLife cacheLife;
 
 /// A fresh mapping, aligned to huge pages where it is long enough for them.
 std::byte* mapFresh(std::size_t length) noexcept
@@ -127,14 +194,15 @@ Mapping takeMapping(std::size_t bytes) noexcept
     }
     std::byte* base = mapFresh(length);
     if (base != nullptr) {
-        lengthOf(base) = length;
+        freshMappings.fetch_add(1, std::memory_order_relaxed);
+        headOf(base).length = length;
     }
     return {base, true};
 }
 
 std::byte* resizeMapping(std::byte* base, std::size_t bytes) noexcept
 {
-    const std::size_t have = lengthOf(base);
+    const std::size_t have = headOf(base).length;
     const std::size_t length = mappedLength(bytes);
     if (length <= have && length >= have / 2) {
         return base;
@@ -144,13 +212,23 @@ std::byte* resizeMapping(std::byte* base, std::size_t bytes) noexcept
         return nullptr;
     }
     auto* result = static_cast<std::byte*>(moved);
-    lengthOf(result) = length;
+    headOf(result).length = length;
     return result;
 }
 
 void dropMapping(std::byte* base) noexcept
 {
     cache.put(base);
+}
+
+void unmapKept() noexcept
+{
+    cache.unmapAll();
+}
+
+long fresh_mappings()
+{
+    return freshMappings.load(std::memory_order_relaxed);
 }
 
 } // namespace kxrt

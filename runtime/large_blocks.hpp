@@ -1,24 +1,12 @@
 // Mappings for large blocks.
 //
 // A fresh mapping costs a page fault for every page before the first byte is moved, which is often more than the work
-// done on it. Large blocks therefore lie in mappings of their own, the largest of which ask for huge pages, and a few
-// mappings given back are kept, dirty, for the next request of about their size.
+// done on it. Large blocks therefore lie in mappings of their own, the largest of which ask for huge pages, and
+// mappings given back are kept, dirty, for the next request of about their size: 256 MiB of them at most.
 #ifndef KX_LARGE_BLOCKS_HPP
 #define KX_LARGE_BLOCKS_HPP
 
 #include <cstddef>
-
-// Under AddressSanitizer every block comes from malloc, so that its use after release is seen.
-#if defined(__SANITIZE_ADDRESS__)
-#define KX_MAP_LARGE_BLOCKS 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KX_MAP_LARGE_BLOCKS 0
-#endif
-#endif
-#ifndef KX_MAP_LARGE_BLOCKS
-#define KX_MAP_LARGE_BLOCKS 1
-#endif
 
 namespace kxrt {
 
@@ -26,11 +14,11 @@ namespace kxrt {
 /// would fault it in again.
 constexpr std::size_t kLargeBlock = std::size_t{1} << 17;
 
-/// A mapping begins with its own length; its user leaves the first word alone.
+/// The first 16 bytes of a mapping are this file's own.
 struct Mapping
 {
     std::byte* base; ///< null on failure
-    bool zeroed;     ///< all bytes after the first word are 0
+    bool zeroed;     ///< all bytes after those are 0
 };
 
 /// A mapping of at least `bytes` bytes.
@@ -40,6 +28,8 @@ Mapping takeMapping(std::size_t bytes) noexcept;
 std::byte* resizeMapping(std::byte* base, std::size_t bytes) noexcept;
 /// Gives a mapping back.
 void dropMapping(std::byte* base) noexcept;
+/// Unmaps what is kept.
+void unmapKept() noexcept;
 
 } // namespace kxrt
 

@@ -57,15 +57,24 @@ unsigned kxCheckMN(unsigned a, unsigned b, unsigned c)
     return static_cast<unsigned>(product);
 }
 
+namespace {
+
+[[noreturn, gnu::cold, gnu::noinline]] void raiseAboveMaximum(double value, unsigned most)
+{
+    kxrt::raiseSizeLimit("The subscript " + kxrt::textOf(value) + " is above the largest number of elements, " +
+                         std::to_string(most) + ".");
+}
+
+} // namespace
+
 unsigned kxCheckIndex(double value)
 {
-    if (!std::isfinite(value) || value < 1) {
+    if (!(value >= 1) || value == std::numeric_limits<double>::infinity()) {
         return 0;
     }
     const unsigned most = kxGetMaxNumberOfElements();
     if (value > most) {
-        kxrt::raiseSizeLimit("The subscript " + std::to_string(value) + " is above the largest number of elements, " +
-                             std::to_string(most) + ".");
+        raiseAboveMaximum(value, most);
     }
     return static_cast<unsigned>(value);
 }

@@ -1,10 +1,12 @@
 // The allocator. Each block is preceded by a header of 16 bytes; the data that follows it is aligned to 16 bytes,
-// in a mapped block to 64.
+// in a mapped block to 64. Small blocks are heap blocks in a few sizes, of which each thread keeps some; large ones are
+// mappings.
 #include "memory.hpp"
 
 #include "errors.hpp"
 #include "kx_runtime.hpp"
 #include "large_blocks.hpp"
+#include "thread_memory.hpp"
 
 #include <algorithm>
 #include <atomic>
@@ -16,11 +18,10 @@
 namespace kxrt {
 namespace {
 
-struct BlockHeader
+struct alignas(16) BlockHeader
 {
-    std::size_t size;
+    std::size_t size; ///< tells the kind of block as well
     unsigned holders; ///< by atomic_ref only once the block is handed out
-    unsigned mapped;  ///< whether the block lies in a mapping of its own
 };
 static_assert(sizeof(BlockHeader) == 16);
 
@@ -31,8 +32,6 @@ constexpr std::size_t kLargestBlock = std::size_t{1} << 36;
 /// What an overflowing product of count and size is taken for.
 constexpr std::size_t kImpossibleSize = std::numeric_limits<std::size_t>::max();
 
-constinit std::atomic<std::size_t> liveBlocks{0};
-constinit std::atomic<long> requests{0};
 constinit std::atomic<long> requestsUntilFailure{-1};
 constinit std::atomic<std::size_t> largestBlock{kLargestBlock};
 
@@ -55,85 +54,153 @@ std::size_t product(std::size_t count, std::size_t size)
     return __builtin_mul_overflow(count, size, &bytes) ? kImpossibleSize : bytes;
 }
 
-/// Counts a request; whether it may be met.
-bool admit(std::size_t size) noexcept
+/// Whether the request must fail, and counts down to it.
+bool isToFail() noexcept
 {
-    requests.fetch_add(1, std::memory_order_relaxed);
-    const bool fails = requestsUntilFailure.load(std::memory_order_relaxed) > 0 &&
-                       requestsUntilFailure.fetch_sub(1, std::memory_order_relaxed) == 1;
-    return !fails && size <= largestBlock.load(std::memory_order_relaxed);
+    return requestsUntilFailure.load(std::memory_order_relaxed) > 0 &&
+           requestsUntilFailure.fetch_sub(1, std::memory_order_relaxed) == 1;
 }
 
-constexpr bool isMapped(std::size_t size)
+/// Counts a request; whether it may be met.
+bool admit(ThreadMemory* own, std::size_t size) noexcept
 {
-    return KX_MAP_LARGE_BLOCKS && size >= kLargeBlock;
+    ThreadMemory::add(own, Count::requests, 1);
+    if (isToFail() || size > largestBlock.load(std::memory_order_relaxed)) {
+        return false;
+    }
+    ThreadMemory::add(own, Count::bytesRequested, static_cast<std::int64_t>(size));
+    return true;
+}
+
+enum class Kind
+{
+    small,
+    plain,
+    mapped
+};
+
+constexpr Kind kindFor(std::size_t size)
+{
+    if (!kReusesBlocks) {
+        return Kind::plain;
+    }
+    if (size <= kLargestSmall - sizeof(BlockHeader)) {
+        return Kind::small;
+    }
+    return size >= kLargeBlock ? Kind::mapped : Kind::plain;
+}
+
+/// Of a small block.
+constexpr std::size_t classFor(std::size_t size)
+{
+    return smallClass(size + sizeof(BlockHeader));
+}
+
+/// The bytes of the heap block behind a block that is not mapped.
+constexpr std::size_t heapBytes(std::size_t size)
+{
+    return kindFor(size) == Kind::small ? smallClassBytes(classFor(size)) : size + sizeof(BlockHeader);
 }
 
 /// Writes the header in front of the data.
-void* furnish(BlockHeader* header, std::size_t size, bool mapped) noexcept
+void* furnish(void* raw, std::size_t size) noexcept
 {
-    *header = {size, 1, mapped ? 1U : 0U};
-    return header + 1;
+    return ::new (raw) BlockHeader{size, 1} + 1;
+}
+
+void* newMapped(std::size_t size, bool zeroed) noexcept
+{
+    const Mapping mapping = takeMapping(size + kMappingPrefix);
+    if (mapping.base == nullptr) {
+        return nullptr;
+    }
+    void* block = furnish(headerOf(mapping.base + kMappingPrefix), size);
+    if (zeroed && !mapping.zeroed) {
+        std::memset(block, 0, size);
+    }
+    return block;
+}
+
+void* newOnHeap(std::size_t size, bool zeroed) noexcept
+{
+    void* raw = zeroed ? std::calloc(1, heapBytes(size)) : std::malloc(heapBytes(size));
+    return raw == nullptr ? nullptr : furnish(raw, size);
 }
 
 /// A block of its own, not counted as a request; null on failure.
-void* newBlock(std::size_t size, bool zeroed) noexcept
+void* newBlock(ThreadMemory* own, std::size_t size, bool zeroed) noexcept
 {
-    void* block = nullptr;
-    if (isMapped(size)) {
-        const Mapping mapping = takeMapping(size + kMappingPrefix);
-        if (mapping.base == nullptr) {
-            return nullptr;
-        }
-        block = furnish(headerOf(mapping.base + kMappingPrefix), size, true);
-        if (zeroed && !mapping.zeroed) {
-            std::memset(block, 0, size);
-        }
-    } else {
-        const std::size_t bytes = size + sizeof(BlockHeader);
-        void* raw = zeroed ? std::calloc(1, bytes) : std::malloc(bytes);
-        if (raw == nullptr) {
-            return nullptr;
-        }
-        block = furnish(static_cast<BlockHeader*>(raw), size, false);
+    void* block = kindFor(size) == Kind::mapped ? newMapped(size, zeroed) : newOnHeap(size, zeroed);
+    if (block != nullptr) {
+        ThreadMemory::add(own, Count::liveBlocks, 1);
     }
-    liveBlocks.fetch_add(1, std::memory_order_relaxed);
     return block;
 }
 
 /// Resizes a block without other holders in its own kind of memory; null (block unchanged) on failure.
 void* resizeInKind(void* block, std::size_t size) noexcept
 {
-    if (headerOf(block)->mapped != 0) {
+    if (kindFor(size) == Kind::mapped) {
         std::byte* base = resizeMapping(mappingOf(block), size + kMappingPrefix);
-        return base == nullptr ? nullptr : furnish(headerOf(base + kMappingPrefix), size, true);
+        return base == nullptr ? nullptr : furnish(headerOf(base + kMappingPrefix), size);
     }
-    void* raw = std::realloc(headerOf(block), size + sizeof(BlockHeader));
-    return raw == nullptr ? nullptr : furnish(static_cast<BlockHeader*>(raw), size, false);
+    void* raw = std::realloc(headerOf(block), heapBytes(size));
+    return raw == nullptr ? nullptr : furnish(raw, size);
+}
+
+[[gnu::noinline]] void* allocateElsewhere(std::size_t size, bool zeroed) noexcept
+{
+    ThreadMemory* own = ThreadMemory::mine();
+    return admit(own, size) ? newBlock(own, size, zeroed) : nullptr;
 }
 
 void* tryAllocate(std::size_t size, bool zeroed) noexcept
 {
-    return admit(size) ? newBlock(size, zeroed) : nullptr;
+    // The common case in few instructions: a small block that this thread has kept, and nobody tests failures.
+    ThreadMemory* own = ThreadMemory::existing();
+    if (kindFor(size) != Kind::small || own == nullptr || requestsUntilFailure.load(std::memory_order_relaxed) > 0 ||
+        size > largestBlock.load(std::memory_order_relaxed)) {
+        return allocateElsewhere(size, zeroed);
+    }
+    void* raw = own->take(classFor(size));
+    if (raw == nullptr) {
+        return allocateElsewhere(size, zeroed);
+    }
+    own->add(Count::requests, 1);
+    own->add(Count::bytesRequested, static_cast<std::int64_t>(size));
+    own->add(Count::liveBlocks, 1);
+    void* block = furnish(raw, size);
+    return zeroed ? std::memset(block, 0, size) : block;
 }
 
 void* tryReallocate(void* block, std::size_t size) noexcept
 {
-    if (!admit(size)) {
+    ThreadMemory* own = ThreadMemory::mine();
+    if (!admit(own, size)) {
         return nullptr;
     }
     if (block == nullptr) {
-        return newBlock(size, false);
+        return newBlock(own, size, false);
     }
-    if (!isHeldByOthers(block) && (headerOf(block)->mapped != 0) == isMapped(size)) {
+    if (!isHeldByOthers(block) && kindFor(blockSize(block)) == kindFor(size)) {
         return resizeInKind(block, size);
     }
-    void* fresh = newBlock(size, false);
+    void* fresh = newBlock(own, size, false);
     if (fresh != nullptr) {
         std::memcpy(fresh, block, std::min(size, blockSize(block)));
         release(block);
     }
     return fresh;
+}
+
+[[gnu::noinline]] void releaseElsewhere(BlockHeader* header) noexcept
+{
+    ThreadMemory::add(ThreadMemory::mine(), Count::liveBlocks, -1);
+    if (kindFor(header->size) == Kind::mapped) {
+        dropMapping(mappingOf(header + 1));
+    } else {
+        std::free(header);
+    }
 }
 
 void* orRaise(void* block, std::size_t size)
@@ -148,11 +215,15 @@ void* orRaise(void* block, std::size_t size)
 
 std::size_t live_blocks()
 {
-    return liveBlocks.load(std::memory_order_relaxed);
+    return static_cast<std::size_t>(ThreadMemory::total(Count::liveBlocks));
 }
 long allocations()
 {
-    return requests.load(std::memory_order_relaxed);
+    return static_cast<long>(ThreadMemory::total(Count::requests));
+}
+std::size_t bytes_requested()
+{
+    return static_cast<std::size_t>(ThreadMemory::total(Count::bytesRequested));
 }
 void fail_allocation_after(long n)
 {
@@ -161,6 +232,13 @@ void fail_allocation_after(long n)
 void set_largest_block(std::size_t bytes)
 {
     largestBlock.store(std::min(bytes, kLargestBlock), std::memory_order_relaxed);
+}
+void release_kept_blocks()
+{
+    if (ThreadMemory* own = ThreadMemory::mine()) {
+        own->freeKept();
+    }
+    unmapKept();
 }
 
 void* allocate(std::size_t count, std::size_t size)
@@ -186,11 +264,12 @@ void release(void* block) noexcept
     if (holders.load(std::memory_order_acquire) != 1 && holders.fetch_sub(1, std::memory_order_acq_rel) != 1) {
         return;
     }
-    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
-    if (header->mapped != 0) {
-        dropMapping(mappingOf(block));
+    const std::size_t size = header->size;
+    ThreadMemory* own = ThreadMemory::existing();
+    if (kindFor(size) == Kind::small && own != nullptr && own->keep(header, classFor(size))) {
+        own->add(Count::liveBlocks, -1);
     } else {
-        std::free(header);
+        releaseElsewhere(header);
     }
 }
 

@@ -97,6 +97,10 @@ void kxSetM(kxArray* array, unsigned m)
 
 void kxSetN(kxArray* array, unsigned n)
 {
+    if (array->ndims == 2) {
+        record(array)->matrixDims[1] = n;
+        return;
+    }
     // With all dimensions but the first replaced by one, no block is needed for them, so this cannot fail.
     const unsigned dims[] = {rowsOf(array), n};
     storeDimensions(array, dims);

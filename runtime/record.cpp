@@ -40,11 +40,6 @@ std::uint64_t productOf(std::span<const unsigned> dims)
     return product;
 }
 
-std::size_t elementsOf(const kxArray* array)
-{
-    return productOf(dimensions(array));
-}
-
 void ArrayRelease::operator()(kxArray* array) const noexcept
 {
     freeContent(array);

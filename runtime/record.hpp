@@ -97,11 +97,14 @@ inline unsigned entriesOf(const kxArray* array)
 {
     return array->jc == nullptr ? 0 : array->jc[columnsOf(array)];
 }
-/// Number of elements of a full array, which fits memory and so 64 bits.
-std::size_t elementsOf(const kxArray* array);
-
 /// Product of dimensions, saturating at 64 bits; 0 when one of them is 0.
 std::uint64_t productOf(std::span<const unsigned> dims);
+/// The same of an array's dimensions. Of a full array it is the number of elements.
+inline std::uint64_t elementsOf(const kxArray* array)
+{
+    const std::span<const unsigned> dims = dimensions(array);
+    return dims.size() == 2 ? std::uint64_t{dims[0]} * dims[1] : productOf(dims);
+}
 
 struct ArrayRelease
 {

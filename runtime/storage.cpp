@@ -6,56 +6,175 @@
 #include "kx_runtime.hpp"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <numeric>
+#include <type_traits>
 
 namespace kxrt {
 namespace {
 
-/// Calls sink(row, position) for each non-zero element of the column that begins at `position`.
-template <typename T, typename Sink>
-void forEachNonZero(const kxArray* array, std::size_t position, Sink&& sink)
+/// The elements of a full matrix made entries, in two passes: one counts, the other fills blocks of the right size.
+/// Neither decides anything for a single element, whose being zero no processor can foresee.
+template <typename T, bool kComplex>
+class Compression
 {
-    const auto* re = static_cast<const T*>(array->pr);
-    const auto* im = isComplex(array) ? static_cast<const T*>(array->pi) : nullptr;
-    const unsigned m = rowsOf(array);
-    for (unsigned row = 0; row < m; ++row, ++position) {
-        if (isNonZero(re[position]) || (im != nullptr && isNonZero(im[position]))) {
-            sink(row, position);
+  public:
+    explicit Compression(const kxArray* full)
+        : re_(static_cast<const T*>(full->pr)),
+          im_(static_cast<const T*>(full->pi)),
+          rows_(rowsOf(full)),
+          columns_(columnsOf(full)),
+          entries_(count(0, std::size_t{rows_} * columns_))
+    {
+    }
+
+    [[nodiscard]] unsigned entries() const { return entries_; }
+
+    /// Into an array with room for the entries.
+    void fill(kxArray* made) const
+    {
+        if (rows_ == 1) {
+            fillRow(made);
+            return;
+        }
+        if (entries_ == std::size_t{rows_} * columns_) {
+            copyAll(made);
+            return;
+        }
+        unsigned entry = 0;
+        for (std::size_t column = 0; column < columns_; ++column) {
+            for (std::size_t row = 0; row < rows_; row += kPiece) {
+                const std::size_t length = std::min<std::size_t>(kPiece, rows_ - row);
+                entry = fillPiece(made, entry, column * rows_ + row, static_cast<unsigned>(row), length);
+            }
+            made->jc[column + 1] = entry;
         }
     }
-}
 
-template <typename T>
-unsigned countNonZeros(const kxArray* array)
-{
-    const auto* re = static_cast<const T*>(array->pr);
-    const auto* im = isComplex(array) ? static_cast<const T*>(array->pi) : re;
-    const std::size_t elements = elementsOf(array);
-    unsigned count = 0;
-    for (std::size_t i = 0; i < elements; ++i) {
-        count += unsigned{isNonZero(re[i])} | unsigned{isNonZero(im[i])};
+  private:
+    /// Short enough that a byte can count it.
+    static constexpr std::size_t kPiece = 128;
+    /// Where counting first, which may save the rest, costs more than the rest.
+    static constexpr std::size_t kShortPiece = 16;
+
+    /// 1 for an element that compares different from zero, else 0; in arithmetic that every processor does for several
+    /// elements at a time.
+    static auto nonZero(T value)
+    {
+        using Bits =
+            std::conditional_t<sizeof(T) == 1, std::uint8_t,
+                               std::conditional_t<sizeof(T) == 2, std::uint16_t,
+                                                  std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>>>;
+        auto bits = std::bit_cast<Bits>(value);
+        if constexpr (std::is_floating_point_v<T>) {
+            bits = static_cast<Bits>(bits << 1); // without the sign
+        }
+        return static_cast<Bits>(static_cast<Bits>(bits | (Bits{0} - bits)) >> (8 * sizeof(T) - 1));
     }
-    return count;
-}
+    [[nodiscard]] auto entriesAt(std::size_t position) const
+    {
+        auto entry = nonZero(re_[position]);
+        if constexpr (kComplex) {
+            entry |= nonZero(im_[position]);
+        }
+        return entry;
+    }
 
-template <typename T>
+    [[nodiscard]] unsigned count(std::size_t position, std::size_t length) const
+    {
+        unsigned count = 0;
+        for (const std::size_t end = position + length; position < end; position += kPiece) {
+            decltype(entriesAt(0)) inPiece = 0;
+            for (std::size_t i = position; i < std::min(position + kPiece, end); ++i) {
+                inPiece = static_cast<decltype(inPiece)>(inPiece + entriesAt(i));
+            }
+            count += static_cast<unsigned>(inPiece);
+        }
+        return count;
+    }
+
+    /// Columns of one element each.
+    void fillRow(kxArray* made) const
+    {
+        std::fill_n(made->ir, entries_, 0U);
+        unsigned* const jc = made->jc;
+        T* const re = static_cast<T*>(made->pr);
+        T* const im = static_cast<T*>(made->pi);
+        unsigned entry = 0;
+        for (std::size_t column = 0; column < columns_; ++column) {
+            if (entry != entries_) { // behind the last entry only zeros remain
+                re[entry] = re_[column];
+                if constexpr (kComplex) {
+                    im[entry] = im_[column];
+                }
+            }
+            entry += static_cast<unsigned>(entriesAt(column));
+            jc[column + 1] = entry;
+        }
+    }
+
+    /// Where no element is zero, the values are the entries already.
+    void copyAll(kxArray* made) const
+    {
+        copyElements(made->pr, re_, entries_, sizeof(T));
+        if constexpr (kComplex) {
+            copyElements(made->pi, im_, entries_, sizeof(T));
+        }
+        for (std::size_t column = 0; column < columns_; ++column) {
+            unsigned* rows = made->ir + column * rows_;
+            std::iota(rows, rows + rows_, 0U);
+            made->jc[column + 1] = static_cast<unsigned>((column + 1) * rows_);
+        }
+    }
+
+    /// Fills from `entry` with a piece of a column, and returns where the next piece goes on.
+    unsigned fillPiece(kxArray* made, unsigned entry, std::size_t position, unsigned row, std::size_t length) const
+    {
+        if (length > kShortPiece && count(position, length) == 0) {
+            return entry;
+        }
+        return entries_ - entry >= length ? writeAll<false>(made, entry, position, row, length)
+                                          : writeAll<true>(made, entry, position, row, length);
+    }
+
+    /// Writes every element, over the one before unless that was an entry. Near the end of the blocks: up to the last
+    /// entry, behind which are only zeros.
+    template <bool kNearEnd>
+    unsigned writeAll(kxArray* made, unsigned entry, std::size_t position, unsigned row, std::size_t length) const
+    {
+        unsigned* const ir = made->ir;
+        T* const re = static_cast<T*>(made->pr);
+        T* const im = static_cast<T*>(made->pi);
+        const T* const from = re_ + position;
+        for (std::size_t i = 0; i < length; ++i) {
+            if (kNearEnd && entry == entries_) {
+                break;
+            }
+            ir[entry] = row + static_cast<unsigned>(i);
+            re[entry] = from[i];
+            if constexpr (kComplex) {
+                im[entry] = im_[position + i];
+            }
+            entry += static_cast<unsigned>(entriesAt(position + i));
+        }
+        return entry;
+    }
+
+    const T* re_;
+    const T* im_;
+    unsigned rows_;
+    unsigned columns_;
+    unsigned entries_;
+};
+
+template <typename T, bool kComplex>
 ArrayOwner compress(const kxArray* array)
 {
-    const unsigned nzmax = std::max(countNonZeros<T>(array), 1U);
-    const std::size_t m = rowsOf(array);
-    const unsigned n = columnsOf(array);
-    ArrayOwner made = newSparse(rowsOf(array), n, nzmax, classOf(array), complexityOf(array));
-    unsigned entry = 0;
-    for (unsigned column = 0; column < n; ++column) {
-        forEachNonZero<T>(array, column * m, [&](unsigned row, std::size_t position) {
-            made->ir[entry] = row;
-            static_cast<T*>(made->pr)[entry] = static_cast<const T*>(array->pr)[position];
-            if (made->pi != nullptr) {
-                static_cast<T*>(made->pi)[entry] = static_cast<const T*>(array->pi)[position];
-            }
-            ++entry;
-        });
-        made->jc[column + 1] = entry;
-    }
+    const Compression<T, kComplex> compression(array);
+    const unsigned nzmax = std::max(compression.entries(), 1U);
+    ArrayOwner made = newSparse(rowsOf(array), columnsOf(array), nzmax, classOf(array), complexityOf(array));
+    compression.fill(made.get());
     return made;
 }
 
@@ -102,8 +221,9 @@ kxArray* kxMustBeSparse(const kxArray* array)
     }
     const ArrayOwner values = isColonObject(array) ? valuesOf(array, kxDOUBLE_CLASS) : nullptr;
     const kxArray* full = values != nullptr ? values.get() : array;
-    return withElementType(classOf(full),
-                           [full]<typename T>(std::type_identity<T>) { return compress<T>(full).release(); });
+    return withElementType(classOf(full), [full]<typename T>(std::type_identity<T>) {
+        return (isComplex(full) ? compress<T, true>(full) : compress<T, false>(full)).release();
+    });
 }
 
 kxArray* kxMustBeFull(const kxArray* array)

@@ -8,7 +8,6 @@
 #include <zqspmatrix.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace zqsp {
 
@@ -33,17 +32,11 @@ bool fits(unsigned& rowCount, unsigned& columnCount, const kxArray* B)
 spStatus convertScalarSubscript(const kxArray* subscript, unsigned& index)
 {
     const double value = kxGetScalar(subscript);
-    if (!std::isfinite(value)) {
-        return spIndexNotPositiveInteger;
+    const ValueRules rules = ValueRules::forElements();
+    if (!rules.accepts(value)) {
+        return rules.answerTo(value);
     }
-    const unsigned oneBased = kxCheckIndex(value);
-    if (value != static_cast<double>(oneBased)) {
-        return spIndexNotPositiveInteger;
-    }
-    if (oneBased == 0) {
-        return spIndexBelowOne;
-    }
-    index = oneBased - 1;
+    index = static_cast<unsigned>(value) - 1;
     return spOK;
 }
 
@@ -143,11 +136,11 @@ spStatus assign(Target& target, const kxArray* originalB, const kxArray* I, cons
         return assignByScalarSubscripts(target, B.get(), I, J);
     }
     Subscript rows;
-    if (const spStatus status = convertForAssignment(I, rowsOf(A), rows); status != spOK) {
+    if (const spStatus status = convertSubscript(I, Extent::forAssignment(rowsOf(A)), rows); status != spOK) {
         return status;
     }
     Subscript columns;
-    if (const spStatus status = convertForAssignment(J, kxGetN(A), columns); status != spOK) {
+    if (const spStatus status = convertSubscript(J, Extent::forAssignment(kxGetN(A)), columns); status != spOK) {
         return status;
     }
     return assignConverted(target, B, std::move(rows), std::move(columns));
@@ -161,7 +154,7 @@ spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J
 {
     using namespace zqsp;
     checkOperands(A, B, I, J);
-    if (classOf(A) == kxUNKNOWN_CLASS && I->is_colon_index() && J->is_colon_index()) {
+    if (classOf(A) == kxUNKNOWN_CLASS && isColon(I) && isColon(J)) {
         // A target without a class takes B whole, whatever its shape.
         replaceContent(A, ArrayOwner(kxDuplicateArray(B)));
         kxFreeImagIfZero(A);

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 namespace zqsp {
 
@@ -97,22 +98,16 @@ spStatus assignElements(Target& target, const kxArray* originalB, const kxArray*
     const kxClassID id = targetClass(A, originalB);
     Operand B(originalB);
     B.become(kxMustBe(originalB, id));
-    LinearIndices indices(K);
-    const unsigned count = indices.count();
-    const bool isScalar = elementsOf(B.get()) == 1;
-    if (!isScalar && elementsOf(B.get()) != count) {
-        return spIndexAssignCountMismatch;
-    }
     const unsigned m = rowsOf(A);
     const unsigned n = kxGetN(A);
-    if (m >= 2 && n >= 2 && indices.anyAbove(static_cast<double>(m) * n)) {
-        return spCannotResize;
-    }
+    const bool grows = m < 2 || n < 2;
+    const double elements = grows ? std::numeric_limits<double>::infinity() : static_cast<double>(m) * n;
     Subscript positions;
-    const spStatus status = indices.takePositions(positions);
-    if (status != spOK) {
+    if (const spStatus status = convertLinearIndices(K, elementsOf(B.get()), elements, positions); status != spOK) {
         return status;
     }
+    const unsigned count = countOf(positions);
+    const bool isScalar = elementsOf(B.get()) == 1;
     if (count == 0 && classOf(A) != kxUNKNOWN_CLASS) {
         return spOK;
     }
@@ -133,7 +128,7 @@ spStatus assignElements(Target& target, const kxArray* originalB, const kxArray*
 
 spStatus assignFullOrLinear(Target& target, const kxArray* B, const kxArray* K)
 {
-    return K->is_colon_index() ? assignColonFill(target, B) : assignElements(target, B, K);
+    return isColon(K) ? assignColonFill(target, B) : assignElements(target, B, K);
 }
 
 } // namespace

@@ -1,127 +1,114 @@
 #include "assign/linear_indices.hpp"
 
-#include <algorithm>
+#include "subscript/colon_range.hpp"
+
 #include <cmath>
-#include <utility>
 
 namespace zqsp {
 
 namespace {
 
-/// 1-based positions of what a mask selects. They are formed in 64 bits: a sparse mask may reach beyond 32.
-Block<double> maskPositions(const kxArray* K, SubscriptKind kind, unsigned& count)
+/// What comes before the values: a wrong number of elements, and a target that is too small.
+struct Demands
 {
-    unsigned written = 0;
-    if (kind == SubscriptKind::kMask) {
-        const auto* bytes = reinterpret_cast<const unsigned char*>(kxGetLogicals(K));
-        const auto length = static_cast<unsigned>(elementsOf(K));
-        count = countTrue(bytes, length);
-        auto values = Block<double>::make(count);
-        forEachTrue(bytes, length, [&](unsigned position) { values[written++] = position + 1.0; });
-        return values;
-    }
-    const unsigned m = rowsOf(K);
-    count = kxGetNumNonZeroEl(K);
-    auto values = Block<double>::make(count);
-    for (unsigned j = 0; j < kxGetN(K); ++j) {
-        for (unsigned e = K->jc[j]; e < K->jc[j + 1]; ++e) {
-            values[written++] = static_cast<double>(std::uint64_t{j} * m + K->ir[e]) + 1.0;
-        }
-    }
-    return values;
-}
+    std::uint64_t valueCount;
+    double elements;
 
-/// Raises the runtime's subscript error for a complex subscript, and for a sparse numeric one that holds zeros.
-void requireRealPositive(const kxArray* K, SubscriptKind kind)
+    [[nodiscard]] spStatus check(unsigned count, double highest) const
+    {
+        if (valueCount != 1 && valueCount != count) {
+            return spIndexAssignCountMismatch;
+        }
+        return count > 0 && highest > elements ? spCannotResize : spOK;
+    }
+};
+
+/// What is known of a subscript that is not valid.
+struct Refusal
 {
-    const bool holdsZeros = kind == SubscriptKind::kNumeric && isSparse(K) && kxGetNumNonZeroEl(K) < elementsOf(K);
-    if (holdsZeros || isComplex(K)) {
+    unsigned count;
+    double highest; ///< valid or not
+    double first;   ///< the first that is refused
+};
+
+void requireRealPositive(const kxArray* numbers)
+{
+    if (holdsZeros(numbers) || isComplex(numbers)) {
         kxHandleSubscriptError(kxSUBSCRIPT_NOT_POSITIVE_INTEGER);
     }
 }
 
-/// The highest number whose position every conversion gives alike.
-unsigned highestPlain()
+/// A mask reaches too far, perhaps beyond 32 bits.
+template <typename Mask>
+Refusal refusalOf(const Mask& mask)
 {
-    return std::min(kxGetMaxNumberOfElements(), 0x7FFFFFFFU);
+    const double highest = static_cast<double>(mask.highest()) + 1;
+    return {mask.count(), highest, highest};
+}
+
+std::optional<Refusal> fromNumbers(const kxArray* numbers, const ValueRules& rules, Subscript& positions)
+{
+    if (const auto refused = convertNumbers(numbers, rules, positions)) {
+        return Refusal{static_cast<unsigned>(elementsOf(numbers)), highestNumber(numbers), *refused};
+    }
+    return std::nullopt;
+}
+
+std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Subscript& positions)
+{
+    requireRealPositive(K);
+    Operand numbers(K);
+    if (isSparse(K)) {
+        numbers.become(kxMustBe(K, kxDOUBLE_CLASS));
+        requireRealPositive(numbers.get()); // a stored zero is gone by now
+    }
+    const Operand readable = readableNumbers(numbers.get());
+    return fromNumbers(readable.get(), rules, positions);
+}
+
+std::optional<Refusal> fromRange(const kxArray* K, const ValueRules& rules, const Demands& demands,
+                                 Subscript& positions)
+{
+    const ColonRange range(K);
+    const auto checkOf = [&](unsigned count) { return demands.check(count, range.highest(count)); };
+    const unsigned count = range.count();
+    const auto refused = range.firstRefused(rules);
+    if (refused && (range.isCounted() || checkOf(count) == checkOf(count + 1))) { // one more makes no difference
+        return Refusal{count, range.highest(count), *refused};
+    }
+    if (const auto indices = range.indices(); indices && !refused) {
+        positions = *indices;
+        return std::nullopt;
+    }
+    return fromNumbers(range.written().get(), rules, positions);
+}
+
+std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, const Demands& demands, Subscript& positions)
+{
+    const SubscriptKind kind = kindOf(K);
+    if (kind == SubscriptKind::kNumeric) {
+        return fromNumeric(K, rules, positions);
+    }
+    if (kind == SubscriptKind::kColonObject) {
+        return fromRange(K, rules, demands, positions);
+    }
+    if (convertSubscript(K, Extent::forReference(rules.limit), positions) == spOK) {
+        return std::nullopt;
+    }
+    return kind == SubscriptKind::kMask ? refusalOf(maskOf(K)) : refusalOf(sparseMaskOf(K));
 }
 
 } // namespace
 
-LinearIndices::LinearIndices(const kxArray* K) : converted_(K)
+spStatus convertLinearIndices(const kxArray* K, std::uint64_t valueCount, double elements, Subscript& positions)
 {
-    const SubscriptKind kind = kindOf(K);
-    requireRealPositive(K, kind);
-    if (convertAsReference(K, kind)) {
-        return;
-    }
-    if (kind == SubscriptKind::kMask || kind == SubscriptKind::kSparseMask) {
-        fromMask_ = maskPositions(K, kind, count_);
-        values_ = fromMask_.get();
-        return;
-    }
-    if (kind == SubscriptKind::kColonObject) {
-        const auto range = ColonValues(K).values;
-        converted_.become(kxColonop(range[0], range[1], range[2], kxDOUBLE_CLASS));
-    } else {
-        converted_.become(kxMustBe(K, kxDOUBLE_CLASS));
-        requireRealPositive(converted_.get(), kind); // a stored zero is gone by now
-    }
-    values_ = static_cast<const double*>(converted_->pr);
-    count_ = static_cast<unsigned>(elementsOf(converted_.get())); // a sparse one holds no zeros
-}
-
-/// Whether the conversion of all other exports accepts the subscript. Only what it refuses is looked at value by value:
-/// the answers to bad values, and to fractional ranges, are others here.
-bool LinearIndices::convertAsReference(const kxArray* K, SubscriptKind kind)
-{
-    if (kind == SubscriptKind::kColonObject && !ColonValues(K).areIntegral) {
-        return false;
-    }
-    areValid_ = convertSubscript(K, Extent::forReference(highestPlain()), positions_) == spOK;
-    if (areValid_) {
-        count_ = countOf(positions_);
-        highest_ = highestOf(positions_);
-    }
-    return areValid_;
-}
-
-bool LinearIndices::anyAbove(double limit) const
-{
-    if (areValid_) {
-        return count_ > 0 && highest_ + 1.0 > limit;
-    }
-    bool above = false;
-    for (unsigned t = 0; t < count_; ++t) {
-        above |= values_[t] > limit;
-    }
-    return above;
-}
-
-spStatus LinearIndices::takePositions(Subscript& positions)
-{
-    if (areValid_) {
-        positions = std::move(positions_);
-        return spOK;
-    }
-    auto list = Block<unsigned>::make(count_);
-    for (unsigned t = 0; t < count_; ++t) {
-        const double value = values_[t];
-        if (!std::isfinite(value)) {
-            return spIndexNotPositiveInteger;
-        }
-        const unsigned index = kxCheckIndex(value);
-        if (static_cast<double>(index) != value) {
-            return spIndexNotPositiveInteger;
-        }
-        if (index == 0) {
-            return spIndexBelowOne;
-        }
-        list[t] = index - 1;
-    }
-    const bool ascends = std::is_sorted(list.get(), list.get() + count_);
-    positions = IndexList(std::move(list), count_, ascends ? Order::kAscending : Order::kUnsorted);
-    return spOK;
+    const ValueRules rules = ValueRules::forElements();
+    const Demands demands{valueCount, elements};
+    const std::optional<Refusal> refusal = convert(K, rules, demands, positions);
+    const auto highest = [&] { return refusal ? refusal->highest : highestOf(positions) + 1.0; };
+    const spStatus status =
+        demands.check(refusal ? refusal->count : countOf(positions), std::isfinite(elements) ? highest() : 0);
+    return status == spOK && refusal ? rules.answerTo(refusal->first) : status;
 }
 
 } // namespace zqsp

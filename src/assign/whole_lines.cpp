@@ -36,7 +36,7 @@ spStatus assignColumns(Target& target, const kxArray* J, Operand& B)
 {
     const kxArray* const A = target.get();
     Subscript form;
-    const spStatus status = convertForAssignment(J, kxGetN(A), form);
+    const spStatus status = convertSubscript(J, Extent::forAssignment(kxGetN(A)), form);
     if (status != spOK) {
         return status;
     }
@@ -63,7 +63,7 @@ spStatus assignRows(Target& target, const kxArray* I, Operand& B)
 {
     const kxArray* const A = target.get();
     Subscript form;
-    const spStatus status = convertForAssignment(I, rowsOf(A), form);
+    const spStatus status = convertSubscript(I, Extent::forAssignment(rowsOf(A)), form);
     if (status != spOK) {
         return status;
     }
@@ -99,7 +99,7 @@ spStatus prepareAndAssign(Target& target, const kxArray* originalB, const kxArra
     if (!kxIsScalar(B.get())) {
         B.become(kxMustBeSparse(B.get()));
     }
-    if (classOf(A) == kxUNKNOWN_CLASS && subscript->is_colon_index()) {
+    if (classOf(A) == kxUNKNOWN_CLASS && isColon(subscript)) {
         target.become(ArrayOwner(kxDuplicateArray(B.get())));
         return spOK;
     }

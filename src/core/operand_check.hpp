@@ -1,33 +1,25 @@
-// Builds that check operands (ZQSP_CHECK_OPERANDS, on in debug builds) stop at the first export that is handed a sparse
-// array with broken invariants. Such an array is its maker's fault; a release build trusts it.
+// The door: a runtime may check the sparse operands of every call (kxCheckOperand). A broken one is its maker's fault,
+// and the library trusts what it is given.
 #ifndef ZQSP_CORE_OPERAND_CHECK_HPP
 #define ZQSP_CORE_OPERAND_CHECK_HPP
 
 #include "core/runtime.hpp"
 
-#ifdef ZQSP_CHECK_OPERANDS
-#include <kx_runtime.hpp>
-
-#include <cstdio>
-#include <cstdlib>
-#endif
-
 namespace zqsp {
 
-/// Aborts with the violation named, in builds that check operands.
+/// Raises what the runtime raises for a broken sparse operand, if it checks them at all.
 template <typename... Arrays>
-void checkOperands([[maybe_unused]] const Arrays*... arrays)
+void checkOperands(const Arrays*... arrays)
 {
-#ifdef ZQSP_CHECK_OPERANDS
+    if (kxCheckOperand == nullptr) {
+        return;
+    }
     const auto check = [](const kxArray* array) {
-        const std::string violation = isSparse(array) ? kxCheckSparse(array) : std::string();
-        if (!violation.empty()) {
-            std::fprintf(stderr, "zqspmatrix: broken operand: %s\n", violation.c_str());
-            std::abort();
+        if (isSparse(array)) {
+            kxCheckOperand(array);
         }
     };
     (check(arrays), ...);
-#endif
 }
 
 } // namespace zqsp

@@ -48,7 +48,6 @@ struct PlainValues
     {
         std::fill_n(pr + to, count, from.pr[source]);
     }
-    void reverse(std::size_t first, std::size_t count) const { std::reverse(pr + first, pr + first + count); }
     [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == T{}; }
 };
 
@@ -95,11 +94,6 @@ struct ComplexValues
         std::fill_n(pr + to, count, from.pr[source]);
         std::fill_n(pi + to, count, 0.0);
     }
-    void reverse(std::size_t first, std::size_t count) const
-    {
-        std::reverse(pr + first, pr + first + count);
-        std::reverse(pi + first, pi + first + count);
-    }
     [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == 0.0 && pi[at] == 0.0; }
 };
 
@@ -144,16 +138,6 @@ struct GenericValues
     {
         for (std::size_t i = 0; i < count; ++i) {
             copy(to + i, from, source);
-        }
-    }
-    void reverse(std::size_t first, std::size_t count) const
-    {
-        for (std::size_t low = first, high = first + count; low + 1 < high; ++low) {
-            --high;
-            std::swap_ranges(pr + low * size, pr + (low + 1) * size, pr + high * size);
-            if (pi != nullptr) {
-                std::swap_ranges(pi + low * size, pi + (low + 1) * size, pi + high * size);
-            }
         }
     }
     [[nodiscard]] bool isZero(std::size_t at) const

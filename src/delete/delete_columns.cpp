@@ -65,7 +65,7 @@ spStatus spDeleteColumns(kxArray* A, const kxArray* J)
 {
     using namespace zqsp;
     checkOperands(A, J);
-    if (J->is_colon_index()) {
+    if (isColon(J)) {
         becomeEmptySparse(A, rowsOf(A), 0, 1, classOf(A), kxREAL);
         return spOK;
     }

@@ -74,7 +74,7 @@ spStatus spDeleteElements(kxArray* A, const kxArray* K)
 {
     using namespace zqsp;
     checkOperands(A, K);
-    if (K->is_colon_index()) {
+    if (isColon(K)) {
         ArrayOwner(kxCreateEmptyCopy(A)).moveOnto(A);
         return spOK;
     }

@@ -1,14 +1,64 @@
 #include "core/operand_check.hpp"
 #include "core/row_selection.hpp"
+#include "core/search.hpp"
 #include "core/target.hpp"
+#include "kernels/select_loop.hpp"
 #include "subscript/convert.hpp"
+#include "subscript/ordered.hpp"
 #include "subscript/row_sets.hpp"
 
 #include <zqspmatrix.h>
 
+#include <utility>
+
 namespace zqsp {
 
 namespace {
+
+/// All rows but listed ones, each of which is searched for: for few entries in a high matrix.
+template <typename Numbers>
+struct UnlistedRows
+{
+    const Numbers& deleted; // strictly ascending
+    unsigned count;
+
+    [[nodiscard]] bool selects(unsigned row) const
+    {
+        const unsigned before = newRank(row);
+        return before == count || deleted[before] != row;
+    }
+    [[nodiscard]] unsigned newRow(unsigned row) const { return row - newRank(row); }
+
+  private:
+    [[nodiscard]] unsigned newRank(unsigned row) const { return lowerBound(deleted, 0, count, row); }
+};
+
+/// Whether a set of all rows costs more than a search for each entry.
+bool searchesRows(const Columns& a, unsigned deleted)
+{
+    constexpr unsigned kRowsPerEntry = 1024; // cleared in the time that the search for one entry takes
+    return a.m / kRowsPerEntry > std::uint64_t{a.nnz()} + deleted;
+}
+
+/// Removes the entries of some rows. Returns how many rows these are.
+unsigned removeRows(const Columns& a, Subscript rows)
+{
+    const auto* range = std::get_if<IndexRange>(&rows);
+    if (range != nullptr && range->ascending().isRun()) {
+        moveSelected(a, 0, a.n, RowGap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
+        return range->count();
+    }
+    if (!searchesRows(a, countOf(rows))) {
+        const RowSet kept = othersThan(rows, a.m);
+        moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
+        return a.m - kept.count();
+    }
+    const Ordered deleted(std::move(rows), Repeats::kNone);
+    const Numbers numbers(deleted.form());
+    const UnlistedRows<Numbers> kept{numbers, deleted.count()};
+    selectColumns(entriesOf(a), a.jc, a.n, kept, entriesOf(a), 0, a.jc + 1);
+    return deleted.count();
+}
 
 spStatus deleteRows(Target& target, const kxArray* I)
 {
@@ -19,15 +69,7 @@ spStatus deleteRows(Target& target, const kxArray* I)
     }
     kxArray* const A = target.own();
     const Columns a(A);
-    const auto* range = std::get_if<IndexRange>(&rows);
-    if (range != nullptr && range->ascending().isRun()) {
-        moveSelected(a, 0, a.n, RowGap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
-        kxSetM(A, a.m - range->count());
-        return spOK;
-    }
-    const RowSet kept = othersThan(rows, a.m);
-    moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
-    kxSetM(A, kept.count());
+    kxSetM(A, a.m - removeRows(a, std::move(rows)));
     return spOK;
 }
 
@@ -39,7 +81,7 @@ spStatus spDeleteRows(kxArray* A, const kxArray* I)
 {
     using namespace zqsp;
     checkOperands(A, I);
-    if (I->is_colon_index()) {
+    if (isColon(I)) {
         becomeEmptySparse(A, 0, kxGetN(A), 1, classOf(A), kxREAL);
         return spOK;
     }

@@ -79,6 +79,12 @@ inline std::uint64_t entriesIn(const Columns& a, const Subscript& columns)
     return total;
 }
 
+/// About how many these are, without a walk.
+inline std::uint64_t expectedEntriesIn(const Columns& a, const Subscript& columns)
+{
+    return a.n == 0 ? 0 : std::uint64_t{a.nnz()} * countOf(columns) / a.n;
+}
+
 } // namespace zqsp
 
 #endif

@@ -28,7 +28,7 @@ bool sameIndexData(const kxArray* a, const kxArray* b)
 spStatus spRef4(const kxArray* A, const kxArray* J, kxArray** result)
 {
     checkOperands(A, J);
-    if (J->is_colon_index()) {
+    if (isColon(J)) {
         return finish(ArrayOwner(kxDuplicateArray(A)), result);
     }
     const Columns a(A);
@@ -40,7 +40,7 @@ spStatus spRef4(const kxArray* A, const kxArray* J, kxArray** result)
 spStatus spRef5(const kxArray* A, const kxArray* I, kxArray** result)
 {
     checkOperands(A, I);
-    if (I->is_colon_index()) {
+    if (isColon(I)) {
         return finish(ArrayOwner(kxDuplicateArray(A)), result);
     }
     const Columns a(A);
@@ -52,7 +52,7 @@ spStatus spRef5(const kxArray* A, const kxArray* I, kxArray** result)
 spStatus spRef6(const kxArray* A, const kxArray* I, const kxArray* J, kxArray** result)
 {
     checkOperands(A, I, J);
-    if (I->is_colon_index()) {
+    if (isColon(I)) {
         return spRef4(A, J, result);
     }
     const Columns a(A);

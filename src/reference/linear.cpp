@@ -99,7 +99,7 @@ ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, const 
 /// two entry counts.
 spStatus referenceByLargeMask(const Columns& a, const kxArray* subscript, ArrayOwner& result)
 {
-    const SparseLogicalMask mask{subscript->ir, subscript->jc, rowsOf(subscript), kxGetN(subscript)};
+    const SparseLogicalMask mask = sparseMaskOf(subscript);
     const unsigned selected = mask.count();
     if (selected == 0 || kxCheckMN_nothrow(mask.m, mask.n, 1, nullptr)) {
         result = referenceConverted(a, subscript, mask);
@@ -121,7 +121,7 @@ spStatus spRef3(const kxArray* A, const kxArray* K, kxArray** result)
 {
     using namespace zqsp;
     checkOperands(A, K);
-    if (K->is_colon_index()) {
+    if (isColon(K)) {
         return spRef2(A, result);
     }
     const Columns a(A);

@@ -2,7 +2,6 @@
 #include "core/counts.hpp"
 #include "core/entry_moves.hpp"
 #include "core/search.hpp"
-#include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
@@ -28,8 +27,8 @@ bool useRowMap(const Columns& a, unsigned k)
 
 RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
-    constexpr unsigned kRowsPerEntry = 64; // of a table, cleared in the time that one entry takes
-    constexpr unsigned kRowsPerFew = 64;   // one row in so many: most entries are passed over
+    constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
+    constexpr unsigned kRowsPerFew = 64;     // one row in so many: most entries are passed over
     if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.selected) {
         return RowMethod::kSearch;
     }
@@ -62,22 +61,6 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column, Capaci
     return result;
 }
 
-/// Puts the rows of an array into the opposite order.
-void turnRows(const Columns& a)
-{
-    withStorage(a, [&](auto values) {
-        for (unsigned j = 0; j < a.n; ++j) {
-            const unsigned begin = a.jc[j];
-            const unsigned end = a.jc[j + 1];
-            std::reverse(a.ir + begin, a.ir + end);
-            values.reverse(begin, end - begin);
-            for (unsigned e = begin; e < end; ++e) {
-                a.ir[e] = a.m - 1 - a.ir[e];
-            }
-        }
-    });
-}
-
 /// What a descending subscript selects, from its end.
 Subscript fromTheEnd(const Subscript& subscript)
 {
@@ -90,28 +73,16 @@ Subscript fromTheEnd(const Subscript& subscript)
     return IndexList(std::move(indices), list.count(), Order::kAscending);
 }
 
-/// Rows that do not descend, and are not all.
-ArrayOwner gatherRows(const Columns& a, const Subscript& rows, const Subscript& columns, Capacity capacity)
-{
-    const auto* range = std::get_if<IndexRange>(&rows);
-    if (range != nullptr && (range->isRun() || range->count() == 0)) {
-        return gatherByInterval(a, *range, columns, capacity);
-    }
-    switch (chooseRowMethod(capacity, {entriesIn(a, columns), countOf(rows), a.m})) {
-    case RowMethod::kSearch:
-        return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
-    case RowMethod::kSift:
-        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
-    case RowMethod::kTable:
-        break;
-    }
-    return gatherByTable(a, rows, columns);
-}
-
 } // namespace
 
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
+    if (orderOf(rows) == Order::kDescending) {
+        // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
+        ArrayOwner result = gatherRegion(a, fromTheEnd(rows), columns);
+        turnRows(Columns(result.get()));
+        return result;
+    }
     if (selectsAll(rows, a.m)) {
         return gatherColumns(a, columns); // either rule gives the capacity that whole columns have
     }
@@ -122,13 +93,18 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     if (range != nullptr && k == 1 && columnRange != nullptr && columnRange->count() == 1) {
         return gatherElement(a, range->first, columnRange->first, capacity);
     }
-    if (orderOf(rows) != Order::kDescending) {
-        return gatherRows(a, rows, columns, capacity);
+    if (range != nullptr && (range->isRun() || k == 0)) {
+        return gatherByInterval(a, *range, columns, capacity);
     }
-    // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
-    ArrayOwner result = gatherRows(a, fromTheEnd(rows), columns, capacity);
-    turnRows(Columns(result.get()));
-    return result;
+    switch (chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, a.m})) {
+    case RowMethod::kSearch:
+        return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
+    case RowMethod::kSift:
+        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
+    case RowMethod::kTable:
+        break;
+    }
+    return gatherByTable(a, rows, columns);
 }
 
 } // namespace zqsp

@@ -34,7 +34,7 @@ enum class RowMethod
 /// What the choice of a method looks at.
 struct RowCounts
 {
-    std::uint64_t entries; ///< of the visited columns
+    std::uint64_t entries; ///< of the visited columns, about
     unsigned selected;
     unsigned extent;
 };
@@ -55,6 +55,9 @@ ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscrip
 /// Each entry looked up in a table of the rows: where they ascend and do not repeat, a set of m / 4 bytes in which the
 /// new row is the rank; else a map from old to new rows.
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
+
+/// Puts the rows of an array into the opposite order.
+void turnRows(const Columns& a);
 
 /// The map: m + 1 words, and the pairs of one column (and k words for repeated rows) where new rows have to be sorted.
 /// `total`: the entries of the visited columns in selected rows. `repeats`: whether a row is named twice.

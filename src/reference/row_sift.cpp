@@ -7,7 +7,6 @@
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
-#include "subscript/row_sets.hpp"
 
 #include <algorithm>
 #include <array>
@@ -20,13 +19,16 @@ namespace {
 class Sieve
 {
   public:
-    /// `entries`: so many are to be sifted. Raises on exhausted memory.
-    Sieve(unsigned m, const Ordered& rows, std::uint64_t entries)
-        : rows_(selectedOf(rows.form(), m)),
-          filters_(rows.count() <= kernels().costs.mostFewRows && entries >= kPaysForFilter)
+    /// `entries`: about so many are to be sifted. Raises on exhausted memory.
+    template <typename Numbers>
+    Sieve(unsigned m, const Numbers& rows, unsigned count, std::uint64_t entries)
+        : rows_(m), filters_(count <= kernels().costs.mostFewRows && entries >= kPaysForFilter)
     {
-        if (filters_) {
-            rows.forEach([this](unsigned, unsigned row) { few_.add(row); });
+        for (unsigned i = 0; i < count; ++i) {
+            rows_.add(rows[i]);
+            if (filters_) {
+                few_.add(rows[i]);
+            }
         }
     }
 
@@ -56,7 +58,7 @@ template <typename Numbers>
 ArrayOwner siftColumns(const Columns& a, const Ordered& rows, const Numbers& numbers, const Subscript& columns)
 {
     const unsigned k = rows.count();
-    const Sieve sieve(a.m, rows, entriesIn(a, columns));
+    const Sieve sieve(a.m, numbers, k, expectedEntriesIn(a, columns));
     // What is found, column by column; the ends of the columns follow once the result is there to hold them.
     GrowingList<Key> found;
     const auto columnEnds = Block<unsigned>::make(countOf(columns));

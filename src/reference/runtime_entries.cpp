@@ -2,7 +2,7 @@
 // result keeps the operand's complexity.
 #include "core/operand_check.hpp"
 #include "reference/gather.hpp"
-#include "subscript/convert.hpp"
+#include "subscript/colon_range.hpp"
 
 #include <zqspmatrix.h>
 

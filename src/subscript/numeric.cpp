@@ -1,10 +1,9 @@
 // Numeric subscripts of every class, read in one pass: a block of values is tested and stored without a branch per
-// value, and only a block that holds a bad value is read again by the exact rules, which decide the status.
+// value, and only a block that holds a bad value is read again by the rules.
 #include "kernels/kernels.hpp"
 #include "subscript/convert.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <concepts>
 #include <cstdint>
 #include <limits>
@@ -13,48 +12,6 @@
 namespace zqsp {
 
 namespace {
-
-/// The exact rules for one floating-point value; `most` is the maximum number of elements. Below one comes first, then
-/// the maximum; past the extent and fractional are told apart in opposite orders by deletion and by all else.
-template <std::floating_point T>
-spStatus checkValue(T x, const Extent& extent, unsigned most)
-{
-    if (x < T(1)) {
-        return spIndexBelowOne;
-    }
-    if (x > static_cast<T>(most)) {
-        return std::isinf(x) ? spIndexNotPositiveInteger : spIndexExceedsMaxSize;
-    }
-    if (std::isnan(x)) {
-        return spIndexNotPositiveInteger;
-    }
-    const auto index = static_cast<unsigned>(static_cast<std::int64_t>(x));
-    const bool isInteger = x == static_cast<T>(index);
-    const bool isOutside = index > extent.limit || (index == extent.limit && !isInteger);
-    if (extent.deleting() && isOutside) {
-        return extent.outOfRange;
-    }
-    if (!isInteger) {
-        return spIndexNotPositiveInteger;
-    }
-    return isOutside ? extent.outOfRange : spOK;
-}
-
-/// The exact rules for one integer value. Classes whose values can pass the maximum are tested against it first.
-template <std::integral T>
-spStatus checkValue(T value, const Extent& extent, [[maybe_unused]] unsigned most)
-{
-    if (value < 1) {
-        return spIndexNotPositiveInteger;
-    }
-    const auto index = static_cast<std::uint64_t>(value);
-    if constexpr (std::numeric_limits<T>::max() > std::numeric_limits<std::int32_t>::max()) {
-        if (index > most) {
-            return spIndexExceedsMaxSize;
-        }
-    }
-    return index > extent.limit ? extent.outOfRange : spOK;
-}
 
 /// Stores value - 1 of each value. The answer is false when some value is not an integer in 1 .. highest, which is
 /// below 2^31; what is stored then is not meant to be used.
@@ -78,35 +35,35 @@ bool storeIndices(const double* values, unsigned count, double highest, unsigned
     return kernels().storeIndices(values, count, highest, indices);
 }
 
-/// The largest value the branch-free pass may accept: the extent, as far as the class and a signed word reach.
+/// The largest value the branch-free pass may accept: the limit, as far as the class and a signed word reach.
 template <typename T>
-T highestPlainValue(const Extent& extent)
+T highestPlainValue(const ValueRules& rules)
 {
-    const std::uint64_t highest =
-        std::min<std::uint64_t>({extent.limit, kxGetMaxNumberOfElements(), std::numeric_limits<std::int32_t>::max()});
+    const std::uint64_t highest = std::min<std::uint64_t>(
+        {rules.limit, static_cast<std::uint64_t>(rules.most), std::numeric_limits<std::int32_t>::max()});
     if constexpr (std::integral<T>) {
         return static_cast<T>(
             std::min<std::uint64_t>(highest, static_cast<std::uint64_t>(std::numeric_limits<T>::max())));
     } else if constexpr (std::same_as<T, float>) {
-        constexpr std::uint64_t kLastExactFloat = 1U << 24U; // beyond it singles round, and the exact rules must speak
+        constexpr std::uint64_t kLastExactFloat = 1U << 24U; // beyond it singles round, and the rules must speak
         return static_cast<T>(std::min(highest, kLastExactFloat));
     } else {
         return static_cast<T>(highest);
     }
 }
 
+/// The same value by value; gives the first that is refused.
 template <typename T>
-spStatus storeByExactRules(const T* values, unsigned count, const Extent& extent, unsigned* indices)
+std::optional<double> storeByRules(const T* values, unsigned count, const ValueRules& rules, unsigned* indices)
 {
-    const unsigned most = kxGetMaxNumberOfElements();
     for (unsigned i = 0; i < count; ++i) {
-        const spStatus status = checkValue(values[i], extent, most);
-        if (status != spOK) {
-            return status;
+        const auto value = static_cast<double>(values[i]);
+        if (!rules.accepts(value)) {
+            return value;
         }
-        indices[i] = static_cast<unsigned>(static_cast<std::uint64_t>(values[i])) - 1U;
+        indices[i] = static_cast<unsigned>(value) - 1;
     }
-    return spOK;
+    return std::nullopt;
 }
 
 /// What is learnt of the order of a list while it is made.
@@ -146,51 +103,50 @@ class OrderWatch
 };
 
 template <typename T>
-spStatus storeAll(const void* data, unsigned count, const Extent& extent, unsigned* indices, OrderWatch& watch)
+std::optional<double> storeAll(const T* values, unsigned count, const ValueRules& rules, unsigned* indices,
+                               OrderWatch& watch)
 {
     constexpr unsigned kBlock = 1024; // stays in the first-level cache between the readings
-    const auto* values = static_cast<const T*>(data);
-    const T highest = highestPlainValue<T>(extent);
+    const T highest = highestPlainValue<T>(rules);
     for (unsigned done = 0, size = 0; done < count; done += size) {
         size = std::min(kBlock, count - done);
         if (!storeIndices(values + done, size, highest, indices + done)) {
-            const spStatus status = storeByExactRules(values + done, size, extent, indices + done);
-            if (status != spOK) {
-                return status;
+            if (const auto refused = storeByRules(values + done, size, rules, indices + done)) {
+                return refused;
             }
         }
         watch.see(indices, done, done + size);
     }
-    return spOK;
+    return std::nullopt;
 }
 
-/// Calls the converter of the subscript's class: the class is looked at once, outside the loop.
-spStatus storeByClass(const kxArray* subscript, kxClassID id, unsigned count, const Extent& extent, unsigned* indices,
-                      OrderWatch& watch)
+/// f(values), of their class: the class is looked at once, outside the loop.
+template <typename F>
+auto withNumbers(const kxArray* numbers, F&& f)
 {
-    const void* data = subscript->pr;
-    switch (id) {
+    const void* data = numbers->pr;
+    switch (classOf(numbers)) {
     case kxCHAR_CLASS:
     case kxUINT16_CLASS:
-        return storeAll<std::uint16_t>(data, count, extent, indices, watch);
+        return f(static_cast<const std::uint16_t*>(data));
     case kxSINGLE_CLASS:
-        return storeAll<float>(data, count, extent, indices, watch);
+        return f(static_cast<const float*>(data));
     case kxINT8_CLASS:
-        return storeAll<std::int8_t>(data, count, extent, indices, watch);
+        return f(static_cast<const std::int8_t*>(data));
     case kxUINT8_CLASS:
-        return storeAll<std::uint8_t>(data, count, extent, indices, watch);
+        return f(static_cast<const std::uint8_t*>(data));
     case kxINT16_CLASS:
-        return storeAll<std::int16_t>(data, count, extent, indices, watch);
+        return f(static_cast<const std::int16_t*>(data));
     case kxINT32_CLASS:
-        return storeAll<std::int32_t>(data, count, extent, indices, watch);
+        return f(static_cast<const std::int32_t*>(data));
     case kxUINT32_CLASS:
-        return storeAll<std::uint32_t>(data, count, extent, indices, watch);
+        return f(static_cast<const std::uint32_t*>(data));
     case kxINT64_CLASS:
-        return storeAll<std::int64_t>(data, count, extent, indices, watch);
+        return f(static_cast<const std::int64_t*>(data));
     case kxUINT64_CLASS:
-        return storeAll<std::uint64_t>(data, count, extent, indices, watch);
+        return f(static_cast<const std::uint64_t*>(data));
     default:
-        return storeAll<double>(data, count, extent, indices, watch);
+        return f(static_cast<const double*>(data));
     }
 }
 
@@ -214,36 +170,53 @@ Subscript simplestForm(Block<unsigned> indices, unsigned count, const OrderWatch
 
 } // namespace
 
+Operand readableNumbers(const kxArray* subscript)
+{
+    Operand numbers(subscript);
+    if (!isConvertible(classOf(subscript))) {
+        numbers.become(kxMustBe(subscript, kxDOUBLE_CLASS));
+    }
+    return numbers;
+}
+
+std::optional<double> convertNumbers(const kxArray* numbers, const ValueRules& rules, Subscript& form)
+{
+    const auto count = static_cast<unsigned>(elementsOf(numbers));
+    unsigned single = 0; // a single number needs no list
+    Block<unsigned> list = count == 1 ? Block<unsigned>() : Block<unsigned>::make(count);
+    unsigned* indices = count == 1 ? &single : list.get();
+    OrderWatch watch;
+    const auto refused =
+        withNumbers(numbers, [&](const auto* values) { return storeAll(values, count, rules, indices, watch); });
+    if (!refused) {
+        form = count == 1 ? IndexRange(single, single, 1, 1) : simplestForm(std::move(list), count, watch);
+    }
+    return refused;
+}
+
+double highestNumber(const kxArray* numbers)
+{
+    return withNumbers(numbers, [count = elementsOf(numbers)](const auto* values) {
+        double highest = -std::numeric_limits<double>::infinity();
+        for (std::uint64_t i = 0; i < count; ++i) {
+            highest = std::max(highest, static_cast<double>(values[i])); // keeps its first argument before NaN
+        }
+        return highest;
+    });
+}
+
 spStatus convertNumeric(const kxArray* subscript, const Extent& extent, Subscript& form)
 {
-    if (isSparse(subscript) && kxGetNumNonZeroEl(subscript) < elementsOf(subscript)) {
-        return spIndexBelowOne; // it holds zeros
+    if (holdsZeros(subscript)) {
+        return spIndexBelowOne;
     }
-    const auto count = static_cast<unsigned>(elementsOf(subscript));
     if (isComplex(subscript)) {
         return spIndexNotPositiveInteger;
     }
-    Operand numbers(subscript);
-    kxClassID id = classOf(subscript);
-    if (!isConvertible(id)) {
-        numbers.become(kxMustBe(subscript, kxDOUBLE_CLASS));
-        id = kxDOUBLE_CLASS;
-    }
-    OrderWatch watch;
-    if (count == 1) { // a single number needs no list
-        unsigned index = 0;
-        const spStatus status = storeByClass(numbers.get(), id, 1, extent, &index, watch);
-        if (status == spOK) {
-            form = IndexRange(index, index, 1, 1);
-        }
-        return status;
-    }
-    auto indices = Block<unsigned>::make(count);
-    const spStatus status = storeByClass(numbers.get(), id, count, extent, indices.get(), watch);
-    if (status == spOK) {
-        form = simplestForm(std::move(indices), count, watch);
-    }
-    return status;
+    const Operand numbers = readableNumbers(subscript);
+    const ValueRules rules = ValueRules::forNumbers(classOf(numbers.get()), extent);
+    const auto refused = convertNumbers(numbers.get(), rules, form);
+    return refused ? rules.answerTo(*refused) : spOK;
 }
 
 } // namespace zqsp

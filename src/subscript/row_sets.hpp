@@ -9,8 +9,8 @@
 
 namespace zqsp {
 
-/// What a subscript selects of the numbers below `extent`, order and repeats gone. Raises on exhausted memory.
-/// O(extent / 32 + count).
+/// What a subscript selects of the numbers below `extent`, order and repeats gone. Raises on
+/// exhausted memory. O(extent / 32 + count).
 RowSet selectedOf(const Subscript& subscript, unsigned extent);
 
 /// All other numbers below `extent`.

@@ -120,10 +120,30 @@ TEST_F(ConvertTest, HiddenClassesAndOddOperands)
     EXPECT_EQ("", diff(empty.get(), Model::empty(kReal, 0, 0)));
 }
 
+TEST_F(ConvertTest, EntriesAreWhatComparesDifferentFromZero)
+{
+    const Array odd = fullRow<double>(kxDOUBLE_CLASS, {-0.0, kNaN, 5e-324, 0, -kNaN, 0});
+    const Array entries(kxMustBeSparse(odd.get()));
+    EXPECT_EQ(elements<unsigned>(entries->jc, 7), (std::vector<unsigned>{0, 0, 1, 2, 2, 3, 3}));
+    EXPECT_EQ(static_cast<double*>(entries->pr)[1], 5e-324);
+
+    // Columns that are all entries, and one that ends in a zero, of every length about those in which they are worked
+    // off.
+    for (const unsigned m : {1U, 15U, 17U, 127U, 128U, 129U, 300U}) {
+        const Array ones(kxCreateDoubleMatrix(m, 3, kxREAL));
+        std::fill_n(static_cast<double*>(ones->pr), 3 * m, 1.0);
+        EXPECT_EQ(kxCheckSparse(Array(kxMustBeSparse(ones.get())).get()), "");
+        static_cast<double*>(ones->pr)[3 * m - 1] = 0;
+        const Array fewer(kxMustBeSparse(ones.get()));
+        EXPECT_EQ(kxCheckSparse(fewer.get()), "");
+        EXPECT_EQ(elements<unsigned>(fewer->jc, 4), (std::vector<unsigned>{0, m, 2 * m, 3 * m - 1}));
+    }
+}
+
 TEST_F(ConvertTest, StoragesAndTransposesOfRandomMatrices)
 {
     property(400, [] {
-        const Model sparse = drawModelOfSize(drawStorage(), draw(80), draw(80), false);
+        const Model sparse = drawModelOfSize(drawStorage(), draw(300), draw(40), false);
         Model transposed = Model::empty(sparse.storage, sparse.n, sparse.m);
         for (const auto& [place, value] : sparse.entries) {
             transposed.entries[{place.row, place.column}] = value;

@@ -87,12 +87,54 @@ TEST_F(LimitsTest, OverlongRangesStayLazyButAreNotMadeIntoValues)
     kxGetColonObjValues(lazy.get(), values);
     EXPECT_EQ(std::vector<double>(values, values + 3), (std::vector<double>{1, 1, 1e18}));
     EXPECT_EQ(errorOf([&] { kxMustBeFull(lazy.get()); }), "kx:sizeLimit");
+    EXPECT_EQ(kxrt::range_count(lazy.get()), 1e18);
+    EXPECT_EQ(kxrt::range_count(Array(kxCreateColonObject(5, -2, 1)).get()), 3);
+    EXPECT_EQ(kxrt::range_count(Array(kxCreateColonObject(1, 1, kInf)).get()), kInf);
+    EXPECT_EQ(errorOf([] { kxrt::range_count(Array(kxCreateColon()).get()); }), "kx:invalidOperand");
+    try {
+        kxColonop(1, 1, 1e308, kxDOUBLE_CLASS);
+        ADD_FAILURE();
+    } catch (const kxrt::Error& error) {
+        EXPECT_STREQ(error.what(), "The range 1:1:1e+308 has 1e+308 values, above the largest number of elements, "
+                                   "2147483647.");
+    }
 
     unsigned count = 0;
     EXPECT_EQ(errorOf([&] { kxSignedIndexColonop(1, 1, kInf, &count); }), "kx:sizeLimit");
     kxrt::set_max_number_of_elements(3);
     EXPECT_EQ(errorOf([] { kxColonop(1, 1, 4, kxDOUBLE_CLASS); }), "kx:sizeLimit");
     EXPECT_EQ(kxGetNumberOfElements(Array(kxColonop(1, 1, 3, kxDOUBLE_CLASS)).get()), 3U);
+}
+
+TEST_F(LimitsTest, SizesMayReachTheLargestWord)
+{
+    kxrt::set_max_number_of_elements(UINT_MAX);
+    EXPECT_EQ(kxCheckIndex(UINT_MAX), UINT_MAX);
+    EXPECT_EQ(errorOf([] { kxCheckIndex(UINT_MAX + 1.0); }), "kx:sizeLimit");
+    EXPECT_TRUE(kxCheckMNForIndexing_nothrow(UINT_MAX, 1, nullptr));
+    EXPECT_FALSE(kxCheckMNForIndexing_nothrow(UINT_MAX, 2, nullptr));
+    EXPECT_EQ(kxGetN(Array(kxCreateColonObject(1, 1, UINT_MAX)).get()), UINT_MAX);
+    EXPECT_EQ(errorOf([] { kxColonop(0, 1, UINT_MAX, kxDOUBLE_CLASS); }), "kx:sizeLimit"); // one more
+
+    const Array tall(kxCreateSparseNumericMatrix(UINT_MAX, 2, 2, kxDOUBLE_CLASS, kxREAL));
+    tall->ir[0] = UINT_MAX - 1;
+    tall->jc[1] = tall->jc[2] = 1;
+    EXPECT_EQ(kxCheckSparse(tall.get()), "");
+    EXPECT_EQ(kxGetNumberOfElements(tall.get()), UINT_MAX);
+    EXPECT_EQ(errorOf([&] { kxMustBeFull(tall.get()); }), "kx:sizeLimit");
+    // 16 GiB of column starts, of which but the first page and the last are ever touched; AddressSanitizer touches all.
+    kxFree(kxMalloc(1U << 20));
+    Array wide;
+    if (kxrt::fresh_mappings() == 0 ||
+        errorOf([&] { wide = Array(kxCreateSparseNumericMatrix(1, UINT_MAX, 1, kxDOUBLE_CLASS, kxREAL)); }) != "") {
+        GTEST_SKIP() << "no column starts without memory behind them";
+    }
+    wide->ir[0] = 0;
+    wide->jc[UINT_MAX] = 1;
+    EXPECT_EQ(kxGetN(wide.get()), UINT_MAX);
+    EXPECT_EQ(kxGetNumNonZeroEl(wide.get()), 1U);
+    EXPECT_EQ(kxGetNumNonZeroEl(Array(kxCreateSharedDataCopy(wide.get())).get()), 1U);
+    EXPECT_EQ(kxGetScalar(wide.get()), 0);
 }
 
 TEST_F(LimitsTest, RangeValuesTakeTheClassAskedFor)

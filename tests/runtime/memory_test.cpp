@@ -1,9 +1,14 @@
 #include "arrays.hpp"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <functional>
 #include <thread>
+#include <vector>
 
 namespace zqsp::test::runtime {
 namespace {
@@ -125,11 +130,89 @@ TEST_F(MemoryTest, ThreadsMayAllocateAndShareAtOnce)
             static_cast<char*>(large.get())[(std::size_t{3} << 20) - 1] = 1;
         }
     };
+    const std::size_t live = kxrt::live_blocks();
+    const long requests = kxrt::allocations();
     std::thread other(work);
     work();
     other.join();
     EXPECT_FALSE(kxrt::is_shared(shared.get()));
     EXPECT_EQ(kxGetScalar(shared.get()), 7);
+    EXPECT_EQ(kxrt::live_blocks(), live);
+    EXPECT_EQ(kxrt::allocations(), requests + 2 * 300 * 3); // header, block, reallocation
+}
+
+TEST_F(MemoryTest, CountsAreExactWhereBlocksChangeThreads)
+{
+    const std::size_t live = kxrt::live_blocks();
+    const std::size_t bytes = kxrt::bytes_requested();
+    std::vector<Block> blocks;
+    std::thread([&blocks] {
+        for (std::size_t size = 0; size < 1200; size += 8) {
+            blocks.emplace_back(kxMalloc(size));
+        }
+    }).join();
+    EXPECT_EQ(kxrt::live_blocks(), live + 150);
+    EXPECT_EQ(kxrt::bytes_requested(), bytes + 8 * (149 * 150 / 2));
+    kxrt::fail_allocation_after(1);
+    std::thread([] { EXPECT_EQ(kxMallocEx(8), nullptr); }).join();
+    blocks.clear();
+    EXPECT_EQ(kxrt::live_blocks(), live);
+}
+
+/// Some calls' worth of blocks at once, each call's of its own size.
+void holdManyAtOnce()
+{
+    std::vector<Block> blocks;
+    for (std::size_t call = 0; call < 30; ++call) {
+        for (const std::size_t bytes : {kMega / 2 + call * 40000, kMega + call * 80000}) {
+            blocks.emplace_back(kxMalloc(bytes));
+        }
+    }
+}
+
+TEST_F(MemoryTest, LargeBlocksUsedInTurnsAreMappedOnce)
+{
+    kxrt::release_kept_blocks();
+    holdManyAtOnce();
+    const long mapped = kxrt::fresh_mappings();
+    for (unsigned round = 0; round < 3; ++round) {
+        holdManyAtOnce();
+        const Block between(kxMalloc(5 * kMega / 4));
+    }
+    EXPECT_EQ(kxrt::fresh_mappings(), mapped);
+
+    kxrt::release_kept_blocks();
+    holdManyAtOnce();
+    EXPECT_GE(kxrt::fresh_mappings(), mapped); // under AddressSanitizer there are none
+}
+
+TEST_F(MemoryTest, AChildMayAllocateThatWasForkedWhileAnotherThreadDid)
+{
+    std::atomic<bool> enough{false};
+    std::thread busy([&enough] {
+        while (!enough) {
+            const Block large(kxMalloc(kMega / 4));
+            const Block small(kxMalloc(40));
+        }
+    });
+    unsigned well = 0;
+    constexpr unsigned kForks = 200;
+    for (unsigned i = 0; i < kForks && well == i; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(20); // a child that hangs is killed
+            kxFree(kxMalloc(kMega));
+            kxFree(kxMalloc(40));
+            const Block counted(kxMalloc(1));
+            _exit(kxrt::live_blocks() > 0 ? 0 : 1);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        well += status == 0 ? 1 : 0;
+    }
+    enough = true;
+    busy.join();
+    EXPECT_EQ(well, kForks);
 }
 
 } // namespace

@@ -1,13 +1,16 @@
 // Colon objects and logical masks, seen through the exports.
-#include "support/operation.hpp"
+#include "support/call.hpp"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <limits>
 
 using namespace zqsp::test;
 
 namespace {
+
+constexpr double kNearlyOne = 1 + std::numeric_limits<double>::epsilon();
 
 Model row(unsigned n)
 {
@@ -62,9 +65,93 @@ TEST(SubscriptRanges, Ends)
                  {1, 2, 6.5, spOK},
                  {5, 0.5, 5.25, spOK},
                  {2.5, 1, 1, spOK},
-                 {3e9, 1, 3e9, spIndexOutOfRange}};
+                 {3e9, 1, 3e9, spIndexOutOfRange},
+                 {4, -1e300, -3, spOK},
+                 {5, -2, 0.5, spOK},
+                 {4, -2, -3.5, spIndexNotPositiveInteger},
+                 // 1 and 2, as the step's fraction is lost in the sum; 3 times it shows
+                 {1, kNearlyOne, 2.5, spOK},
+                 {1, kNearlyOne, 3.5, spIndexNotPositiveInteger}};
     for (const auto& [start, step, stop, status] : cases) {
         expectStatus(row(5), Subscript::range(start, step, stop), status);
+    }
+}
+
+TEST(SubscriptRanges, TheRuntimeSaysWhetherAStepIsReached)
+{
+    // The stop lies one rounding error before the third value: the runtime counts it in, and delivers the stop.
+    const Call call({.callee = Export::Ref3, .a = row(5), .i = Subscript::range(1, 1, 3 / kNearlyOne)});
+    EXPECT_EQ(run([&] { return call.make(nullptr); }), Ended(spIndexNotPositiveInteger));
+}
+
+TEST(SubscriptRanges, StayRangesWhereTheStopIsAFraction)
+{
+    const Model column = reshaped(row(5), 5, 1);
+    Model tall = Model::empty({}, 2000000001, 1);
+    tall.entries = column.entries;
+    const Call call({.callee = Export::Ref3, .a = tall.fit(), .i = Subscript::range(1, 1, 2e9 + 0.5)});
+    const LargestBlock page(4096);
+    Array result;
+    ASSERT_EQ(run([&] { return call.make(result.slot()); }), Ended());
+    EXPECT_EQ(kxGetNumberOfElements(result.get()), 2000000000U);
+    EXPECT_EQ(kxGetNumNonZeroEl(result.get()), 5U);
+}
+
+TEST(Subscripts, WhatFailsIsNotWrittenOut)
+{
+    const auto far = [](unsigned rows, unsigned columns) {
+        std::vector<Place> places;
+        for (unsigned i = 0; i < 2000; ++i) {
+            places.push_back({i, i});
+        }
+        places.push_back({columns - 1, rows - 1});
+        return Subscript::sparseMask(rows, columns, places);
+    };
+    const Failure outOfRange(spIndexOutOfRange);
+    const Failure fraction(spIndexNotPositiveInteger);
+    const Failure belowOne(spIndexBelowOne);
+    const Failure cannotResize(spCannotResize);
+    const Failure tooLarge(kSizeLimitError);
+    const struct
+    {
+        Subscript s;
+        Failure reading, assigning, elements, inMatrix;
+    } cases[] = {
+        {Subscript::range(1, 2, 3e9), outOfRange, outOfRange, tooLarge, cannotResize},
+        {Subscript::range(0.5, 1, 1e9), fraction, fraction, fraction, cannotResize},
+        {Subscript::range(1, 1.5, 2e9), fraction, fraction, fraction, cannotResize},
+        {Subscript::range(3, -2, -4e9), fraction, fraction, fraction, fraction},
+        {Subscript::range(2, -2, -4e9), fraction, fraction, belowOne, belowOne},
+        {Subscript::range(2, -2, -2e9), fraction, fraction, belowOne, belowOne}, // three signed words
+        {Subscript::range(4e9, -2, 1.5), outOfRange, outOfRange, tooLarge, cannotResize},
+        {Subscript::range(1, 0.1, 1e8), fraction, fraction, fraction, cannotResize}, // whatever its last value is
+        {Subscript::range(1, 0.5, 3e9), tooLarge, tooLarge, tooLarge, tooLarge},     // too many comes first
+        {far(5000, 3000), outOfRange, {}, {}, cannotResize},
+        {far(0x10000, 0x9000), outOfRange, spIndexExceedsMaxSize, tooLarge, cannotResize}};
+    const Model matrix = reshaped(row(9), 3, 3);
+    const RightSide five = RightSide::scalar(5);
+    const Subscript one = Subscript::list({1});
+    for (const auto& [s, reading, assigning, elements, inMatrix] : cases) {
+        const Failure deleting = reading == outOfRange ? Failure(spIndexToRemoveOutOfRange) : reading;
+        const std::pair<Operation, Failure> calls[] = {
+            {{.callee = Export::Ref3, .a = row(9), .i = s}, reading},
+            {{.callee = Export::Ref6, .a = matrix, .i = one, .j = s}, reading},
+            {{.callee = Export::DeleteColumns, .a = matrix, .i = s}, deleting},
+            {{.callee = Export::DeleteRows, .a = matrix, .i = s}, deleting},
+            {{.callee = Export::DeleteElements, .a = matrix, .i = s}, deleting},
+            {{.callee = Export::Ass4, .a = matrix, .b = five, .i = s}, assigning},
+            {{.callee = Export::Ass6, .a = matrix, .b = five, .i = s, .j = one}, assigning},
+            {{.callee = Export::Ass3, .a = row(9), .b = five, .i = s}, elements},
+            {{.callee = Export::Ass3, .a = matrix, .b = five, .i = s}, inMatrix}};
+        for (const auto& [operation, failure] : calls) {
+            if (failure == Failure()) {
+                continue;
+            }
+            SCOPED_TRACE(testing::Message() << nameOf(operation.callee) << ' ' << s.start << ':' << s.step);
+            const Call call(operation);
+            const LargestBlock page(4096);
+            expectFails([&] { return call.make(nullptr); }, failure, call.unchanging(false));
+        }
     }
 }
 

@@ -1,0 +1,131 @@
+// What each thread keeps for itself: its share of the counts, and small blocks given back.
+//
+// A call on a tiny matrix obtains and frees half a dozen blocks, and does little else. Counts that threads share would
+// cost it a locked instruction each time, and the heap twice the instructions of a list of one's own.
+#ifndef KX_THREAD_MEMORY_HPP
+#define KX_THREAD_MEMORY_HPP
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+// Under AddressSanitizer every block comes from the heap in its exact size and goes back there, so that use after
+// release and overruns are seen.
+#if defined(__SANITIZE_ADDRESS__)
+#define KX_REUSE_BLOCKS false
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KX_REUSE_BLOCKS false
+#endif
+#endif
+#ifndef KX_REUSE_BLOCKS
+#define KX_REUSE_BLOCKS true
+#endif
+
+namespace kxrt {
+
+/// Whether released blocks are kept for later requests.
+constexpr bool kReusesBlocks = KX_REUSE_BLOCKS;
+
+/// What is counted. Of one thread alone any of them may be negative, or mean nothing: blocks change threads.
+enum class Count : unsigned
+{
+    requests,
+    bytesRequested,
+    liveBlocks
+};
+constexpr std::size_t kCounts = 3;
+
+/// Small blocks come in multiples of this many bytes, header included.
+constexpr std::size_t kSmallStep = 32;
+constexpr std::size_t kSmallClasses = 32;
+constexpr std::size_t kLargestSmall = kSmallStep * kSmallClasses;
+
+/// The class of a block of `bytes` bytes, at least 1 and at most kLargestSmall.
+constexpr std::size_t smallClass(std::size_t bytes)
+{
+    return (bytes - 1) / kSmallStep;
+}
+constexpr std::size_t smallClassBytes(std::size_t smallClass)
+{
+    return (smallClass + 1) * kSmallStep;
+}
+
+class ThreadMemory
+{
+  public:
+    /// The calling thread's own; null before its first allocation, and in the rare case that there is no memory for it.
+    static ThreadMemory* existing() noexcept { return current; }
+    /// The same, made where it is not there yet.
+    static ThreadMemory* mine() noexcept { return current != nullptr ? current : enroll(); }
+
+    /// Adds to this thread's share.
+    void add(Count count, std::int64_t n) noexcept
+    {
+        // Written by the owner alone, read by anybody.
+        std::atomic<std::int64_t>& share = shares_[static_cast<unsigned>(count)];
+        share.store(share.load(std::memory_order_relaxed) + n, std::memory_order_relaxed);
+    }
+    /// The same, or to the common share where there is no thread's own.
+    static void add(ThreadMemory* own, Count count, std::int64_t n) noexcept
+    {
+        own != nullptr ? own->add(count, n) : addToCommon(count, n);
+    }
+    /// The sum over all threads, living or not. Exact for what happened before the call.
+    static std::int64_t total(Count count) noexcept;
+
+    /// A kept heap block of the class, or null.
+    void* take(std::size_t smallClass) noexcept
+    {
+        List& list = lists_[smallClass];
+        KeptBlock* block = list.first;
+        if (block != nullptr) {
+            list.first = block->next;
+            --list.length;
+        }
+        return block;
+    }
+    /// Keeps the heap block of the class; false where enough of them are kept.
+    bool keep(void* block, std::size_t smallClass) noexcept
+    {
+        List& list = lists_[smallClass];
+        if (list.length == kMostKept) {
+            return false;
+        }
+        list.first = ::new (block) KeptBlock{list.first};
+        ++list.length;
+        return true;
+    }
+    /// Gives the kept blocks back to the heap.
+    void freeKept() noexcept;
+
+  private:
+    struct KeptBlock
+    {
+        KeptBlock* next;
+    };
+    struct List
+    {
+        KeptBlock* first = nullptr;
+        unsigned length = 0;
+    };
+    /// Of each class: 264 KiB in all at most.
+    static constexpr unsigned kMostKept = 16;
+
+    friend struct Threads;
+
+    static ThreadMemory* enroll() noexcept;
+    static void addToCommon(Count count, std::int64_t n) noexcept;
+
+    [[gnu::tls_model("initial-exec")]] static constinit thread_local ThreadMemory* current;
+
+    std::array<List, kSmallClasses> lists_ = {};
+    std::array<std::atomic<std::int64_t>, kCounts> shares_ = {};
+    ThreadMemory* next_ = nullptr; ///< of the enrolled ones
+    ThreadMemory* previous_ = nullptr;
+};
+
+} // namespace kxrt
+
+#endif

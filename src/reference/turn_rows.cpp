@@ -1,0 +1,79 @@
+#include "reference/row_methods.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace zqsp {
+
+namespace {
+
+/// Turns the words of each column round: columns are copied aside by blocks, and written back in whole rounds, which
+/// those of the next column write over. How long a short column is, which nobody can foresee, takes no branch.
+template <typename Word, typename Map>
+void turnColumns(Word* words, const unsigned* jc, unsigned n, Map map)
+{
+    constexpr unsigned kRound = 16;
+    constexpr unsigned kBlock = 2048;
+    std::array<Word, kRound + kBlock> aside;
+    std::fill_n(aside.begin(), kRound, Word{0}); // what a round may read before its column
+    for (unsigned first = 0; first < n;) {
+        const unsigned begin = jc[first];
+        unsigned last = first;
+        while (last < n && jc[last + 1] - begin <= kBlock) {
+            ++last;
+        }
+        if (last == first) { // a long one
+            std::reverse(words + begin, words + jc[++first]);
+            std::transform(words + begin, words + jc[first], words + begin, map);
+            continue;
+        }
+        const unsigned end = jc[last];
+        std::copy(words + begin, words + end, aside.begin() + kRound);
+        for (; first < last; ++first) {
+            const unsigned at = jc[first];
+            const unsigned length = jc[first + 1] - at;
+            Word* const to = words + at;
+            const Word* const back = aside.data() + kRound + (at + length - begin); // behind the column
+            if (length <= kRound && end - at >= kRound) {
+                for (unsigned i = 0; i < kRound; ++i) {
+                    to[i] = map(*(back - 1 - i));
+                }
+            } else {
+                for (unsigned i = 0; i < length; ++i) {
+                    to[i] = map(*(back - 1 - i));
+                }
+            }
+        }
+    }
+}
+
+void turnValues(std::byte* values, unsigned elementSize, const unsigned* jc, unsigned n)
+{
+    const auto turn = [&](auto word) {
+        using Word = decltype(word);
+        turnColumns(reinterpret_cast<Word*>(values), jc, n, [](Word value) { return value; });
+    };
+    switch (elementSize) {
+    case sizeof(std::uint8_t):
+        return turn(std::uint8_t{});
+    case sizeof(std::uint16_t):
+        return turn(std::uint16_t{});
+    case sizeof(std::uint32_t):
+        return turn(std::uint32_t{});
+    default:
+        return turn(std::uint64_t{});
+    }
+}
+
+} // namespace
+
+void turnRows(const Columns& a)
+{
+    turnColumns(a.ir, a.jc, a.n, [last = a.m - 1](unsigned row) { return last - row; });
+    turnValues(a.pr, a.elementSize, a.jc, a.n);
+    if (a.pi != nullptr) {
+        turnValues(a.pi, a.elementSize, a.jc, a.n);
+    }
+}
+
+} // namespace zqsp

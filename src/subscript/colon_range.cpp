@@ -1,0 +1,188 @@
+#include "subscript/colon_range.hpp"
+
+#include "core/errors.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace zqsp {
+
+namespace {
+
+constexpr int kLastWord = std::numeric_limits<int>::max();
+constexpr double kPastWords = kLastWord + 1.0;
+
+bool isWhole(double value)
+{
+    return std::trunc(value) == value;
+}
+
+/// What the rules for words hear of a value of a range: a fraction is delivered as 0.
+double asWord(double value)
+{
+    return isWhole(value) ? std::clamp(value, -kPastWords, kPastWords) : 0;
+}
+
+/// For the ranges that the three numbers do not decide: of many values these are, or might be, all accepted.
+spStatus convertWritten(const ColonRange& range, const ValueRules& rules, Subscript& form)
+{
+    unsigned count = 0;
+    Block<unsigned> indices = range.writtenWords(count);
+    for (unsigned i = 0; i < count; ++i) {
+        const int word = reinterpret_cast<const int*>(indices.get())[i];
+        // The end of the words stands for all that lies past it.
+        const double value = word == kLastWord && range[i] > word ? kPastWords : word;
+        if (!rules.accepts(value)) {
+            return rules.answerTo(value);
+        }
+        indices[i] = static_cast<unsigned>(word) - 1;
+    }
+    const bool falls = count > 1 && indices[1] < indices[0];
+    form = IndexList(std::move(indices), count, falls ? Order::kDescending : Order::kAscending);
+    return spOK;
+}
+
+} // namespace
+
+ColonRange::ColonRange(const kxArray* colon)
+{
+    std::array<double, 3> values{};
+    kxGetColonObjValues(colon, values.data());
+    start_ = values[0];
+    step_ = values[1];
+    stop_ = values[2];
+    const double steps = (stop_ - start_) / step_;
+    if (step_ == 0 || !(steps >= 0)) {
+        return;
+    }
+    // Whether a further step, which misses the stop by rounding errors only, is taken is the runtime's to say. The ends
+    // carry errors of their own size.
+    constexpr double kErrors = 16 * std::numeric_limits<double>::epsilon();
+    const double whole = std::floor(steps);
+    const double missed = (whole + 1 - steps) * std::abs(step_);
+    isCounted_ = missed > kErrors * std::max(std::abs(start_), std::abs(stop_));
+    if (whole + (isCounted_ ? 1 : 2) > kxGetMaxNumberOfElements()) {
+        isCounted_ = false;
+        return;
+    }
+    count_ = static_cast<unsigned>(whole) + 1;
+    const double last = start_ + (count_ - 1) * step_;
+    if (count_ > 1 && (step_ > 0 ? last > stop_ : last < stop_)) { // the division has rounded up to it
+        isCounted_ = false;
+        --count_;
+    }
+}
+
+std::optional<std::array<int, 3>> ColonRange::words() const
+{
+    std::array<int, 3> integers{};
+    for (unsigned i = 0; const double value : {start_, step_, stop_}) {
+        if (!isWhole(value) || value < -kPastWords || value > kLastWord) {
+            return std::nullopt;
+        }
+        integers[i++] = static_cast<int>(value);
+    }
+    return integers;
+}
+
+double ColonRange::operator[](unsigned i) const
+{
+    if (i == 0) {
+        return start_; // also where the step is infinite
+    }
+    const double value = start_ + i * step_;
+    return step_ > 0 ? std::min(value, stop_) : std::max(value, stop_);
+}
+
+std::optional<double> ColonRange::firstRefused(const ValueRules& rules) const
+{
+    if (count_ == 0) {
+        return std::nullopt;
+    }
+    if (!rules.accepts(start_)) {
+        return start_;
+    }
+    if (!isWhole(step_)) { // hardly ever more than two values: a step so near to a whole number is needed
+        for (unsigned i = 1; i < count_; ++i) {
+            if (!rules.accepts((*this)[i])) {
+                return (*this)[i];
+            }
+        }
+        return std::nullopt;
+    }
+    const double last = (*this)[count_ - 1];
+    if (rules.accepts(last)) {
+        return std::nullopt;
+    }
+    if (step_ > 0) {
+        return last; // as the first above the limit, whole too
+    }
+    const double above = std::fmod(start_, step_); // the values go down from there, or from 0
+    return above == 0 ? 0 : above + step_;
+}
+
+std::optional<IndexRange> ColonRange::indices() const
+{
+    if (!isCounted_ || (count_ > 1 && !(isWhole(step_) && std::abs(step_) <= kLastWord))) {
+        return std::nullopt;
+    }
+    if (count_ == 0) {
+        return IndexRange();
+    }
+    const auto first = static_cast<unsigned>(start_) - 1;
+    const auto last = static_cast<unsigned>((*this)[count_ - 1]) - 1;
+    return IndexRange(first, last, count_ == 1 ? 1 : static_cast<int>(step_), count_);
+}
+
+spStatus convertColonObject(const kxArray* subscript, const Extent& extent, Subscript& form)
+{
+    const ColonRange range(subscript);
+    if (const auto words = range.words()) {
+        const auto [start, step, stop] = *words;
+        IndexRange converted;
+        const spStatus status = convertIntegralRange(start, step, stop, extent, converted);
+        if (status == spOK) {
+            form = converted;
+        }
+        return status;
+    }
+    ValueRules rules = ValueRules::forNumbers(kxINT32_CLASS, extent);
+    rules.limit = std::min(rules.limit, static_cast<unsigned>(kLastWord));
+    if (const auto refused = range.firstRefused(rules)) {
+        return rules.answerTo(asWord(*refused));
+    }
+    if (const auto indices = range.indices()) {
+        form = *indices;
+        return spOK;
+    }
+    return convertWritten(range, rules, form);
+}
+
+spStatus convertIntegralRange(int start, int step, int stop, const Extent& extent, IndexRange& range)
+{
+    range = IndexRange();
+    if (step == 0 || (step > 0 && start > stop) || (step < 0 && stop > start)) {
+        return spOK;
+    }
+    if (start < 1 || stop < 1) {
+        return spIndexNotPositiveInteger;
+    }
+    // The stop is tested as written, also where the step passes over it.
+    if (static_cast<unsigned>(start) > extent.limit || static_cast<unsigned>(stop) > extent.limit) {
+        if (extent.countOverflowed && start != stop) {
+            raiseMaxSize();
+        }
+        return extent.outOfRange;
+    }
+    const unsigned count = static_cast<unsigned>((stop - start) / step) + 1;
+    if (count > kxGetMaxNumberOfElements()) {
+        raiseMaxSize();
+    }
+    const unsigned first = static_cast<unsigned>(start) - 1;
+    // One index has no direction: stride 1, so that every stride can be negated.
+    range = IndexRange(first, first + (count - 1) * static_cast<unsigned>(step), count == 1 ? 1 : step, count);
+    return spOK;
+}
+
+} // namespace zqsp

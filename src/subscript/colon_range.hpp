@@ -1,0 +1,63 @@
+// Colon objects: what they select, and what is wrong with them, told by their three numbers.
+#ifndef ZQSP_SUBSCRIPT_COLON_RANGE_HPP
+#define ZQSP_SUBSCRIPT_COLON_RANGE_HPP
+
+#include "core/owners.hpp"
+#include "subscript/forms.hpp"
+#include "subscript/rules.hpp"
+
+#include <array>
+#include <optional>
+
+namespace zqsp {
+
+/// The values of start:step:stop, 1-based, none of them written out.
+class ColonRange
+{
+  public:
+    /// A colon object, not the bare colon.
+    explicit ColonRange(const kxArray* colon);
+
+    /// Start, step and stop where all three are signed words.
+    [[nodiscard]] std::optional<std::array<int, 3>> words() const;
+
+    /// The number of values, as far as it is certain.
+    [[nodiscard]] unsigned count() const { return count_; }
+    /// Whether there are no more. It is the runtime's to say where the stop misses a step by a rounding error, and
+    /// to raise its size error where the values are more than the maximum number of elements.
+    [[nodiscard]] bool isCounted() const { return isCounted_; }
+    double operator[](unsigned i) const;
+    /// The highest of the first `count` values.
+    [[nodiscard]] double highest(unsigned count) const { return count == 0 ? 0 : (*this)[step_ > 0 ? count - 1 : 0]; }
+    /// The first of these values that is not accepted, or one of which the rules say the same. O(1) for a whole step;
+    /// for another, the steps until it shows.
+    [[nodiscard]] std::optional<double> firstRefused(const ValueRules& rules) const;
+    /// Once no value is refused, the indices as a range, if that is what they are.
+    [[nodiscard]] std::optional<IndexRange> indices() const;
+
+    /// The values as the runtime writes them out: in a row of doubles, or as signed words (a fraction as 0, what lies
+    /// past the words as their end).
+    [[nodiscard]] ArrayOwner written() const { return ArrayOwner(kxColonop(start_, step_, stop_, kxDOUBLE_CLASS)); }
+    [[nodiscard]] Block<unsigned> writtenWords(unsigned& count) const
+    {
+        return Block<unsigned>(kxSignedIndexColonop(start_, step_, stop_, &count));
+    }
+
+  private:
+    double start_ = 0;
+    double step_ = 0;
+    double stop_ = 0;
+    unsigned count_ = 0;
+    bool isCounted_ = true;
+};
+
+/// Converts a colon object. Of three signed words the start and the stop as written are tested, else the values.
+spStatus convertColonObject(const kxArray* subscript, const Extent& extent, Subscript& form);
+
+/// Converts start:step:stop of three signed words, 1-based. Raises "pmaxsize" where it reaches past an uncountable
+/// extent or has more values than the runtime allows.
+spStatus convertIntegralRange(int start, int step, int stop, const Extent& extent, IndexRange& range);
+
+} // namespace zqsp
+
+#endif
