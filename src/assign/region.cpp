@@ -2,9 +2,9 @@
 
 #include "assign/region_patches.hpp"
 #include "core/counts.hpp"
+#include "subscript/runs.hpp"
 
 #include <algorithm>
-#include <array>
 
 namespace zqsp {
 
@@ -67,37 +67,61 @@ void fillDirectly(Relay& relay, NumberView rows, const RightSide& b, const RowFi
     });
 }
 
-/// The patches keep what stays, in place: nothing comes, so that none grows.
+/// The patches keep what stays, in place: nothing comes, so that none grows. An entry is written before it is known to
+/// stay; at worst it is written over by the next one.
 void clear(Relay& relay, const RowFilter& filter, const RegionPatches& patches)
 {
     const Columns& a = relay.before();
-    const auto closeUp = [&](auto keep) {
-        relay.commit(patches.list(), [keep](const RegionPatch& patch, unsigned at) {
-            if (patch.keepsOthers) {
-                keep(patch, at);
-            }
-        });
-    };
-    if (const RowSet* others = filter.others()) {
-        closeUp([stay = RowChoice(others->unmoved()), entries = entriesOf(a)](const RegionPatch& patch, unsigned at) {
-            const std::array<unsigned, 2> ends = {patch.begin, patch.end};
-            unsigned end = 0;
-            kernels().moveSelected(entries, ends.data(), 1, stay, entries, at, &end);
-        });
-        return;
-    }
-    withStorage(a, [&](auto values) { // few entries, or a run of rows
-        closeUp([&filter, &a, values](const RegionPatch& patch, unsigned at) {
-            filter.withTest([=, &a](auto isTarget) mutable {
-                for (unsigned e = patch.begin; e < patch.end; ++e) {
-                    if (!isTarget(a.ir[e])) {
-                        a.ir[at] = a.ir[e];
-                        values.copy(at++, values, e);
-                    }
+    withStorage(a, [&](auto values) {
+        filter.withTest([&, ir = a.ir](auto isTarget) {
+            relay.commit(patches.list(), [=](const RegionPatch& patch, unsigned at) {
+                for (unsigned e = patch.keepsOthers ? patch.begin : patch.end; e < patch.end; ++e) {
+                    const unsigned row = ir[e];
+                    ir[at] = row;
+                    values.copy(at, values, e);
+                    at += isTarget(row) ? 0U : 1U;
                 }
             });
         });
     });
+}
+
+/// One forward pass without a list of patches: what stays of a run of target columns (`others` tells, or null for
+/// nothing), then the columns up to the next run, move to the left.
+void clearInOnePass(const Columns& a, const Ordered& columns, const RowSet* others)
+{
+    unsigned column = 0; // the starts up to this one are the new ones
+    unsigned next = 0;   // first entry not looked at yet
+    unsigned kept = 0;
+    const auto keepUpTo = [&](unsigned end) {
+        const unsigned stop = column < end ? a.jc[end] : next;
+        const unsigned shift = next - kept;
+        moveEntries(a, kept, next, stop - next);
+        for (unsigned j = shift == 0 ? end : column; j < end; ++j) {
+            a.jc[j + std::size_t{1}] -= shift;
+        }
+        kept += stop - next;
+        next = stop;
+    };
+    forEachRun(columns.form(), [&](unsigned first, unsigned length) {
+        if (first >= a.n) {
+            return;
+        }
+        keepUpTo(first);
+        column = first + std::min(length, a.n - first);
+        const unsigned end = a.jc[column];
+        unsigned* const ends = a.jc + first + 1;
+        a.jc[first] = next; // as before, for the kernel
+        const unsigned at = kept;
+        if (others != nullptr) {
+            kept = moveSelected(a, first, column - first, others->unmoved(), a, at, ends);
+        } else {
+            std::fill_n(ends, column - first, at);
+        }
+        a.jc[first] = at;
+        next = end;
+    });
+    keepUpTo(a.n);
 }
 
 } // namespace
@@ -106,6 +130,14 @@ void fillRegion(kxArray* A, const Region& region, const RightSide& b, const Fill
 {
     const Columns a(A);
     const RowFilter filter(a, region.rows, region.columns, region.m);
+    if (b.isNothing() &&
+        (filter.coversAll() || (filter.others() != nullptr &&
+                                clearsInOnePass(filter.looks(), region.rows.count(), region.columns.count())))) {
+        growColumns(A, region.n); // the last thing that can fail
+        clearInOnePass(Columns(A), region.columns, filter.others());
+        kxSetM(A, region.m);
+        return;
+    }
     const RegionPatches patches(a, region, filter, b);
     const unsigned total = checkedCount(patches.total());
     if (patches.inTargetColumns() > limits.mostEntries) {

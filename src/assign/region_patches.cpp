@@ -1,5 +1,7 @@
 #include "assign/region_patches.hpp"
 
+#include <algorithm>
+
 namespace zqsp {
 
 RegionPatches::RegionPatches(const Columns& a, const Region& region, const RowFilter& filter, const RightSide& b)
@@ -7,6 +9,8 @@ RegionPatches::RegionPatches(const Columns& a, const Region& region, const RowFi
 {
     constexpr std::uint64_t kEntriesPerRow = 16; // from there on a search for each row beats looking at each entry
     const std::uint64_t rowCount = region.rows.count();
+    patches_.reserve(static_cast<unsigned>(
+        std::min<std::uint64_t>(region.columns.count(), a.nnz() + region.entriesOf(b)))); // mostly one for each
     region.columns.forEach([&](unsigned t, unsigned column) {
         const bool isMatrix = b.kind == RightSide::Kind::kMatrix;
         const unsigned sourceBegin = isMatrix ? b.b.jc[t] : 0;

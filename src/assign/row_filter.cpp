@@ -37,9 +37,8 @@ RowFilter::RowFilter(const Columns& a, const Ordered& rows, const Ordered& colum
     if (rows.isRun()) {
         return;
     }
-    std::uint64_t looks = 0;
-    columns.forEach([&](unsigned, unsigned column) { looks += column < a.n ? a.length(column) : 0; });
-    if (setOfRowsPays(m, marksOf(rows.form()), looks, costOfLook(rows.form()))) {
+    columns.forEach([&](unsigned, unsigned column) { looks_ += column < a.n ? a.length(column) : 0; });
+    if (setOfRowsPays(m, marksOf(rows.form()), looks_, costOfLook(rows.form()))) {
         others_ = othersOrNone(rows.form(), m);
     }
 }

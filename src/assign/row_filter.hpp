@@ -6,6 +6,7 @@
 #include "core/search.hpp"
 #include "subscript/ordered.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -27,6 +28,15 @@ constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, un
 {
     constexpr unsigned kRowsCleared = 64;
     return std::uint64_t{m} / kRowsCleared + marks <= looks * costOfLook;
+}
+
+/// Whether clearing `rows` rows of `columns` columns with `looks` entries is best done in one pass over these: not
+/// where the columns are so long, and the rows so few, that each is searched.
+constexpr bool clearsInOnePass(std::uint64_t looks, std::uint64_t rows, std::uint64_t columns)
+{
+    constexpr unsigned kShortColumn = 64; // passed over as fast as searched for the outermost rows
+    constexpr unsigned kEntriesPerRow = 16;
+    return looks / columns < std::max<std::uint64_t>(kShortColumn, kEntriesPerRow * rows);
 }
 
 /// Tells the rows of a column that are targets from those that are not.
@@ -74,13 +84,18 @@ class RowFilter
         return f([this](unsigned row) { return rows_.has(row); });
     }
 
+    /// Whether every row is a target.
+    [[nodiscard]] bool coversAll() const { return coversAll_; }
+    /// Entries of the target columns; not counted for a run of rows.
+    [[nodiscard]] std::uint64_t looks() const { return looks_; }
     /// The set of all other rows; null where there is none.
     [[nodiscard]] const RowSet* others() const { return others_ ? &*others_ : nullptr; }
 
     /// Entries of a span that do not lie in target rows.
     [[nodiscard]] unsigned countOthers(const Columns& a, EntrySpan span) const
     {
-        if (others_) {
+        constexpr unsigned kLong = 64; // worth a call
+        if (others_ && span.length() >= kLong) {
             return countSelected(a, span.begin, span.end, others_->unmoved());
         }
         return withTest([ir = a.ir, span](auto isTarget) {
@@ -97,6 +112,7 @@ class RowFilter
     unsigned lowest_;
     unsigned highest_;
     bool coversAll_;
+    std::uint64_t looks_ = 0;
     std::optional<RowSet> others_;
 };
 

@@ -1,6 +1,7 @@
 #include "lookup/find_hits.hpp"
 
 #include "core/fast_divisor.hpp"
+#include "core/search.hpp"
 #include "kernels/kernels.hpp"
 #include "kernels/select_loop.hpp"
 #include "lookup/entry_filter.hpp"
@@ -36,6 +37,33 @@ void findByEntries(const Columns& a, const PositionSpan& span, Members members, 
         const NumberMoves moves{room.sources, entries.begin()};
         hits.keep(
             selectEntries(entries.positions(), moves, 0, entries.count(), members, !branches, room.ordinals, moves, 0));
+    }
+}
+
+/// Each entry is looked for in an ascending list, from where the one before was; or in a descending one, from its end.
+void findInList(const Columns& a, const PositionSpan& span, const IndexList& list, HitList& hits)
+{
+    struct
+    {
+        const unsigned* lowest;
+        std::ptrdiff_t step;
+        unsigned operator[](std::size_t i) const { return lowest[static_cast<std::ptrdiff_t>(i) * step]; }
+    } sorted = {list.begin(), 1};
+    const unsigned count = list.count();
+    if (list.order() == Order::kDescending) {
+        sorted = {list.end() - 1, -1};
+    }
+    unsigned t = 0;
+    for (EntryPositions entries(a, span); entries.count() > 0; entries.advance(entries.count())) {
+        for (unsigned i = 0; i < entries.count(); ++i) {
+            const unsigned position = entries.positions()[i];
+            for (t = gallop(sorted, t, count, position); t < count && sorted[t] == position; ++t) {
+                const HitList::Room room = hits.room(1);
+                *room.ordinals = t;
+                *room.sources = entries.begin() + i;
+                hits.keep(1);
+            }
+        }
     }
 }
 
@@ -107,7 +135,10 @@ Positions formOf(const Subscript& positions)
     if (std::holds_alternative<LogicalMask>(positions)) {
         return Positions::kMask;
     }
-    return orderOf(positions) == Order::kUnsorted ? Positions::kUnsorted : Positions::kAscending;
+    if (std::holds_alternative<SparseLogicalMask>(positions)) {
+        return Positions::kSparseMask;
+    }
+    return orderOf(positions) == Order::kUnsorted ? Positions::kUnsorted : Positions::kSorted;
 }
 
 /// The lowest position, or for a mask 0.
@@ -135,8 +166,10 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
     case LookupMethod::kByEntries:
         if (const auto* mask = std::get_if<LogicalMask>(&positions)) {
             findByEntries(a, span, MaskMembers(*mask), true, hits);
+        } else if (const auto* range = std::get_if<IndexRange>(&positions)) {
+            findByEntries(a, span, RangeMembers(range->ascending()), false, hits);
         } else {
-            findByEntries(a, span, RangeMembers(std::get<IndexRange>(positions).ascending()), false, hits);
+            findInList(a, span, std::get<IndexList>(positions), hits);
         }
         break;
     case LookupMethod::kIntersection:
@@ -151,9 +184,6 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
         break;
     }
     }
-    if (orderOf(positions) == Order::kDescending) {
-        hits.readBackwards();
-    }
 }
 
 bool exceedsWords(const Subscript& positions)
@@ -166,11 +196,11 @@ bool exceedsWords(const Subscript& positions)
 
 HitList findHits(const Columns& a, const Subscript& positions)
 {
-    HitList hits(countOf(positions));
+    HitList hits(countOf(positions), orderOf(positions) == Order::kDescending);
     if (countOf(positions) == 0 || a.nnz() == 0) {
         return hits; // A need not have rows and columns to divide by
     }
-    if (exceedsWords(positions)) {
+    if (countOf(positions) <= PlaceBatch::kSize || exceedsWords(positions)) { // so few are searched at once
         findBySearches(a, positions, nullptr, hits);
         return hits;
     }
@@ -183,7 +213,7 @@ HitList findHits(const Columns& a, const Subscript& positions)
 
 HitList findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions)
 {
-    HitList hits(countOf(positions));
+    HitList hits(countOf(positions), orderOf(positions) == Order::kDescending);
     find(method, a, spanOf(a, positions), positions, hits);
     return hits;
 }

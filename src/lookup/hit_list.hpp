@@ -18,19 +18,19 @@ struct Hit
     unsigned source;
 };
 
-/// Hits in ascending order of ordinal. The list grows with what is found, not with what is asked for: most positions of
-/// a sparse matrix hold nothing. It grows by pieces, a quarter of what is there at a time: nothing is copied, and ten
-/// bytes a hit are the most it takes, less than a result of doubles.
+/// Hits in ascending order of the positions that were searched. The list grows with what is found, not with what is
+/// asked for: most positions of a sparse matrix hold nothing. It grows by pieces, a quarter of what is there at a time:
+/// nothing is copied, and ten bytes a hit are the most it takes, less than a result of doubles.
 class HitList
 {
   public:
-    /// `most`: more hits than these do not come.
-    explicit HitList(unsigned most) : most_(most) {}
+    /// Of so many searched positions. `readBackwards`: the selected ones are these, but from the last to the first.
+    HitList(unsigned positions, bool readBackwards) : positions_(positions), readBackwards_(readBackwards) {}
     HitList(HitList&& other) noexcept
-        : most_(other.most_),
+        : positions_(other.positions_),
+          readBackwards_(other.readBackwards_),
           count_(other.count_),
           used_(std::exchange(other.used_, 0)),
-          readBackwards_(other.readBackwards_),
           pieces_(other.pieces_)
     {
     }
@@ -66,12 +66,10 @@ class HitList
         pieces_[used_ - 1].count += count;
         count_ += count;
     }
-    /// The selected positions are those that were searched, but from the last one to the first.
-    void readBackwards() { readBackwards_ = true; }
 
     [[nodiscard]] unsigned count() const { return count_; }
 
-    /// f(hit) for all of them; `selected`: how many positions were searched.
+    /// f(hit) for all of them, in the order of the selection.
     template <typename F>
     void forEach(F&& f) const
     {
@@ -103,7 +101,7 @@ class HitList
         for (unsigned p = used_; p-- > 0;) {
             const Piece& piece = pieces_[p];
             for (unsigned i = piece.count; i-- > 0;) {
-                f(Hit{most_ - 1 - piece.ordinals[i], piece.sources()[i]});
+                f(Hit{positions_ - 1 - piece.ordinals[i], piece.sources()[i]});
             }
         }
     }
@@ -111,17 +109,17 @@ class HitList
     void addPiece(unsigned size)
     {
         constexpr unsigned kFirst = 4096;
-        const unsigned capacity = std::max(size, std::min(most_ - count_, std::max(count_ / 4, kFirst)));
+        const unsigned capacity = std::max(size, std::min(positions_ - count_, std::max(count_ / 4, kFirst)));
         auto words = Block<unsigned>::make((std::size_t{capacity} + kKernelSlack) * 2);
         pieces_[used_++] = {words.release(), capacity, 0};
     }
 
     static constexpr unsigned kMostPieces = 96; // of 4096, then growing by a fifth at least, up to 2^32
 
-    unsigned most_;
+    unsigned positions_;
+    bool readBackwards_;
     unsigned count_ = 0;
     unsigned used_ = 0;
-    bool readBackwards_ = false;
     std::array<Piece, kMostPieces> pieces_;
 };
 

@@ -51,22 +51,20 @@ PositionBlock PositionBlocks::fill(const SparseLogicalMask& mask)
 {
     const unsigned end = ordinal_ + std::min(kBlock, mask.count() - ordinal_);
     unsigned count = 0;
-    for (unsigned e = ordinal_; e < end; ++column_) {
+    for (unsigned e = ordinal_; e < end;) {
+        const unsigned columnEnd = mask.jc[column_ + std::size_t{1}];
+        const unsigned pieceEnd = std::min(end, columnEnd);
         const std::uint64_t start = std::uint64_t{column_} * mask.m;
-        for (const unsigned columnEnd = std::min(end, mask.jc[column_ + std::size_t{1}]); e < columnEnd; ++e) {
-            std::uint64_t offset = start + mask.ir[e] - base_;
-            if (offset > UINT32_MAX) { // a block keeps its base
-                if (count > 0) {
-                    return {.base = base_, .positions = buffer_.data(), .count = count};
-                }
-                base_ = start;
-                offset = mask.ir[e];
+        if (e < pieceEnd && start - base_ + mask.ir[pieceEnd - 1] > UINT32_MAX) {
+            if (count > 0) {
+                break; // a block keeps its base
             }
-            buffer_[count++] = static_cast<unsigned>(offset);
+            base_ = start;
         }
-        if (e == end) {
-            break; // the column may have more
+        for (const auto offset = static_cast<unsigned>(start - base_); e < pieceEnd; ++e) {
+            buffer_[count++] = offset + mask.ir[e];
         }
+        column_ += e == columnEnd ? 1U : 0U;
     }
     return {.base = base_, .positions = buffer_.data(), .count = count};
 }

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 using namespace zqsp::test;
 
 namespace {
@@ -61,6 +63,20 @@ TEST(DeletionRules, NothingMovesToOtherBlocks)
             EXPECT_TRUE(starts == a->jc || callee == Export::DeleteElements) << storage;
         }
     }
+}
+
+/// Position by position this takes twenty seconds.
+TEST(DeletionRules, AStridedRangeCostsTheEntries)
+{
+    Model a = Model::empty(kReal, 2000000000, 1);
+    a.entries = {{{0, 0}, 1}, {{0, 7}, 2}, {{0, 1999999999}, 3}};
+    Model expected = Model::empty(kReal, 1000000000, 1);
+    expected.entries = {{{0, 3}, 2}, {{0, 999999999}, 3}};
+    const Call call(elements(a.fit(), Subscript::range(1, 2, 2000000000)));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(call.make(nullptr), spOK);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_EQ("", diff(call.target(), withCapacity(expected, 3)));
 }
 
 TEST(DeletionRules, ElementsThatCannotBecomeARow)

@@ -42,6 +42,11 @@ void* kxCalloc(std::size_t count, std::size_t size)
     return std::memset(kxMalloc(bytes), 0, bytes);
 }
 
+void* kxCallocEx(std::size_t count, std::size_t size)
+{
+    return kxCalloc(count, size);
+}
+
 void* kxCallocExCheck(std::size_t count, std::size_t size)
 {
     return kxCalloc(count, size);

@@ -1,4 +1,5 @@
-// Whether a target keeps its scope: it does unless its content comes about anew.
+// Whether a target keeps its scope: it does unless its content comes about anew. And a full one stays full where a call
+// changes nothing.
 #include "support/call.hpp"
 #include "support/patterns.hpp"
 
@@ -32,4 +33,30 @@ TEST(Scope, OfTargets)
         EXPECT_EQ(call.make(nullptr), spOK) << op;
         EXPECT_EQ(call.target()->scope, expected) << op;
     }
+}
+
+TEST(FullTargets, StayFullWhereNothingIsSelected)
+{
+    Model a = patterned(kReal, 2, 3);
+    a.sparse = false;
+    const Subscript none = Subscript::list({});
+    const Subscript one = Subscript::list({1});
+    const RightSide five = RightSide::scalar(5);
+    for (const Operation& op : {Operation{.callee = Export::Ass3, .a = a, .b = five, .i = none},
+                                Operation{.callee = Export::Ass4, .a = a, .b = five, .i = none},
+                                Operation{.callee = Export::Ass5, .a = a, .b = five, .i = none},
+                                Operation{.callee = Export::Ass6, .a = a, .b = five, .i = none, .j = one},
+                                Operation{.callee = Export::DeleteColumns, .a = a, .i = none},
+                                Operation{.callee = Export::DeleteRows, .a = a, .i = none},
+                                Operation{.callee = Export::DeleteElements, .a = a, .i = none}}) {
+        const Call call(op);
+        const Snapshot before(call.target());
+        EXPECT_EQ(call.make(nullptr), spOK) << op;
+        EXPECT_EQ("", before.changes()) << op;
+    }
+    const Call changing({.callee = Export::Ass3, .a = a, .b = five, .i = one});
+    kxSetArrayScope(changing.target(), kxELEMENT_SCOPE);
+    EXPECT_EQ(changing.make(nullptr), spOK);
+    EXPECT_TRUE(isSparse(changing.target()));
+    EXPECT_EQ(changing.target()->scope, kxELEMENT_SCOPE);
 }

@@ -1,0 +1,225 @@
+// Every method finds the same entries, and deletes the same ones, wherever it is allowed; the choice between them is a
+// function of counts.
+#include "delete/delete_positions.hpp"
+#include "lookup/find_hits.hpp"
+#include "support/model.hpp"
+#include "support/tables.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+using namespace zqsp;
+using zqsp::test::Array;
+using zqsp::test::Model;
+
+namespace {
+
+std::mt19937 generator(1);
+
+unsigned below(unsigned end)
+{
+    return static_cast<unsigned>(generator() % end);
+}
+
+/// A matrix that stores about one element in `each`.
+Model randomMatrix(unsigned m, unsigned n, unsigned each)
+{
+    Model a = Model::empty({}, m, n);
+    for (unsigned i = 0; i < m * n / each; ++i) {
+        a.entries[a.place(below(m * n))] = i + 1.0;
+    }
+    a.nzmax = a.nnz() + below(3) * 20;
+    return a;
+}
+
+/// Positions in one of the forms of a subscript, and what the form looks at.
+struct Named
+{
+    std::vector<unsigned> positions;
+    Order order = Order::kAscending;
+    std::vector<unsigned char> bytes = {};
+    std::vector<unsigned> jc = {};
+
+    [[nodiscard]] unsigned count() const { return static_cast<unsigned>(positions.size()); }
+    [[nodiscard]] Subscript list() const { return IndexList(positions.data(), count(), order); }
+    [[nodiscard]] Subscript range() const
+    {
+        const int stride = static_cast<int>(positions[1]) - static_cast<int>(positions[0]);
+        return IndexRange(positions.front(), positions.back(), stride, count());
+    }
+    Subscript mask()
+    {
+        bytes.assign(positions.back() + 1U, 0);
+        for (const unsigned p : positions) {
+            bytes[p] = 1;
+        }
+        return LogicalMask{bytes.data(), positions.back() + 1, count()};
+    }
+    Subscript sparseMask() // of one column
+    {
+        jc = {0, count()};
+        return SparseLogicalMask{positions.data(), jc.data(), positions.back() + 1, 1};
+    }
+};
+
+/// `count` positions below `end`, with a few repeats.
+Named drawn(unsigned count, unsigned end, Order order)
+{
+    Named named{std::vector<unsigned>(count), order};
+    std::generate(named.positions.begin(), named.positions.end(), [end] { return below(end); });
+    if (order != Order::kUnsorted) {
+        std::sort(named.positions.begin(), named.positions.end());
+    }
+    if (order == Order::kDescending) {
+        std::reverse(named.positions.begin(), named.positions.end());
+    }
+    return named;
+}
+
+Named withoutRepeats(Named named)
+{
+    named.positions.erase(std::unique(named.positions.begin(), named.positions.end()), named.positions.end());
+    return named;
+}
+
+Named strided(unsigned first, unsigned stride, unsigned end)
+{
+    Named named;
+    for (unsigned p = first; p < end; p += stride) {
+        named.positions.push_back(p);
+    }
+    return named;
+}
+
+std::vector<unsigned> storedPositions(const Model& a)
+{
+    std::vector<unsigned> stored;
+    for (const auto& [place, value] : a.entries) {
+        stored.push_back(static_cast<unsigned>(a.linear(place)));
+    }
+    return stored;
+}
+
+void expectFinds(const Model& a, const Named& named, const Subscript& form, std::initializer_list<LookupMethod> methods)
+{
+    const Array array = toArray(a);
+    const Columns columns(array.get());
+    const std::vector<unsigned> stored = storedPositions(a);
+    std::vector<std::pair<unsigned, unsigned>> expected;
+    for (unsigned t = 0; t < named.count(); ++t) {
+        const auto at = std::lower_bound(stored.begin(), stored.end(), named.positions[t]);
+        if (at != stored.end() && *at == named.positions[t]) {
+            expected.emplace_back(t, static_cast<unsigned>(at - stored.begin()));
+        }
+    }
+    for (const LookupMethod method : methods) {
+        std::vector<std::pair<unsigned, unsigned>> found;
+        const HitList hits = findHitsBy(method, columns, form);
+        hits.forEach([&](Hit hit) { found.emplace_back(hit.ordinal, hit.source); });
+        EXPECT_EQ(found, expected) << static_cast<int>(method) << " of " << named.count();
+        EXPECT_EQ(hits.count(), expected.size());
+    }
+}
+
+void expectDeletes(const Model& a, const Named& named, const Subscript& form,
+                   std::initializer_list<DeletionMethod> methods)
+{
+    std::vector<std::pair<unsigned, double>> expected;
+    for (const auto& [place, value] : a.entries) {
+        const auto position = static_cast<unsigned>(a.linear(place));
+        const auto at = std::lower_bound(named.positions.begin(), named.positions.end(), position);
+        if (at == named.positions.end() || *at != position) {
+            expected.emplace_back(position - (at - named.positions.begin()), value.real());
+        }
+    }
+    for (const DeletionMethod method : methods) {
+        const Array array = toArray(a);
+        const Columns columns(array.get());
+        const unsigned left = deletePositions(method, columns, form);
+        std::vector<std::pair<unsigned, double>> found;
+        for (unsigned e = 0; e < left; ++e) {
+            found.emplace_back(columns.ir[e], reinterpret_cast<const double*>(columns.pr)[e]);
+        }
+        EXPECT_EQ(found, expected) << static_cast<int>(method) << " of " << named.count();
+    }
+}
+
+} // namespace
+
+TEST(Lookup, EveryMethodGivesOneAnswer)
+{
+    using enum LookupMethod;
+    const std::pair<unsigned, unsigned> shapes[] = {{90, 120}, {12000, 1}, {3, 4000}};
+    test::forEachTable([&](const Kernels& table) {
+        SCOPED_TRACE(table.name);
+        for (const auto& [m, n] : shapes) {
+            for (const unsigned each : {1U, 5U, 400U}) {
+                const Model a = randomMatrix(m, n, each);
+                for (const unsigned count : {2U, 70U, 3000U, 20000U}) {
+                    const unsigned end = m * n - below(m * n / 2);
+                    const Named unsorted = drawn(count, end, Order::kUnsorted);
+                    expectFinds(a, unsorted, unsorted.list(), {kSearches, kFilteredSearches});
+                    for (const Order order : {Order::kAscending, Order::kDescending}) {
+                        const Named sorted = drawn(count, end, order);
+                        expectFinds(a, sorted, sorted.list(),
+                                    {kByEntries, kIntersection, kSearches, kFilteredSearches});
+                    }
+                    Named once = withoutRepeats(drawn(count, end, Order::kAscending));
+                    expectFinds(a, once, once.mask(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
+                    expectFinds(a, once, once.sparseMask(), {kIntersection, kSearches, kFilteredSearches});
+                }
+                for (const unsigned stride : {1U, 3U, 1000U}) {
+                    Named steps = strided(below(100), stride, m * n - below(1000));
+                    expectFinds(a, steps, steps.range(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
+                    std::reverse(steps.positions.begin(), steps.positions.end());
+                    expectFinds(a, steps, steps.range(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
+                }
+            }
+        }
+    });
+}
+
+TEST(Deletion, EveryMethodGivesOneAnswer)
+{
+    using enum DeletionMethod;
+    test::forEachTable([&](const Kernels& table) {
+        SCOPED_TRACE(table.name);
+        for (const unsigned each : {1U, 5U, 400U}) {
+            const Model a = randomMatrix(90, 120, each);
+            for (const unsigned count : {2U, 70U, 3000U, 20000U}) {
+                Named once = withoutRepeats(drawn(count, 10000, Order::kAscending));
+                expectDeletes(a, once, once.list(), {kByPositions, kByKernel});
+                expectDeletes(a, once, once.mask(), {kByPositions, kByEntries});
+            }
+            for (const unsigned stride : {1U, 3U, 1000U}) {
+                const Named steps = strided(below(100), stride, 10000);
+                expectDeletes(a, steps, steps.range(), {kByPositions, kByEntries});
+            }
+        }
+    });
+}
+
+/// The costs follow what is there: not the positions of a range, nor the entries where few positions are asked for.
+TEST(Lookup, TheChoice)
+{
+    using enum LookupMethod;
+    constexpr unsigned kHuge = 2000000000;
+    for (const Kernels* table : availableKernels()) {
+        const Costs& costs = table->costs;
+        EXPECT_EQ(chooseLookup({Positions::kRange, kHuge, 1, 3}, costs), kByEntries);
+        EXPECT_EQ(chooseLookup({Positions::kRange, 1000, 1, kHuge}, costs), kSearches);
+        EXPECT_EQ(chooseLookup({Positions::kRange, 1000, kHuge, 3}, costs), kSearches); // steps over columns
+        EXPECT_EQ(chooseLookup({Positions::kMask, kHuge, 1000, 3}, costs), kByEntries);
+        EXPECT_EQ(chooseLookup({Positions::kSorted, 1000000, 1000, 3}, costs), kByEntries);
+        EXPECT_EQ(chooseLookup({Positions::kSorted, 1000000, 1000, 1000000}, costs), kIntersection);
+        EXPECT_EQ(chooseLookup({Positions::kSparseMask, 1000000, 1000, 1000}, costs), kIntersection);
+        EXPECT_EQ(chooseLookup({Positions::kSorted, 1000, 1000, 1000000}, costs), kSearches);
+        EXPECT_EQ(chooseLookup({Positions::kUnsorted, 1000000, 1000, 1000}, costs), kFilteredSearches);
+        EXPECT_EQ(chooseLookup({Positions::kUnsorted, 1000000, 1000, 1000000}, costs), kSearches);
+        EXPECT_EQ(chooseDeletion(IndexRange(0, kHuge, 2, kHuge / 2), 3, costs), DeletionMethod::kByEntries);
+        EXPECT_EQ(chooseDeletion(IndexRange(0, kHuge, 1, kHuge), 3, costs), DeletionMethod::kByPositions); // one block
+        EXPECT_EQ(chooseDeletion(IndexRange(0, 20, 2, 10), kHuge, costs), DeletionMethod::kByPositions);
+    }
+}
