@@ -43,6 +43,8 @@ endif()
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-zqspmatrix)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA # compiled modules come and go with the package
+  ${CMAKE_CURRENT_LIST_DIR}/debian-python/postinst ${CMAKE_CURRENT_LIST_DIR}/debian-python/prerm)
 string(CONCAT CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library_package} ${this_version}, python3-numpy, python3-scipy, "
   "python3 (>= 3.${python_minor}), python3 (<< 3.${next_python_minor})")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION "The Python package, for SciPy's sparse matrices.")
