@@ -59,12 +59,12 @@ Array placesOf(const Selection& selection, unsigned storedRows, bool byRows)
     const auto stepsOf = [](const Index& index) {
         return std::pair{index.rows == 1 ? 0 : index.columns(), py::ssize_t{index.columns() == 1 ? 0 : 1}};
     };
-    const auto [rowDown, rowAcross] = stepsOf(selection.row);
-    const auto [columnDown, columnAcross] = stepsOf(selection.column);
+    const std::pair rowSteps = stepsOf(selection.row);
+    const std::pair columnSteps = stepsOf(selection.column);
     unsigned* to = wordsOf(places);
     const auto place = [&](py::ssize_t i, py::ssize_t j) {
-        const unsigned row = rows[i * rowDown + j * rowAcross];
-        const unsigned column = columns[i * columnDown + j * columnAcross];
+        const unsigned row = rows[i * rowSteps.first + j * rowSteps.second];
+        const unsigned column = columns[i * columnSteps.first + j * columnSteps.second];
         return byRows ? column + (row - 1) * storedRows : row + (column - 1) * storedRows;
     };
     if (byRows) {

@@ -113,12 +113,22 @@ class Matrix(_core.Matrix, _Sparse):  # type: ignore[misc]
     def shape(self, shape: Any) -> None:
         self._reshape(_functions.resolved_shape(super().shape, shape), False)
 
+    def get_shape(self) -> Tuple[int, int]:
+        """(rows, columns)."""
+        return super().shape
+
+    def set_shape(self, shape: Any) -> None:
+        """As M.shape = shape."""
+        self.shape = shape
+
     def reshape(self, *shape: Any, order: str = "C") -> "Matrix":
         """A new Matrix of the same elements: reshape((m, n)) or reshape(m, n); one size may be -1.
 
         order "C" counts along the rows, as SciPy does; "F" down the columns, which needs no transposes.
         ValueError for another number of elements.
         """
+        if not shape:
+            raise TypeError("reshape() needs a shape")
         by_columns = _functions.by_columns(order)
         sizes = _functions.resolved_shape(super().shape, *shape)
         made: Matrix = self._copied()
@@ -267,11 +277,11 @@ def _attribute_of_scipy(name: str) -> property:
 # What SciPy computes on M's arrays without changing them.
 for _name in (
     "sum mean min max argmin argmax dot multiply power conj conjugate getH maximum minimum diagonal trace nonzero "
-    "count_nonzero astype asformat todense tobsr todia todok tolil getrow getcol getnnz "
+    "count_nonzero astype asfptype asformat getmaxprint __str__ todense tobsr todia todok tolil getrow getcol getnnz "
     "__eq__ __ne__ __lt__ __le__ __gt__ __ge__ __add__ __radd__ __sub__ __rsub__ __mul__ __rmul__ __matmul__ "
     "__rmatmul__ __truediv__ __rtruediv__ __pow__ __neg__ __abs__ __round__"
 ).split():
     if hasattr(sp.csc_matrix, _name):
         setattr(Matrix, _name, _by_scipy(_name))
-for _name in "data indices indptr has_sorted_indices has_canonical_format A H real imag size".split():
+for _name in "data indices indptr has_sorted_indices has_canonical_format maxprint A H real imag size".split():
     setattr(Matrix, _name, _attribute_of_scipy(_name))

@@ -10,7 +10,7 @@ names_in() { # DOCUMENT PATTERN
 wrong=$(
     for document in *.md docs/*.md; do
         names_in "$document" '`[A-Za-z_][A-Za-z0-9_]*()`' | while read -r name; do
-            grep -rqw "$name" include platform runtime src shell tests cmake CMakeLists.txt ||
+            grep -rqw "$name" include platform runtime src shell python tests cmake CMakeLists.txt ||
                 echo "$document: no function $name()"
         done
         names_in "$document" '`[A-Z][A-Za-z]*\.[A-Z][A-Za-z0-9]*`' | while read -r name; do

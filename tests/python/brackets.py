@@ -1,15 +1,15 @@
 """Brackets of a Matrix and the functions against SciPy's own brackets, over all dtypes and both kinds of objects.
 
-brackets.py [FIRST [COUNT]]: keys and values, each with a seed that is named on failure.
+brackets.py [FIRST [COUNT]]: seeds of sequences of calls.
 """
 
-import sys
 import warnings
 
 import numpy as np
 import scipy.sparse as sp
 import zqspmatrix
 from scipy.sparse import _index
+from seeds import run_seeds
 from zqspmatrix import Matrix
 
 SERVED = [np.dtype(code) for code in "?bBhHiIlLqQfdD"]
@@ -192,16 +192,6 @@ def run_sequence(rng):
         C = C if made is None else made
 
 
-def main():
-    first = int(sys.argv[1]) if len(sys.argv) > 1 else 0
-    count = int(sys.argv[2]) if len(sys.argv) > 2 else 2000
-    for seed in range(first, first + count):
-        try:
-            run_sequence(np.random.default_rng(seed))
-        except BaseException:
-            print(f"sequence {seed} fails; to repeat: {sys.argv[0]} {seed} 1", file=sys.stderr)
-            raise
-    print(f"{5 * count} calls of the functions, and as many of Matrix where it has the dtype")
-
-
-main()
+if __name__ == "__main__":
+    calls = 5 * run_seeds(run_sequence, 2000)
+    print(f"{calls} calls of the functions, and as many of Matrix where it has the dtype")

@@ -5,10 +5,10 @@ language_forms.py [FIRST [COUNT]]: sequences of calls on one matrix each; every 
 
 import ctypes
 import gc
-import sys
 
 import numpy as np
 import scipy.sparse as sp
+from seeds import run_seeds
 from zqspmatrix import Matrix
 
 CALLS_EACH = 5
@@ -314,19 +314,13 @@ def run_sequence(rng):
 
 
 def main():
-    first = int(sys.argv[1]) if len(sys.argv) > 1 else 0
-    count = int(sys.argv[2]) if len(sys.argv) > 2 else 1000
     gc.collect()
     before = live_blocks()
-    for seed in range(first, first + count):
-        try:
-            run_sequence(np.random.default_rng(seed))
-        except Exception:
-            print(f"sequence {seed} fails; to repeat: {sys.argv[0]} {seed} 1", file=sys.stderr)
-            raise
+    calls = CALLS_EACH * run_seeds(run_sequence, 1000)
     gc.collect()
     assert live_blocks() == before, f"{live_blocks() - before} blocks are lost"
-    print(f"{count * CALLS_EACH} calls")
+    print(f"{calls} calls")
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -63,6 +63,22 @@ def test_operators_are_scipys(M, C, name, other):
     assert np.array_equal(outcome(M), outcome(C))
 
 
+def test_everything_a_sparse_matrix_has_is_there(M, C):
+    def outcome(value, name):
+        try:
+            found = getattr(value, name)
+            found = found() if callable(found) else found
+        except Exception as error:
+            return type(error).__name__
+        return np.asarray(sp.csc_matrix(found).toarray()).tolist() if sp.issparse(found) else repr(found)
+
+    names = [name for name in dir(sp.csc_matrix) if not name.startswith("_") and hasattr(M, name)]
+    assert len(names) > 45
+    different = [name for name in names if outcome(M.copy(), name) != outcome(C.copy(), name)]
+    assert not different
+    assert str(M) == str(C)
+
+
 def test_truth_length_hash_and_iteration(M, C):
     for raising in (bool, lambda x: x in [C * 2], len, hash):
         assert type(pytest.raises((TypeError, ValueError), raising, M).value) is type(
