@@ -98,6 +98,15 @@ inline __m512d loadDoubles(__m512d other, __mmask8 lanes, const void* from)
     return std::bit_cast<__m512d>(load(std::bit_cast<Doubles>(other), lanes, from));
 }
 
+inline __m512i product(__m512i a, __m512i b)
+{
+    auto words = std::bit_cast<Words>(a);
+    const auto others = std::bit_cast<Words>(b);
+    for (unsigned i = 0; i < words.size(); ++i) {
+        words[i] *= others[i];
+    }
+    return std::bit_cast<__m512i>(words);
+}
 inline __m512d toDoubles(__m256i words)
 {
     return std::bit_cast<__m512d>(
@@ -131,6 +140,8 @@ inline constexpr __mmask16 kAll = 0xFFFF;
 #define _mm512_maskz_loadu_pd(lanes, from) zqsp::emulated::loadDoubles(_mm512_setzero_pd(), lanes, from)
 #define _mm512_mask_storeu_epi32(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Words>(a))
 #define _mm512_mask_storeu_pd(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Doubles>(a))
+#undef _mm512_mullo_epi32 // that version's overflows, as the sanitizers say
+#define _mm512_mullo_epi32 zqsp::emulated::product
 #undef _mm512_mask_cmpge_epu32_mask // that version's takes four arguments
 #define _mm512_mask_cmpge_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::greater_equal<>())
 #define _mm512_mask_cmplt_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::less<>())
