@@ -5,7 +5,6 @@
 #include "lookup/find_hits.hpp"
 
 #include <algorithm>
-#include <ranges>
 
 namespace zqsp {
 
@@ -24,10 +23,13 @@ template <typename F>
 void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions, unsigned count, F&& slotOf)
 {
     const auto placeOf = [&](std::size_t i) { return layout.placeOf(positions[i]); };
-    const auto all = std::views::iota(0U, count);
-    const auto firstOutside =
-        std::ranges::partition_point(all, [&](unsigned i) { return layout.placeOf(positions[i]).column < a.n; });
-    const auto inside = static_cast<unsigned>(firstOutside - all.begin());
+    const struct
+    {
+        const LinearLayout& layout;
+        const NumberView& positions;
+        unsigned operator[](std::size_t i) const { return layout.placeOf(positions[i]).column; }
+    } columns{layout, positions};
+    const unsigned inside = lowerBound(columns, 0, count, a.n);
     if (inside > a.nnz()) {
         unsigned entry = 0;
         for (unsigned i = 0; i < inside; ++i) {

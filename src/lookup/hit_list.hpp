@@ -108,8 +108,9 @@ class HitList
 
     void addPiece(unsigned size)
     {
-        constexpr unsigned kFirst = 4096;
-        const unsigned capacity = std::max(size, std::min(positions_ - count_, std::max(count_ / 4, kFirst)));
+        constexpr unsigned kSmallest = 4096; // but for the first one: most calls find little
+        const unsigned capacity =
+            std::max(size, used_ == 0 ? 0 : std::min(positions_ - count_, std::max(count_ / 4, kSmallest)));
         auto words = Block<unsigned>::make((std::size_t{capacity} + kKernelSlack) * 2);
         pieces_[used_++] = {words.release(), capacity, 0};
     }
