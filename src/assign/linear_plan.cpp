@@ -221,11 +221,15 @@ LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout
             const bool isLast = i + 1 == count || sorted[i + std::size_t{1}] != position;
             if (isLast && (stored || slot.stored)) {
                 const Place place = layout.placeOf(position);
-                plan.addOrJoin(
-                    {{place.column, slot.position, slot.position + (slot.stored ? 1U : 0U), stored ? 1U : 0U},
-                     place.row,
-                     values.source(t)},
-                    values.isScalar());
+                const ElementPatch patch = {
+                    {place.column, slot.position, slot.position + (slot.stored ? 1U : 0U), stored ? 1U : 0U},
+                    place.row,
+                    values.source(t)};
+                if (mayRepeat) { // a list is seldom of neighbours, and has its capacity from `changes`
+                    plan.patches_.add(patch);
+                } else {
+                    plan.addOrJoin(patch, values.isScalar());
+                }
             }
         });
     });
