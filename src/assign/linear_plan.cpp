@@ -5,7 +5,6 @@
 #include "reference/linear_hits.hpp"
 
 #include <algorithm>
-#include <ranges>
 
 namespace zqsp {
 
@@ -24,10 +23,13 @@ template <typename F>
 void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions, unsigned count, F&& slotOf)
 {
     const auto placeOf = [&](std::size_t i) { return layout.placeOf(positions[i]); };
-    const auto all = std::views::iota(0U, count);
-    const auto firstOutside =
-        std::ranges::partition_point(all, [&](unsigned i) { return layout.placeOf(positions[i]).column < a.n; });
-    const auto inside = static_cast<unsigned>(firstOutside - all.begin());
+    unsigned inside = 0; // of them lie in columns that the target has
+    for (unsigned length = count; length > 0;) {
+        const unsigned half = length / 2;
+        const bool isInside = placeOf(std::size_t{inside} + half).column < a.n;
+        inside += isInside ? half + 1 : 0;
+        length = isInside ? length - half - 1 : half;
+    }
     if (inside > a.nnz()) {
         unsigned entry = 0;
         for (unsigned i = 0; i < inside; ++i) {
