@@ -42,21 +42,6 @@ void assignOne(kxArray* A, const LinearLayout& grown, const AssignedValues& valu
                  mayGrow ? growCapacity(a.nzmax, grown.m(), grown.n()) : a.nzmax);
 }
 
-/// The subscript without what it owns.
-Subscript viewOf(const Subscript& positions)
-{
-    if (const auto* list = std::get_if<IndexList>(&positions)) {
-        return IndexList(list->begin(), list->count(), list->order());
-    }
-    if (const auto* range = std::get_if<IndexRange>(&positions)) {
-        return *range;
-    }
-    if (const auto* mask = std::get_if<LogicalMask>(&positions)) {
-        return *mask;
-    }
-    return std::get<SparseLogicalMask>(positions);
-}
-
 } // namespace
 
 void assignPositions(kxArray* A, unsigned m, unsigned n, const Columns& b, bool isScalar, const Subscript& positions)
@@ -83,7 +68,7 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const Columns& b, bool 
     } else {
         const Numbers numbers(positions);
         if (range != nullptr || !overwriteInOrder(A, initial, values, numbers, positions)) {
-            const Ordered ordered(viewOf(positions), Repeats::kAll);
+            const Ordered ordered(borrowed(positions), Repeats::kAll);
             carryOut(A, grown, values, LinearPlan::forPositions(a, initial, values, numbers, ordered));
         }
     }
