@@ -198,11 +198,14 @@ LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout
 {
     LinearPlan plan(a, layout);
     const unsigned count = ordered.count();
-    const Numbers sorted(ordered.form());
     const bool mayRepeat = std::holds_alternative<IndexList>(ordered.form());
+    const bool isRange = std::holds_alternative<IndexRange>(ordered.form());
+    const Numbers looked = mayRepeat || isRange ? Numbers(ordered.form()) : Numbers();
+    const NumberView sorted =
+        mayRepeat || isRange ? NumberView(looked) : positions; // masks ascend, and are written out by now
     const bool mayGrow = mayRepeat && a.nnz() + std::uint64_t{count} > a.nzmax;
     const auto changes = mayGrow ? Block<signed char>::zeroed(count) : Block<signed char>();
-    if (mayRepeat) {
+    if (!isRange) {
         plan.patches_.reserve(count);
     }
     values.withZeroTest([&](auto isZero) {

@@ -2,6 +2,8 @@
 
 #include "assign/region_patches.hpp"
 #include "core/counts.hpp"
+#include "core/row_selection.hpp"
+#include "kernels/select_loop.hpp"
 #include "subscript/runs.hpp"
 
 #include <algorithm>
@@ -113,7 +115,10 @@ void clearInOnePass(const Columns& a, const Ordered& columns, const RowSet* othe
         unsigned* const ends = a.jc + first + 1;
         a.jc[first] = next; // as before, for the kernel
         const unsigned at = kept;
-        if (others != nullptr) {
+        constexpr unsigned kFewEntries = 64; // cost less here than a call
+        if (others != nullptr && end - next <= kFewEntries) {
+            kept = selectColumns(entriesOf(a), a.jc + first, column - first, others->unmoved(), entriesOf(a), at, ends);
+        } else if (others != nullptr) {
             kept = moveSelected(a, first, column - first, others->unmoved(), a, at, ends);
         } else {
             std::fill_n(ends, column - first, at);

@@ -44,9 +44,15 @@ class RegionMerge
             return;
         }
         const unsigned count = patch.length;
-        for (unsigned i = 0; i < count; ++i) {
-            outRows_[at + i] = targetRow(patch.sourceBegin + i);
-        }
+        rows_.visit([&, out = outRows_ + at](auto rows) { // what the rows are is asked once, not for each
+            const unsigned* const source = b_.isScalar() ? nullptr : b_.b.ir + patch.sourceBegin;
+            for (unsigned i = 0; source == nullptr && i < count; ++i) {
+                out[i] = rows[patch.sourceBegin + i];
+            }
+            for (unsigned i = 0; source != nullptr && i < count; ++i) {
+                out[i] = rows[source[i]];
+            }
+        });
         if (b_.isScalar()) {
             outValues_.fill(at, values_, 0, count);
         } else {

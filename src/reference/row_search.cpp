@@ -101,8 +101,7 @@ ArrayOwner searchColumns(const Columns& a, const Ordered& rows, const Numbers& n
 ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity)
 {
     const Numbers numbers(rows.form());
-    return numbers.list != nullptr ? searchColumns(a, rows, numbers.list, columns, capacity)
-                                   : searchColumns(a, rows, static_cast<const NumberView&>(numbers), columns, capacity);
+    return numbers.visit([&](auto known) { return searchColumns(a, rows, known, columns, capacity); });
 }
 
 } // namespace zqsp

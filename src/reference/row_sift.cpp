@@ -46,7 +46,7 @@ class Sieve
     }
 
   private:
-    static constexpr unsigned kBlock = 1024;
+    static constexpr unsigned kBlock = 8192; // a call costs about what fifty entries do
     static constexpr std::uint64_t kPaysForFilter = 4096; // entries
 
     RowSet rows_;
@@ -105,8 +105,7 @@ ArrayOwner siftColumns(const Columns& a, const Ordered& rows, const Numbers& num
 ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscript& columns)
 {
     const Numbers numbers(rows.form());
-    return numbers.list != nullptr ? siftColumns(a, rows, numbers.list, columns)
-                                   : siftColumns(a, rows, static_cast<const NumberView&>(numbers), columns);
+    return numbers.visit([&](auto known) { return siftColumns(a, rows, known, columns); });
 }
 
 } // namespace zqsp
