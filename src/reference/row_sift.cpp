@@ -46,7 +46,7 @@ class Sieve
     }
 
   private:
-    static constexpr unsigned kBlock = 8192; // a call costs about what fifty entries do
+    static constexpr unsigned kBlock = 8192;              // a call costs about what fifty entries do
     static constexpr std::uint64_t kPaysForFilter = 4096; // entries
 
     RowSet rows_;
