@@ -1,6 +1,11 @@
-"""Builds the extension and its libraries by CMake, which also has the version. All else is in pyproject.toml."""
+"""Builds the extension and its libraries by CMake, which also has the version. All else is in pyproject.toml.
 
+What the environment variable CMAKE_ARGS holds is handed to CMake besides.
+"""
+
+import os
 import re
+import shlex
 import subprocess
 import sys
 from pathlib import Path
@@ -36,6 +41,7 @@ class CMakeBuild(build_ext):
             options.append(f"-Dpybind11_DIR={pybind11.get_cmake_dir()}")
         except ImportError:
             pass
+        options += shlex.split(os.environ.get("CMAKE_ARGS", ""))
         subprocess.run(["cmake", "-S", ROOT, "-B", build, "-G", "Ninja", *options], check=True)
         subprocess.run(["cmake", "--build", build, "--target", "zqspmatrix_python"], check=True)
         subprocess.run(["cmake", "--install", build, "--component", "python", "--strip"], check=True)
