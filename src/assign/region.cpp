@@ -148,8 +148,9 @@ void fillRegion(kxArray* A, const Region& region, const RightSide& b, const Fill
     if (patches.inTargetColumns() > limits.mostEntries) {
         raiseMaxSize();
     }
-    // Where most entries are merged anew, writing them once into fresh blocks beats putting them together aside.
-    const bool mergesMost = patches.keepsOthers() && patches.rewritten() > total / 2;
+    // Where most entries are merged anew, writing them once into fresh blocks beats putting them together aside; unless
+    // most of the blocks would be spare.
+    const bool mergesMost = patches.keepsOthers() && patches.rewritten() > total / 2 && a.nzmax / 2 <= total;
     Relay relay(A, {.capacity = limits.capacity != 0 ? limits.capacity : std::max(total, a.nzmax),
                     .columns = std::max(region.n, a.n),
                     .imaginaryPart = b.isComplex(),

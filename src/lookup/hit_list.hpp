@@ -51,9 +51,11 @@ class HitList
         unsigned* sources;
     };
 
-    /// Room for `size` hits, and for kKernelSlack more words behind. Raises on exhausted memory.
+    /// Room for `size` hits, or as many as positions are left, and for kKernelSlack more words behind. Raises on
+    /// exhausted memory.
     Room room(unsigned size)
     {
+        size = std::min(size, positions_ - count_); // no position is found twice
         if (used_ == 0 || pieces_[used_ - 1].capacity - pieces_[used_ - 1].count < size) {
             addPiece(size);
         }

@@ -201,6 +201,30 @@ TEST(Deletion, EveryMethodGivesOneAnswer)
     });
 }
 
+/// One position of a wide range in each block of entries, and at the end many entries in a few blocks: what is found
+/// comes in small shares long before it is all.
+TEST(Lookup, FindsThatComeOneByOne)
+{
+    constexpr unsigned kStride = 1024;
+    constexpr unsigned kFound = 70000;
+    constexpr unsigned kAlone = 69800; // beyond, every row is stored
+    constexpr unsigned kEntries = kAlone + (kFound - kAlone) * kStride;
+    const Array column(kxCreateSparseNumericMatrix(kFound * kStride, 1, kEntries, kxDOUBLE_CLASS, kxREAL));
+    for (unsigned e = 0; e < kEntries; ++e) {
+        column->ir[e] = e < kAlone ? e * kStride : kAlone * kStride + (e - kAlone);
+    }
+    column->jc[1] = kEntries;
+    const IndexRange range(0, (kFound - 1) * kStride, kStride, kFound);
+    for (const IndexRange& positions : {range, IndexRange(range.last, range.first, -range.stride, kFound)}) {
+        unsigned next = 0;
+        unsigned wrong = 0;
+        findHitsBy(LookupMethod::kByEntries, Columns(column.get()), positions).forEach([&](Hit hit) {
+            wrong += hit.ordinal == next++ ? 0U : 1U;
+        });
+        EXPECT_EQ(std::pair(next, wrong), std::pair(kFound, 0U));
+    }
+}
+
 /// The costs follow what is there: not the positions of a range, nor the entries where few positions are asked for.
 TEST(Lookup, TheChoice)
 {
