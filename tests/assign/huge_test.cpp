@@ -63,6 +63,23 @@ TEST(HugeTargets, ProgressionsOfPositionsCostTheEntries)
     }());
 }
 
+TEST(HugeTargets, SpareCapacityIsNotTakenAnew)
+{
+    constexpr unsigned kSpare = 1000000;
+    const Array A(kxCreateSparseNumericMatrix(6, 4, kSpare, kxDOUBLE_CLASS, kxREAL));
+    for (unsigned e = 0; e < 24; ++e) {
+        A->ir[e] = e % 6;
+        static_cast<double*>(A->pr)[e] = 1;
+        A->jc[e / 6 + 1] = e + 1;
+    }
+    const Array I = toArray(Subscript::list({1, 4, 5}));
+    const Array nine = toArray(Subscript::list({9}));
+    const std::size_t before = kxrt::bytes_requested();
+    EXPECT_EQ(spAss5(A.get(), nine.get(), I.get()), spOK);
+    EXPECT_LT(kxrt::bytes_requested() - before, kSpare);
+    EXPECT_EQ(A->nzmax, kSpare);
+}
+
 /// Sparse values along a range give what the same values give when they are full.
 TEST(HugeTargets, SparseValuesAlongARangeAreAsFullOnes)
 {
