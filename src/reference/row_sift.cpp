@@ -41,7 +41,9 @@ class Sieve
             size = std::min(kBlock, end - begin);
             const unsigned count =
                 kernels().siftRows(rows_.words(), filters_ ? &few_ : nullptr, ir, begin, begin + size, found.data());
-            std::for_each_n(found.begin(), count, visit);
+            for (unsigned i = 0; i < count; ++i) {
+                visit(found[i]);
+            }
         }
     }
 
@@ -62,10 +64,11 @@ ArrayOwner siftColumns(const Columns& a, const Ordered& rows, const Numbers& num
     // What is found, column by column; the ends of the columns follow once the result is there to hold them.
     GrowingList<Key> found;
     const auto columnEnds = Block<unsigned>::make(countOf(columns));
+    const bool sorts = rows.sources() != nullptr;
     unsigned visited = 0;
     unsigned begin = 0; // what is found in the column at hand
     const auto finishColumn = [&] {
-        if (rows.sources() != nullptr) {
+        if (sorts) {
             std::sort(found.data() + begin, found.data() + found.count());
         }
         begin = found.count();
@@ -73,16 +76,17 @@ ArrayOwner siftColumns(const Columns& a, const Ordered& rows, const Numbers& num
     };
     // Neighbouring columns are searched as one: between entries that are found nobody looks where columns end.
     forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
-        unsigned column = first;
-        sieve.forEachFound(a.ir, a.jc[first], a.jc[first + length], [&](unsigned e) {
-            for (; a.jc[column + 1] <= e; ++column) {
+        const unsigned* columnEnd = a.jc + first + 1;
+        const unsigned* const last = a.jc + first + length;
+        sieve.forEachFound(a.ir, a.jc[first], *last, [&](unsigned e) {
+            for (; *columnEnd <= e; ++columnEnd) {
                 finishColumn();
             }
             for (unsigned i = lowerBound(numbers, 0, k, a.ir[e]); i < k && numbers[i] == a.ir[e]; ++i) {
                 found.add(makeKey(rows.source(i), e));
             }
         });
-        for (; column < first + length; ++column) {
+        for (; columnEnd <= last; ++columnEnd) {
             finishColumn();
         }
     });
