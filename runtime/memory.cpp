@@ -34,6 +34,8 @@ constexpr std::size_t kImpossibleSize = std::numeric_limits<std::size_t>::max();
 
 constinit std::atomic<long> requestsUntilFailure{-1};
 constinit std::atomic<std::size_t> largestBlock{kLargestBlock};
+/// Whether one of these two may refuse a small block.
+constinit std::atomic<bool> refusesSmall{false};
 
 BlockHeader* headerOf(void* block)
 {
@@ -59,6 +61,13 @@ bool isToFail() noexcept
 {
     return requestsUntilFailure.load(std::memory_order_relaxed) > 0 &&
            requestsUntilFailure.fetch_sub(1, std::memory_order_relaxed) == 1;
+}
+
+void updateRefusal() noexcept
+{
+    refusesSmall.store(requestsUntilFailure.load(std::memory_order_relaxed) > 0 ||
+                           largestBlock.load(std::memory_order_relaxed) < kLargestSmall,
+                       std::memory_order_relaxed);
 }
 
 /// Counts a request; whether it may be met.
@@ -137,6 +146,13 @@ void* newBlock(ThreadMemory* own, std::size_t size, bool zeroed) noexcept
     return block;
 }
 
+/// The smallest blocks are cleared as a whole, which needs no call.
+void* clearSmall(void* block, std::size_t size) noexcept
+{
+    constexpr std::size_t kLeast = kSmallStep - sizeof(BlockHeader);
+    return size <= kLeast ? std::memset(block, 0, kLeast) : std::memset(block, 0, size);
+}
+
 /// Resizes a block without other holders in its own kind of memory; null (block unchanged) on failure.
 void* resizeInKind(void* block, std::size_t size) noexcept
 {
@@ -157,20 +173,19 @@ void* resizeInKind(void* block, std::size_t size) noexcept
 void* tryAllocate(std::size_t size, bool zeroed) noexcept
 {
     // The common case in few instructions: a small block that this thread has kept, and nobody tests failures.
-    ThreadMemory* own = ThreadMemory::existing();
-    if (kindFor(size) != Kind::small || own == nullptr || requestsUntilFailure.load(std::memory_order_relaxed) > 0 ||
-        size > largestBlock.load(std::memory_order_relaxed)) {
+    if (kindFor(size) != Kind::small || refusesSmall.load(std::memory_order_relaxed)) {
         return allocateElsewhere(size, zeroed);
     }
-    void* raw = own->take(classFor(size));
+    ThreadMemory& own = ThreadMemory::existing();
+    void* raw = own.take(classFor(size));
     if (raw == nullptr) {
         return allocateElsewhere(size, zeroed);
     }
-    own->add(Count::requests, 1);
-    own->add(Count::bytesRequested, static_cast<std::int64_t>(size));
-    own->add(Count::liveBlocks, 1);
+    own.add(Count::requests, 1);
+    own.add(Count::bytesRequested, static_cast<std::int64_t>(size));
+    own.add(Count::liveBlocks, 1);
     void* block = furnish(raw, size);
-    return zeroed ? std::memset(block, 0, size) : block;
+    return zeroed ? clearSmall(block, size) : block;
 }
 
 void* tryReallocate(void* block, std::size_t size) noexcept
@@ -228,10 +243,12 @@ std::size_t bytes_requested()
 void fail_allocation_after(long n)
 {
     requestsUntilFailure.store(n, std::memory_order_relaxed);
+    updateRefusal();
 }
 void set_largest_block(std::size_t bytes)
 {
     largestBlock.store(std::min(bytes, kLargestBlock), std::memory_order_relaxed);
+    updateRefusal();
 }
 void release_kept_blocks()
 {
@@ -265,9 +282,9 @@ void release(void* block) noexcept
         return;
     }
     const std::size_t size = header->size;
-    ThreadMemory* own = ThreadMemory::existing();
-    if (kindFor(size) == Kind::small && own != nullptr && own->keep(header, classFor(size))) {
-        own->add(Count::liveBlocks, -1);
+    ThreadMemory& own = ThreadMemory::existing();
+    if (kindFor(size) == Kind::small && own.keep(header, classFor(size))) {
+        own.add(Count::liveBlocks, -1);
     } else {
         releaseElsewhere(header);
     }

@@ -9,7 +9,8 @@
 
 namespace kxrt {
 
-constinit thread_local ThreadMemory* ThreadMemory::current = nullptr;
+constinit ThreadMemory ThreadMemory::nobodys;
+constinit thread_local ThreadMemory* ThreadMemory::current = &nobodys;
 
 /// The enrolled threads, and the counts of those that have ended. A thread that ends gives its kept blocks back.
 struct Threads
@@ -84,7 +85,7 @@ const ThreadsLife threadsLife;
 
 void Threads::leave(void* memory) noexcept
 {
-    ThreadMemory::current = nullptr; // first: freeing must not keep blocks in a list that goes
+    ThreadMemory::current = &ThreadMemory::nobodys; // first: freeing must not keep blocks in a list that goes
     threads.remove(static_cast<ThreadMemory*>(memory));
 }
 
@@ -95,6 +96,9 @@ ThreadMemory* ThreadMemory::enroll() noexcept
         return nullptr;
     }
     auto* made = ::new (raw) ThreadMemory;
+    for (List& list : made->lists_) {
+        list.room = kMostKept;
+    }
     if (pthread_setspecific(threads.key, made) != 0) {
         std::free(raw);
         return nullptr;

@@ -55,10 +55,11 @@ constexpr std::size_t smallClassBytes(std::size_t smallClass)
 class ThreadMemory
 {
   public:
-    /// The calling thread's own; null before its first allocation, and in the rare case that there is no memory for it.
-    static ThreadMemory* existing() noexcept { return current; }
-    /// The same, made where it is not there yet.
-    static ThreadMemory* mine() noexcept { return current != nullptr ? current : enroll(); }
+    /// The calling thread's own. Before its first allocation, and in the rare case that there is no memory for it,
+    /// one that belongs to nobody: nothing is in it, and it keeps nothing.
+    static ThreadMemory& existing() noexcept { return *current; }
+    /// The thread's own, made where it is not there yet; null where there is no memory for it.
+    static ThreadMemory* mine() noexcept { return current != &nobodys ? current : enroll(); }
 
     /// Adds to this thread's share.
     void add(Count count, std::int64_t n) noexcept
@@ -82,7 +83,7 @@ class ThreadMemory
         KeptBlock* block = list.first;
         if (block != nullptr) {
             list.first = block->next;
-            --list.length;
+            ++list.room;
         }
         return block;
     }
@@ -90,11 +91,11 @@ class ThreadMemory
     bool keep(void* block, std::size_t smallClass) noexcept
     {
         List& list = lists_[smallClass];
-        if (list.length == kMostKept) {
+        if (list.room == 0) {
             return false;
         }
         list.first = ::new (block) KeptBlock{list.first};
-        ++list.length;
+        --list.room;
         return true;
     }
     /// Gives the kept blocks back to the heap.
@@ -108,7 +109,7 @@ class ThreadMemory
     struct List
     {
         KeptBlock* first = nullptr;
-        unsigned length = 0;
+        unsigned room = 0; ///< for so many more
     };
     /// Of each class: 264 KiB in all at most.
     static constexpr unsigned kMostKept = 16;
@@ -119,6 +120,7 @@ class ThreadMemory
     static void addToCommon(Count count, std::int64_t n) noexcept;
 
     [[gnu::tls_model("initial-exec")]] static constinit thread_local ThreadMemory* current;
+    static constinit ThreadMemory nobodys; ///< has no room
 
     std::array<List, kSmallClasses> lists_ = {};
     std::array<std::atomic<std::int64_t>, kCounts> shares_ = {};

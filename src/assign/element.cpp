@@ -23,10 +23,15 @@ void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigne
     const Columns before(A);
     const Slot slot = findSlot(before, row, column);
     const unsigned at = slot.position;
+    const bool becomesComplex = !isZero && b.pi != nullptr && before.pi == nullptr;
+    if (slot.stored && !isZero && !becomesComplex) { // overwritten where it lies, within the present shape
+        withStorage(before, before, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
+        return;
+    }
     const bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
     Relay relay(A, {.capacity = isFull ? grownCapacity : before.nzmax,
                     .columns = std::max(n, before.n),
-                    .imaginaryPart = !isZero && b.pi != nullptr});
+                    .imaginaryPart = becomesComplex});
     const Patch patch = {column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};
     const Columns after = relay.after();
     relay.commit(std::span(&patch, 1), [&](const Patch&, unsigned) {

@@ -44,11 +44,12 @@ spStatus convertScalarSubscript(const kxArray* subscript, unsigned& index)
 void assignElement(Target& target, unsigned row, unsigned column, unsigned m, const kxArray* B)
 {
     checkColumnGrowth(target.get(), column);
-    const bool isZero = isZeroScalar(B);
     const Columns b(B);
+    const bool isZero = isZeroScalar(B, b);
     if (!isUnset(target.get())) {
         kxArray* const A = target.own();
-        storeElement(A, row, column, std::max(m, rowsOf(A)), std::max(column + 1, kxGetN(A)), b, isZero,
+        const unsigned* const dims = A->get_dimensions();
+        storeElement(A, row, column, std::max(m, dims[0]), std::max(column + 1, dims[1]), b, isZero,
                      checkedCount(std::uint64_t{A->nzmax} + kCapacityStep));
         return;
     }

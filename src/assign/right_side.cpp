@@ -36,12 +36,9 @@ kxClassID targetClass(const kxArray* A, const kxArray* B)
     return id == kxUNKNOWN_CLASS ? classOf(B) : id;
 }
 
-bool isZeroScalar(const kxArray* B)
+bool isZeroScalar(const kxArray* B, const Columns& b)
 {
-    if (isSparse(B) && kxGetNumNonZeroEl(B) == 0) {
-        return true;
-    }
-    return withStorage(Columns(B), [](auto values) { return values.isZero(0); });
+    return (isSparse(B) && b.nnz() == 0) || withStorage(b, [](auto values) { return values.isZero(0); });
 }
 
 } // namespace zqsp

@@ -17,8 +17,12 @@ ArrayOwner squeezeToMatrix(const kxArray* B);
 /// The class that the target has, or takes from B where it has none.
 kxClassID targetClass(const kxArray* A, const kxArray* B);
 
-/// Whether every value of a scalar, full or sparse, is zero. NaN is not.
-bool isZeroScalar(const kxArray* B);
+/// Whether every value of a scalar, full or sparse, is zero. NaN is not. `b`: of B.
+bool isZeroScalar(const kxArray* B, const Columns& b);
+inline bool isZeroScalar(const kxArray* B)
+{
+    return isZeroScalar(B, Columns(B));
+}
 
 /// What a region is filled with: a sparse matrix, one value for every element, or nothing, which clears it.
 struct RightSide

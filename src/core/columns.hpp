@@ -23,22 +23,25 @@ struct Columns
     unsigned elementSize;
     kxClassID classId;
 
-    explicit Columns(const kxArray* array)
-        : m(rowsOf(array)),
-          n(kxGetN(array)),
+    explicit Columns(const kxArray* array) : Columns(array, array->get_dimensions(), classOf(array)) {}
+
+    [[nodiscard]] unsigned nnz() const { return jc[n]; }
+    [[nodiscard]] unsigned length(unsigned column) const { return jc[column + 1] - jc[column]; }
+    [[nodiscard]] kxComplexity complexity() const { return pi != nullptr ? kxCOMPLEX : kxREAL; }
+
+  private:
+    Columns(const kxArray* array, const unsigned* dims, kxClassID id)
+        : m(dims[0]),
+          n(columnsOf(array, dims)),
           nzmax(array->nzmax),
           jc(array->jc),
           ir(array->ir),
           pr(static_cast<std::byte*>(array->pr)),
           pi(isComplex(array) ? static_cast<std::byte*>(array->pi) : nullptr),
-          elementSize(kxGetElementSize(array)),
-          classId(classOf(array))
+          elementSize(id == kxDOUBLE_CLASS ? sizeof(double) : kxGetElementSize(array)),
+          classId(id)
     {
     }
-
-    [[nodiscard]] unsigned nnz() const { return jc[n]; }
-    [[nodiscard]] unsigned length(unsigned column) const { return jc[column + 1] - jc[column]; }
-    [[nodiscard]] kxComplexity complexity() const { return pi != nullptr ? kxCOMPLEX : kxREAL; }
 };
 
 } // namespace zqsp

@@ -22,10 +22,17 @@ inline unsigned rowsOf(const kxArray* array)
     return array->get_dimensions()[0];
 }
 
+/// The number of columns, as kxGetN counts them, of an array whose dimensions are at hand.
+inline unsigned columnsOf(const kxArray* array, const unsigned* dims)
+{
+    return array->ndims == 2 ? dims[1] : kxGetN(array);
+}
+
 /// The number of elements, also where it exceeds the maximum, at which kxGetNumberOfElements stops.
 inline std::uint64_t elementsOf(const kxArray* array)
 {
-    return std::uint64_t{rowsOf(array)} * kxGetN(array);
+    const unsigned* dims = array->get_dimensions();
+    return std::uint64_t{dims[0]} * columnsOf(array, dims);
 }
 
 inline bool hasFlag(const kxArray* array, kxArrayFlag flag)
@@ -52,7 +59,7 @@ inline kxComplexity complexityOf(const kxArray* array)
 /// An empty array that is not sparse yet: an assignment creates its content afresh.
 inline bool isUnset(const kxArray* array)
 {
-    return kxIsEmpty(array) && !isSparse(array);
+    return !isSparse(array) && kxIsEmpty(array);
 }
 
 } // namespace zqsp

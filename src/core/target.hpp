@@ -28,7 +28,8 @@ inline void becomeEmptySparse(kxArray* A, unsigned m, unsigned n, unsigned nzmax
 inline bool sharesData(const kxArray* a, const kxArray* b)
 {
     const auto same = [](const void* x, const void* y) { return x != nullptr && x == y; };
-    return a == b || same(a->pr, b->pr) || same(a->pi, b->pi) || same(a->ir, b->ir) || same(a->jc, b->jc);
+    return a == b || same(a->pr, b->pr) || same(a->pi, b->pi) ||
+           (isSparse(b) && (same(a->ir, b->ir) || same(a->jc, b->jc)));
 }
 
 /// A is asked through get() as long as nothing changes, and changed through own(). What changes nothing thus leaves A

@@ -11,7 +11,9 @@ namespace {
 
 spStatus finish(ArrayOwner array, kxArray** result)
 {
-    kxFreeImagIfZero(array.get());
+    if (isComplex(array.get())) {
+        kxFreeImagIfZero(array.get());
+    }
     *result = array.release();
     return spOK;
 }

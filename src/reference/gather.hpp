@@ -10,7 +10,10 @@
 namespace zqsp {
 
 /// An empty m-by-n array of A's class and complexity with room for `nzmax` entries, its column starts all 0.
-ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned nzmax);
+inline ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned nzmax)
+{
+    return ArrayOwner(kxCreateSparseNumericMatrix(m, n, nzmax, a.classId, a.complexity()));
+}
 
 /// A(:,columns): all rows of the selected columns, in subscript order. nzmax is the exact count.
 /// Cost: columns + entries written.

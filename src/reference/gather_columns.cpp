@@ -1,17 +1,34 @@
 #include "core/counts.hpp"
+#include "core/entry_moves.hpp"
 #include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 
 namespace zqsp {
 
-ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned nzmax)
+namespace {
+
+/// A(:,first:last): one block.
+ArrayOwner gatherNeighbours(const Columns& a, unsigned first, unsigned count)
 {
-    return ArrayOwner(kxCreateSparseNumericMatrix(m, n, nzmax, a.classId, a.complexity()));
+    const unsigned begin = a.jc[first];
+    const unsigned size = a.jc[first + count] - begin;
+    ArrayOwner result = createLike(a, a.m, count, size);
+    const Columns out(result.get());
+    for (unsigned j = 0; j < count; ++j) {
+        out.jc[j + 1] = a.jc[first + j + 1] - begin;
+    }
+    copyEntries(out, 0, a, begin, size);
+    return result;
 }
+
+} // namespace
 
 ArrayOwner gatherColumns(const Columns& a, const Subscript& columns)
 {
+    if (const auto* range = std::get_if<IndexRange>(&columns); range != nullptr && range->isRun()) {
+        return gatherNeighbours(a, range->first, range->count());
+    }
     ArrayOwner result = createLike(a, a.m, countOf(columns), checkedCount(entriesIn(a, columns)));
     const Columns out(result.get());
 

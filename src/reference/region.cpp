@@ -1,6 +1,5 @@
 // A(I,J): chooses the method by what is known of the rows.
 #include "core/counts.hpp"
-#include "core/entry_moves.hpp"
 #include "core/search.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
@@ -8,6 +7,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 namespace zqsp {
 
@@ -47,16 +47,19 @@ unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, 
 namespace {
 
 /// A(i,j): one search; the walks over columns would cost more than what they find.
-ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column, Capacity capacity)
+ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
 {
     const Slot slot = findRow(a.ir, a.jc[column], a.jc[column + 1], row);
-    const bool hasRoom = capacity == Capacity::kExact ? slot.stored : a.length(column) > 0;
+    const bool hasRoom = slot.stored || (a.length(column) > 0 && a.m > 1 && !useRowMap(a, 1));
     ArrayOwner result = createLike(a, 1, 1, hasRoom ? 1 : 0);
     if (slot.stored) {
-        const Columns out(result.get());
-        copyEntries(out, 0, a, slot.position, 1);
-        out.ir[0] = 0;
-        out.jc[1] = 1;
+        const std::size_t size = a.elementSize;
+        result->ir[0] = 0;
+        result->jc[1] = 1;
+        std::memcpy(result->pr, a.pr + slot.position * size, size);
+        if (a.pi != nullptr) {
+            std::memcpy(result->pi, a.pi + slot.position * size, size);
+        }
     }
     return result;
 }
@@ -77,6 +80,11 @@ Subscript fromTheEnd(const Subscript& subscript)
 
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
+    const auto* range = std::get_if<IndexRange>(&rows);
+    const auto* columnRange = std::get_if<IndexRange>(&columns);
+    if (range != nullptr && range->count() == 1 && columnRange != nullptr && columnRange->count() == 1) {
+        return gatherElement(a, range->first, columnRange->first);
+    }
     if (orderOf(rows) == Order::kDescending) {
         // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
         ArrayOwner result = gatherRegion(a, fromTheEnd(rows), columns);
@@ -88,11 +96,6 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     }
     const unsigned k = countOf(rows);
     const Capacity capacity = useRowMap(a, k) ? Capacity::kExact : Capacity::kSearched;
-    const auto* range = std::get_if<IndexRange>(&rows);
-    const auto* columnRange = std::get_if<IndexRange>(&columns);
-    if (range != nullptr && k == 1 && columnRange != nullptr && columnRange->count() == 1) {
-        return gatherElement(a, range->first, columnRange->first, capacity);
-    }
     if (range != nullptr && (range->isRun() || k == 0)) {
         return gatherByInterval(a, *range, columns, capacity);
     }

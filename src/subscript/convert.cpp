@@ -35,35 +35,20 @@ spStatus convertSparseMask(const SparseLogicalMask& mask, const Extent& extent, 
     return spOK;
 }
 
-} // namespace
-
-SubscriptKind kindOf(const kxArray* subscript)
+/// Whether it is one full real double: most subscripts of small calls.
+bool isPlainNumber(const kxArray* subscript)
 {
-    if (subscript->is_colon_index()) {
-        return SubscriptKind::kColon;
+    constexpr unsigned kOthers = kxFLAG_SPARSE | kxFLAG_COLON_OBJECT;
+    if ((subscript->flags & kOthers) != 0 || subscript->class_id != kxDOUBLE_CLASS || subscript->pi != nullptr ||
+        isColon(subscript)) {
+        return false;
     }
-    if (hasFlag(subscript, kxFLAG_COLON_OBJECT)) {
-        return SubscriptKind::kColonObject;
-    }
-    if (classOf(subscript) == kxLOGICAL_CLASS) {
-        return isSparse(subscript) ? SubscriptKind::kSparseMask : SubscriptKind::kMask;
-    }
-    return SubscriptKind::kNumeric;
+    const unsigned* dims = subscript->get_dimensions();
+    return dims[0] == 1 && columnsOf(subscript, dims) == 1;
 }
 
-LogicalMask maskOf(const kxArray* subscript)
-{
-    const auto* values = reinterpret_cast<const unsigned char*>(kxGetLogicals(subscript));
-    const auto length = static_cast<unsigned>(elementsOf(subscript));
-    return {values, length, countTrue(values, length)};
-}
-
-SparseLogicalMask sparseMaskOf(const kxArray* subscript)
-{
-    return {subscript->ir, subscript->jc, rowsOf(subscript), kxGetN(subscript)};
-}
-
-spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscript& form)
+/// Apart from convertSubscript(), which has most often little to do and should find that out quickly.
+[[gnu::noinline]] spStatus convertByKind(const kxArray* subscript, const Extent& extent, Subscript& form)
 {
     switch (kindOf(subscript)) {
     case SubscriptKind::kColon:
@@ -79,6 +64,33 @@ spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscr
         break;
     }
     return convertNumeric(subscript, extent, form);
+}
+
+} // namespace
+
+LogicalMask maskOf(const kxArray* subscript)
+{
+    const auto* values = reinterpret_cast<const unsigned char*>(kxGetLogicals(subscript));
+    const auto length = static_cast<unsigned>(elementsOf(subscript));
+    return {values, length, countTrue(values, length)};
+}
+
+SparseLogicalMask sparseMaskOf(const kxArray* subscript)
+{
+    return {subscript->ir, subscript->jc, rowsOf(subscript), kxGetN(subscript)};
+}
+
+spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscript& form)
+{
+    if (isPlainNumber(subscript)) {
+        const double value = *static_cast<const double*>(subscript->pr);
+        if (ValueRules::forNumbers(kxDOUBLE_CLASS, extent).accepts(value)) {
+            const unsigned index = static_cast<unsigned>(value) - 1;
+            form = IndexRange(index, index, 1, 1);
+            return spOK;
+        }
+    }
+    return convertByKind(subscript, extent, form);
 }
 
 } // namespace zqsp

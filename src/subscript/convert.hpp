@@ -20,13 +20,25 @@ enum class SubscriptKind
     kNumeric      ///< any other class, full or sparse
 };
 
-/// The bare colon carries the colon-object flag too, so it is asked for first.
-SubscriptKind kindOf(const kxArray* subscript);
-
 /// Whether it is the bare colon.
 inline bool isColon(const kxArray* subscript)
 {
-    return kindOf(subscript) == SubscriptKind::kColon;
+    return subscript->is_colon_index();
+}
+
+/// The bare colon carries the colon-object flag too, so it is asked for first.
+inline SubscriptKind kindOf(const kxArray* subscript)
+{
+    if (isColon(subscript)) {
+        return SubscriptKind::kColon;
+    }
+    if (hasFlag(subscript, kxFLAG_COLON_OBJECT)) {
+        return SubscriptKind::kColonObject;
+    }
+    if (classOf(subscript) == kxLOGICAL_CLASS) {
+        return isSparse(subscript) ? SubscriptKind::kSparseMask : SubscriptKind::kMask;
+    }
+    return SubscriptKind::kNumeric;
 }
 
 /// Views of logical subscripts, not yet validated.
