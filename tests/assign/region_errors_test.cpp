@@ -50,84 +50,49 @@ TEST(RegionErrors, ColumnsBeyondAQuarterOfTheMaximum)
     expectEnds(toColumns(patterned(kReal, 1, 20), at({15}), kSeven), spOK); // a column that is there already
 }
 
-TEST(RegionErrors, TheEmptyLiteralIsToldApart)
-{
-    const Subscript colon = Subscript::colon();
-    for (const RightSide& b : {RightSide::literal(), kContained}) {
-        expectEnds(toRegion(kA, at({1}), at({1}), b), spEmptyAssignDisallowed);
-        expectEnds(toRegion(kA, at({1, 2}), at({1, 2}), b), spEmptyAssignDisallowed);
-        expectEnds(toRegion(kA, colon, at({1}), b), spEmptyAssignDisallowed);
-        expectEnds(toRegion(Model::unset(), at({1}), at({1}), b), spEmptyAssignDisallowed);
-    }
-    // Converted to another class it is the literal no longer, which the mark of a deletion never is.
-    const Model single = patterned({kxSINGLE_CLASS, false}, 3, 3);
-    expectEnds(toRegion(single, colon, at({1}), RightSide::literal()), spEmptyAssignDisallowed);
-    expectEnds(toRegion(single, colon, at({1}), kContained), spAssignDimMismatch);
-    expectEnds(toColumns(kA, at({4}), RightSide::literal()), spIndexToRemoveOutOfRange);
-    expectEnds(toRows(kA, at({1.5}), RightSide::literal()), spIndexNotPositiveInteger);
-}
-
-TEST(RegionErrors, SingleNumbersHaveChecksOfTheirOwn)
-{
-    const Subscript one = at({1});
-    const std::pair<Subscript, spStatus> bad[] = {
-        {at({0}), spIndexBelowOne},
-        {at({0}).as(kxUINT8_CLASS), spIndexBelowOne},
-        {Subscript::sparseList({0, 2}), spIndexBelowOne}, // the one that is stored is not the first
-        {at({0.5}), spIndexNotPositiveInteger},
-        {at({-3}), spIndexNotPositiveInteger},
-        {at({kNaN}), spIndexNotPositiveInteger},
-        {at({-kInf}), spIndexNotPositiveInteger}};
-    for (const auto& [s, status] : bad) {
-        for (const Model& a : {kA, Model::unset()}) {
-            expectEnds(toRegion(a, s, one, kSeven), status);
-            expectEnds(toRegion(a, one, s, kSeven), status);
-            expectEnds(toRegion(a, s, at({1.5}), kSeven), status); // the row comes first
-            expectEnds(toRegion(a, s, one, kPair), spAssignDimMismatch);
-        }
-    }
-    expectEnds(toRegion(kA, at({3e9}), at({0}), kSeven), kSizeLimitError);
-    expectEnds(toRegion(kA, one, at({1e300}), kSeven), kSizeLimitError);
-
-    // A single number of a class that is never complex, a complex one, or a range of one is converted like a list.
-    Subscript complex = one;
-    complex.complex = true;
-    expectEnds(toRegion(kA, complex, one, kSeven), spIndexNotPositiveInteger);
-    expectEnds(toRegion(kA, Subscript::range(0, 1, 0), one, kSeven), spIndexNotPositiveInteger);
-    expectEnds(toRegion(kA, at({0}).as(kxCHAR_CLASS), one, kSeven), spIndexNotPositiveInteger);
-    expectEnds(toRegion(kA, at({0.5}), Subscript::range(1, 1, 1), kSeven), spIndexBelowOne);
-    // One stored number among zeros counts as a single number: the first element.
-    expectEnds(toRegion(kA, Subscript::sparseList({2, 0}), one, kSeven), spOK);
-}
-
 TEST(RegionErrors, OrderOfTheChecks)
 {
-    const Model logical = patterned(kLogical, 3, 3);
-    const RightSide nan = RightSide::full({1, 2}, {kNaN, 1});
-    const RightSide nanBlock = RightSide::full({2, 2, 2}, std::vector<Value>(8, kNaN));
-    const Subscript fraction = at({1, 1.5});
-    const Subscript zero = at({0, 1});
-    const Subscript good = at({1, 2});
-    // A(I,J): the class of B, its dimensions, the rows, the columns, the shape, the size.
-    expectEnds(toRegion(logical, fraction, good, nanBlock), kInvalidOperandError);
-    expectEnds(toRegion(kA, fraction, good, kBlock), spAssignDimMismatch);
-    expectEnds(toRegion(kA, fraction, zero, kPair), spIndexNotPositiveInteger);
-    expectEnds(toRegion(kA, zero, fraction, kPair), spIndexBelowOne);
-    expectEnds(toRegion(kA, good, zero, kPair), spIndexBelowOne);
-    expectEnds(toRegion(kA, good, at({1, 2e9}), kPair), spAssignDimMismatch);
-    expectEnds(toRegion(kA, good, at({1, 2e9}), kSeven), kMaxSizeError);
-    // A(:,J) and A(I,:): the dimensions of B, its class, the subscript, the shape, the size.
-    expectEnds(toColumns(logical, fraction, nanBlock), spAssignDimMismatch);
-    expectEnds(toRows(logical, fraction, nanBlock), spAssignDimMismatch);
-    expectEnds(toColumns(logical, fraction, nan), kInvalidOperandError);
-    expectEnds(toRows(logical, fraction, nan), kInvalidOperandError);
-    expectEnds(toColumns(kA, fraction, kPair), spIndexNotPositiveInteger);
-    expectEnds(toRows(kA, zero, kPair), spIndexBelowOne);
-    expectEnds(toColumns(kA, at({1, 2e9}), kPair), spAssignDimMismatch);
-    expectEnds(toColumns(kA, at({1, 2e9}), kSeven), kMaxSizeError);
-    // A target without a class takes B as it is, but B must be a matrix.
-    expectEnds(toColumns(Model::unset(), Subscript::colon(), kBlock), spAssignDimMismatch);
-    expectEnds(toRows(Model::unset(), Subscript::colon(), kBlock), spAssignDimMismatch);
+    // The class of B, its dimensions, the rows, the columns, the shape, the size; single numbers and the literal have
+    // checks of their own.
+    const Model single = patterned({kxSINGLE_CLASS, false}, 3, 3);
+    const RightSide sides[] = {kSeven,
+                               kPair,
+                               kBlock,
+                               kContained,
+                               RightSide::literal(),
+                               row({kNaN, 1}),
+                               RightSide::full({2, 2, 2}, std::vector<Value>(8, kNaN))};
+    Subscript complex = at({1});
+    complex.complex = true;
+    std::vector<Subscript> subscripts = {Subscript::colon(),
+                                         complex,
+                                         Subscript::range(0, 1, 0),
+                                         Subscript::range(1, 1, 1),
+                                         Subscript::sparseList({0, 2}), // the one that is stored is not the first
+                                         Subscript::sparseList({2, 0}), // counts as a single number
+                                         at({0}).as(kxUINT8_CLASS),
+                                         at({0}).as(kxCHAR_CLASS),
+                                         at({1, 1.5}),
+                                         at({0, 1}),
+                                         at({1, 2}),
+                                         at({1, 2e9})};
+    for (const double value : {1.0, 0.0, 0.5, -3.0, kNaN, -kInf, 3e9, 1e300, 4.0, 1.5}) {
+        subscripts.push_back(at({value}));
+    }
+    for (const Model& a : {kA, single, patterned(kLogical, 3, 3), Model::unset()}) {
+        for (const RightSide& b : sides) {
+            if (b.isDeletion() && a.isUnset()) {
+                continue; // of a deletion from nothing the models know nothing
+            }
+            for (const Subscript& i : subscripts) {
+                EXPECT_EQ("", checkOperation(toColumns(a, i, b)));
+                EXPECT_EQ("", checkOperation(toRows(a, i, b)));
+                for (const Subscript& j : subscripts) {
+                    EXPECT_EQ("", checkOperation(toRegion(a, i, j, b)));
+                }
+            }
+        }
+    }
 }
 
 TEST(RegionErrors, CountsPast32Bits)

@@ -1,7 +1,6 @@
 // Every deletion against the models, with operands drawn at random.
 #include "support/draw.hpp"
 #include "support/generators.hpp"
-#include "support/self_subscripts.hpp"
 
 using namespace zqsp::test;
 

@@ -1,4 +1,4 @@
-// Shapes and contents spelled out, the order of the checks, and sizes at the limits.
+// The blocks that are kept, the order of the checks, and sizes at the limits.
 #include "support/call.hpp"
 #include "support/patterns.hpp"
 
@@ -18,36 +18,6 @@ Operation elements(const Model& a, const Subscript& s)
 }
 
 } // namespace
-
-TEST(DeletionRules, Results)
-{
-    const Model square = Model::of(kReal, {{1, 2}, {0, 4}});
-    const Model wide = Model::of(kComplex, {{1, 0, Value(3, 1)}, {0, 5, 6}});
-    const Model column = Model::of(kReal, {{1}, {0}, {3}});
-    const Storage text = {kxCHAR_CLASS, false};
-    const struct
-    {
-        Export callee;
-        Model a;
-        Subscript s;
-        Model expected;
-    } cases[] = {
-        {Export::DeleteColumns, wide, Subscript::list({3, 1, 3}), withCapacity(Model::of(kComplex, {{0}, {5}}), 4)},
-        {Export::DeleteColumns, wide, Subscript::colon(), withCapacity(Model::empty(kReal, 2, 0), 1)},
-        {Export::DeleteRows, wide, Subscript::colon(), withCapacity(Model::empty(kReal, 0, 3), 1)},
-        {Export::DeleteRows, Model::of(text, {{1, 2}, {0, 4}}), Subscript::list({1}),
-         withCapacity(Model::of(text, {{0, 4}}), 3)},
-        // a place without an entry moves those behind it all the same
-        {Export::DeleteElements, square, Subscript::list({2}), withCapacity(Model::of(kReal, {{1, 2, 4}}), 3)},
-        {Export::DeleteElements, column, Subscript::list({1, 2, 3}), withCapacity(Model::empty(kReal, 0, 1), 2)},
-        {Export::DeleteElements, Model::of(kReal, {{7}}), Subscript::list({1}),
-         withCapacity(Model::empty(kReal, 1, 0), 1)},
-        {Export::DeleteElements, square, Subscript::mask({0, 0}), square}, // nothing selected makes no row
-        {Export::DeleteElements, square, Subscript::colon(), withCapacity(Model::empty(kReal, 0, 0), 0)}};
-    for (const auto& [callee, a, s, expected] : cases) {
-        expectGives({.callee = callee, .a = a, .i = s}, expected);
-    }
-}
 
 /// In place means in the blocks that were there. Only the column starts of a new row vector are new.
 TEST(DeletionRules, NothingMovesToOtherBlocks)

@@ -101,8 +101,14 @@ void callWith(const Array& i, const Array& j, const Array& b)
 
 void callAll()
 {
-    const Array subscripts[] = {row({3, 1, 3}), row({2}), row({5, 1}), row({0.5}), row({kxGetMaxNumberOfElements() + 1.0}),
-                                range(3, -1, 1), mask({true, false, true}), own(kxCreateColon())};
+    const Array subscripts[] = {row({3, 1, 3}),
+                                row({2}),
+                                row({5, 1}),
+                                row({0.5}),
+                                row({kxGetMaxNumberOfElements() + 1.0}),
+                                range(3, -1, 1),
+                                mask({true, false, true}),
+                                own(kxCreateColon())};
     const Array values[] = {row({7}), row({0}), row({1, 0, 3}), matrix(kxCOMPLEX)};
     for (const Array& i : subscripts) {
         for (const Array& j : subscripts) {

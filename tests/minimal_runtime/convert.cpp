@@ -76,7 +76,8 @@ namespace matrix::detail::noninlined::kx_array_api {
 
 kxArray* kxMustBe(const kxArray* array, kxClassID id)
 {
-    return array->class_id == id ? itself(array) : throw std::invalid_argument("the minimal runtime converts no classes");
+    return array->class_id == id ? itself(array)
+                                 : throw std::invalid_argument("the minimal runtime converts no classes");
 }
 
 kxArray* kxMustBeSparse(const kxArray* array)
