@@ -22,7 +22,9 @@ TEST_P(RandomDeletion, EveryForm)
 {
     for (const Form form : kEveryForm) {
         property(200, [&] {
-            const Model a = drawModel(GetParam());
+            const bool isFull = drawOneIn(8);
+            Model a = drawModel(GetParam(), !isFull);
+            a.sparse = !isFull;
             const auto purpose = Purpose::Deletion;
             holds({.callee = Export::DeleteColumns, .a = a, .i = drawSubscript(wantedColumns(a, purpose), form)});
             holds({.callee = Export::DeleteRows, .a = a, .i = drawSubscript(wantedRows(a, purpose), form)});

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 using namespace zqsp::test;
 
 namespace {
@@ -28,16 +26,10 @@ struct LargeMask
         mask = Subscript::sparseMask(m, static_cast<unsigned>((a.numel() + m - 1) / m), {});
         for (const std::uint64_t p : positions) {
             a.entries[a.place(p)] = {static_cast<double>(a.nnz()) + 1, 2};
-            store(p);
-            store(p / 2);
+            mask.store(p);
+            mask.store(p / 2);
         }
         a.fit();
-    }
-    void store(std::uint64_t p)
-    {
-        mask.stored.push_back({static_cast<unsigned>(p / mask.m), static_cast<unsigned>(p % mask.m)});
-        std::sort(mask.stored.begin(), mask.stored.end());
-        mask.stored.erase(std::unique(mask.stored.begin(), mask.stored.end()), mask.stored.end());
     }
 };
 
@@ -50,7 +42,7 @@ TEST(LinearReference, LargeMasks)
         expectEnds(linear(given.a, given.mask), spOK);
         given.mask.n += 5; // columns past the end that store nothing do no harm
         expectEnds(linear(given.a, given.mask), spOK);
-        given.store(given.a.numel()); // one past the last element
+        given.mask.store(given.a.numel()); // one past the last element
         expectEnds(linear(given.a, given.mask), spIndexOutOfRange);
     }
     // a small mask of a large matrix, and one that stores nothing
