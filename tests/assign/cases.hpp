@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -26,11 +25,6 @@ inline RightSide row(std::vector<Value> values, Storage storage = {})
 {
     const auto n = static_cast<unsigned>(values.size());
     return RightSide::full({1, n}, std::move(values), storage);
-}
-
-inline RightSide byRows(std::initializer_list<std::initializer_list<Value>> rows)
-{
-    return RightSide::of(Model::of(kReal, rows));
 }
 
 /// A(k) = b

@@ -80,26 +80,6 @@ TEST(HugeTargets, SpareCapacityIsNotTakenAnew)
     EXPECT_EQ(A->nzmax, kSpare);
 }
 
-/// Sparse values along a range give what the same values give when they are full.
-TEST(HugeTargets, SparseValuesAlongARangeAreAsFullOnes)
-{
-    const std::vector<Value> values = {0, 8, 0, 0, 9, 6, 0, 5, 0};
-    Model sparse = Model::empty(kReal, 3, 3);
-    for (unsigned i = 0; i < 9; ++i) {
-        if (values[i] != 0.0 || i == 3) {
-            sparse.entries[{i / 3, i % 3}] = values[i];
-        }
-    }
-    for (const Model& a : {patterned(kReal, 4, 7), patterned(kReal, 1, 20), patterned(kReal, 14, 1),
-                           Model::empty(kReal, 0, 0), withCapacity(patterned(kComplex, 12, 1), 40)}) {
-        for (const Subscript& k : {Subscript::range(2, 2, 18), Subscript::range(19, -2, 3), Subscript::range(4, 1, 12),
-                                   Subscript::range(12, -1, 4)}) {
-            EXPECT_EQ("", checkOperation(toElements(a, k, RightSide::of(sparse.fit()))));
-            EXPECT_EQ("", checkOperation(toElements(a, k, row(values))));
-        }
-    }
-}
-
 TEST(HugeTargets, TheSetOfRowsMayBeRefused)
 {
     EXPECT_FALSE(zqsp::setOfRowsPays(kHigh, 2, 1000, 16));

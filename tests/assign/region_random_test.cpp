@@ -104,3 +104,16 @@ TEST(RandomAssignment, MoreThanFourThousandMillionElements)
         }
     });
 }
+
+/// Three dimensions are no model's.
+TEST(FreshTargets, TakeTheRightSideWholeWhateverItsShape)
+{
+    const Array b = toArray(RightSide::full({2, 1, 3}, {1, 2, 3, 4, 5, 6}));
+    const Array all = toArray(Subscript::colon());
+    const Array a = toArray(Model::unset());
+    ASSERT_EQ(spAss6(a.get(), b.get(), all.get(), all.get()), spOK);
+    ASSERT_EQ(a->ndims, 3U);
+    EXPECT_EQ(a->get_dimensions()[2], 3U);
+    EXPECT_EQ(readElement(a->pr, kxDOUBLE_CLASS, 5), 6);
+    EXPECT_NE(a->pr, b->pr);
+}

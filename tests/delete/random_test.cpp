@@ -1,7 +1,6 @@
 // Every deletion against the models, with operands drawn at random.
 #include "support/draw.hpp"
 #include "support/generators.hpp"
-#include "support/self_subscripts.hpp"
 
 using namespace zqsp::test;
 
@@ -23,7 +22,9 @@ TEST_P(RandomDeletion, EveryForm)
 {
     for (const Form form : kEveryForm) {
         property(200, [&] {
-            const Model a = drawModel(GetParam());
+            const bool isFull = drawOneIn(8);
+            Model a = drawModel(GetParam(), !isFull);
+            a.sparse = !isFull;
             const auto purpose = Purpose::Deletion;
             holds({.callee = Export::DeleteColumns, .a = a, .i = drawSubscript(wantedColumns(a, purpose), form)});
             holds({.callee = Export::DeleteRows, .a = a, .i = drawSubscript(wantedRows(a, purpose), form)});

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <stdexcept>
 
 using namespace minrt;
 
@@ -33,7 +32,6 @@ Record* newRecord(unsigned m, unsigned n, kxClassID id, unsigned flags)
 {
     auto* record = new (kxCalloc(1, sizeof(Record))) Record();
     record->class_id = id;
-    record->scope = kxTEMPORARY_SCOPE;
     record->flags = flags;
     record->ndims = 2;
     record->dimensions[0] = m;
@@ -46,10 +44,9 @@ unsigned sizeOf(kxClassID id)
     return id == kxDOUBLE_CLASS ? sizeof(double) : 1;
 }
 
-template <typename T>
-T* duplicate(const T* block, std::size_t bytes)
+void* duplicate(const void* block, std::size_t bytes)
 {
-    return block == nullptr ? nullptr : static_cast<T*>(std::memcpy(kxMalloc(bytes), block, bytes));
+    return block == nullptr ? nullptr : std::memcpy(kxMalloc(bytes), block, bytes);
 }
 
 void freeData(const kxArray* array)
@@ -61,42 +58,11 @@ void freeData(const kxArray* array)
 
 } // namespace
 
-namespace minrt {
-
-kxArray* unsupported(const std::string& what)
-{
-    throw std::invalid_argument("the minimal runtime has no " + what);
-}
-
-unsigned countOf(double first, double step, double last)
+unsigned minrt::countOf(double first, double step, double last)
 {
     const double steps = step == 0 ? -1 : (last - first) / step;
     return steps < 0 ? 0 : static_cast<unsigned>(steps) + 1;
 }
-
-kxArray* createRange(double first, double step, double last)
-{
-    Record* record = newRecord(1, countOf(first, step, last), kxDOUBLE_CLASS, kxFLAG_COLON_OBJECT);
-    const double range[] = {first, step, last};
-    std::copy_n(range, 3, record->range);
-    return record;
-}
-
-kxArray* createColon()
-{
-    Record* record = newRecord(1, 1, kxDOUBLE_CLASS, kxFLAG_COLON_OBJECT);
-    record->bareColon = true;
-    return record;
-}
-
-kxArray* createMask(unsigned n)
-{
-    Record* record = newRecord(1, n, kxLOGICAL_CLASS, 0);
-    record->pr = kxCalloc(n, 1);
-    return record;
-}
-
-} // namespace minrt
 
 const unsigned* kxArray::get_dimensions() const
 {
@@ -163,11 +129,23 @@ void kxGetColonObjValues(const kxArray* colonObject, double values[3])
     std::copy_n(recordOf(colonObject).range, 3, values);
 }
 
+kxArray* kxCreateColonObject(double start, double step, double stop)
+{
+    Record* record = newRecord(1, countOf(start, step, stop), kxDOUBLE_CLASS, kxFLAG_COLON_OBJECT);
+    const double range[] = {start, step, stop};
+    std::copy_n(range, 3, record->range);
+    return record;
+}
+
+kxArray* kxCreateColon()
+{
+    kxArray* colon = kxCreateColonObject(1, 1, 1);
+    recordOf(colon).bareColon = true;
+    return colon;
+}
+
 kxArray* kxCreateSparseNumericMatrix(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
 {
-    if (id != kxDOUBLE_CLASS) {
-        unsupported("sparse array of another class");
-    }
     const std::size_t bytes = std::size_t{nzmax} * sizeof(double);
     Record* record = newRecord(m, n, id, kxFLAG_SPARSE | kxFLAG_MAY_BE_COMPLEX);
     record->nzmax = nzmax;
@@ -178,12 +156,19 @@ kxArray* kxCreateSparseNumericMatrix(unsigned m, unsigned n, unsigned nzmax, kxC
     return record;
 }
 
+kxArray* kxCreateNumericArray(unsigned /*ndims*/, const unsigned* dims, kxClassID id, kxComplexity complexity)
+{
+    Record* record = newRecord(dims[0], dims[1], id, id == kxDOUBLE_CLASS ? kxFLAG_MAY_BE_COMPLEX : 0U);
+    const std::size_t elements = std::size_t{dims[0]} * dims[1];
+    record->pr = kxCalloc(elements, sizeOf(id));
+    record->pi = complexity == kxCOMPLEX ? kxCalloc(elements, sizeOf(id)) : nullptr;
+    return record;
+}
+
 kxArray* kxCreateDoubleMatrix(unsigned m, unsigned n, kxComplexity complexity)
 {
-    Record* record = newRecord(m, n, kxDOUBLE_CLASS, kxFLAG_MAY_BE_COMPLEX);
-    record->pr = kxCalloc(std::size_t{m} * n, sizeof(double));
-    record->pi = complexity == kxCOMPLEX ? kxCalloc(std::size_t{m} * n, sizeof(double)) : nullptr;
-    return record;
+    const unsigned dims[] = {m, n};
+    return kxCreateNumericArray(2, dims, kxDOUBLE_CLASS, complexity);
 }
 
 kxArray* kxCreateEmptyCopy(const kxArray* array)
@@ -198,8 +183,8 @@ kxArray* kxCreateDeepCopy(const kxArray* array)
     const std::size_t stored = array->jc != nullptr ? array->nzmax : kxGetNumberOfElements(array);
     copy->pr = duplicate(array->pr, stored * sizeOf(array->class_id));
     copy->pi = duplicate(array->pi, stored * sizeOf(array->class_id));
-    copy->ir = duplicate(array->ir, stored * sizeof(unsigned));
-    copy->jc = duplicate(array->jc, (std::size_t{kxGetN(array)} + 1) * sizeof(unsigned));
+    copy->ir = static_cast<unsigned*>(duplicate(array->ir, stored * sizeof(unsigned)));
+    copy->jc = static_cast<unsigned*>(duplicate(array->jc, (std::size_t{kxGetN(array)} + 1) * sizeof(unsigned)));
     return copy;
 }
 

@@ -3,7 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <complex>
+#include <stdexcept>
 #include <vector>
 
 using namespace minrt;
@@ -14,25 +15,23 @@ struct Entry
 {
     unsigned row;
     unsigned column;
-    double re;
-    double im;
+    std::complex<double> value;
 };
 
 /// The entries that are not zero, column by column.
 std::vector<Entry> entriesOf(const kxArray* array)
 {
     std::vector<Entry> entries;
+    const bool sparse = array->jc != nullptr;
     const unsigned m = array->get_dimensions()[0];
-    const unsigned stored = kxGetNumNonZeroEl(array);
-    for (unsigned at = 0, column = 0; at < stored; ++at) {
-        while (array->jc != nullptr && array->jc[column + 1] <= at) {
+    for (unsigned at = 0, column = 0; at < kxGetNumNonZeroEl(array); ++at) {
+        while (at >= (sparse ? array->jc[column + 1] : (column + 1) * m)) {
             ++column;
         }
         const double re = static_cast<double*>(array->pr)[at];
         const double im = array->pi != nullptr ? static_cast<double*>(array->pi)[at] : 0;
         if (re != 0 || im != 0) {
-            const bool sparse = array->jc != nullptr;
-            entries.push_back({sparse ? array->ir[at] : at % m, sparse ? column : at / m, re, im});
+            entries.push_back({sparse ? array->ir[at] : at % m, column, {re, im}});
         }
     }
     return entries;
@@ -46,19 +45,16 @@ kxArray* assemble(const std::vector<Entry>& entries, unsigned m, unsigned n, boo
     kxArray* array = sparse ? kxCreateSparseNumericMatrix(m, n, std::max(count, 1U), kxDOUBLE_CLASS, complexity)
                             : kxCreateDoubleMatrix(m, n, complexity);
     for (unsigned e = 0; e < count; ++e) {
-        const Entry& entry = entries[e];
-        const std::size_t at = sparse ? e : std::size_t{entry.column} * m + entry.row;
-        static_cast<double*>(array->pr)[at] = entry.re;
+        const auto& [row, column, value] = entries[e];
+        const std::size_t at = sparse ? e : std::size_t{column} * m + row;
+        static_cast<double*>(array->pr)[at] = value.real();
         if (array->pi != nullptr) {
-            static_cast<double*>(array->pi)[at] = entry.im;
+            static_cast<double*>(array->pi)[at] = value.imag();
         }
         if (sparse) {
-            array->ir[e] = entry.row;
-            ++array->jc[entry.column + 1];
+            array->ir[e] = row;
+            std::for_each(array->jc + column + 1, array->jc + n + 1, [](unsigned& start) { ++start; });
         }
-    }
-    if (sparse) {
-        std::partial_sum(array->jc, array->jc + n + 1, array->jc);
     }
     return array;
 }
@@ -80,7 +76,8 @@ namespace matrix::detail::noninlined::kx_array_api {
 
 kxArray* kxMustBe(const kxArray* array, kxClassID id)
 {
-    return array->class_id == id ? itself(array) : unsupported("conversion between classes");
+    return array->class_id == id ? itself(array)
+                                 : throw std::invalid_argument("the minimal runtime converts no classes");
 }
 
 kxArray* kxMustBeSparse(const kxArray* array)
@@ -109,10 +106,9 @@ kxArray* kxTranspose(const kxArray* array)
     return assemble(entries, kxGetN(array), array->get_dimensions()[0], array->jc != nullptr, array);
 }
 
-kxArray* kxColonop(double start, double step, double stop, kxClassID id)
+kxArray* kxColonop(double start, double step, double stop, kxClassID /*id*/)
 {
-    kxArray* array = id == kxDOUBLE_CLASS ? kxCreateDoubleMatrix(1, countOf(start, step, stop), kxREAL)
-                                          : unsupported("range of another class");
+    kxArray* array = kxCreateDoubleMatrix(1, countOf(start, step, stop), kxREAL);
     for (unsigned i = 0; i < kxGetN(array); ++i) {
         static_cast<double*>(array->pr)[i] = start + i * step;
     }

@@ -31,10 +31,8 @@ bool kxCheckMNForIndexing_nothrow(unsigned m, unsigned n, unsigned* product)
 unsigned kxCheckMN(unsigned a, unsigned b, unsigned c)
 {
     unsigned product = 0;
-    if (__builtin_mul_overflow(a, b, &product) || __builtin_mul_overflow(product, c, &product)) {
-        throw std::length_error("minimal runtime: a size above 32 bits");
-    }
-    return product;
+    const bool fits = !__builtin_mul_overflow(a, b, &product) && !__builtin_mul_overflow(product, c, &product);
+    return fits ? product : throw std::length_error("minimal runtime: a size above 32 bits");
 }
 
 unsigned kxCheckIndex(double value)

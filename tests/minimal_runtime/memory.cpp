@@ -16,7 +16,7 @@ std::size_t inUse = 0;
 
 } // namespace
 
-std::size_t minrt::blocksInUse()
+std::size_t kxrt::live_blocks()
 {
     return inUse;
 }

@@ -9,46 +9,20 @@ import numpy as np
 import scipy.sparse as sp
 import zqspmatrix
 from scipy.sparse import _index
-from seeds import run_seeds
+from draws import SERVED, chance, check_canonical, random_index, random_matrix, random_values, run_seeds
 from zqspmatrix import Matrix
 
-SERVED = [np.dtype(code) for code in "?bBhHiIlLqQfdD"]
 DTYPES = SERVED + [np.dtype(code) for code in "FgG"]  # the functions move these too
 KINDS = [sp.csc_matrix, sp.csr_matrix, sp.csc_array, sp.csr_array]
 warnings.simplefilter("ignore", sp.SparseEfficiencyWarning)  # SciPy's, of its own brackets
 scipy_get, scipy_set = _index.IndexMixin.__getitem__, _index.IndexMixin.__setitem__
 
 
-def random_values(rng, dtype, shape):
-    values = rng.integers(0 if dtype.kind == "u" else -9, 10, shape) * rng.integers(0, 2, shape)
-    if dtype.kind == "c":
-        values = values + 1j * rng.integers(-1, 2, shape)
-    return np.asarray(values).astype(dtype)
-
-
-def random_index(rng, extent, writing):
-    """A subscript of one dimension; now and then one that lies outside. Written elements are named once."""
-    kind = rng.integers(8)
-    size = int(rng.integers(0, extent + 1))
-    out = extent + 1 if rng.random() < 0.03 else extent
-    if kind == 0:
-        return [int, np.int8, np.array][rng.integers(3)](rng.integers(-out, out)) if out else 0
-    if kind <= 2:
-        ends = [int(end) if rng.random() < 0.7 else None for end in rng.integers(-extent - 3, extent + 4, 2)]
-        return slice(*ends, [None, 1, 2, -1, -3][rng.integers(5)])
-    if kind == 3:
-        mask = rng.random(extent) < 0.5
-        return [mask, mask.tolist()][rng.integers(2)] if extent else mask
-    if kind == 4 and extent and not writing:
-        return [range(extent), rng.integers(-out, out, size).astype(np.int8)][rng.integers(2)]
-    if writing:
-        chosen = rng.choice(extent, size, replace=False) - extent * rng.integers(0, 2)
-    else:
-        chosen = rng.integers(-out, out, size) if extent else np.zeros(0, int)
-    chosen = chosen.astype([np.int64, np.int32, np.intp][rng.integers(3)])
-    if kind == 5:
-        return chosen[:, None]
-    return chosen.tolist() if kind == 6 and size else chosen
+def random_bracket(rng, extent, writing):
+    """A subscript of one dimension, or a column of indices. Written elements are named once."""
+    index = random_index(rng, extent, writing)
+    made_column = isinstance(index, np.ndarray) and index.ndim == 1 and index.dtype != bool and chance(rng, 0.3)
+    return index[:, None] if made_column else index
 
 
 def random_key(rng, shape, writing):
@@ -57,30 +31,30 @@ def random_key(rng, shape, writing):
         mask = rng.random(shape) < 0.3
         return [mask, sp.csr_matrix(mask), sp.csc_matrix(mask)][rng.integers(3)]
     if kind == 1:
-        return random_index(rng, shape[0], writing)
+        return random_bracket(rng, shape[0], writing)
     if kind == 2:
-        return (..., random_index(rng, shape[1], writing))
+        return (..., random_bracket(rng, shape[1], writing))
     if kind == 3:  # pairs
         size = (int(rng.integers(1, 4)), int(rng.integers(1, 4)))[: rng.integers(1, 3)]
         places = rng.choice(shape[0] * shape[1], size, replace=not writing) if np.prod(shape) >= 9 else np.zeros(0, int)
         return places % max(shape[0], 1), places // max(shape[0], 1)
     if kind == 4:
         return np.ix_(*(rng.choice(extent, int(rng.integers(0, extent + 1)), replace=False) for extent in shape))
-    return random_index(rng, shape[0], writing), random_index(rng, shape[1], writing)
+    return random_bracket(rng, shape[0], writing), random_bracket(rng, shape[1], writing)
 
 
 def random_value(rng, dtype, E, key):
     """For a key of a dense array: a number, or something of the selected shape, or now and then of another."""
-    if rng.random() < 0.3:
+    if chance(rng, 0.3):
         return random_values(rng, dtype, ()).item()
     selected = outcome(lambda: E[key])
     shape = (2, 3) if isinstance(selected, type) else np.shape(selected)
-    if rng.random() < 0.05:
+    if chance(rng, 0.05):
         shape = (2, 7)
     values = random_values(rng, dtype, shape)
-    if values.ndim == 2 and values.size and rng.random() < 0.4:
+    if values.ndim == 2 and values.size and chance(rng, 0.4):
         return [sp.csc_matrix, sp.csr_array, sp.coo_matrix][rng.integers(3)](values)
-    return values.tolist() if values.ndim and dtype.char not in "gG" and rng.random() < 0.3 else values
+    return values.tolist() if values.ndim and dtype.char not in "gG" and chance(rng, 0.3) else values
 
 
 def outcome(call):
@@ -108,8 +82,7 @@ def check(found, expected):
     assert np.shape(dense(given)) == np.shape(dense(wanted)) and given.dtype == wanted.dtype
     assert np.array_equal(dense(given), dense(wanted)), f"\n{dense(given)}\ninstead of\n{dense(wanted)}"
     if sp.issparse(given):
-        given.check_format(full_check=True)
-        assert given.has_canonical_format
+        check_canonical(given)
     if not isinstance(found, Matrix):
         assert type(found) is type(expected), f"{type(found)} instead of {type(expected)}"
 
@@ -149,8 +122,6 @@ def run_write(rng, C, M):
 def run_delete(rng, C, M):
     axis = int(rng.integers(2))
     index = random_index(rng, C.shape[axis], False)
-    if np.ndim(index) == 2:
-        return C
     key = (index, slice(None)) if axis == 0 else (slice(None), index)
     everything = np.arange(C.shape[axis])
     kept = outcome(lambda: np.setdiff1d(everything, everything[index]))
@@ -178,14 +149,9 @@ def run_reshape(rng, C, M):
 
 
 def run_sequence(rng):
-    shape = [(0, 4), (3, 0), (1, 7), (6, 1), (1, 1), None, None, None][rng.integers(8)] or tuple(rng.integers(2, 8, 2))
-    C = KINDS[rng.integers(4)](random_values(rng, DTYPES[rng.integers(len(DTYPES))], shape))
-    if C.nnz and rng.random() < 0.2:
-        C.data[rng.integers(C.nnz)] = 0
-    if rng.random() < 0.1:
-        C.indices, C.indptr = C.indices.astype(np.int64), C.indptr.astype(np.int64)
+    C = random_matrix(rng, KINDS, DTYPES)
     for _ in range(5):
-        M = Matrix(C, copy=rng.random() < 0.7) if C.dtype in SERVED else None
+        M = Matrix(C, copy=chance(rng, 0.7)) if C.dtype in SERVED else None
         before = C.toarray()
         made = [run_read, run_read, run_write, run_write, run_delete, run_reshape][rng.integers(6)](rng, C, M)
         assert np.array_equal(C.toarray(), before), "the operand changed"

@@ -1,6 +1,8 @@
-// A(K): shapes, masks of matrices with more elements than 32 bits count, limits.
-#include "support/draw.hpp"
-#include "support/generators.hpp"
+// A(K): masks of matrices with more elements than 32 bits count, limits.
+#include "support/operation.hpp"
+#include "support/patterns.hpp"
+
+#include <gtest/gtest.h>
 
 using namespace zqsp::test;
 
@@ -10,63 +12,6 @@ Operation linear(const Model& a, const Subscript& k)
 {
     return {.callee = Export::Ref3, .a = a, .i = k};
 }
-
-/// m-by-n with about a third of its elements stored.
-Model third(unsigned m, unsigned n, Storage storage = {})
-{
-    Model a = Model::empty(storage, m, n);
-    for (unsigned p = 0; p < m * n; p += 3) {
-        a.entries[a.place(p)] = p + 1.0;
-    }
-    return a.fit();
-}
-
-Subscript falses(unsigned m, unsigned n)
-{
-    return Subscript::mask(std::vector<double>(m * n, 0.0)).shaped(m, n);
-}
-
-} // namespace
-
-/// Where docs/semantics.md does not show it.
-TEST(LinearReference, ShapeOfTheResult)
-{
-    const Model matrix = third(3, 4);
-    const Model row = third(1, 5);
-    const Model column = third(5, 1);
-    const Model scalar = third(1, 1);
-    const struct
-    {
-        Model a;
-        Subscript k;
-        unsigned m, n;
-    } cases[] = {
-        {scalar, Subscript::list({1, 1, 1}).shaped(3, 1), 3, 1},
-        {scalar, Subscript::range(1, 1, 1.5), 1, 1}, // colon objects count as rows
-        {row, Subscript::mask({1, 0, 1, 1}).shaped(2, 2), 1, 3},
-        // nothing selected
-        {matrix, falses(1, 1), 0, 0},
-        {matrix, falses(1, 3), 1, 0},
-        {matrix, falses(3, 1), 0, 1},
-        {matrix, falses(0, 0), 0, 0},
-        {row, falses(1, 1), 1, 0},
-        {column, falses(1, 1), 0, 1},
-        {matrix, Subscript::sparseMask(1, 1, {}), 0, 0},
-        {matrix, Subscript::list({}).shaped(0, 3), 0, 3},
-        {row, Subscript::list({}).shaped(0, 1), 1, 0},
-        {column, Subscript::list({}), 0, 1},
-        {column, Subscript::list({}).shaped(3, 0), 3, 0},
-        {Model::empty({}, 0, 3), Subscript::range(3, 1, 1), 1, 0},
-    };
-    for (const auto& [a, k, m, n] : cases) {
-        const Operation op = linear(a, k);
-        EXPECT_EQ("", checkOperation(op));
-        const Model result = predict(op).result;
-        EXPECT_EQ(std::pair(result.m, result.n), std::pair(m, n)) << op;
-    }
-}
-
-namespace {
 
 /// A matrix of 4.9e9 elements and its stored positions as the entries of a mask with `m` rows, others added.
 struct LargeMask
@@ -81,16 +26,10 @@ struct LargeMask
         mask = Subscript::sparseMask(m, static_cast<unsigned>((a.numel() + m - 1) / m), {});
         for (const std::uint64_t p : positions) {
             a.entries[a.place(p)] = {static_cast<double>(a.nnz()) + 1, 2};
-            store(p);
-            store(p / 2);
+            mask.store(p);
+            mask.store(p / 2);
         }
         a.fit();
-    }
-    void store(std::uint64_t p)
-    {
-        mask.stored.push_back({static_cast<unsigned>(p / mask.m), static_cast<unsigned>(p % mask.m)});
-        std::sort(mask.stored.begin(), mask.stored.end());
-        mask.stored.erase(std::unique(mask.stored.begin(), mask.stored.end()), mask.stored.end());
     }
 };
 
@@ -103,7 +42,7 @@ TEST(LinearReference, LargeMasks)
         expectEnds(linear(given.a, given.mask), spOK);
         given.mask.n += 5; // columns past the end that store nothing do no harm
         expectEnds(linear(given.a, given.mask), spOK);
-        given.store(given.a.numel()); // one past the last element
+        given.mask.store(given.a.numel()); // one past the last element
         expectEnds(linear(given.a, given.mask), spIndexOutOfRange);
     }
     // a small mask of a large matrix, and one that stores nothing
@@ -119,7 +58,7 @@ TEST(LinearReference, LargeMasks)
 TEST(LinearReference, MatricesPastTheMaximum)
 {
     const MaxElements limit(10);
-    const Model a = third(4, 4);
+    const Model a = patterned(kReal, 4, 4);
     expectEnds(linear(a, Subscript::list({11})), spIndexExceedsMaxSize);
     expectEnds(linear(a, Subscript::list({11}).as(kxINT8_CLASS)), spIndexOutOfRange);
     expectEnds(linear(a, Subscript::range(9, 1, 11)), kMaxSizeError);

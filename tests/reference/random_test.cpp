@@ -3,6 +3,7 @@
 #include "support/generators.hpp"
 
 #include <cmath>
+#include <numeric>
 
 using namespace zqsp::test;
 
@@ -65,10 +66,15 @@ TEST_P(RandomReference, MoreThanFourThousandMillionElements)
 {
     property(150, [&] {
         const Model a = drawModel(GetParam(), Shape::Huge);
+        const bool isTall = a.n < 10;
+        const unsigned fewer = std::gcd(a.m, 1 + draw(60));
+        const unsigned more = isTall ? 1 : std::gcd(a.n, 1 + draw(60));
+        holds({.callee = Export::Reshape, .a = a, .newM = a.m / fewer * more, .newN = a.n / more * fewer});
+        holds({.callee = Export::Ref2, .a = a});
         holds({.callee = Export::Ref3, .a = a, .i = drawSubscript(wantedElements(a))});
         holds({.callee = Export::Ref4, .a = a, .i = drawSubscript(wantedColumns(a))});
         const Subscript i = drawSubscript(wantedRows(a));
-        if (i.form != Form::Mask && a.n < 10) {
+        if (i.form != Form::Mask && isTall) {
             holds({.callee = Export::Ref5, .a = a, .i = i});
             holds({.callee = Export::Ref6, .a = a, .i = i, .j = drawSubscript(wantedColumns(a))});
         }

@@ -1,4 +1,4 @@
-// A(I,:) and A(I,J): the choice of method, repeated rows, the same subscript twice, counts past 32 bits.
+// A(I,:) and A(I,J): the choice of method, repeated rows, counts past 32 bits.
 #include "support/call.hpp"
 #include <gtest/gtest.h>
 
@@ -77,22 +77,6 @@ TEST(RowReference, ColumnsOfEveryLengthAreSorted)
             EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = wide, .i = Subscript::list(spread)}));
         }
     }
-}
-
-TEST(GeneralReference, SameSubscriptTwice)
-{
-    const Subscript p = Subscript::list({3, 1, 3, 2});
-    for (const auto& [m, n, status] :
-         {std::tuple{4U, 4U, spOK}, {3U, 5U, spOK}, {5U, 3U, spOK}, {5U, 2U, spIndexOutOfRange}}) {
-        expectEnds({.callee = Export::Ref6, .a = evenColumns(m, n, 2, 1), .i = p, .jIs = Alias::SharesSubscript},
-                   status);
-    }
-    // both are bad: the rows come first
-    const Model a = evenColumns(3, 3, 1);
-    const Subscript fraction = Subscript::list({1.5});
-    const Subscript beyond = Subscript::list({4});
-    expectEnds({.callee = Export::Ref6, .a = a, .i = fraction, .j = beyond}, spIndexNotPositiveInteger);
-    expectEnds({.callee = Export::Ref6, .a = a, .i = beyond, .j = fraction}, spIndexOutOfRange);
 }
 
 TEST(GeneralReference, FewRowsInAnyOrder)

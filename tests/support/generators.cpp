@@ -89,27 +89,23 @@ Model drawModel(Storage storage, Shape shape, bool explicitZeros)
     case Shape::Small:
         a.m = drawOneIn(5) ? draw(2) : draw(8);
         a.n = drawOneIn(5) ? draw(2) : draw(8);
-        drawEntries(a, values, explicitZeros);
         break;
     case Shape::Tall:
         a.m = 100 + draw(2000);
         a.n = 1 + draw(4);
-        drawEntries(a, values, explicitZeros);
         break;
     case Shape::Dense:
         a.m = 20 + draw(100);
         a.n = 1 + draw(3);
-        drawDenseEntries(a, values);
         break;
-    case Shape::Huge: {
+    case Shape::Huge:
         constexpr unsigned kLong = 66000;
         const bool wide = drawOneIn(3);
         a.n = wide ? kLong + draw(1000) : 2 + draw(6);
         a.m = wide ? kLong + draw(1000) : 0xF0000000U + draw(1000);
-        drawEntries(a, values, explicitZeros);
         break;
     }
-    }
+    shape == Shape::Dense ? drawDenseEntries(a, values) : drawEntries(a, values, explicitZeros);
     finish(a);
     return a;
 }
@@ -131,6 +127,22 @@ Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZero
     drawEntries(a, Values(storage), explicitZeros);
     finish(a);
     return a;
+}
+
+Model drawSelfSubscript(bool explicitZeros)
+{
+    const Storage storage = drawOneIn(3) ? Storage{kxLOGICAL_CLASS, false} : drawStorage();
+    const unsigned m = drawOneIn(3) ? 1 : draw(5);
+    const unsigned n = drawOneIn(3) ? 1 : draw(5);
+    Model a = drawModelOfSize(storage, m, n, explicitZeros);
+    if (storage.classId != kxLOGICAL_CLASS && !drawOneIn(3)) {
+        const unsigned highest = drawOneIn(2) ? std::min(m, n) : m * n;
+        for (unsigned p = 0; p < m * n; ++p) {
+            a.entries[a.place(p)] = 1.0 + draw(highest);
+        }
+        a.storage.complex = false;
+    }
+    return a.fit();
 }
 
 Model drawUnmadeTarget(Storage storage)
@@ -188,16 +200,8 @@ std::vector<unsigned> drawWidened(unsigned m, unsigned n)
 
 RightSide drawMisfit(unsigned m, unsigned n)
 {
-    switch (draw(4)) {
-    case 0:
-        return RightSide::literal(RightSide::Kind::ContainedLiteral);
-    case 1:
-        return drawShaped({draw(3), draw(4)});
-    case 2:
-        return drawShaped({2, 2, 2});
-    default:
-        return drawShaped({n, m});
-    }
+    return drawOneIn(4) ? RightSide::literal(RightSide::Kind::ContainedLiteral)
+                        : drawShaped(drawFrom<std::vector<unsigned>>({{n, m}, {draw(3), draw(4)}, {2, 2, 2}}));
 }
 
 } // namespace
@@ -207,37 +211,23 @@ RightSide drawRightSide(unsigned m, unsigned n)
     switch (draw(8)) {
     case 0:
     case 1:
-    case 2:
-        return drawShaped({m, n});
-    case 3:
-    case 4:
         return drawScalar();
-    case 5:
+    case 2:
         return drawShaped(drawWidened(m, n));
-    case 6: // laid the other way where the region is a vector
+    case 3: // laid the other way where the region is a vector
         return m == 1 || n == 1 ? drawShaped({n, m}) : drawShaped({m, n});
-    default:
+    case 4:
         return drawMisfit(m, n);
+    default:
+        return drawShaped({m, n});
     }
 }
 
 RightSide drawRightSide(unsigned count)
 {
-    switch (draw(8)) {
-    case 0:
-    case 1:
-        return drawShaped({1, count});
-    case 2:
-        return drawShaped({count, 1});
-    case 3:
-        return count % 2 == 0 ? drawShaped({2, count / 2}) : drawShaped({1, 1, count});
-    case 4:
-    case 5:
-    case 6:
-        return drawScalar();
-    default:
-        return drawMisfit(count, 2);
-    }
+    const auto [m, n] = drawFrom<std::pair<unsigned, unsigned>>(
+        {{1, count}, {count, 1}, count % 2 == 0 ? std::pair{2U, count / 2} : std::pair{1U, count}});
+    return drawRightSide(m, n);
 }
 
 } // namespace zqsp::test

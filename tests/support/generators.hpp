@@ -46,6 +46,10 @@ Model drawModel();                                           ///< any storage
 /// A matrix of this very size.
 Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros = true);
 
+/// A small matrix that is a good subscript of itself more often than not, as in A(A) = []: a mask, or full of small
+/// numbers.
+Model drawSelfSubscript(bool explicitZeros);
+
 /// A target that is not sparse yet: without a class, or full and empty.
 Model drawUnmadeTarget(Storage storage);
 

@@ -21,6 +21,16 @@ std::uint64_t shifted(const PositionSet& deleted, std::uint64_t position)
     return position - static_cast<std::uint64_t>(std::distance(deleted.begin(), deleted.lower_bound(position)));
 }
 
+/// What a deletion makes of A, to be filled: a full array becomes sparse.
+Model emptied(const Model& a)
+{
+    Model result = a;
+    result.entries.clear();
+    result.sparse = true;
+    result.nzmax = a.sparse ? a.nzmax : Model::kAnyCapacity;
+    return result;
+}
+
 Model withoutAnything(const Model& a, unsigned m, unsigned n)
 {
     Model result = Model::empty({a.storage.classId, false}, m, n);
@@ -35,9 +45,11 @@ Model deleteLines(const Model& a, const Subscript& s, bool columns)
         return columns ? withoutAnything(a, a.m, 0) : withoutAnything(a, 0, a.n);
     }
     const PositionSet deleted = deletedPositions(s, columns ? a.n : a.m);
-    Model result = a;
+    if (deleted.empty()) {
+        return a;
+    }
+    Model result = emptied(a);
     (columns ? result.n : result.m) -= static_cast<unsigned>(deleted.size());
-    result.entries.clear();
     for (const auto& [place, value] : a.entries) {
         Place moved = place;
         unsigned& line = columns ? moved.column : moved.row;
@@ -83,10 +95,9 @@ Model deleteElements(const Model& a, const Subscript& k)
     }
     const bool column = a.n == 1 && a.m != 1;
     const auto kept = static_cast<unsigned>(a.numel() - deleted.size());
-    Model result = a;
+    Model result = emptied(a);
     result.m = column ? kept : 1;
     result.n = column ? 1 : kept;
-    result.entries.clear();
     for (const auto& [place, value] : a.entries) {
         if (!deleted.contains(a.linear(place))) {
             result.entries[result.place(shifted(deleted, a.linear(place)))] = value;

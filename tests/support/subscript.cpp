@@ -78,6 +78,16 @@ Subscript Subscript::as(kxClassID id) const
     return s;
 }
 
+void Subscript::store(std::uint64_t position)
+{
+    const Place place{static_cast<unsigned>(position / m), static_cast<unsigned>(position % m)};
+    const auto at = std::lower_bound(stored.begin(), stored.end(), place);
+    if (at == stored.end() || *at != place) {
+        stored.insert(at, place);
+    }
+    n = std::max(n, place.column + 1);
+}
+
 std::size_t Subscript::storedCount() const
 {
     const auto zeros = std::count(values.begin(), values.end(), 0.0);

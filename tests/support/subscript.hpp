@@ -78,6 +78,8 @@ struct Subscript
     [[nodiscard]] Subscript shaped(unsigned rows, unsigned columns) const;
     [[nodiscard]] Subscript as(kxClassID id) const;
 
+    /// SparseMask: stores this position, making the mask as wide as that takes.
+    void store(std::uint64_t position);
     [[nodiscard]] bool isLogical() const { return form == Form::Mask || form == Form::SparseMask; }
     /// Entries that a sparse subscript stores.
     [[nodiscard]] std::size_t storedCount() const;

@@ -101,23 +101,16 @@ Subscript drawNumeric(const Wanted& wanted, Form form)
 
 Subscript drawMask(const Wanted& wanted)
 {
-    const std::vector<unsigned> positions = drawPositions(wanted);
     constexpr unsigned kLongest = 5000; // a mask over more is cut short
-    unsigned length = static_cast<unsigned>(std::min<std::uint64_t>(wanted.extent, kLongest));
-    for (const unsigned p : positions) {
-        length = p < kLongest ? std::max(length, p + 1) : length;
-    }
-    if (drawOneIn(4)) {
-        length += draw(4);
-    }
-    std::vector<double> values(length);
-    for (const unsigned p : positions) {
-        if (p < length) {
+    std::vector<double> values(drawOneIn(3) ? 0 : std::min<std::uint64_t>(wanted.extent, kLongest));
+    for (const unsigned p : drawPositions(wanted)) {
+        if (p < kLongest) {
+            values.resize(std::max<std::size_t>(values.size(), p + 1));
             values[p] = 1;
         }
     }
-    while (!values.empty() && values.back() == 0 && drawOneIn(2)) {
-        values.pop_back();
+    if (drawOneIn(4)) {
+        values.resize(values.size() + draw(4));
     }
     const auto [m, n] = drawShape(static_cast<unsigned>(values.size()));
     return Subscript::mask(std::move(values)).shaped(m, n);
@@ -127,23 +120,13 @@ Subscript drawSparseMask(const Wanted& wanted)
 {
     const auto reach = std::max(static_cast<unsigned>(reachOf(wanted)), 1U);
     // Any number of rows will do: the positions are those of the columns laid end to end.
-    unsigned m = 1;
-    switch (draw(3)) {
-    case 0:
-        m = reach;
-        break;
-    case 1:
-        m = reach <= 5000 ? 1 : reach / 7 + 1;
-        break;
-    default:
-        m = reach <= 5000 ? 1 + draw(9) : reach / 3 + 1;
-    }
-    std::set<Place> stored;
+    const bool isLong = reach > 5000;
+    const unsigned m = drawFrom<unsigned>({reach, isLong ? reach / 7 + 1 : 1, isLong ? reach / 3 + 1 : 1 + draw(9)});
+    Subscript s = Subscript::sparseMask(m, 0, {});
     for (const unsigned p : drawPositions(wanted)) {
-        stored.insert({p / m, p % m});
+        s.store(p);
     }
-    const unsigned needed = stored.empty() ? 0 : stored.rbegin()->column + 1;
-    Subscript s = Subscript::sparseMask(m, needed + draw(3), {stored.begin(), stored.end()});
+    s.n += draw(3);
     s.storesFalse = drawOneIn(6);
     return s;
 }
@@ -170,16 +153,9 @@ Subscript drawRange(const Wanted& wanted)
 Subscript drawEmpty()
 {
     const auto [m, n] = drawFrom<std::pair<unsigned, unsigned>>({{0, 0}, {1, 0}, {0, 1}, {0, 3}, {3, 0}});
-    switch (draw(4)) {
-    case 0:
-        return Subscript::list({}).shaped(m, n);
-    case 1:
-        return Subscript::mask({}).shaped(m, n);
-    case 2:
-        return Subscript::sparseMask(m, n, {});
-    default:
-        return Subscript::sparseList({}).shaped(m, n);
-    }
+    return drawFrom<Subscript>(
+               {Subscript::list({}), Subscript::mask({}), Subscript::sparseMask(0, 0, {}), Subscript::sparseList({})})
+        .shaped(m, n);
 }
 
 /// Values that spoil a numeric subscript. For an assignment none may be a good index, however large.
@@ -225,12 +201,7 @@ void spoil(Subscript& s, const Wanted& wanted)
         return;
     case Form::SparseMask:
         if (!mayGrow && s.m > 0) {
-            const auto column = static_cast<unsigned>(wanted.extent / s.m + draw(2));
-            const auto row = static_cast<unsigned>(wanted.extent % s.m);
-            s.stored.push_back({column, row});
-            std::sort(s.stored.begin(), s.stored.end());
-            s.stored.erase(std::unique(s.stored.begin(), s.stored.end()), s.stored.end());
-            s.n = std::max(s.n, s.stored.back().column + 1);
+            s.store(wanted.extent + std::uint64_t{draw(2)} * s.m);
         }
         return;
     case Form::Range: {
