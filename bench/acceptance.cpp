@@ -300,8 +300,7 @@ void registerAcceptance()
         const std::string name = std::string("accept/") + acceptance.slug;
         benchmark::AddCustomContext(name, std::string(acceptance.limit) + "\t" + acceptance.label + "\t" +
                                               acceptance.reference);
-        registerSide(name + "/measured", acceptance.measured);
-        registerSide(name + "/reference", acceptance.work);
+        registerComparison({name, acceptance.measured, {{"reference", acceptance.work}}, {}, false});
     }
 }
 

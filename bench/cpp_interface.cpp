@@ -101,8 +101,7 @@ void registerCppInterface()
          rowsOfEigen, rowsOfRuntime}};
     for (const Pair& pair : pairs) {
         benchmark::AddCustomContext(pair.name, pair.context);
-        registerSide(std::string(pair.name) + "/measured", pair.measured);
-        registerSide(std::string(pair.name) + "/reference", pair.work);
+        registerComparison({pair.name, pair.measured, {{"reference", pair.work}}, {}, false});
     }
 }
 

@@ -103,6 +103,11 @@ class EigenSide : public Contender
                 reads_.add(0, 0, std::real(std::complex<double>(A_.coeff(I_.values[k], J_.values[k]))));
             }
             break;
+        case Kind::columnCalls:
+            for (const unsigned j : J_.values) {
+                result_ = A_.col(j);
+            }
+            break;
         default:
             result_ = regionOf();
         }
@@ -144,9 +149,11 @@ class EigenSide : public Contender
             setElements();
             break;
         case Kind::writes:
+        case Kind::inserts:
             for (std::size_t k = 0; k < std::min<std::size_t>(10000, i_.size()); ++k) {
                 result_.coeffRef(i_[k], j_[k]) = S(2);
             }
+            result_.makeCompressed();
             break;
         default:
             throw std::logic_error("Eigen has nothing to offer");

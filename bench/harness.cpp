@@ -1,20 +1,29 @@
-// How a contender is measured, and the plain copy that results are held against.
-#include "arrays.hpp"
+// How the sides of a row are measured: the best peer and ours in turns, so that both meet the same state of the
+// machine.
+#include "contender.hpp"
+#include "kernels/tables.hpp"
+#include "methods.hpp"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <ctime>
-#include <map>
-#include <vector>
+#include <optional>
+#include <stdexcept>
 
 namespace zqsp::bench {
 
 namespace {
 
-double budget = 0.1;
+double budget = 0.15;
+bool onlyChecks = false;
+
+std::vector<const Kernels*>& tables()
+{
+    static std::vector<const Kernels*> all(availableKernels().begin(), availableKernels().end());
+    return all;
+}
 
 double secondsOn(clockid_t clock)
 {
@@ -34,75 +43,174 @@ double timeOnce(Contender& contender)
     const double wall = secondsOn(CLOCK_MONOTONIC) - start;
     const double busy = secondsOn(CLOCK_THREAD_CPUTIME_ID) - busyStart;
     contender.finish();
-    return std::min(wall, busy);
+    return std::min(wall, busy) * contender.scale();
 }
 
-/// Run times in rising order. The first, warming run is not among them.
-std::vector<double> sampleTimes(Contender& contender)
+/// The element at a share of the sorted values, by interpolation.
+double quantile(std::vector<double> values, double share)
 {
-    constexpr std::size_t kFewest = 3;
-    constexpr std::size_t kMost = 100;
+    std::sort(values.begin(), values.end());
+    const double at = share * static_cast<double>(values.size() - 1);
+    const auto below = static_cast<std::size_t>(at);
+    const std::size_t above = std::min(below + 1, values.size() - 1);
+    return values[below] + (at - static_cast<double>(below)) * (values[above] - values[below]);
+}
+
+double median(const std::vector<double>& values)
+{
+    return quantile(values, 0.5);
+}
+
+/// The median of some runs in a row, so that short ones find their data where the runs before have left them.
+double turn(Contender& contender)
+{
+    constexpr std::size_t kMostRuns = 5;
+    constexpr double kLongTurn = 0.01;
     std::vector<double> times;
-    double timed = 0;
-    const double end = secondsOn(CLOCK_MONOTONIC) + 4 * budget;
-    while (times.size() < kFewest || (timed < budget && secondsOn(CLOCK_MONOTONIC) < end && times.size() < kMost)) {
+    const double start = secondsOn(CLOCK_MONOTONIC);
+    do {
         times.push_back(timeOnce(contender));
-        timed += times.back();
-    }
-    std::sort(times.begin(), times.end());
-    return times;
+    } while (times.size() < kMostRuns && secondsOn(CLOCK_MONOTONIC) - start < kLongTurn);
+    return median(times);
 }
 
-/// Holds the fingerprint against that of the other sides of the row; copies have none.
-bool agreesWithOthers(const std::string& row, const Fingerprint& print)
-{
-    static std::map<std::string, Fingerprint> first;
-    return first.try_emplace(row, print).first->second.agrees(print);
-}
-
-void measure(benchmark::State& state, const std::string& name, const std::function<ContenderOwner()>& make)
-{
-    const ContenderOwner contender = make();
-    contender->prepare();
-    contender->run();
-    const Fingerprint print = contender->fingerprint();
-    contender->finish();
-    if (print.entries > 0 && !agreesWithOthers(name.substr(0, name.rfind('/')), print)) {
-        state.SkipWithError("the result differs from that of another side");
-        return;
-    }
-    std::vector<double> times;
-    for (auto _ : state) {
-        times = sampleTimes(*contender);
-        state.SetIterationTime(times[times.size() / 2]);
-    }
-    state.counters["least_ms"] = times.front() * 1e3;
-    state.counters["runs"] = static_cast<double>(times.size());
-    state.counters["entries"] = print.entries;
-    state.counters["weighted"] = print.weighted;
-}
-
-class Copy : public Contender
+class Measurement
 {
   public:
-    explicit Copy(double bytes)
-        : bytes_(static_cast<std::size_t>(std::llround(bytes))), from_(kxMalloc(bytes_)), to_(kxMalloc(bytes_))
+    explicit Measurement(const Comparison& comparison)
+        : comparison_(comparison),
+          tables_(tables().begin(), comparison.everyTable ? tables().end() : tables().begin() + 1)
     {
-        std::memset(from_.get(), 1, bytes_);
     }
+    Measurement(const Measurement&) = delete;
+    Measurement& operator=(const Measurement&) = delete;
+    ~Measurement() { useKernels(*tables().front()); }
 
-    void run() override
+    void run(benchmark::UserCounters& counters, std::string& label)
     {
-        std::memcpy(to_.get(), from_.get(), bytes_);
-        benchmark::DoNotOptimize(to_.get());
-        benchmark::ClobberMemory();
+        const ContenderOwner ours = comparison_.ours();
+        for (const Kernels* table : tables_) {
+            useKernels(*table);
+            takenMethods();
+            check(*ours, "ours");
+            label += label.empty() ? "" : ";";
+            label.append(table->name).append("=").append(takenMethods());
+        }
+        useKernels(*tables_.front());
+        if (onlyChecks) {
+            for (const Side& peer : comparison_.peers) {
+                check(*peer.make(), peer.name);
+            }
+            return;
+        }
+        for (const Side& yardstick : comparison_.yardsticks) {
+            const ContenderOwner side = yardstick.make();
+            timeOnce(*side);
+            counters[yardstick.name] = median({turn(*side), turn(*side), turn(*side)}) * 1e3;
+        }
+        const ContenderOwner best = findBest(counters);
+        takeTurns(*ours, best.get());
+        report(counters);
     }
 
   private:
-    std::size_t bytes_;
-    Block from_;
-    Block to_;
+    /// A warming run.
+    void check(Contender& side, const std::string& name)
+    {
+        side.prepare();
+        side.run();
+        const Fingerprint print = side.fingerprint();
+        side.finish();
+        if (print.entries > 0 && !first_.value_or(print).agrees(print)) {
+            throw std::runtime_error("the result of " + name + " differs from that of another side");
+        }
+        if (print.entries > 0) {
+            first_ = print;
+        }
+    }
+
+    /// Measures each peer, and returns the fastest.
+    ContenderOwner findBest(benchmark::UserCounters& counters)
+    {
+        ContenderOwner best;
+        for (const Side& peer : comparison_.peers) {
+            ContenderOwner side = peer.make();
+            check(*side, peer.name);
+            const double time = median({timeOnce(*side), timeOnce(*side), timeOnce(*side)});
+            counters[peer.name] = time * 1e3;
+            if (best == nullptr || time < counters[bestName_] / 1e3) {
+                best = std::move(side);
+                bestName_ = peer.name;
+            }
+        }
+        return best;
+    }
+
+    void takeTurns(Contender& ours, Contender* peer)
+    {
+        constexpr std::size_t kFewest = 5;
+        constexpr std::size_t kMost = 25;
+        ours_.resize(tables_.size());
+        const double end = secondsOn(CLOCK_MONOTONIC) + budget;
+        for (std::size_t round = 0; round < kFewest || (round < kMost && secondsOn(CLOCK_MONOTONIC) < end); ++round) {
+            const bool peerFirst = round % 2 == 0;
+            if (peerFirst && peer != nullptr) {
+                peer_.push_back(turn(*peer));
+            }
+            for (std::size_t t = 0; t < tables_.size(); ++t) {
+                useKernels(*tables_[t]);
+                ours_[t].push_back(turn(ours));
+            }
+            useKernels(*tables_.front());
+            if (!peerFirst && peer != nullptr) {
+                peer_.push_back(turn(*peer));
+            }
+        }
+    }
+
+    void report(benchmark::UserCounters& counters) const
+    {
+        if (!peer_.empty()) {
+            counters[bestName_] = median(peer_) * 1e3;
+        }
+        counters["pairs"] = static_cast<double>(ours_.front().size());
+        for (std::size_t t = 0; t < tables_.size(); ++t) {
+            const std::string table = tables_[t]->name;
+            counters["ms:" + table] = median(ours_[t]) * 1e3;
+            std::vector<double> ratios;
+            for (std::size_t pair = 0; pair < peer_.size(); ++pair) {
+                ratios.push_back(peer_[pair] / ours_[t][pair]);
+            }
+            if (!ratios.empty()) {
+                counters["ratio:" + table] = median(ratios);
+                counters["low:" + table] = quantile(ratios, 0.25);
+                counters["high:" + table] = quantile(ratios, 0.75);
+            }
+        }
+    }
+
+    const Comparison& comparison_;
+    std::vector<const Kernels*> tables_;
+    std::optional<Fingerprint> first_;
+    std::string bestName_;
+    std::vector<double> peer_;
+    std::vector<std::vector<double>> ours_; ///< of each table
 };
+
+void measure(benchmark::State& state, const Comparison& comparison)
+{
+    std::string label;
+    for (auto _ : state) {
+        try {
+            Measurement(comparison).run(state.counters, label);
+            state.SetIterationTime(state.counters["ms:" + std::string(tables().front()->name)] / 1e3);
+        } catch (const std::exception& error) {
+            state.SkipWithError(error.what());
+            return;
+        }
+    }
+    state.SetLabel(label);
+}
 
 } // namespace
 
@@ -119,14 +227,10 @@ bool Fingerprint::agrees(const Fingerprint& other) const
     return entries == other.entries && std::abs(weighted - other.weighted) <= 1e-9 * std::abs(weighted);
 }
 
-ContenderOwner makeCopy(double bytes)
+void registerComparison(Comparison comparison)
 {
-    return std::make_unique<Copy>(bytes);
-}
-
-void registerSide(const std::string& name, std::function<ContenderOwner()> make)
-{
-    benchmark::RegisterBenchmark(name.c_str(), measure, name, std::move(make))
+    const std::string name = comparison.name;
+    benchmark::RegisterBenchmark(name.c_str(), measure, std::move(comparison))
         ->Iterations(1)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
@@ -135,6 +239,20 @@ void registerSide(const std::string& name, std::function<ContenderOwner()> make)
 void setBudget(double seconds)
 {
     budget = seconds;
+}
+
+void onlyCheck()
+{
+    onlyChecks = true;
+}
+
+void useTableOnly(const std::string& name)
+{
+    std::erase_if(tables(), [&](const Kernels* table) { return table->name != name; });
+    if (tables().empty()) {
+        throw std::invalid_argument("this processor has no kernels '" + name + "'");
+    }
+    useKernels(*tables().front());
 }
 
 } // namespace zqsp::bench

@@ -1,10 +1,10 @@
-// zqsp_bench: measures the library, Eigen and plain copies on the same data.
+// zqsp_bench: measures the library, its peers and plain copies on the same data.
 //
-//     zqsp_bench [--budget=SECONDS] [--kernels=TABLE] [Google Benchmark's flags]
-//     zqsp_bench --dump=FOLDER [--benchmark_filter=REGEX]     writes the operands for the SciPy side
+//     zqsp_bench [--budget=SECONDS] [--kernels=TABLE] [--check] [Google Benchmark's flags]
+//
+// Each row is one benchmark, measured with every table of loops that the processor has, or with one. With --check,
+// every side runs once, to see that all agree.
 #include "contender.hpp"
-#include "dump.hpp"
-#include "kernels/tables.hpp"
 #include "suites.hpp"
 
 #include <benchmark/benchmark.h>
@@ -12,8 +12,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iostream>
-#include <regex>
-#include <stdexcept>
+#include <tuple>
 
 namespace zqsp::bench {
 
@@ -31,18 +30,45 @@ std::shared_ptr<const Problem> problemOf(const Row& row)
     return latest;
 }
 
+std::vector<Side> peersOf(const Row& row)
+{
+    using Has = bool (*)(const Row&);
+    using Make = ContenderOwner (*)(std::shared_ptr<const Problem>);
+    constexpr std::tuple<const char*, Has, Make> known[] = {{"eigen", hasEigen, makeEigen},
+                                                            {"scipy", hasScipy, makeScipy},
+                                                            {"graphblas", hasGraphblas, makeGraphblas},
+                                                            {"armadillo", hasArmadillo, makeArmadillo}};
+    std::vector<Side> peers;
+    for (const auto& [name, has, make] : known) {
+        if (has(row) && (!row.isStep() || has == hasEigen)) {
+            peers.push_back({name, [&row, make = make] { return make(problemOf(row)); }});
+        }
+    }
+    return peers;
+}
+
+std::vector<Side> yardsticksOf(const Row& row)
+{
+    if (row.operation->copies == 0) {
+        return {};
+    }
+    if (row.operation->kind == Kind::inserts) {
+        return {{"copy", [&row] { return makeTailMoves(problemOf(row)->A, problemOf(row)->I.values); }}};
+    }
+    return {{"copy", [&row] {
+                 const Traffic traffic = trafficOf(problemOf(row));
+                 return makeCopy(std::max(traffic.read, traffic.written));
+             }}};
+}
+
 void registerRow(const Row& row)
 {
-    const std::string name = row.name();
-    registerSide(name + "/ours", [&row] { return makeOurs(problemOf(row)); });
-    registerSide(name + "/copy", [&row] {
-        const Traffic traffic = trafficOf(problemOf(row));
-        return makeCopy(std::max(traffic.read, traffic.written));
-    });
-    registerSide(name + "/result-copy", [&row] { return makeCopy(trafficOf(problemOf(row)).result); });
-    if (hasEigen(row)) {
-        registerSide(name + "/eigen", [&row] { return makeEigen(problemOf(row)); });
-    }
+    benchmark::AddCustomContext(row.name(), std::to_string(row.operation->copies) + "\t" + row.operation->label);
+    registerComparison({.name = row.name(),
+                        .ours = [&row] { return makeOurs(problemOf(row)); },
+                        .peers = peersOf(row),
+                        .yardsticks = yardsticksOf(row),
+                        .everyTable = !row.isStep()});
 }
 
 /// The value of an argument "--name=value" that is ours; null when it is another argument.
@@ -52,35 +78,16 @@ const char* valueOf(const char* argument, const char* name)
     return std::strncmp(argument, name, length) == 0 ? argument + length : nullptr;
 }
 
-/// Makes the library use the table of this name.
-void useTable(const std::string& name)
-{
-    const auto tables = availableKernels();
-    const auto found = std::ranges::find_if(tables, [&](const Kernels* table) { return table->name == name; });
-    if (found == tables.end()) {
-        throw std::invalid_argument("this processor has no kernels '" + name + "'");
-    }
-    useKernels(**found);
-}
-
 int run(int count, char** arguments)
 {
-    std::string filter = ".";
-    std::string folder;
     for (int a = 1; a < count; ++a) {
         if (const char* seconds = valueOf(arguments[a], "--budget=")) {
             setBudget(std::stod(seconds));
         } else if (const char* table = valueOf(arguments[a], "--kernels=")) {
-            useTable(table);
-        } else if (const char* path = valueOf(arguments[a], "--dump=")) {
-            folder = path;
-        } else if (const char* regex = valueOf(arguments[a], "--benchmark_filter=")) {
-            filter = regex;
+            useTableOnly(table);
+        } else if (valueOf(arguments[a], "--check") != nullptr) {
+            onlyCheck();
         }
-    }
-    if (!folder.empty()) {
-        dumpRows(folder, std::regex(filter));
-        return 0;
     }
     for (const Row& row : allRows()) {
         registerRow(row);

@@ -1,106 +1,108 @@
-"""The results of one run of the benchmarks, joined by row."""
-import csv
+"""The results of one run of the benchmarks, by row."""
 import json
 import math
-import os
 import re
 import statistics
 
-PEERS = ("eigen", "scipy")
+PEERS = {"eigen": "Eigen", "scipy": "SciPy", "graphblas": "GraphBLAS", "armadillo": "Armadillo"}
 
 
 class Row:
-    """Milliseconds of each side of a row, and the bar."""
+    """What was measured of a row: milliseconds of each side, and for each table of loops the best peer's time over ours
+    as (median, lower quartile, upper quartile) of the pairs."""
 
-    def __init__(self, name, copies_allowed, label):
-        self.name, self.copies_allowed, self.label = name, int(copies_allowed), label
-        self.workload, self.slug = name.split("/")
-        self.sides = {}
-        self.recorded = None
-
-    def ms(self, side):
-        return self.sides.get(side, math.nan)
+    def __init__(self, run, copies, label):
+        self.name, self.label, self.copies = run["name"].split("/iterations")[0], label, float(copies)
+        self.workload, self.slug = self.name.split("/")
+        self.peers = {peer: run[peer] for peer in PEERS if peer in run}
+        self.copy = run.get("copy", math.nan)
+        self.pairs = int(run["pairs"])
+        self.methods = dict(part.split("=") for part in run["label"].split(";"))
+        self.tables = list(self.methods)  # the widest first
+        self.ours = {table: run[f"ms:{table}"] for table in self.tables}
+        self.ratios = {
+            table: tuple(run[f"{part}:{table}"] for part in ("ratio", "low", "high"))
+            for table in self.tables
+            if f"ratio:{table}" in run
+        }
 
     @property
     def best_peer(self):
-        return min((self.sides[p] for p in PEERS if p in self.sides), default=math.nan)
+        return min(self.peers, key=self.peers.get) if self.peers else None
 
-    @property
-    def of_peer(self):
-        return self.ms("ours") / self.best_peer
+    def ratio(self, table):
+        return self.ratios.get(table, (math.nan,))[0]
 
-    @property
-    def of_copy(self):
-        return self.ms("ours") / max(self.ms("copy"), 1e-6)
-
-    def misses(self):
-        """What the row falls short of."""
-        found = []
-        if self.of_peer > 1:
-            found.append("slower than a peer")
-        elif self.of_peer > 0.5:
-            found.append("half of the peer")
-        if self.of_copy > self.copies_allowed and not self.is_single():
-            found.append(f"{self.copies_allowed} copies")
-        return found
+    def of_copy(self, table):
+        return self.ours[table] / max(self.copy, 1e-6)
 
     def is_single(self):
         """Calls for one element each are held against the peers only."""
-        return self.slug in ("reads", "writes")
+        return self.copies == 0
+
+    def is_near_copy(self, table):
+        """Within 1.3 of a copy that takes more than half of the best peer's time: twice as fast is out of reach."""
+        return self.of_copy(table) <= 1.3 and 2 * self.copy > self.ours[table] * self.ratio(table)
+
+    def misses(self, table):
+        """What the row falls short of with this table."""
+        found = []
+        if self.ratio(table) < 1:
+            found.append("slower than a peer")
+        elif self.ratio(table) < 2 and not self.is_near_copy(table):
+            found.append("less than twice as fast")
+        if not self.is_single() and self.of_copy(table) > self.copies:
+            found.append(f"{self.copies:g} copies")
+        return found
+
+    def method(self):
+        """What was chosen; where the tables differ, by table."""
+        chosen = list(dict.fromkeys(self.methods.values()))
+        if len(chosen) < 2:
+            return "".join(chosen)
+        return "; ".join(f"{table}: {self.methods[table]}" for table in self.tables)
 
 
-def side_times(path):
-    """Median milliseconds by name without the last part, then by that part; errors are raised."""
-    times = {}
+def geometric_mean(values):
+    return statistics.geometric_mean(values) if values else math.nan
+
+
+class Summary:
+    """How the rows that have a peer stand with one table."""
+
+    def __init__(self, rows, table):
+        compared = [row for row in rows if table in row.ratios]
+        self.rows = len(compared)
+        self.mean = geometric_mean([row.ratio(table) for row in compared])
+        self.twice = sum(row.ratio(table) >= 2 for row in compared)
+        self.near_copy = sum(row.ratio(table) < 2 and row.is_near_copy(table) for row in compared)
+        self.slower = sum(row.ratio(table) < 1 for row in compared)
+
+
+def number(value, digits=3):
+    if value is None or math.isnan(value):
+        return "-"
+    return f"{value:,.0f}" if value >= 1000 else f"{value:.{digits}g}"
+
+
+def spread(ratio):
+    """"3.2 (3.1-3.4)": the median and the quartiles."""
+    return "-" if ratio is None else f"{ratio[0]:.2f} ({ratio[1]:.2f}-{ratio[2]:.2f})"
+
+
+def read(path):
+    """(context, rows in the order of the suite, the runs of the other suites by name)"""
     with open(path, encoding="utf-8") as file:
         document = json.load(file)
+    context, rows, others = document["context"], [], {}
     for run in document["benchmarks"]:
+        if run.get("error_occurred"):
+            raise SystemExit(f"{run['name']}: {run['error_message']}")
         if run.get("run_type") == "aggregate":
             continue
-        name, side = re.sub(r"/(iterations|min_time):.*", "", run["name"]).rsplit("/", 1)
-        if run.get("error_occurred"):
-            raise SystemExit(f"{name}/{side}: {run['error_message']}")
-        times.setdefault(name, {}).setdefault(side, []).append(run)
-    return document["context"], times
-
-
-def median(runs, key="real_time"):
-    return statistics.median(run[key] for run in runs)
-
-
-def read_recorded():
-    path = os.path.join(os.path.dirname(os.path.abspath(__file__)), "recorded.tsv")
-    with open(path, encoding="ascii") as file:
-        lines = csv.reader((line for line in file if not line.startswith("#")), delimiter="\t")
-        return {f"{workload}/{slug}": float(best) for slug, workload, best, _ in lines}
-
-
-def check_agreement(name, ours, scipy):
-    """The SciPy side must have computed the same matrix."""
-    if "entries" in scipy and not (
-        ours["entries"] == scipy["entries"] and math.isclose(ours["weighted"], scipy["weighted"], rel_tol=1e-9)
-    ):
-        raise SystemExit(f"{name}: SciPy's result differs from ours")
-
-
-def read_rows(folder):
-    """(context, rows in the order of the suite, the other suites' runs by name and side)"""
-    context, times = side_times(os.path.join(folder, "bench.json"))
-    with open(os.path.join(folder, "scipy.json"), encoding="ascii") as file:
-        scipy = json.load(file)
-    recorded = read_recorded()
-    rows = []
-    with open(os.path.join(folder, "rows.tsv"), encoding="ascii") as lines:
-        for line in lines:
-            fields = line.rstrip("\n").split("\t")
-            row = Row(fields[0], *fields[12:14])
-            runs = times.pop(row.name, {})
-            if "ours" not in runs:
-                continue
-            row.sides = {side: median(found) for side, found in runs.items()}
-            if row.name in scipy:
-                check_agreement(row.name, runs["ours"][0], scipy[row.name])
-                row.sides["scipy"] = scipy[row.name]["ms"]
-            row.recorded = recorded.get(row.name)
-            rows.append(row)
-    return context, rows, times
+        name = re.sub(r"/(iterations|min_time):.*", "", run["name"])
+        if "pairs" in run and not name.startswith("accept/"):
+            rows.append(Row(run, *context[name].split("\t")))
+        else:
+            others[name] = run
+    return context, rows, others

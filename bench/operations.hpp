@@ -14,6 +14,7 @@ enum class Kind
 {
     whole,         ///< A(:)
     columns,       ///< A(:,J)
+    columnCalls,   ///< A(:,j), one call per column; the result is that of the last one
     rows,          ///< A(I,:)
     region,        ///< A(I,J)
     linear,        ///< A(K)
@@ -28,7 +29,8 @@ enum class Kind
     setRows,       ///< A(I,:) = B
     setRegion,     ///< A(I,J) = B
     setLinear,     ///< A(K) = B
-    writes         ///< A(i,j) = v, one call per stored element
+    writes,        ///< A(i,j) = v, one call per stored element
+    inserts        ///< A(i,j) = v, one call per new element
 };
 
 /// Whether the operation changes A in place.
@@ -61,7 +63,7 @@ struct Operation
     const char* I; ///< rows, or the linear subscript
     const char* J;
     RightSide::Form B;
-    bool permutes; ///< entries must be permuted: the bar is 10 copies instead of 4
+    double copies; ///< the bar: how many copies it may take; 0 where it is held against the peers only
 };
 
 /// One row of the report.
@@ -73,6 +75,8 @@ struct Row
 
     /// "uniform/rows.permutation", "uniform-complex/rows.permutation"
     [[nodiscard]] std::string name() const;
+    /// Whether it is there for the growth of times with sizes.
+    [[nodiscard]] bool isStep() const;
 };
 
 const std::vector<Row>& allRows();

@@ -69,6 +69,8 @@ class Ours : public Contender
             return require(spRef3(A_.get(), I_.get(), &result_));
         case Kind::reads:
             return readSingly();
+        case Kind::columnCalls:
+            return takeColumnsSingly();
         case Kind::lists:
             result_ = kxSparseReference(A_.get(), data(problem_->I), count(problem_->I), data(problem_->J),
                                         count(problem_->J));
@@ -102,6 +104,7 @@ class Ours : public Contender
         case Kind::setLinear:
             return require(spAss3(result_, B_.get(), I_.get()));
         case Kind::writes:
+        case Kind::inserts:
             return writeSingly();
         default:
             throw std::logic_error("not a change");
@@ -121,6 +124,15 @@ class Ours : public Contender
                 reads_.add(0, 0, *static_cast<const double*>(element->pr));
             }
             kxDestroyArray(element);
+        }
+    }
+
+    void takeColumnsSingly()
+    {
+        for (const unsigned j : problem_->J.values) {
+            *doubles(j_) = j + 1.0;
+            kxDestroyArray(std::exchange(result_, nullptr));
+            require(spRef4(A_.get(), j_.get(), &result_));
         }
     }
 

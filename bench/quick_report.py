@@ -1,29 +1,30 @@
-"""Prints the rows of a run to the terminal: quick_report.py FOLDER"""
-import math
+"""Prints the rows of a run to the terminal: quick_report.py FILE"""
 import sys
 
-import measurements
-
-
-def number(value):
-    return "-" if value is None or math.isnan(value) else f"{value:.3g}" if value < 100 else f"{value:.0f}"
+from measurements import PEERS, Summary, number, read, spread
 
 
 def main():
-    _, rows, others = measurements.read_rows(sys.argv[1])
-    heads = ("row", "ours ms", "copy", "result", "eigen", "scipy", "/copy", "/peer", "recorded", "/rec", "misses")
-    print("{:<42}{:>9}{:>9}{:>9}{:>9}{:>9}{:>7}{:>7}{:>9}{:>7}  {}".format(*heads))
+    _, rows, others = read(sys.argv[1])
+    tables = list(dict.fromkeys(table for row in rows for table in row.tables))
+    if rows:
+        print("{:<34}".format("milliseconds; best peer / ours") + "".join(f"{table:>9}{'':19}" for table in tables)
+              + f"{'copy':>9}{'copies':>7}" + "".join(f"{peer:>10}" for peer in PEERS) + "  method")
     for row in rows:
-        against = row.ms("ours") / row.recorded if row.recorded else None
-        sides = [number(row.ms(side)) for side in ("ours", "copy", "result-copy", "eigen", "scipy")]
-        ratios = [number(row.of_copy), number(row.of_peer), number(row.recorded), number(against)]
-        print(
-            "{:<42}{:>9}{:>9}{:>9}{:>9}{:>9}{:>7}{:>7}{:>9}{:>7}  {}".format(
-                row.name, *sides, *ratios, ", ".join(row.misses())
-            )
-        )
-    for name, sides in others.items():
-        print(f"{name:<42}" + "  ".join(f"{side} {measurements.median(runs):.4g}" for side, runs in sides.items()))
+        ours = "".join(f"{number(row.ours.get(table)):>9} {spread(row.ratios.get(table)):<18}" for table in tables)
+        peers = "".join(f"{number(row.peers.get(peer)):>10}" for peer in PEERS)
+        copies = row.of_copy(row.tables[0])
+        print(f"{row.name:<34}{ours}{number(row.copy):>9}{number(copies):>7}{peers}  {row.method()}")
+    for table in tables:
+        summary = Summary(rows, table)
+        print(f"{table}: geometric mean {summary.mean:.2f} of {summary.rows} rows; at least 2 in {summary.twice}, "
+              f"within 1.3 copies in {summary.near_copy}, below 1 in {summary.slower}")
+    for name, run in others.items():
+        figures = {key: value for key, value in run.items() if key in ("allocations", "kept", "reference")
+                   or key.startswith(("ms:", "ratio:", "low:", "high:"))} or {"ns": run["cpu_time"]}
+        if name.startswith("small"):
+            figures["ns"] = run["cpu_time"]
+        print(f"{name:<40}" + "  ".join(f"{key} {value:.4g}" for key, value in figures.items()))
 
 
 if __name__ == "__main__":

@@ -1,16 +1,9 @@
-"""SciPy's side of the rows: what a user of scipy.sparse writes for each operation, on the operands that
-`zqsp_bench --dump` wrote.
+"""SciPy's side of the rows: what a user of scipy.sparse writes for each operation. scipy_peer.cpp hands over the operands
+and measures.
 
-    scipy_peer.py FOLDER RESULT.json [SECONDS]
-
-Results are dropped outside of the timed region; operations that change a matrix work on a fresh copy each time, whose
-making is not timed either. Where SciPy's own item assignment forms an index for every cell of the region, the user's
-way around it (stacking and reordering, or masking the entries) stands here instead.
+Where SciPy's own item assignment forms an index for every cell of the region, the user's way around it (stacking and
+reordering, or masking the entries) stands here instead.
 """
-import json
-import os
-import sys
-import time
 import warnings
 
 import numpy as np
@@ -18,37 +11,34 @@ import scipy.sparse as sp
 
 warnings.filterwarnings("ignore", category=sp.SparseEfficiencyWarning)
 
-SINGLE_READS = 1000  # of the 100,000; the time is scaled
-SINGLE_WRITES = 200  # of the 10,000
+# Single calls are slow: so many are made, and the time is multiplied.
+FEWER = {"reads": 1000, "writes": 200, "columnCalls": 200, "inserts": 20}
 
 
 class Row:
-    """Operands of one line of rows.tsv."""
+    """A row's operands, and its result between run() and finish()."""
 
-    def __init__(self, folder, line, matrices):
-        (self.name, self.kind, matrix, m, n, values, files, i_form, j_form, self.b_form, bm, bn) = line.split("\t")[:12]
-        self.shape = (int(m), int(n))
-        if matrix not in matrices:
-            matrices.clear()
-            matrices[matrix] = load_matrix(folder, matrix, self.shape, int(values))
-        self.A = matrices[matrix]
-        if self.kind.startswith("set"):  # B is laid along lists of indices
+    def __init__(self, kind, A, I, J, b_form, B):
+        """A: the arguments of csc_matrix; I, J: form, values and extent; B: None, arguments of csc_matrix or a full
+        array; b_form: the name of its form."""
+        self.kind, self.b_form = kind, b_form
+        self.A = matrix(*A)
+        self.shape = self.A.shape
+        i_form, i_values, i_extent = I
+        j_form, j_values, j_extent = J
+        if kind.startswith("set"):  # B is laid along lists of indices
             i_form, j_form = (form if form == "colon" else "list" for form in (i_form, j_form))
-        if not self.is_linear():
-            self.I = load_subscript(folder, files + ".I", i_form, self.shape[0])
-        self.J = load_subscript(folder, files + ".J", j_form, self.shape[1])
+        self.mask = None
         if self.is_linear():
-            positions = np.fromfile(os.path.join(folder, files + ".I"), np.uint32)
-            self.mask = None
             if i_form == "mask":
-                self.mask = flags(positions, self.shape[0] * self.shape[1])
-            self.split(positions)
-        self.B = None
-        if self.b_form == "sparse":
-            self.B = load_matrix(folder, files + ".B", (int(bm), int(bn)), int(values))
-        elif self.b_form == "full":
-            self.B = np.full((int(bm), int(bn)), 2.0)
-        self.scalar = 0.0 if self.b_form == "zero" else 2.0
+                self.mask = flags(i_values, i_extent)
+            self.split(i_values)
+        else:
+            self.I = subscript(i_form, i_values, i_extent)
+        self.J = subscript(j_form, j_values, j_extent)
+        self.B = matrix(*B) if b_form == "sparse" else B
+        self.scalar = 0.0 if b_form == "zero" else 2.0
+        self.target = self.result = None
 
     def split(self, positions):
         """Positions as rows and columns, as SciPy wants them."""
@@ -56,23 +46,46 @@ class Row:
         self.j = (positions // self.shape[0]).astype(np.int32)
 
     def is_linear(self):
-        return self.kind in ("linear", "deleteLinear", "setLinear", "writes")
+        return self.kind in ("linear", "setLinear", "writes", "inserts")
+
+    def prepare(self):
+        self.target = self.A.copy() if self.kind in CHANGES else self.A
+
+    def run(self):
+        if self.mask is not None:
+            self.split(np.flatnonzero(self.mask))
+        self.result = CALLS[self.kind](self, self.target)
+
+    def finish(self):
+        self.target = self.result = None
+
+    def scale(self):
+        """All of the single calls for each that is made."""
+        if self.kind not in FEWER:
+            return 1.0
+        wanted = min(len(self.i), 10000) if self.is_linear() else len(self.J)
+        return max(1.0, wanted / FEWER[self.kind])
+
+    def few(self, indices):
+        return indices[:FEWER[self.kind]].tolist()
+
+    def fingerprint(self):
+        """Entries and a sum in which each value is weighted by its place, as the other sides make it."""
+        if not sp.issparse(self.result) or self.scale() != 1.0:
+            return 0.0, 0.0
+        coo = self.result.tocoo()
+        row, column = (coo.col, 0 * coo.col) if self.kind == "linear" else (coo.row, coo.col)
+        data = coo.data.astype(complex)
+        weight = (1.0 + row % 97) * (1.0 + column % 89)
+        used = data != 0
+        return float(used.sum()), float(np.sum(((data.real + 2 * data.imag) * weight)[used]))
 
 
-def load_matrix(folder, name, shape, values):
-    path = os.path.join(folder, name)
-    data = np.fromfile(path + ".re", np.float64)
-    if os.path.exists(path + ".im"):
-        data = data + 1j * np.fromfile(path + ".im", np.float64)
-    if values == 2:
-        data = data.astype(bool)
-    rows = np.fromfile(path + ".ir", np.uint32).astype(np.int32)
-    starts = np.fromfile(path + ".jc", np.uint32).astype(np.int32)
-    return sp.csc_matrix((data, rows, starts), shape)
+def matrix(shape, values, rows, starts):
+    return sp.csc_matrix((values, rows, starts), shape)
 
 
-def load_subscript(folder, name, form, extent):
-    values = np.fromfile(os.path.join(folder, name), np.uint32).astype(np.int32)
+def subscript(form, values, extent):
     if form == "colon":
         return slice(None)
     if form == "run" and len(values):
@@ -98,13 +111,19 @@ def region(r, A):
 
 def reads(r, A):
     total = 0.0
-    for i, j in zip(r.I[:SINGLE_READS].tolist(), r.J[:SINGLE_READS].tolist()):
+    for i, j in zip(r.few(r.I), r.few(r.J)):
         total += A[i, j]
     return total
 
 
+def column_calls(r, A):
+    for j in r.few(r.J):
+        column = A[:, j]
+    return column
+
+
 def writes(r, A):
-    for i, j in zip(r.i[:SINGLE_WRITES].tolist(), r.j[:SINGLE_WRITES].tolist()):
+    for i, j in zip(r.few(r.i), r.few(r.j)):
         A[i, j] = r.scalar
     return A
 
@@ -169,16 +188,6 @@ def reshape(r, A):
     return A.reshape((A.shape[0] // 2, A.shape[1] * 2), order="F").tocsc()
 
 
-REFERENCES = {
-    "whole": lambda r, A: A.reshape((A.shape[0] * A.shape[1], 1), order="F").tocsc(),
-    "columns": lambda r, A: A[:, r.J],
-    "rows": lambda r, A: A[r.I, :],
-    "region": region,
-    "lists": region,
-    "runs": region,
-    "linear": lambda r, A: sp.csc_matrix(A[r.i, r.j]),
-    "reads": reads,
-}
 CHANGES = {
     "reshape": reshape,
     "deleteColumns": delete_columns,
@@ -188,59 +197,17 @@ CHANGES = {
     "setRegion": set_region,
     "setLinear": set_linear,
     "writes": writes,
+    "inserts": writes,
 }
-SCALES = {"reads": lambda r: len(r.I) / SINGLE_READS, "writes": lambda r: min(10000, len(r.i)) / SINGLE_WRITES}
-
-
-def fingerprint(r, result):
-    """Entries and a sum in which each value is weighted by its place, as the other contenders make it."""
-    if not sp.issparse(result) or r.kind == "writes":
-        return {}
-    coo = result.tocoo()
-    row, column = (coo.col, 0 * coo.col) if r.kind == "linear" else (coo.row, coo.col)
-    data = coo.data.astype(complex)
-    weight = (1.0 + row % 97) * (1.0 + column % 89)
-    used = data != 0
-    return {"entries": int(used.sum()), "weighted": float(np.sum(((data.real + 2 * data.imag) * weight)[used]))}
-
-
-def measure(r, budget):
-    """Median milliseconds of at least three runs, and the fingerprint of the result."""
-    is_change = r.kind in CHANGES
-    call = (CHANGES if is_change else REFERENCES)[r.kind]
-    times, timed, print_ = [], 0.0, None
-    while len(times) < 3 or (timed < budget and len(times) < 200):
-        A = r.A.copy() if is_change else r.A
-        busy, start = time.thread_time(), time.perf_counter()
-        if r.is_linear() and r.mask is not None:
-            r.split(np.flatnonzero(r.mask))
-        result = call(r, A)
-        taken = min(time.perf_counter() - start, time.thread_time() - busy)
-        if print_ is None:
-            print_ = fingerprint(r, result)
-            if taken < budget:
-                continue  # a warming run
-        times.append(taken)
-        timed += taken
-        del result
-        if taken > 2.0:
-            break
-    scale = SCALES.get(r.kind, lambda r: 1.0)(r)
-    return {"ms": float(np.median(times)) * scale * 1e3, **print_}
-
-
-def main():
-    folder, target = sys.argv[1], sys.argv[2]
-    budget = float(sys.argv[3]) if len(sys.argv) > 3 else 0.1
-    results, matrices = {}, {}
-    with open(os.path.join(folder, "rows.tsv"), encoding="ascii") as lines:
-        for line in lines:
-            row = Row(folder, line.rstrip("\n"), matrices)
-            if row.kind in REFERENCES or row.kind in CHANGES:
-                results[row.name] = measure(row, budget)
-    with open(target, "w", encoding="ascii") as file:
-        json.dump(results, file, indent=1)
-
-
-if __name__ == "__main__":
-    main()
+CALLS = {
+    "whole": lambda r, A: A.reshape((A.shape[0] * A.shape[1], 1), order="F").tocsc(),
+    "columns": lambda r, A: A[:, r.J],
+    "columnCalls": column_calls,
+    "rows": lambda r, A: A[r.I, :],
+    "region": region,
+    "lists": region,
+    "runs": region,
+    "linear": lambda r, A: sp.csc_matrix(A[r.i, r.j]),
+    "reads": reads,
+    **CHANGES,
+}

@@ -157,6 +157,7 @@ const std::map<std::string, DimensionEntry>& dimensionTable()
         {"three", {Form::list, [](unsigned n, double) { return sorted(sample(n, 3)); }}},
         {"ten", {Form::list, [](unsigned n, double f) { return sorted(sample(n, scaled(10, f))); }}},
         {"hundred", {Form::list, [](unsigned n, double f) { return sorted(sample(n, scaled(100, f))); }}},
+        {"thousand", {Form::list, [](unsigned n, double) { return drawn(n, 1000); }}},
         {"drawn", {Form::list, [](unsigned n, double f) { return drawn(n, scaled(1e5, f)); }}},
         {"one", {Form::list, [](unsigned n, double) { return List{n / 3}; }}},
         {"tenth", {Form::list, [](unsigned n, double) { return sorted(sample(n, n / 10)); }}},
@@ -216,6 +217,14 @@ Subscript linearSubscript(const std::string& name, const Matrix& A, double facto
         {"million-repeated", [&] { return drawn(count(1e5), count(1e6)); }},
         {"stored", [&] { return sampleStored(A, reach, count(1e5)); }},
         {"stored-sorted", [&] { return sorted(sampleStored(A, reach, count(1e5))); }},
+        {"stored-thousand",
+         [&] {
+             const List stored = sampleStored(A, reach, 1000);
+             List values = drawn(static_cast<unsigned>(stored.size()), 1000);
+             std::ranges::transform(values, values.begin(), [&](unsigned place) { return stored[place]; });
+             return values;
+         }},
+        {"new3", [&] { return sampleNew(A, reach, count(1e3)); }},
         {"new4", [&] { return sampleNew(A, reach, count(1e4)); }},
         {"new5", [&] { return sampleNew(A, reach, count(1e5)); }},
         {"new5-sorted", [&] { return sorted(sampleNew(A, reach, count(1e5))); }}};

@@ -1,3 +1,4 @@
+#include "core/note_method.hpp"
 #include "core/operand_check.hpp"
 #include "core/target.hpp"
 #include "delete/delete_positions.hpp"
@@ -22,7 +23,9 @@ bool linearIndexable(const Columns& a)
 /// Deletes the elements of A, whose rows become linear positions. Returns the number of entries left.
 unsigned compact(const Columns& a, const Subscript& deleted)
 {
-    return deletePositions(chooseDeletion(deleted, a.nnz(), kernels().costs), a, deleted);
+    const DeletionMethod method = chooseDeletion(deleted, a.nnz(), kernels().costs);
+    noteMethod(method);
+    return deletePositions(method, a, deleted);
 }
 
 /// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.

@@ -1,6 +1,7 @@
 #include "lookup/find_hits.hpp"
 
 #include "core/fast_divisor.hpp"
+#include "core/note_method.hpp"
 #include "core/search.hpp"
 #include "kernels/kernels.hpp"
 #include "kernels/select_loop.hpp"
@@ -207,6 +208,7 @@ HitList findHits(const Columns& a, const Subscript& positions)
     const PositionSpan span = spanOf(a, positions);
     const LookupMethod method =
         chooseLookup({formOf(positions), countOf(positions), span.columns, span.entries()}, kernels().costs);
+    noteMethod(method);
     find(method, a, span, positions, hits);
     return hits;
 }

@@ -1,5 +1,6 @@
 // A(I,J): chooses the method by what is known of the rows.
 #include "core/counts.hpp"
+#include "core/note_method.hpp"
 #include "core/search.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
@@ -99,7 +100,9 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     if (range != nullptr && (range->isRun() || k == 0)) {
         return gatherByInterval(a, *range, columns, capacity);
     }
-    switch (chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, a.m})) {
+    const RowMethod method = chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, a.m});
+    noteMethod(method);
+    switch (method) {
     case RowMethod::kSearch:
         return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
     case RowMethod::kSift:
