@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include <array>
+#include <algorithm>
 
 namespace kxsh {
 
@@ -24,9 +24,7 @@ void requireFit(BinaryOperator op, const Value& left, const Value& right)
 
 std::string_view symbolOf(BinaryOperator op)
 {
-    static constexpr std::array<std::string_view, 16> kSymbols = {
-        "+", "-", "*", "/", "\\", "^", ".*", "./", ".^", "==", "~=", "<", "<=", ">", ">=", "&"}; // as enumerated
-    return op == BinaryOperator::kOr ? "|" : kSymbols.at(static_cast<std::size_t>(op));
+    return std::ranges::find(kInfixes, op, &Infix::op)->symbol;
 }
 
 Value operate(BinaryOperator op, const Value& left, const Value& right)
