@@ -89,41 +89,27 @@ kxClassID commonClass(const std::vector<Block>& blocks)
 }
 
 /// Copies entries of a block to where `next` stands in the whole.
-void appendEntries(const Value& part, unsigned first, unsigned stop, unsigned rowOffset, Value& whole, unsigned next)
+template <typename T>
+void appendEntries(const Value& part, unsigned first, unsigned count, unsigned rowOffset, Value& whole, unsigned next)
 {
-    const unsigned count = stop - first;
     const unsigned* from = part.rowIndices() + first;
     unsigned* to = whole.rowIndices() + next;
+    const T* re = part.data<T>() + first;
+    T* reTo = whole.data<T>() + next;
     for (unsigned k = 0; k < count; ++k) {
         to[k] = from[k] + rowOffset;
+        reTo[k] = re[k];
     }
-    withElementType(whole.classId(), [&]<typename T>(std::type_identity<T>) {
-        std::copy_n(part.data<T>() + first, count, whole.data<T>() + next);
-        if (const T* im = part.imagData<T>()) {
-            std::copy_n(im + first, count, whole.imagData<T>() + next);
-        } else if (whole.isComplex()) {
-            std::fill_n(whole.imagData<T>() + next, count, T{});
-        }
-    });
+    if (const T* im = part.imagData<T>()) {
+        std::copy_n(im + first, count, whole.imagData<T>() + next);
+    } else if (whole.isComplex()) {
+        std::fill_n(whole.imagData<T>() + next, count, T{});
+    }
 }
 
-/// Blocks of the whole height, one beside the other: each goes over at once.
-void putSideBySide(const std::vector<Block>& blocks, Value& whole)
-{
-    unsigned next = 0;
-    for (const Block& block : blocks) {
-        pollInterrupt();
-        const unsigned* from = block.value.starts();
-        appendEntries(block.value, 0, block.value.entries(), 0, whole, next);
-        std::transform(from, from + block.value.columns(), whole.starts() + block.column,
-                       [next](unsigned start) { return next + start; });
-        next += block.value.entries();
-    }
-    whole.starts()[whole.columns()] = next;
-}
-
-/// Column by column, from the uppermost block down.
-void stack(const std::vector<Block>& blocks, Value& whole)
+/// Column by column, from the uppermost block down; many columns at once of a block of the whole height.
+template <typename T>
+void putTogether(const std::vector<Block>& blocks, Value& whole)
 {
     unsigned* starts = whole.starts();
     const unsigned n = whole.columns();
@@ -136,15 +122,20 @@ void stack(const std::vector<Block>& blocks, Value& whole)
     for (unsigned j = 0; j < n; ++j) {
         starts[j] = std::exchange(first, first + starts[j + 1]);
     }
+    constexpr unsigned kPollColumns = 1U << 16;
     for (const Block& block : blocks) { // now starts[j] is where column j goes on
         const unsigned* from = block.value.starts();
-        for (unsigned j = 0; j < block.value.columns(); ++j) {
-            if (j % 65536 == 0) {
+        const unsigned width = block.value.columns();
+        const unsigned step = block.value.rows() == whole.rows() ? kPollColumns : 1;
+        for (unsigned j = 0; j < width; j += step) {
+            if (j % kPollColumns == 0) {
                 pollInterrupt();
             }
-            unsigned& next = starts[block.column + j];
-            appendEntries(block.value, from[j], from[j + 1], block.row, whole, next);
-            next += from[j + 1] - from[j];
+            const unsigned stop = j + std::min(step, width - j);
+            appendEntries<T>(block.value, from[j], from[stop] - from[j], block.row, whole, starts[block.column + j]);
+            for (unsigned c = j; c < stop; ++c) {
+                starts[block.column + c] += from[c + 1] - from[c];
+            }
         }
     }
     std::copy_backward(starts, starts + n, starts + n + 1);
@@ -159,9 +150,7 @@ Value sparseWhole(Layout layout, kxClassID id, bool complex)
         entries += block.value.entries();
     }
     Value whole = Value::sparse(layout.m, layout.n, entryCount(entries), id, complex ? kxCOMPLEX : kxREAL);
-    const bool sideBySide = std::all_of(layout.blocks.begin(), layout.blocks.end(),
-                                        [&](const Block& block) { return block.value.rows() == layout.m; });
-    sideBySide ? putSideBySide(layout.blocks, whole) : stack(layout.blocks, whole);
+    withElementType(id, [&]<typename T>(std::type_identity<T>) { putTogether<T>(layout.blocks, whole); });
     return whole;
 }
 

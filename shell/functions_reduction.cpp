@@ -47,25 +47,35 @@ Direction directionOf(Arguments arguments)
 template <typename Visit>
 double forEachStored(const Value& array, Direction direction, Visit visit)
 {
-    const unsigned m = array.rows();
+    const std::size_t m = array.rows();
     const unsigned n = array.columns();
-    withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
-        const T* re = array.data<T>();
-        const T* im = array.imagData<T>();
+    const unsigned* starts = array.starts();
+    const unsigned* rows = array.rowIndices();
+    const auto walk = [&]<typename T>(const T* re, const T* im, auto placeOf) {
         for (unsigned j = 0; j < n; ++j) {
             if (j % 1024 == 0 || m > 1024) {
                 pollInterrupt();
             }
-            const std::size_t first = array.isSparse() ? array.starts()[j] : std::size_t{j} * m;
-            const std::size_t stop = array.isSparse() ? array.starts()[j + 1] : first + m;
+            const std::size_t first = array.isSparse() ? starts[j] : j * m;
+            const std::size_t stop = array.isSparse() ? starts[j + 1] : first + m;
             for (std::size_t k = first; k < stop; ++k) {
-                const std::size_t row = array.isSparse() ? array.rowIndices()[k] : k - first;
-                const std::size_t place = direction.keepsRows ? row : direction.keepsColumns ? j : 0;
-                visit(place, static_cast<double>(re[k]), im != nullptr ? static_cast<double>(im[k]) : 0.0);
+                const double imaginary = im != nullptr ? static_cast<double>(im[k]) : 0.0;
+                visit(placeOf(array.isSparse() ? rows[k] : k - first, j), static_cast<double>(re[k]), imaginary);
             }
         }
+    };
+    withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
+        const T* re = array.data<T>();
+        const T* im = array.imagData<T>();
+        if (direction.keepsRows) {
+            walk(re, im, [](std::size_t row, unsigned) { return row; });
+        } else if (direction.keepsColumns) {
+            walk(re, im, [](std::size_t, unsigned column) { return std::size_t{column}; });
+        } else {
+            walk(re, im, [](std::size_t, unsigned) { return std::size_t{0}; });
+        }
     });
-    return (direction.keepsRows ? 1.0 : m) * (direction.keepsColumns ? 1.0 : n);
+    return (direction.keepsRows ? 1.0 : static_cast<double>(m)) * (direction.keepsColumns ? 1.0 : n);
 }
 
 Value resultFor(const Value& array, Direction direction, kxClassID id, kxComplexity complexity)

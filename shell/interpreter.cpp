@@ -95,7 +95,7 @@ void Interpreter::keep(const Statement& statement, const std::string& name, Valu
     std::ostringstream shown;
     printValue(shown, name, value, session_.width);
     session_.variables.insert_or_assign(name, std::move(value));
-    session_.out << shown.str();
+    session_.print(shown.str());
 }
 
 /// The result of anything but a plain variable is kept as `ans`.
@@ -172,7 +172,7 @@ void Interpreter::assignSeveral(const Statement& statement, const AssignStatemen
     for (auto& [name, value] : changed) {
         session_.variables.insert_or_assign(name, std::move(value));
     }
-    session_.out << shown.str();
+    session_.print(shown.str());
 }
 
 const Value* Interpreter::variable(const std::string& name) const

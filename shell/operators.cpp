@@ -1,11 +1,13 @@
 #include "operators.hpp"
 
+#include "elementwise.hpp"
 #include "error.hpp"
 #include "interrupt.hpp"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace kxsh {
 
@@ -38,20 +40,20 @@ Value operate(BinaryOperator op, const Value& left, const Value& right)
         if (!left.isScalar() && !right.isScalar()) {
             return product(left, right);
         }
-        return arithmetic(BinaryOperator::kMultiplyEach, left, right);
+        return elementwise(BinaryOperator::kMultiplyEach, left, right);
     case BinaryOperator::kDivide:
         if (!right.isScalar()) {
             throw Error("kxsh:operand", "'/' takes a number on its right; './' divides element by element");
         }
-        return arithmetic(BinaryOperator::kDivideEach, left, right);
+        return elementwise(BinaryOperator::kDivideEach, left, right);
     case BinaryOperator::kPower:
         if (!scalars) {
             throw Error("kxsh:operand", "'^' takes two numbers; '.^' works element by element");
         }
-        return arithmetic(BinaryOperator::kPowerEach, left, right);
+        return elementwise(BinaryOperator::kPowerEach, left, right);
     default:
         requireFit(op, left, right);
-        return op < BinaryOperator::kEqual ? arithmetic(op, left, right) : compare(op, left, right);
+        return elementwise(op, left, right);
     }
 }
 
@@ -68,6 +70,30 @@ Value transposed(const Value& value, bool conjugates)
         });
     }
     return result;
+}
+
+Value partOf(const Value& value, bool imaginary)
+{
+    Value result = elementsOf(value);
+    if (!result.isComplex()) {
+        if (!imaginary) {
+            return result;
+        }
+        return result.isSparse() ? Value::sparse(result.rows(), result.columns(), 1, result.classId())
+                                 : Value::full(result.rows(), result.columns(), result.classId());
+    }
+    if (result.isSparse()) {
+        const auto part = [imaginary](std::complex<double> v, unsigned, unsigned) {
+            return imaginary ? v.imag() : v.real();
+        };
+        return converted(sparseMap<std::complex<double>>(converted(result, kxDOUBLE_CLASS), part), result.classId());
+    }
+    Value part = Value::full(result.rows(), result.columns(), result.classId());
+    const std::size_t bytes = result.count() * kx::kxGetElementSize(result.get());
+    if (bytes != 0) {
+        std::memcpy(part.get()->pr, imaginary ? result.get()->pi : result.get()->pr, bytes);
+    }
+    return part;
 }
 
 bool holds(const Value& value)
