@@ -94,12 +94,10 @@ void appendEntries(const Value& part, unsigned first, unsigned count, unsigned r
 {
     const unsigned* from = part.rowIndices() + first;
     unsigned* to = whole.rowIndices() + next;
-    const T* re = part.data<T>() + first;
-    T* reTo = whole.data<T>() + next;
     for (unsigned k = 0; k < count; ++k) {
         to[k] = from[k] + rowOffset;
-        reTo[k] = re[k];
     }
+    std::copy_n(part.data<T>() + first, count, whole.data<T>() + next);
     if (const T* im = part.imagData<T>()) {
         std::copy_n(im + first, count, whole.imagData<T>() + next);
     } else if (whole.isComplex()) {
@@ -107,9 +105,25 @@ void appendEntries(const Value& part, unsigned first, unsigned count, unsigned r
     }
 }
 
-/// Column by column, from the uppermost block down; many columns at once of a block of the whole height.
+/// Blocks of the whole height, one beside the other: each goes over at once.
 template <typename T>
-void putTogether(const std::vector<Block>& blocks, Value& whole)
+void putSideBySide(const std::vector<Block>& blocks, Value& whole)
+{
+    unsigned next = 0;
+    for (const Block& block : blocks) {
+        pollInterrupt();
+        const unsigned* from = block.value.starts();
+        appendEntries<T>(block.value, 0, block.value.entries(), 0, whole, next);
+        std::transform(from, from + block.value.columns(), whole.starts() + block.column,
+                       [next](unsigned start) { return next + start; });
+        next += block.value.entries();
+    }
+    whole.starts()[whole.columns()] = next;
+}
+
+/// Column by column, from the uppermost block down.
+template <typename T>
+void stack(const std::vector<Block>& blocks, Value& whole)
 {
     unsigned* starts = whole.starts();
     const unsigned n = whole.columns();
@@ -122,20 +136,14 @@ void putTogether(const std::vector<Block>& blocks, Value& whole)
     for (unsigned j = 0; j < n; ++j) {
         starts[j] = std::exchange(first, first + starts[j + 1]);
     }
-    constexpr unsigned kPollColumns = 1U << 16;
     for (const Block& block : blocks) { // now starts[j] is where column j goes on
         const unsigned* from = block.value.starts();
-        const unsigned width = block.value.columns();
-        const unsigned step = block.value.rows() == whole.rows() ? kPollColumns : 1;
-        for (unsigned j = 0; j < width; j += step) {
-            if (j % kPollColumns == 0) {
-                pollInterrupt();
-            }
-            const unsigned stop = j + std::min(step, width - j);
-            appendEntries<T>(block.value, from[j], from[stop] - from[j], block.row, whole, starts[block.column + j]);
-            for (unsigned c = j; c < stop; ++c) {
-                starts[block.column + c] += from[c + 1] - from[c];
-            }
+        for (unsigned j = 0; j < block.value.columns(); ++j) {
+            pollAtStep(j);
+            unsigned& next = starts[block.column + j];
+            const unsigned count = from[j + 1] - from[j];
+            appendEntries<T>(block.value, from[j], count, block.row, whole, next);
+            next += count;
         }
     }
     std::copy_backward(starts, starts + n, starts + n + 1);
@@ -150,7 +158,11 @@ Value sparseWhole(Layout layout, kxClassID id, bool complex)
         entries += block.value.entries();
     }
     Value whole = Value::sparse(layout.m, layout.n, entryCount(entries), id, complex ? kxCOMPLEX : kxREAL);
-    withElementType(id, [&]<typename T>(std::type_identity<T>) { putTogether<T>(layout.blocks, whole); });
+    const bool sideBySide = std::all_of(layout.blocks.begin(), layout.blocks.end(),
+                                        [&](const Block& block) { return block.value.rows() == layout.m; });
+    withElementType(id, [&]<typename T>(std::type_identity<T>) {
+        sideBySide ? putSideBySide<T>(layout.blocks, whole) : stack<T>(layout.blocks, whole);
+    });
     return whole;
 }
 
@@ -158,6 +170,7 @@ void copyBlock(void* whole, const void* part, const Block& block, unsigned m, st
 {
     const std::size_t height = block.value.rows();
     for (std::size_t j = 0; j < block.value.columns() && height != 0; ++j) {
+        pollInterrupt();
         std::memcpy(static_cast<char*>(whole) + ((block.column + j) * m + block.row) * size,
                     static_cast<const char*>(part) + j * height * size, height * size);
     }

@@ -77,9 +77,7 @@ class SparseResult
     void closeColumn(unsigned j)
     {
         value_.starts()[j + 1] = count_;
-        if (j % 1024 == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(j);
     }
     /// The array, its capacity what it holds.
     Value finish()

@@ -42,9 +42,7 @@ template <typename A, typename B>
 bool sameSparse(const Value& left, const Elements<A>& a, const Value& right, const Elements<B>& b)
 {
     for (unsigned j = 0; j < left.columns(); ++j) {
-        if (j % 65536 == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(j);
         const unsigned iStop = left.starts()[j + 1];
         const unsigned kStop = right.starts()[j + 1];
         for (unsigned i = left.starts()[j], k = right.starts()[j];; ++i, ++k) {
@@ -65,9 +63,7 @@ template <typename A, typename B>
 bool sameFull(const Elements<A>& a, const Elements<B>& b, std::size_t count)
 {
     for (std::size_t k = 0; k < count; ++k) {
-        if (k % (1U << 20) == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(k);
         if (!a.sameAs(b, k, k)) {
             return false;
         }

@@ -137,7 +137,6 @@ Shape linearShape(const Value& array, const Value& subscript, unsigned count)
 /// A result of this shape whose element k is the array's at placeOf(k); `columns` are walked one after another.
 Value gather(const Value& array, Shape shape, const Places& rows, const Places& columns, std::uint64_t height)
 {
-    constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
     Value result = Value::full(shape.m, shape.n, array.classId(), array.isComplex() ? kxCOMPLEX : kxREAL);
     const bool lazy = array.isRange();
     const RangeBounds bounds = lazy ? boundsOf(array) : RangeBounds{};
@@ -146,9 +145,7 @@ Value gather(const Value& array, Shape shape, const Places& rows, const Places& 
             for (std::uint64_t j = 0; j < columns.count(); ++j, to += rows.count()) {
                 const std::uint64_t base = columns.at(j) * height;
                 for (std::uint64_t k = 0; k < rows.count(); ++k) {
-                    if (k % kPiece == 0) {
-                        pollInterrupt();
-                    }
+                    pollAtStep(k);
                     const std::uint64_t place = base + rows.at(k);
                     to[k] = lazy ? static_cast<T>(valueAt(bounds, place)) : from[place];
                 }

@@ -14,7 +14,6 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <numeric>
 
 namespace kxsh {
 
@@ -86,9 +85,7 @@ Value sparseFromEntries(Arguments arguments)
     const bool sized = arguments.size() == 5;
     Shape shape = sized ? shapeOf(arguments.subspan(3)) : Shape{0, 0};
     for (std::size_t k = 0; k < count; ++k) {
-        if (k % kPollEntries == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(k);
         const unsigned row = i.at(k, sized ? std::max(shape.m, 1U) : 0);
         const unsigned column = j.at(k, sized ? std::max(shape.n, 1U) : 0);
         if (!sized) {
@@ -100,12 +97,14 @@ Value sparseFromEntries(Arguments arguments)
     }
     Assembly assembly(shape.m, shape.n, kxDOUBLE_CLASS, v.isComplex() ? kxCOMPLEX : kxREAL);
     for (std::size_t k = 0; k < count; ++k) {
+        pollAtStep(k);
         assembly.count(j.at(k, 0));
     }
     assembly.startPlacing();
     const Numbers<std::complex<double>> values(v);
     const std::size_t step = v.isScalar() ? 0 : 1;
     for (std::size_t k = 0; k < count; ++k) {
+        pollAtStep(k);
         const std::complex<double> value = values.at(k * step);
         assembly.place(i.at(k, 0), j.at(k, 0), value.real(), value.imag());
     }
@@ -142,11 +141,14 @@ Value sprand(Session&, Arguments arguments)
     const std::vector<std::uint64_t> places =
         sampler.choose(static_cast<std::uint64_t>(expected), std::uint64_t{m} * n);
     Assembly assembly(m, n, kxDOUBLE_CLASS, kxREAL);
-    for (const std::uint64_t place : places) {
-        assembly.count(static_cast<unsigned>(place / m));
+    for (std::size_t k = 0; k < places.size(); ++k) {
+        pollAtStep(k);
+        assembly.count(static_cast<unsigned>(places[k] / m));
     }
     assembly.startPlacing();
-    for (const std::uint64_t place : places) {
+    for (std::size_t k = 0; k < places.size(); ++k) {
+        pollAtStep(k);
+        const std::uint64_t place = places[k];
         assembly.place(static_cast<unsigned>(place % m), static_cast<unsigned>(place / m), sampler.fraction());
     }
     return assembly.finish();
@@ -157,9 +159,12 @@ Value speye(Session&, Arguments arguments)
     const auto [m, n] = shapeOf(arguments);
     const unsigned count = std::min(m, n);
     Value result = Value::sparse(m, n, count);
-    std::iota(result.rowIndices(), result.rowIndices() + count, 0U);
-    std::fill_n(result.data<double>(), count, 1.0);
     for (unsigned j = 0; j < n; ++j) {
+        pollAtStep(j);
+        if (j < count) {
+            result.rowIndices()[j] = j;
+            result.data<double>()[j] = 1;
+        }
         result.starts()[j + 1] = std::min(j + 1, count);
     }
     return result;
@@ -185,15 +190,11 @@ Value randperm(Session&, Arguments arguments)
     Value result = Value::full(1, n);
     auto* values = result.data<double>();
     for (unsigned k = 0; k < n; ++k) {
-        if (k % kPollEntries == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(k);
         values[k] = k + 1.0;
     }
     for (unsigned left = n; left > 1; --left) {
-        if (left % (1U << 20) == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(left);
         std::swap(values[left - 1], values[sampler.below(left)]);
     }
     return result;

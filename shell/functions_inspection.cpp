@@ -46,9 +46,7 @@ void forEachValue(const Value& array, Visit visit)
         const T* re = array.data<T>();
         const T* im = array.imagData<T>();
         for (std::size_t k = 0; k < count; ++k) {
-            if (k % (1U << 20) == 0) {
-                pollInterrupt();
-            }
+            pollAtStep(k);
             visit(k, static_cast<double>(re[k]), im != nullptr ? static_cast<double>(im[k]) : 0.0);
         }
     });

@@ -4,6 +4,7 @@
 #include "elementwise.hpp"
 #include "error.hpp"
 #include "indexing.hpp"
+#include "interrupt.hpp"
 
 #include <cmath>
 
@@ -27,6 +28,7 @@ Value filtered(const Value& array, Keep keep)
     withElementType(result.classId(), [&]<typename T>(std::type_identity<T>) {
         for (T* part : {result.data<T>(), result.imagData<T>()}) {
             for (unsigned j = 0; j < result.columns() && part != nullptr; ++j) {
+                pollInterrupt();
                 for (unsigned i = 0; i < result.rows(); ++i) {
                     T& element = part[std::size_t{j} * result.rows() + i];
                     element = keep(i, j) ? element : T{};

@@ -2,6 +2,7 @@
 
 #include "elementwise.hpp"
 #include "error.hpp"
+#include "indexing.hpp"
 #include "interrupt.hpp"
 
 #include <fmt/format.h>
@@ -59,12 +60,16 @@ Value operate(BinaryOperator op, const Value& left, const Value& right)
 
 Value transposed(const Value& value, bool conjugates)
 {
-    Value result(kx::kxTranspose(elementsOf(value).get()));
+    const bool vector = !value.isSparse() && (value.rows() == 1 || value.columns() == 1);
+    Value result =
+        vector ? reshaped(value, value.columns(), value.rows()) : Value(kx::kxTranspose(elementsOf(value).get()));
     if (conjugates && result.isComplex()) {
+        kxrt::make_private(result.get());
         withElementType(result.classId(), [&]<typename T>(std::type_identity<T>) {
             T* im = result.imagData<T>();
             const std::size_t count = result.isSparse() ? result.entries() : result.count();
             for (std::size_t k = 0; k < count; ++k) {
+                pollAtStep(k);
                 im[k] = static_cast<T>(T{} - im[k]); // never -0
             }
         });
@@ -106,6 +111,7 @@ bool holds(const Value& value)
         const T* re = elements.data<T>();
         const T* im = elements.imagData<T>();
         for (std::size_t k = 0; k < elements.count(); ++k) {
+            pollAtStep(k);
             if (re[k] == T{} && (im == nullptr || im[k] == T{})) {
                 return false;
             }

@@ -177,9 +177,7 @@ Value asFull(const Value& value)
     Value result = Value::full(value.rows(), value.columns());
     auto* elements = result.data<double>();
     for (std::size_t k = 0; k < result.count(); ++k) {
-        if (k % (1U << 20) == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(k);
         elements[k] = valueAt(bounds, k);
     }
     return result;
