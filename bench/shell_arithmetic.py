@@ -16,9 +16,15 @@ OPERATIONS = {  # in the shell's words, and in SciPy's
     "A + A": lambda a, b: a + a,
     "A + B": lambda a, b: a + b,
     "2 * A": lambda a, b: 2 * a,
+    "A .* A": lambda a, b: a.multiply(a),
     "A .* B": lambda a, b: a.multiply(b),
     "A > 0.5": lambda a, b: a > 0.5,
+    "A'": lambda a, b: a.T.tocsc(),
     "[A A]": lambda a, b: sp.hstack([a, a], format="csc"),
+    "[A; A]": lambda a, b: sp.vstack([a, a], format="csc"),
+    "sum(A)": lambda a, b: a.sum(axis=0),
+    "sum(A, 2)": lambda a, b: a.sum(axis=1),
+    "sum(A, 'all')": lambda a, b: a.sum(),
 }
 
 
@@ -50,9 +56,9 @@ def of_scipy(n):
 
 def main():
     n = (int(sys.argv[2]) if len(sys.argv) > 2 else 5_000_000) // 5
-    print(f"{5 * n} entries, {n}-by-{n}\n{'':10} {'shell':>9} {'SciPy':>9} ratio")
+    print(f"{5 * n} entries, {n}-by-{n}\n{'':13} {'shell':>9} {'SciPy':>9} ratio")
     for operation, ours, theirs in zip(OPERATIONS, of_shell(sys.argv[1], n), of_scipy(n)):
-        print(f"{operation:10} {ours * 1e3:9.1f} {theirs * 1e3:9.1f} {ours / theirs:5.2f}")
+        print(f"{operation:13} {ours * 1e3:9.1f} {theirs * 1e3:9.1f} {ours / theirs:5.2f}")
 
 
 main()

@@ -3,7 +3,10 @@
 #include "elementwise.hpp"
 #include "error.hpp"
 
+#include <fmt/format.h>
+
 #include <cmath>
+#include <functional>
 #include <optional>
 
 namespace kxsh {
@@ -17,37 +20,35 @@ bool isExact(double value)
     return std::trunc(value) == value && std::abs(value) <= kMaxExact;
 }
 
+/// Of two numbers, up to the quotient.
+double plain(BinaryOperator op, double a, double b)
+{
+    return op == BinaryOperator::kAdd            ? a + b
+           : op == BinaryOperator::kSubtract     ? a - b
+           : op == BinaryOperator::kMultiplyEach ? a * b
+                                                 : a / b;
+}
+
 /// A whole-number range shifted or scaled by a whole number stays a range.
 std::optional<Value> lazyResult(BinaryOperator op, const Value& left, const Value& right)
 {
-    const bool rangeLeft = left.isRange();
-    const Value& range = rangeLeft ? left : right;
-    const Value& other = rangeLeft ? right : left;
+    const Value& range = left.isRange() ? left : right;
+    const Value& other = left.isRange() ? right : left;
     if (!range.isRange() || other.isRange() || !other.isScalar() || other.classId() != kxDOUBLE_CLASS ||
         other.isComplex() || op > BinaryOperator::kMultiplyEach) {
         return std::nullopt;
     }
     const double c = firstNumber(other);
-    const RangeBounds bounds = boundsOf(range);
-    if (!isExact(c) || !isExact(bounds.start) || !isExact(bounds.step) || !isExact(bounds.stop)) {
-        return std::nullopt;
+    const auto image = [&](double v) { return left.isRange() ? plain(op, v, c) : plain(op, c, v); };
+    const auto [start, step, stop] = boundsOf(range);
+    const double next = start + step;
+    const double newStep = image(next) - image(start);
+    for (const double v : {c, start, step, next, stop, image(start), image(next), newStep, image(stop)}) {
+        if (!isExact(v)) {
+            return std::nullopt;
+        }
     }
-    double factor = 1;
-    double shift = 0;
-    if (op == BinaryOperator::kMultiplyEach) {
-        factor = c;
-    } else if (op == BinaryOperator::kAdd) {
-        shift = c;
-    } else {
-        factor = rangeLeft ? 1 : -1;
-        shift = rangeLeft ? -c : c;
-    }
-    const double start = factor * bounds.start + shift;
-    const double stop = factor * bounds.stop + shift;
-    if (factor == 0 || !isExact(start) || !isExact(stop) || !isExact(factor * bounds.step)) {
-        return std::nullopt;
-    }
-    return Value::range(start, factor * bounds.step, stop);
+    return newStep == 0 ? std::nullopt : std::optional(Value::range(image(start), newStep, image(stop)));
 }
 
 kxClassID resultClass(const Value& left, const Value& right)
@@ -100,67 +101,125 @@ bool covers(const Value& wide, const Value& other)
            (other.columns() == wide.columns() || other.columns() == 1);
 }
 
-/// Whether 0 op right is 0 for all that `right` holds, as far as that counts.
-bool keepsZeros(BinaryOperator op, const Value& right)
+/// Trues where a sparse logical matrix stores none.
+Value complement(BinaryOperator op, const Value& mask)
 {
-    const bool positivePower =
-        op == BinaryOperator::kPowerEach && right.isScalar() && !right.isComplex() && firstNumber(right) > 0;
-    return op == BinaryOperator::kMultiplyEach || op == BinaryOperator::kDivideEach || positivePower;
+    if (mask.count() > kx::kxGetMaxNumberOfElements()) {
+        throw Error("kx:sizeLimit", fmt::format("'{}' is true for the zeros too; {}-by-{} true entries are too many",
+                                                symbolOf(op), mask.rows(), mask.columns()));
+    }
+    SparseResult<bool> result(mask.rows(), mask.columns(), mask.count() - mask.entries());
+    for (unsigned j = 0; j < mask.columns(); ++j) {
+        unsigned k = mask.starts()[j];
+        for (unsigned i = 0; i < mask.rows(); ++i) {
+            if (k < mask.starts()[j + 1] && mask.rowIndices()[k] == i) {
+                ++k;
+            } else {
+                result.put(i, true);
+            }
+        }
+        result.closeColumn(j);
+    }
+    return result.finish();
+}
+
+/// f(stored, other) where `sparse` stores anything, as far as that is all of the result; `other` is spread over it.
+template <typename Number, typename F>
+std::optional<Value> overStored(BinaryOperator op, const Value& sparse, const Value& other, bool keepsZeros, F f)
+{
+    using Result = std::invoke_result_t<F, Number, Number>;
+    if (!sparse.isSparse() || !covers(sparse, other)) {
+        return std::nullopt;
+    }
+    const Value full = asFull(other);
+    const Spread<Number> spread(full);
+    const bool byNumber =
+        other.isScalar() && op > BinaryOperator::kSubtract && (op != BinaryOperator::kPowerEach || !other.isComplex());
+    if (keepsZeros || (byNumber && f(0.0, spread.at(0, 0)) == Result{})) {
+        if constexpr (std::is_same_v<Number, double> && std::is_same_v<Result, double>) {
+            if (byNumber) {
+                return sparseScaled(sparse, [f, number = spread.at(0, 0)](double v) { return f(v, number); });
+            }
+        }
+        return sparseMap<Number>(sparse, [&](Number v, unsigned i, unsigned j) { return f(v, spread.at(i, j)); });
+    }
+    if constexpr (std::is_same_v<Result, bool>) {
+        if (byNumber) {
+            const auto inverse = [&](Number v, unsigned, unsigned) { return !f(v, spread.at(0, 0)); };
+            return complement(op, sparseMap<Number>(sparse, inverse));
+        }
+    }
+    return std::nullopt;
 }
 
 template <typename Number, typename F>
 Value combined(BinaryOperator op, const Value& left, const Value& right, F f)
 {
+    constexpr bool isTruth = std::is_same_v<std::invoke_result_t<F, Number, Number>, bool>;
     const bool sparse = left.isSparse() && right.isSparse();
+    const bool both = op == BinaryOperator::kMultiplyEach || op == BinaryOperator::kAnd;
     if (sparse && left.sameShape(right) && op != BinaryOperator::kPowerEach) {
-        return sparseMerge<Number>(left, right, f, op == BinaryOperator::kMultiplyEach);
-    }
-    if (left.isSparse() && covers(left, right) && keepsZeros(op, right)) {
-        const Value full = asFull(right);
-        const Spread<Number> other(full);
-        if constexpr (std::is_same_v<Number, double>) {
-            if (right.isScalar()) {
-                return sparseScaled(left, [f, factor = other.at(0, 0)](double v) { return f(v, factor); });
+        if constexpr (isTruth) {
+            if (f(0.0, 0.0)) {
+                return complement(op, sparseMerge<Number>(
+                                          left, right, [f](Number a, Number b) { return !f(a, b); }, false));
             }
         }
-        return sparseMap<Number>(left, [&](Number value, unsigned i, unsigned j) { return f(value, other.at(i, j)); });
+        return sparseMerge<Number>(left, right, f, both);
     }
-    if (right.isSparse() && covers(right, left) && op == BinaryOperator::kMultiplyEach) {
-        const Value full = asFull(left);
-        const Spread<Number> other(full);
-        if constexpr (std::is_same_v<Number, double>) {
-            if (left.isScalar()) {
-                return sparseScaled(right, [f, factor = other.at(0, 0)](double v) { return f(factor, v); });
-            }
-        }
-        return sparseMap<Number>(right, [&](Number value, unsigned i, unsigned j) { return f(other.at(i, j), value); });
+    if (auto result = overStored<Number>(op, left, right, both || op == BinaryOperator::kDivideEach, f)) {
+        return *std::move(result);
+    }
+    if (auto result = overStored<Number>(op, right, left, both, [f](Number b, Number a) { return f(a, b); })) {
+        return *std::move(result);
     }
     const Value result = fullElementwise<Number>(asFull(left), asFull(right), f);
-    return sparse && !left.isScalar() && !right.isScalar() ? asSparse(result) : result;
+    const bool stays = op == BinaryOperator::kAnd ? left.isSparse() || right.isSparse()
+                                                  : sparse && (isTruth || (!left.isScalar() && !right.isScalar()));
+    return stays ? asSparse(result) : result;
 }
 
 template <typename Number>
-Value doubleResult(BinaryOperator op, const Value& left, const Value& right)
+Value applied(BinaryOperator op, const Value& left, const Value& right)
 {
+    const auto with = [&](auto f) { return combined<Number>(op, left, right, f); };
     switch (op) {
     case BinaryOperator::kAdd:
-        return combined<Number>(op, left, right, [](Number a, Number b) { return a + b; });
+        return with(std::plus<Number>());
     case BinaryOperator::kSubtract:
-        return combined<Number>(op, left, right, [](Number a, Number b) { return a - b; });
+        return with(std::minus<Number>());
     case BinaryOperator::kMultiplyEach:
-        return combined<Number>(op, left, right, [](Number a, Number b) { return a * b; });
+        return with(std::multiplies<Number>());
     case BinaryOperator::kDivideEach:
-        return combined<Number>(op, left, right, [](Number a, Number b) { return a / b; });
+        return with(std::divides<Number>());
+    case BinaryOperator::kPowerEach:
+        return with(power<Number>);
+    case BinaryOperator::kEqual:
+        return with(std::equal_to<Number>());
+    case BinaryOperator::kNotEqual:
+        return with(std::not_equal_to<Number>());
+    case BinaryOperator::kLess:
+        return with([](Number a, Number b) { return std::real(a) < std::real(b); });
+    case BinaryOperator::kLessEqual:
+        return with([](Number a, Number b) { return std::real(a) <= std::real(b); });
+    case BinaryOperator::kGreater:
+        return with([](Number a, Number b) { return std::real(a) > std::real(b); });
+    case BinaryOperator::kGreaterEqual:
+        return with([](Number a, Number b) { return std::real(a) >= std::real(b); });
+    case BinaryOperator::kAnd:
+        return with([](Number a, Number b) { return a != 0.0 && b != 0.0; });
     default:
-        return combined<Number>(op, left, right, power<Number>);
+        return with([](Number a, Number b) { return a != 0.0 || b != 0.0; });
     }
 }
 
-/// A sparse number beside a full array is a number like any other.
-Value operandOf(const Value& value, const Value& other)
+/// A sparse number beside a full array is a number like any other; so is one that is compared with a number.
+Value operandOf(BinaryOperator op, const Value& value, const Value& other)
 {
     const Value number = converted(value, kxDOUBLE_CLASS);
-    return number.isScalar() && !other.isSparse() && !other.isScalar() ? asFull(number) : number;
+    const bool plainNumber =
+        number.isScalar() && !other.isSparse() && (!other.isScalar() || op >= BinaryOperator::kEqual);
+    return plainNumber ? asFull(number) : number;
 }
 
 bool isPlainNumber(const Value& value)
@@ -171,29 +230,24 @@ bool isPlainNumber(const Value& value)
 
 } // namespace
 
-Value arithmetic(BinaryOperator op, const Value& left, const Value& right)
+Value elementwise(BinaryOperator op, const Value& left, const Value& right)
 {
     if (isPlainNumber(left) && isPlainNumber(right) && op < BinaryOperator::kPowerEach) {
-        const double a = *left.data<double>();
-        const double b = *right.data<double>();
-        return Value::number(op == BinaryOperator::kAdd            ? a + b
-                             : op == BinaryOperator::kSubtract     ? a - b
-                             : op == BinaryOperator::kMultiplyEach ? a * b
-                                                                   : a / b);
+        return Value::number(plain(op, *left.data<double>(), *right.data<double>()));
     }
     if (auto lazy = lazyResult(op, left, right)) {
         return *std::move(lazy);
     }
-    const Value a = operandOf(left, right);
-    const Value b = operandOf(right, left);
+    const Value a = operandOf(op, left, right);
+    const Value b = operandOf(op, right, left);
     if (op == BinaryOperator::kDivideEach && a.isSparse() && b.isScalar() && firstNumber(b) == 0 && !b.isComplex()) {
         throw Error("kxsh:operand", "a sparse array cannot be divided by 0");
     }
     const bool complex =
         a.isComplex() || b.isComplex() || (op == BinaryOperator::kPowerEach && needsComplexPower(a, b));
-    const kxClassID id = resultClass(left, right);
-    Value result = complex ? doubleResult<std::complex<double>>(op, a, b) : doubleResult<double>(op, a, b);
-    return id == kxDOUBLE_CLASS ? result : converted(result, id);
+    Value result = complex ? applied<std::complex<double>>(op, a, b) : applied<double>(op, a, b);
+    const kxClassID id = op < BinaryOperator::kEqual ? resultClass(left, right) : kxLOGICAL_CLASS;
+    return id == result.classId() ? result : converted(result, id);
 }
 
 } // namespace kxsh

@@ -11,8 +11,6 @@ namespace kxsh {
 
 namespace {
 
-constexpr unsigned kPollColumns = 1U << 16;
-
 template <typename T>
 T sumOf(T a, T b)
 {
@@ -68,7 +66,7 @@ class Columns
         for (unsigned k = first; k < stop; ++k) {
             order_.emplace_back(rows_[k], k);
         }
-        std::sort(order_.begin(), order_.end()); // equal rows stay in the order of their entries
+        std::sort(order_.begin(), order_.end(), PollingLess()); // equal rows stay in the order of their entries
         permute(re_, first);
         if (im_ != nullptr) {
             permute(im_, first);
@@ -112,9 +110,7 @@ void Assembly::startPlacing()
     array->nzmax = room;
     unsigned first = 0;
     for (unsigned j = 0; j < value_.columns(); ++j) {
-        if (j % kPollColumns == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(j);
         starts_[j] = std::exchange(first, first + starts_[j + 1]);
     }
 }
@@ -127,9 +123,7 @@ Value Assembly::finish()
             Columns<T> columns(value_);
             unsigned first = 0;
             for (unsigned j = 0; j < value_.columns(); ++j) {
-                if (j % kPollColumns == 0) {
-                    pollInterrupt();
-                }
+                pollAtStep(j);
                 const unsigned stop = starts_[j];
                 starts_[j] = columns.kept();
                 columns.settle(std::exchange(first, stop), stop);

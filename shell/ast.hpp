@@ -2,9 +2,12 @@
 #ifndef KXSH_AST_HPP
 #define KXSH_AST_HPP
 
+#include "value.hpp"
+
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -13,26 +16,16 @@ namespace kxsh {
 struct Expression;
 using ExpressionPtr = std::unique_ptr<Expression>;
 
-struct NumberNode
+/// A number, a string, or the bare colon of a subscript.
+struct LiteralNode
 {
-    double value;
-    bool imaginary;
-};
-
-struct StringNode
-{
-    std::string text;
+    Value value;
 };
 
 /// A variable, or a function called without arguments.
 struct NameNode
 {
     std::string name;
-};
-
-/// The bare colon of a subscript.
-struct ColonNode
-{
 };
 
 /// `end` inside a subscript.
@@ -75,21 +68,39 @@ enum class BinaryOperator
     kOr
 };
 
+/// How an operator is written and binds; lower levels bind less.
+struct Infix
+{
+    std::string_view symbol;
+    BinaryOperator op;
+    int level;
+};
+
+constexpr int kRangeLevel = 3; ///< of start:step:stop
+constexpr int kPowerLevel = 6;
+constexpr Infix kInfixes[] = {{"|", BinaryOperator::kOr, 0},
+                              {"&", BinaryOperator::kAnd, 1},
+                              {"==", BinaryOperator::kEqual, 2},
+                              {"~=", BinaryOperator::kNotEqual, 2},
+                              {"<", BinaryOperator::kLess, 2},
+                              {"<=", BinaryOperator::kLessEqual, 2},
+                              {">", BinaryOperator::kGreater, 2},
+                              {">=", BinaryOperator::kGreaterEqual, 2},
+                              {"+", BinaryOperator::kAdd, 4},
+                              {"-", BinaryOperator::kSubtract, 4},
+                              {"*", BinaryOperator::kMultiply, 5},
+                              {"/", BinaryOperator::kDivide, 5},
+                              {"\\", BinaryOperator::kSolve, 5},
+                              {".*", BinaryOperator::kMultiplyEach, 5},
+                              {"./", BinaryOperator::kDivideEach, 5},
+                              {"^", BinaryOperator::kPower, kPowerLevel},
+                              {".^", BinaryOperator::kPowerEach, kPowerLevel}};
+
 struct BinaryNode
 {
     BinaryOperator op;
     ExpressionPtr left;
     ExpressionPtr right;
-};
-
-struct NegateNode
-{
-    ExpressionPtr operand;
-};
-
-struct NotNode
-{
-    ExpressionPtr operand;
 };
 
 struct TransposeNode
@@ -103,13 +114,12 @@ struct ApplyNode
 {
     ExpressionPtr target;
     std::vector<ExpressionPtr> arguments;
+    bool command = false; ///< a function, whatever variables there are
 };
 
 struct Expression
 {
-    std::variant<NumberNode, StringNode, NameNode, ColonNode, EndNode, MatrixNode, RangeNode, BinaryNode, NegateNode,
-                 NotNode, TransposeNode, ApplyNode>
-        node;
+    std::variant<LiteralNode, NameNode, EndNode, MatrixNode, RangeNode, BinaryNode, TransposeNode, ApplyNode> node;
     std::size_t offset; ///< the byte of the source that an error of this node points at
     int height;         ///< nodes on the longest way down to a leaf
 };
@@ -135,22 +145,19 @@ struct AssignStatement
     bool deletes = false;
 };
 
-/// help or help TOPIC.
-struct HelpStatement
+/// How a statement ends.
+enum class Flow
 {
-    std::string topic;
+    kOn,
+    kBreak,
+    kContinue,
+    kQuit
 };
 
-struct QuitStatement
+/// break, continue or quit.
+struct JumpStatement
 {
-};
-
-struct BreakStatement
-{
-};
-
-struct ContinueStatement
-{
+    Flow flow;
 };
 
 struct Statement;
@@ -167,25 +174,17 @@ struct IfStatement
     std::vector<Branch> branches;
 };
 
-/// for name = values: the variable takes one column after another.
-struct ForStatement
+/// for name = values: the variable takes one column after another; or while condition.
+struct LoopStatement
 {
-    std::string name;
-    ExpressionPtr values;
-    Block body;
-};
-
-struct WhileStatement
-{
-    ExpressionPtr condition;
+    std::string name; ///< empty for while
+    ExpressionPtr control;
     Block body;
 };
 
 struct Statement
 {
-    std::variant<ExpressionStatement, AssignStatement, HelpStatement, QuitStatement, BreakStatement, ContinueStatement,
-                 IfStatement, ForStatement, WhileStatement>
-        action;
+    std::variant<ExpressionStatement, AssignStatement, JumpStatement, IfStatement, LoopStatement> action;
     bool prints = true; ///< no semicolon follows
     std::size_t offset; ///< its first byte in the source
     std::string source; ///< its text, first line only

@@ -1,6 +1,8 @@
 #include "completion.hpp"
 
+#include "error.hpp"
 #include "functions.hpp"
+#include "lexer.hpp"
 
 #include <algorithm>
 #include <cctype>
@@ -13,27 +15,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where the string begins that is still open at the end of a text; npos for none. A quote after a value transposes.
+/// Where the string begins that is still open at the end of a text; npos for none.
 std::size_t openString(std::string_view text)
 {
-    std::size_t opened = std::string_view::npos;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (opened != std::string_view::npos) {
-            if (text[i] == text[opened]) {
-                opened = std::string_view::npos;
-            }
-        } else if (text[i] == '"') {
-            opened = i;
-        } else if (text[i] == '\'') {
-            const char before = i == 0 ? ' ' : text[i - 1];
-            const bool afterValue = std::isalnum(static_cast<unsigned char>(before)) != 0 ||
-                                    std::string_view("_)]'").find(before) != std::string_view::npos;
-            if (!afterValue) {
-                opened = i;
-            }
+    try {
+        tokenize(text);
+    } catch (const SyntaxError& error) {
+        if (text[error.offset()] == '"' || text[error.offset()] == '\'') {
+            return error.offset();
         }
     }
-    return opened;
+    return std::string_view::npos;
 }
 
 void addFiles(std::set<std::string>& found, std::string_view begun)

@@ -89,32 +89,31 @@ kxClassID commonClass(const std::vector<Block>& blocks)
 }
 
 /// Copies entries of a block to where `next` stands in the whole.
-void appendEntries(const Value& part, unsigned first, unsigned stop, unsigned rowOffset, Value& whole, unsigned next)
+template <typename T>
+void appendEntries(const Value& part, unsigned first, unsigned count, unsigned rowOffset, Value& whole, unsigned next)
 {
-    const unsigned count = stop - first;
     const unsigned* from = part.rowIndices() + first;
     unsigned* to = whole.rowIndices() + next;
     for (unsigned k = 0; k < count; ++k) {
         to[k] = from[k] + rowOffset;
     }
-    withElementType(whole.classId(), [&]<typename T>(std::type_identity<T>) {
-        std::copy_n(part.data<T>() + first, count, whole.data<T>() + next);
-        if (const T* im = part.imagData<T>()) {
-            std::copy_n(im + first, count, whole.imagData<T>() + next);
-        } else if (whole.isComplex()) {
-            std::fill_n(whole.imagData<T>() + next, count, T{});
-        }
-    });
+    std::copy_n(part.data<T>() + first, count, whole.data<T>() + next);
+    if (const T* im = part.imagData<T>()) {
+        std::copy_n(im + first, count, whole.imagData<T>() + next);
+    } else if (whole.isComplex()) {
+        std::fill_n(whole.imagData<T>() + next, count, T{});
+    }
 }
 
 /// Blocks of the whole height, one beside the other: each goes over at once.
+template <typename T>
 void putSideBySide(const std::vector<Block>& blocks, Value& whole)
 {
     unsigned next = 0;
     for (const Block& block : blocks) {
         pollInterrupt();
         const unsigned* from = block.value.starts();
-        appendEntries(block.value, 0, block.value.entries(), 0, whole, next);
+        appendEntries<T>(block.value, 0, block.value.entries(), 0, whole, next);
         std::transform(from, from + block.value.columns(), whole.starts() + block.column,
                        [next](unsigned start) { return next + start; });
         next += block.value.entries();
@@ -123,6 +122,7 @@ void putSideBySide(const std::vector<Block>& blocks, Value& whole)
 }
 
 /// Column by column, from the uppermost block down.
+template <typename T>
 void stack(const std::vector<Block>& blocks, Value& whole)
 {
     unsigned* starts = whole.starts();
@@ -139,12 +139,11 @@ void stack(const std::vector<Block>& blocks, Value& whole)
     for (const Block& block : blocks) { // now starts[j] is where column j goes on
         const unsigned* from = block.value.starts();
         for (unsigned j = 0; j < block.value.columns(); ++j) {
-            if (j % 65536 == 0) {
-                pollInterrupt();
-            }
+            pollAtStep(j);
             unsigned& next = starts[block.column + j];
-            appendEntries(block.value, from[j], from[j + 1], block.row, whole, next);
-            next += from[j + 1] - from[j];
+            const unsigned count = from[j + 1] - from[j];
+            appendEntries<T>(block.value, from[j], count, block.row, whole, next);
+            next += count;
         }
     }
     std::copy_backward(starts, starts + n, starts + n + 1);
@@ -161,7 +160,9 @@ Value sparseWhole(Layout layout, kxClassID id, bool complex)
     Value whole = Value::sparse(layout.m, layout.n, entryCount(entries), id, complex ? kxCOMPLEX : kxREAL);
     const bool sideBySide = std::all_of(layout.blocks.begin(), layout.blocks.end(),
                                         [&](const Block& block) { return block.value.rows() == layout.m; });
-    sideBySide ? putSideBySide(layout.blocks, whole) : stack(layout.blocks, whole);
+    withElementType(id, [&]<typename T>(std::type_identity<T>) {
+        sideBySide ? putSideBySide<T>(layout.blocks, whole) : stack<T>(layout.blocks, whole);
+    });
     return whole;
 }
 
@@ -169,6 +170,7 @@ void copyBlock(void* whole, const void* part, const Block& block, unsigned m, st
 {
     const std::size_t height = block.value.rows();
     for (std::size_t j = 0; j < block.value.columns() && height != 0; ++j) {
+        pollInterrupt();
         std::memcpy(static_cast<char*>(whole) + ((block.column + j) * m + block.row) * size,
                     static_cast<const char*>(part) + j * height * size, height * size);
     }

@@ -77,9 +77,7 @@ class SparseResult
     void closeColumn(unsigned j)
     {
         value_.starts()[j + 1] = count_;
-        if (j % 1024 == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(j);
     }
     /// The array, its capacity what it holds.
     Value finish()
@@ -246,39 +244,6 @@ Value sparseMerge(const Value& left, const Value& right, F f, bool both)
         }
         for (; k < stopB && !both; ++k) {
             result.put(rowsB[k], f(Number{}, b.at(k)));
-        }
-        result.closeColumn(j);
-    }
-    return result.finish();
-}
-
-/// f everywhere over sparse double arrays of one shape, or one of them and a number: where f of what is not stored is
-/// not 0.
-template <typename Number, typename F>
-Value sparseEverywhere(const Value& left, const Value& right, F f)
-{
-    const Value& shape = left.isScalar() ? right : left;
-    SparseResult<std::invoke_result_t<F, Number, Number>> result(shape.rows(), shape.columns(), shape.count());
-    const auto walk = [](const Value& value, unsigned j) {
-        const bool spread = value.isScalar();
-        const Numbers<Number> numbers(value);
-        const bool none = value.isSparse() && value.entries() == 0;
-        unsigned at = spread ? 0 : value.starts()[j];
-        const unsigned stop = spread ? 0 : value.starts()[j + 1];
-        return [=, &value](unsigned i) mutable {
-            if (spread) {
-                return none ? Number{} : numbers.at(0);
-            }
-            return at < stop && value.rowIndices()[at] == i ? numbers.at(at++) : Number{};
-        };
-    };
-    for (unsigned j = 0; j < shape.columns(); ++j) {
-        pollInterrupt();
-        auto a = walk(left, j);
-        auto b = walk(right, j);
-        for (unsigned i = 0; i < shape.rows(); ++i) {
-            const Number value = a(i);
-            result.put(i, f(value, b(i)));
         }
         result.closeColumn(j);
     }

@@ -1,32 +1,12 @@
 #include "expression_parser.hpp"
 
-#include "error.hpp"
-
 #include <fmt/format.h>
-
-#include <algorithm>
 
 namespace kxsh {
 
 namespace {
 
-// Far below what the stack holds, for reading, carrying out and forgetting an expression alike.
 constexpr int kMaxDepth = 250;
-constexpr int kMaxHeight = 1500;
-
-int heightOf(const ExpressionPtr& operand)
-{
-    return operand ? operand->height : 0;
-}
-
-int heightOf(const std::vector<ExpressionPtr>& operands)
-{
-    int height = 0;
-    for (const ExpressionPtr& operand : operands) {
-        height = std::max(height, heightOf(operand));
-    }
-    return height;
-}
 
 } // namespace
 
@@ -36,16 +16,6 @@ ExpressionParser::Nesting::Nesting(ExpressionParser& parser) : parser_(parser)
         throw SyntaxError("the expression is nested too deeply", parser_.current().offset);
     }
     ++parser_.depth_;
-}
-
-/// A node at `offset`, higher by one than the highest of its operands.
-template <typename Node>
-ExpressionPtr ExpressionParser::make(std::size_t offset, Node node, int highest)
-{
-    if (highest >= kMaxHeight) {
-        throw SyntaxError("the expression is too long", offset);
-    }
-    return std::make_unique<Expression>(Expression{std::move(node), offset, highest + 1});
 }
 
 bool ExpressionParser::accept(std::string_view op)
@@ -79,156 +49,92 @@ void ExpressionParser::expect(std::string_view op)
     }
 }
 
-/// Inside brackets, `a -b` are two elements: a sign that stands apart on its left only starts a new one.
-bool ExpressionParser::startsElement() const
-{
-    return inMatrix_ && current().spaceBefore && !next().spaceBefore;
-}
-
-std::optional<BinaryOperator> ExpressionParser::acceptOneOf(std::initializer_list<OperatorChoice> choices)
-{
-    for (const auto& [text, op] : choices) {
-        if (accept(text)) {
-            return op;
-        }
-    }
-    return std::nullopt;
-}
-
-/// Operands of one level joined by operators that bind alike, from left to right.
-ExpressionPtr ExpressionParser::chain(Level operand, std::initializer_list<OperatorChoice> choices)
-{
-    ExpressionPtr left = (this->*operand)();
-    for (;;) {
-        const std::size_t offset = current().offset;
-        if ((current().is("+") || current().is("-")) && startsElement()) {
-            return left;
-        }
-        const auto op = acceptOneOf(choices);
-        if (!op) {
-            return left;
-        }
-        ExpressionPtr right = (this->*operand)();
-        BinaryNode node{*op, std::move(left), std::move(right)};
-        const int highest = std::max(heightOf(node.left), heightOf(node.right));
-        left = make(offset, std::move(node), highest);
-    }
-}
-
-ExpressionPtr ExpressionParser::disjunction()
+ExpressionPtr ExpressionParser::expression()
 {
     const Nesting nesting(*this);
-    return chain(&ExpressionParser::conjunction, {{"|", BinaryOperator::kOr}});
+    return binary(0);
 }
 
-ExpressionPtr ExpressionParser::conjunction()
+/// Inside brackets, `a -b` are two elements: a sign that stands apart on its left only starts a new one.
+const Infix* ExpressionParser::acceptInfix(int level)
 {
-    return chain(&ExpressionParser::comparison, {{"&", BinaryOperator::kAnd}});
+    if (inMatrix_ && current().spaceBefore && !next().spaceBefore && (current().is("+") || current().is("-"))) {
+        return nullptr;
+    }
+    for (const Infix& infix : kInfixes) {
+        if (infix.level == level && accept(infix.symbol)) {
+            return &infix;
+        }
+    }
+    return nullptr;
 }
 
-ExpressionPtr ExpressionParser::comparison()
+/// Operands joined by operators that bind alike, from left to right.
+ExpressionPtr ExpressionParser::binary(int level)
 {
-    return chain(&ExpressionParser::range, {{"==", BinaryOperator::kEqual},
-                                            {"~=", BinaryOperator::kNotEqual},
-                                            {"<", BinaryOperator::kLess},
-                                            {"<=", BinaryOperator::kLessEqual},
-                                            {">", BinaryOperator::kGreater},
-                                            {">=", BinaryOperator::kGreaterEqual}});
+    if (level == kRangeLevel) {
+        return range();
+    }
+    if (level == kPowerLevel) {
+        return signedBy(&ExpressionParser::postfix);
+    }
+    ExpressionPtr left = binary(level + 1);
+    while (const Infix* infix = acceptInfix(level)) {
+        const std::size_t offset = previous().offset;
+        ExpressionPtr right = binary(level + 1);
+        left = makeExpression<BinaryNode>(offset, infix->op, std::move(left), std::move(right));
+    }
+    return left;
 }
 
 ExpressionPtr ExpressionParser::range()
 {
-    ExpressionPtr start = sum();
+    ExpressionPtr start = binary(kRangeLevel + 1);
     if (!current().is(":") || next().is(")") || next().is(",")) {
         return start;
     }
     const std::size_t offset = current().offset;
     ++at_;
-    ExpressionPtr stop = sum();
+    ExpressionPtr stop = binary(kRangeLevel + 1);
     ExpressionPtr step;
     if (accept(":")) {
-        step = std::exchange(stop, sum());
+        step = std::exchange(stop, binary(kRangeLevel + 1));
     }
-    const int highest = std::max({heightOf(start), heightOf(step), heightOf(stop)});
-    return make(offset, RangeNode{std::move(start), std::move(step), std::move(stop)}, highest);
+    return makeExpression<RangeNode>(offset, std::move(start), std::move(step), std::move(stop));
 }
 
-ExpressionPtr ExpressionParser::sum()
-{
-    return chain(&ExpressionParser::product, {{"+", BinaryOperator::kAdd}, {"-", BinaryOperator::kSubtract}});
-}
-
-ExpressionPtr ExpressionParser::product()
-{
-    return chain(&ExpressionParser::sign, {{"*", BinaryOperator::kMultiply},
-                                           {"/", BinaryOperator::kDivide},
-                                           {"\\", BinaryOperator::kSolve},
-                                           {".*", BinaryOperator::kMultiplyEach},
-                                           {"./", BinaryOperator::kDivideEach}});
-}
-
-ExpressionPtr ExpressionParser::sign()
+/// Signs, and ~, before an operand: -x is -1 * x, and ~x is x == 0.
+ExpressionPtr ExpressionParser::signedBy(ExpressionPtr (ExpressionParser::*operand)())
 {
     const Nesting nesting(*this);
     const std::size_t offset = current().offset;
+    const auto literal = [offset](double number) { return makeExpression<LiteralNode>(offset, Value::number(number)); };
     if (accept("-")) {
-        return negated(offset, sign());
+        return makeExpression<BinaryNode>(offset, BinaryOperator::kMultiply, literal(-1), signedBy(operand));
     }
-    if (accept("~")) {
-        return inverted(offset, sign());
+    if (operand == &ExpressionParser::postfix && accept("~")) {
+        return makeExpression<BinaryNode>(offset, BinaryOperator::kEqual, signedBy(operand), literal(0));
     }
-    if (accept("+")) {
-        return sign();
-    }
-    return postfix();
+    return accept("+") ? signedBy(operand) : (this->*operand)();
 }
 
 /// Transposes and powers bind alike; the exponent takes calls and signs only.
 ExpressionPtr ExpressionParser::postfix()
 {
-    ExpressionPtr result = called();
+    ExpressionPtr result = called(primary());
     for (;;) {
         const std::size_t offset = current().offset;
         if (current().is("'") || current().is(".'")) {
             const bool conjugates = current().is("'");
             ++at_;
-            const int highest = heightOf(result);
-            result = called(make(offset, TransposeNode{std::move(result), conjugates}, highest));
-        } else if (const auto op = acceptOneOf({{".^", BinaryOperator::kPowerEach}, {"^", BinaryOperator::kPower}})) {
-            ExpressionPtr power = exponent();
-            const int highest = std::max(heightOf(result), heightOf(power));
-            result = make(offset, BinaryNode{*op, std::move(result), std::move(power)}, highest);
+            result = called(makeExpression<TransposeNode>(offset, std::move(result), conjugates));
+        } else if (const Infix* power = acceptInfix(kPowerLevel)) {
+            ExpressionPtr exponent = signedBy(&ExpressionParser::exponent);
+            result = makeExpression<BinaryNode>(offset, power->op, std::move(result), std::move(exponent));
         } else {
             return result;
         }
     }
-}
-
-ExpressionPtr ExpressionParser::exponent()
-{
-    const Nesting nesting(*this);
-    const std::size_t offset = current().offset;
-    if (accept("-")) {
-        return negated(offset, exponent());
-    }
-    return accept("+") ? exponent() : called();
-}
-
-ExpressionPtr ExpressionParser::negated(std::size_t offset, ExpressionPtr operand)
-{
-    const int highest = heightOf(operand);
-    return make(offset, NegateNode{std::move(operand)}, highest);
-}
-
-ExpressionPtr ExpressionParser::inverted(std::size_t offset, ExpressionPtr operand)
-{
-    const int highest = heightOf(operand);
-    return make(offset, NotNode{std::move(operand)}, highest);
-}
-
-ExpressionPtr ExpressionParser::called()
-{
-    return called(primary());
 }
 
 /// `result` with the parentheses that follow it.
@@ -238,8 +144,7 @@ ExpressionPtr ExpressionParser::called(ExpressionPtr result)
         ++at_;
         const std::size_t offset = result->offset;
         std::vector<ExpressionPtr> inner = arguments();
-        const int highest = std::max(heightOf(result), heightOf(inner));
-        result = make(offset, ApplyNode{std::move(result), std::move(inner)}, highest);
+        result = makeExpression<ApplyNode>(offset, std::move(result), std::move(inner));
     }
     return result;
 }
@@ -261,7 +166,7 @@ std::vector<ExpressionPtr> ExpressionParser::arguments()
 ExpressionPtr ExpressionParser::argument()
 {
     if (current().is(":") && (next().is(",") || next().is(")"))) {
-        return make(tokens_[at_++].offset, ColonNode{});
+        return makeExpression<LiteralNode>(tokens_[at_++].offset, Value(kx::kxCreateColon()));
     }
     return expression();
 }
@@ -271,18 +176,20 @@ ExpressionPtr ExpressionParser::primary()
     const Token& token = current();
     switch (token.kind) {
     case TokenKind::kNumber:
+        ++at_;
+        return makeExpression<LiteralNode>(token.offset, Value::number(token.number));
     case TokenKind::kImaginary:
         ++at_;
-        return make(token.offset, NumberNode{token.number, token.kind == TokenKind::kImaginary});
+        return makeExpression<LiteralNode>(token.offset, Value::complexNumber(0, token.number));
     case TokenKind::kString:
         ++at_;
-        return make(token.offset, StringNode{token.text});
+        return makeExpression<LiteralNode>(token.offset, Value::text(token.text));
     case TokenKind::kName:
         ++at_;
-        return make(token.offset, NameNode{token.text});
+        return makeExpression<NameNode>(token.offset, token.text);
     case TokenKind::kEnd:
         ++at_;
-        return make(token.offset, EndNode{});
+        return makeExpression<EndNode>(token.offset);
     default:
         break;
     }
@@ -303,8 +210,7 @@ ExpressionPtr ExpressionParser::matrix()
 {
     const bool outer = std::exchange(inMatrix_, true);
     const std::size_t offset = previous().offset;
-    MatrixNode result;
-    int highest = 0;
+    std::vector<std::vector<ExpressionPtr>> rows;
     bool rowOpen = false;
     while (!accept("]")) {
         if (current().kind == TokenKind::kSemicolon || current().kind == TokenKind::kNewline) {
@@ -313,7 +219,7 @@ ExpressionPtr ExpressionParser::matrix()
             continue;
         }
         if (!rowOpen) {
-            result.rows.emplace_back();
+            rows.emplace_back();
             rowOpen = true;
         } else {
             accept(",");
@@ -321,11 +227,10 @@ ExpressionPtr ExpressionParser::matrix()
                 continue;
             }
         }
-        result.rows.back().push_back(expression());
-        highest = std::max(highest, heightOf(result.rows.back().back()));
+        rows.back().push_back(expression());
     }
     inMatrix_ = outer;
-    return make(offset, std::move(result), highest);
+    return makeExpression<MatrixNode>(offset, std::move(rows));
 }
 
 } // namespace kxsh

@@ -3,15 +3,49 @@
 #define KXSH_EXPRESSION_PARSER_HPP
 
 #include "ast.hpp"
+#include "error.hpp"
 #include "lexer.hpp"
 
-#include <initializer_list>
-#include <optional>
+#include <algorithm>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 namespace kxsh {
+
+/// Nodes on the longest way through an expression: far below what the stack holds, for reading, carrying out and
+/// forgetting it alike.
+constexpr int kMaxHeight = 1500;
+
+template <typename Part>
+int heightOf(const Part&)
+{
+    return 0;
+}
+inline int heightOf(const ExpressionPtr& operand)
+{
+    return operand ? operand->height : 0;
+}
+template <typename Part>
+int heightOf(const std::vector<Part>& parts)
+{
+    int height = 0;
+    for (const Part& part : parts) {
+        height = std::max(height, heightOf(part));
+    }
+    return height;
+}
+
+/// A node at `offset` of these parts. Raises SyntaxError when it gets too high.
+template <typename Node, typename... Parts>
+ExpressionPtr makeExpression(std::size_t offset, Parts... parts)
+{
+    const int highest = std::max({0, heightOf(parts)...});
+    if (highest >= kMaxHeight) {
+        throw SyntaxError("the expression is too long", offset);
+    }
+    return std::make_unique<Expression>(Expression{Node{std::move(parts)...}, offset, highest + 1});
+}
 
 /// Walks the tokens of a source text and reads expressions off them, by recursive descent; loosest first: |, &,
 /// comparison, range, sum, product, sign and ~, postfix (call, transpose, power), primary. An expression may be as high
@@ -32,35 +66,19 @@ class ExpressionParser
     [[noreturn]] void unexpected() const;
 
     /// A whole expression, starting at the current token.
-    ExpressionPtr expression() { return disjunction(); }
-    /// A name, maybe with subscripts, at the current token.
-    ExpressionPtr called();
+    ExpressionPtr expression();
 
     /// Counts the nesting of brackets, signs and blocks while it lives.
     class Nesting;
 
   private:
-    using OperatorChoice = std::pair<std::string_view, BinaryOperator>;
-    using Level = ExpressionPtr (ExpressionParser::*)();
-
-    template <typename Node>
-    static ExpressionPtr make(std::size_t offset, Node node, int highest = 0);
-    ExpressionPtr chain(Level operand, std::initializer_list<OperatorChoice> choices);
-    [[nodiscard]] bool startsElement() const;
-    std::optional<BinaryOperator> acceptOneOf(std::initializer_list<OperatorChoice> choices);
-
-    ExpressionPtr disjunction();
-    ExpressionPtr conjunction();
-    ExpressionPtr comparison();
+    ExpressionPtr binary(int level);
+    const Infix* acceptInfix(int level);
     ExpressionPtr range();
-    ExpressionPtr sum();
-    ExpressionPtr product();
-    ExpressionPtr sign();
+    ExpressionPtr signedBy(ExpressionPtr (ExpressionParser::*operand)());
     ExpressionPtr postfix();
-    ExpressionPtr exponent();
-    static ExpressionPtr negated(std::size_t offset, ExpressionPtr operand);
-    static ExpressionPtr inverted(std::size_t offset, ExpressionPtr operand);
     ExpressionPtr called(ExpressionPtr result);
+    ExpressionPtr exponent() { return called(primary()); }
     std::vector<ExpressionPtr> arguments();
     ExpressionPtr argument();
     ExpressionPtr primary();

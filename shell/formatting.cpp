@@ -5,10 +5,11 @@
 #include "numbers.hpp"
 
 #include <fmt/format.h>
+#include <fmt/printf.h>
 
-#include <cctype>
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <regex>
 #include <vector>
 
 namespace kxsh {
@@ -54,17 +55,20 @@ std::vector<Piece> piecesOf(const std::string& format)
             pieces.back().text += '%';
             ++at;
         } else {
-            const std::size_t stop = format.find_first_not_of("+-0 #123456789.", at + 1);
-            constexpr std::size_t kLongest = 12;
-            if (stop == std::string::npos || stop - at > kLongest ||
-                std::string_view("diuxXocsfFeEgG").find(format[stop]) == std::string_view::npos) {
-                throw Error("kxsh:arguments", fmt::format("the format has an unknown conversion '{}'",
-                                                          format.substr(at, std::min(stop, at + kLongest) - at + 1)));
+            static const std::regex kConversion("%[-+ #0]*[0-9]{0,4}([.][0-9]{0,4})?[diuxXocsfFeEgG]");
+            std::smatch found;
+            const auto first = format.begin() + static_cast<std::ptrdiff_t>(at);
+            if (!std::regex_search(first, format.end(), found, kConversion, std::regex_constants::match_continuous)) {
+                const std::size_t stop = std::min(format.find_first_not_of("+-0 #123456789.", at + 1), at + 12);
+                throw Error("kxsh:arguments",
+                            fmt::format("the format has a conversion that is unknown or too wide, '{}'",
+                                        format.substr(at, stop - at + 1)));
             }
-            pieces.back().flags = format.substr(at, stop - at);
-            pieces.back().conversion = format[stop];
+            at += static_cast<std::size_t>(found.length()) - 1;
+            pieces.back().flags = found.str();
+            pieces.back().flags.pop_back();
+            pieces.back().conversion = format[at];
             pieces.emplace_back();
-            at = stop;
         }
     }
     return pieces;
@@ -106,47 +110,24 @@ class Elements
     std::size_t element_ = 0;
 };
 
-template <typename T>
-std::string printed(const std::string& conversion, T value)
-{
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral" // checked by piecesOf()
-    const int length = std::snprintf(nullptr, 0, conversion.c_str(), value);
-    constexpr int kLongest = 1 << 16;
-    if (length < 0 || length > kLongest) {
-        throw Error("kxsh:arguments", fmt::format("the conversion '{}' is too wide", conversion));
-    }
-    std::string text(static_cast<std::size_t>(length) + 1, '\0');
-    std::snprintf(text.data(), text.size(), conversion.c_str(), value);
-#pragma GCC diagnostic pop
-    text.pop_back();
-    return text;
-}
-
-std::string withoutPrecision(const std::string& flags)
-{
-    return flags.substr(0, flags.find('.'));
-}
-
 std::string numberBy(const Piece& piece, double number)
 {
-    const std::string plain = withoutPrecision(piece.flags);
+    const std::string plain = piece.flags.substr(0, piece.flags.find('.'));
     if (std::string_view("fFeEgG").find(piece.conversion) != std::string_view::npos && std::isfinite(number)) {
-        return printed(piece.flags + piece.conversion, number);
+        return fmt::sprintf(piece.flags + piece.conversion, number);
     }
     if (piece.conversion == 'c' && number >= 0 && number <= 0x10FFFF) {
-        return printed(plain + 's', utf8Of(std::u16string(1, static_cast<char16_t>(number))).c_str());
+        return fmt::sprintf(plain + 's', utf8Of(std::u16string(1, static_cast<char16_t>(number))));
     }
     constexpr double kMostWhole = 0x1p62;
     const bool whole = number == std::trunc(number) && std::abs(number) < kMostWhole;
     if (!whole || piece.conversion == 's' || piece.conversion == 'c') {
         std::string padding = plain;
         std::erase(padding, '0');
-        return printed((plain.find('0') == 1 ? padding : plain) + 's', shortNumber(number, 6).c_str());
+        return fmt::sprintf((plain.find('0') == 1 ? padding : plain) + 's', shortNumber(number, 6));
     }
-    const bool isSigned = piece.conversion == 'd' || piece.conversion == 'i' || number < 0;
-    const std::string conversion = piece.flags + "ll" + (isSigned ? 'd' : piece.conversion);
-    return printed(conversion, static_cast<long long>(number));
+    const char conversion = number < 0 ? 'd' : piece.conversion;
+    return fmt::sprintf(piece.flags + conversion, static_cast<long long>(number));
 }
 
 } // namespace
@@ -171,9 +152,8 @@ std::string formatted(const std::string& format, std::span<const Value> argument
                 }
                 continue; // without arguments, conversions are empty
             }
-            text += piece.conversion == 's' && elements.atText()
-                        ? printed(piece.flags + 's', elements.takeText().c_str())
-                        : numberBy(piece, elements.takeNumber());
+            text += piece.conversion == 's' && elements.atText() ? fmt::sprintf(piece.flags + 's', elements.takeText())
+                                                                 : numberBy(piece, elements.takeNumber());
         }
     } while (takes && elements.any());
     return text;

@@ -1,5 +1,6 @@
 #include "full_indexing.hpp"
 
+#include "concatenation.hpp"
 #include "interrupt.hpp"
 
 #include <zqspmatrix.h>
@@ -33,21 +34,6 @@ class Places
             return 0;
         }
         return 1 + (listed_ ? *std::max_element(list_.begin(), list_.end()) : std::max(at(0), at(count_ - 1)));
-    }
-
-    /// Calls f(k, at(k)) for k from `from` to below `to`.
-    template <typename F>
-    void visit(std::uint64_t from, std::uint64_t to, F f) const
-    {
-        if (listed_) {
-            for (std::uint64_t k = from; k < to; ++k) {
-                f(k, std::uint64_t{list_[k]});
-            }
-            return;
-        }
-        for (std::uint64_t k = from; k < to; ++k) {
-            f(k, first_ + k * static_cast<std::uint64_t>(step_));
-        }
     }
 
   private:
@@ -151,7 +137,6 @@ Shape linearShape(const Value& array, const Value& subscript, unsigned count)
 /// A result of this shape whose element k is the array's at placeOf(k); `columns` are walked one after another.
 Value gather(const Value& array, Shape shape, const Places& rows, const Places& columns, std::uint64_t height)
 {
-    constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
     Value result = Value::full(shape.m, shape.n, array.classId(), array.isComplex() ? kxCOMPLEX : kxREAL);
     const bool lazy = array.isRange();
     const RangeBounds bounds = lazy ? boundsOf(array) : RangeBounds{};
@@ -159,17 +144,10 @@ Value gather(const Value& array, Shape shape, const Places& rows, const Places& 
         const auto fill = [&](const T* from, T* to) {
             for (std::uint64_t j = 0; j < columns.count(); ++j, to += rows.count()) {
                 const std::uint64_t base = columns.at(j) * height;
-                for (std::uint64_t first = 0; first < rows.count(); first += kPiece) {
-                    pollInterrupt();
-                    const std::uint64_t last = std::min(first + kPiece, rows.count());
-                    if (lazy) {
-                        rows.visit(first, last, [&](std::uint64_t k, std::uint64_t place) {
-                            to[k] = static_cast<T>(valueAt(bounds, base + place));
-                        });
-                    } else {
-                        rows.visit(first, last,
-                                   [&](std::uint64_t k, std::uint64_t place) { to[k] = from[base + place]; });
-                    }
+                for (std::uint64_t k = 0; k < rows.count(); ++k) {
+                    pollAtStep(k);
+                    const std::uint64_t place = base + rows.at(k);
+                    to[k] = lazy ? static_cast<T>(valueAt(bounds, place)) : from[place];
                 }
             }
         };
@@ -191,31 +169,25 @@ void grow(Value& target, unsigned m, unsigned n)
         if (!kx::kxCheckMN_nothrow(m, n, 1, nullptr)) {
             kxHandleSparseSubscriptError(spIndexExceedsMaxSize);
         }
-        const std::size_t more = std::size_t{m} * n - before;
+        const std::size_t after = std::size_t{m} * n;
+        const auto lengthened = [&](void* block) {
+            block = kx::kxRealloc(block, after * size);
+            std::memset(static_cast<char*>(block) + before * size, 0, (after - before) * size);
+            return block;
+        };
         kxrt::make_private(target.get());
         kxArray* array = target.get();
-        array->pr = kx::kxRealloc(array->pr, (before + more) * size);
-        std::memset(static_cast<char*>(array->pr) + before * size, 0, more * size);
+        array->pr = lengthened(array->pr);
         if (target.isComplex()) {
-            array->pi = kx::kxRealloc(array->pi, (before + more) * size);
-            std::memset(static_cast<char*>(array->pi) + before * size, 0, more * size);
+            array->pi = lengthened(array->pi);
         }
         kx::kxSetM(array, m);
         kx::kxSetN(array, n);
         return;
     }
-    Value grown = Value::full(m, n, target.classId(), target.isComplex() ? kxCOMPLEX : kxREAL);
-    const auto copy = [&](const void* from, void* to) {
-        for (std::size_t j = 0; j < target.columns() && target.rows() != 0; ++j) {
-            std::memcpy(static_cast<char*>(to) + j * m * size,
-                        static_cast<const char*>(from) + j * target.rows() * size, target.rows() * size);
-        }
-    };
-    copy(target.get()->pr, grown.get()->pr);
-    if (target.isComplex()) {
-        copy(target.get()->pi, grown.get()->pi);
-    }
-    target = std::move(grown);
+    const kxClassID id = target.classId();
+    target = concatenate(
+        {{target, Value::full(target.rows(), n - target.columns(), id)}, {Value::full(m - target.rows(), n, id)}});
 }
 
 /// The size that the target must have to hold a place that is `extent` places down its columns.
@@ -242,9 +214,9 @@ void scatter(Value& target, const Value& value, const Places& rows, const Places
             for (std::uint64_t j = 0; j < columns.count(); ++j) {
                 const std::uint64_t base = columns.at(j) * height;
                 const std::uint64_t read = j * rows.count();
-                rows.visit(0, rows.count(), [&](std::uint64_t k, std::uint64_t place) {
-                    to[base + place] = from == nullptr ? T{} : from[(read + k) * step];
-                });
+                for (std::uint64_t k = 0; k < rows.count(); ++k) {
+                    to[base + rows.at(k)] = from == nullptr ? T{} : from[(read + k) * step];
+                }
             }
         };
         fill(value.data<T>(), target.data<T>());

@@ -2,17 +2,11 @@
 
 #include "elementwise.hpp"
 #include "error.hpp"
-
-#include <cstring>
+#include "operators.hpp"
 
 namespace kxsh {
 
 namespace {
-
-Value full(Session&, Arguments arguments)
-{
-    return asFull(arguments[0]);
-}
 
 template <kxClassID Id>
 Value convertTo(Session&, Arguments arguments)
@@ -38,40 +32,6 @@ Value complex(Session&, Arguments arguments)
                                                           : fullElementwise<Complex>(asFull(a), asFull(b), join);
 }
 
-/// One part of a complex array, of its class; sparse stays sparse.
-Value partOf(const Value& value, bool imaginary)
-{
-    Value result = elementsOf(value);
-    if (!result.isComplex()) {
-        if (!imaginary) {
-            return result;
-        }
-        return result.isSparse() ? Value::sparse(result.rows(), result.columns(), 1, result.classId())
-                                 : Value::full(result.rows(), result.columns(), result.classId());
-    }
-    if (result.isSparse()) {
-        const auto part = [imaginary](std::complex<double> v, unsigned, unsigned) {
-            return imaginary ? v.imag() : v.real();
-        };
-        return converted(sparseMap<std::complex<double>>(converted(result, kxDOUBLE_CLASS), part), result.classId());
-    }
-    Value part = Value::full(result.rows(), result.columns(), result.classId());
-    const std::size_t bytes = result.count() * kx::kxGetElementSize(result.get());
-    if (bytes != 0) {
-        std::memcpy(part.get()->pr, imaginary ? result.get()->pi : result.get()->pr, bytes);
-    }
-    return part;
-}
-
-Value real(Session&, Arguments arguments)
-{
-    return partOf(arguments[0], false);
-}
-Value imag(Session&, Arguments arguments)
-{
-    return partOf(arguments[0], true);
-}
-
 #define KXSH_INTEGER_CLASS(name, id, range)                                                                            \
     {                                                                                                                  \
         name, 1, 1, name "(A)", "Elements as integers " range,                                                         \
@@ -79,7 +39,8 @@ Value imag(Session&, Arguments arguments)
     }
 
 constexpr Function kFunctions[] = {
-    {"full", 1, 1, "full(A)", "A with all elements stored, zeros too", "", "full(speye(2))", full},
+    {"full", 1, 1, "full(A)", "A with all elements stored, zeros too", "", "full(speye(2))",
+     [](Session&, Arguments a) { return asFull(a[0]); }},
     {"logical", 1, 1, "logical(A)", "True where an element is not zero", "NaN is an error.", "logical([1 0 2])",
      convertTo<kxLOGICAL_CLASS>},
     {"double", 1, 1, "double(A)", "Elements in double precision", "Of a string, its character codes.", "double('kx')",
@@ -95,8 +56,10 @@ constexpr Function kFunctions[] = {
     KXSH_INTEGER_CLASS("uint64", kxUINT64_CLASS, "of 64 bits, from 0 up"),
     {"complex", 2, 2, "complex(re,im)", "Complex array of its real and imaginary parts",
      "A number serves for all places.", "z = complex([1 2], [3 4])", complex},
-    {"real", 1, 1, "real(A)", "Real parts", "", "real(3+4i)", real},
-    {"imag", 1, 1, "imag(A)", "Imaginary parts", "", "imag(3+4i)", imag},
+    {"real", 1, 1, "real(A)", "Real parts", "", "real(3+4i)",
+     [](Session&, Arguments a) { return partOf(a[0], false); }},
+    {"imag", 1, 1, "imag(A)", "Imaginary parts", "", "imag(3+4i)",
+     [](Session&, Arguments a) { return partOf(a[0], true); }},
 };
 
 #undef KXSH_INTEGER_CLASS

@@ -14,7 +14,6 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <numeric>
 
 namespace kxsh {
 
@@ -86,9 +85,7 @@ Value sparseFromEntries(Arguments arguments)
     const bool sized = arguments.size() == 5;
     Shape shape = sized ? shapeOf(arguments.subspan(3)) : Shape{0, 0};
     for (std::size_t k = 0; k < count; ++k) {
-        if (k % kPollEntries == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(k);
         const unsigned row = i.at(k, sized ? std::max(shape.m, 1U) : 0);
         const unsigned column = j.at(k, sized ? std::max(shape.n, 1U) : 0);
         if (!sized) {
@@ -100,12 +97,14 @@ Value sparseFromEntries(Arguments arguments)
     }
     Assembly assembly(shape.m, shape.n, kxDOUBLE_CLASS, v.isComplex() ? kxCOMPLEX : kxREAL);
     for (std::size_t k = 0; k < count; ++k) {
+        pollAtStep(k);
         assembly.count(j.at(k, 0));
     }
     assembly.startPlacing();
     const Numbers<std::complex<double>> values(v);
     const std::size_t step = v.isScalar() ? 0 : 1;
     for (std::size_t k = 0; k < count; ++k) {
+        pollAtStep(k);
         const std::complex<double> value = values.at(k * step);
         assembly.place(i.at(k, 0), j.at(k, 0), value.real(), value.imag());
     }
@@ -142,11 +141,14 @@ Value sprand(Session&, Arguments arguments)
     const std::vector<std::uint64_t> places =
         sampler.choose(static_cast<std::uint64_t>(expected), std::uint64_t{m} * n);
     Assembly assembly(m, n, kxDOUBLE_CLASS, kxREAL);
-    for (const std::uint64_t place : places) {
-        assembly.count(static_cast<unsigned>(place / m));
+    for (std::size_t k = 0; k < places.size(); ++k) {
+        pollAtStep(k);
+        assembly.count(static_cast<unsigned>(places[k] / m));
     }
     assembly.startPlacing();
-    for (const std::uint64_t place : places) {
+    for (std::size_t k = 0; k < places.size(); ++k) {
+        pollAtStep(k);
+        const std::uint64_t place = places[k];
         assembly.place(static_cast<unsigned>(place % m), static_cast<unsigned>(place / m), sampler.fraction());
     }
     return assembly.finish();
@@ -157,47 +159,27 @@ Value speye(Session&, Arguments arguments)
     const auto [m, n] = shapeOf(arguments);
     const unsigned count = std::min(m, n);
     Value result = Value::sparse(m, n, count);
-    std::iota(result.rowIndices(), result.rowIndices() + count, 0U);
-    std::fill_n(result.data<double>(), count, 1.0);
     for (unsigned j = 0; j < n; ++j) {
+        pollAtStep(j);
+        if (j < count) {
+            result.rowIndices()[j] = j;
+            result.data<double>()[j] = 1;
+        }
         result.starts()[j + 1] = std::min(j + 1, count);
     }
     return result;
 }
 
-Value zeros(Session&, Arguments arguments)
-{
-    const auto [m, n] = shapeOf(arguments);
-    return Value::full(m, n);
-}
-
-Value eye(Session& session, Arguments arguments)
-{
-    return asFull(speye(session, arguments));
-}
-
-template <int Which>
-Value constant(Session&, Arguments)
-{
-    constexpr double kConstants[] = {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
-                                     std::numbers::pi};
-    return Value::number(kConstants[Which]);
-}
-
-Value ones(Session&, Arguments arguments)
-{
-    const auto [m, n] = shapeOf(arguments);
-    Value result = Value::full(m, n);
-    std::fill_n(result.data<double>(), result.count(), 1.0);
-    return result;
-}
-
-template <bool Truth>
-Value truths(Session&, Arguments arguments)
+/// A full array of one value; without arguments, a single one.
+template <typename T>
+Value filled(Arguments arguments, kxClassID id, T value)
 {
     const auto [m, n] = arguments.empty() ? Shape{1, 1} : shapeOf(arguments);
-    Value result = Value::full(m, n, kxLOGICAL_CLASS);
-    std::fill_n(result.data<bool>(), result.count(), Truth);
+    Value result = Value::full(m, n, id);
+    for (std::size_t first = 0; first < result.count() && value != T{}; first += kPollEntries) {
+        pollInterrupt();
+        std::fill_n(result.data<T>() + first, std::min<std::size_t>(kPollEntries, result.count() - first), value);
+    }
     return result;
 }
 
@@ -207,20 +189,15 @@ Value randperm(Session&, Arguments arguments)
     Sampler sampler(seedOf(arguments, 1));
     Value result = Value::full(1, n);
     auto* values = result.data<double>();
-    std::iota(values, values + n, 1.0);
+    for (unsigned k = 0; k < n; ++k) {
+        pollAtStep(k);
+        values[k] = k + 1.0;
+    }
     for (unsigned left = n; left > 1; --left) {
-        if (left % (1U << 20) == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(left);
         std::swap(values[left - 1], values[sampler.below(left)]);
     }
     return result;
-}
-
-Value reshape(Session&, Arguments arguments)
-{
-    const auto [m, n] = shapeOf(arguments.subspan(1));
-    return reshaped(arguments[0], m, n);
 }
 
 constexpr Function kFunctions[] = {
@@ -234,22 +211,32 @@ constexpr Function kFunctions[] = {
      "  out) gives the same array on every machine.",
      "A = sprand(1000, 1000, 0.01, 7)", sprand},
     {"speye", 1, 2, "speye(n)", "Sparse identity, n-by-n", "speye(m,n) is m-by-n.", "I = speye(4)", speye},
-    {"eye", 1, 2, "eye(n)", "Full identity, n-by-n", "eye(m,n) is m-by-n.", "eye(2,3)", eye},
-    {"zeros", 1, 2, "zeros(m,n)", "Full array of zeros", "zeros(n) is n-by-n.", "f = zeros(5,1)", zeros},
-    {"ones", 1, 2, "ones(m,n)", "Full array of ones", "ones(n) is n-by-n.", "e = ones(1,3)", ones},
+    {"eye", 1, 2, "eye(n)", "Full identity, n-by-n", "eye(m,n) is m-by-n.", "eye(2,3)",
+     [](Session& session, Arguments a) { return asFull(speye(session, a)); }},
+    {"zeros", 1, 2, "zeros(m,n)", "Full array of zeros", "zeros(n) is n-by-n.", "f = zeros(5,1)",
+     [](Session&, Arguments a) { return filled(a, kxDOUBLE_CLASS, 0.0); }},
+    {"ones", 1, 2, "ones(m,n)", "Full array of ones", "ones(n) is n-by-n.", "e = ones(1,3)",
+     [](Session&, Arguments a) { return filled(a, kxDOUBLE_CLASS, 1.0); }},
     {"true", 0, 2, "true(m,n)", "Full logical array of trues", "true alone is one of them.",
-     "keep = true(6,1); keep([2 5]) = false", truths<true>},
+     "keep = true(6,1); keep([2 5]) = false", [](Session&, Arguments a) { return filled(a, kxLOGICAL_CLASS, true); }},
     {"false", 0, 2, "false(m,n)", "Full logical array of falses", "false alone is one of them.", "mask = false(1,4)",
-     truths<false>},
+     [](Session&, Arguments a) { return filled(a, kxLOGICAL_CLASS, false); }},
     {"randperm", 1, 2, "randperm(n,seed)", "The numbers 1 to n in random order, as a row",
      "The second number is a seed (1 when left out), not a count: the same seed gives\n"
      "  the same order on every machine, and p(1:k) is a choice of k.",
      "p = randperm(10, 3); p(1:4)", randperm},
-    {"Inf", 0, 0, "Inf", "Infinity", "", "max([1 Inf])", constant<0>},
-    {"NaN", 0, 0, "NaN", "Not a number", "It equals nothing, itself included.", "NaN == NaN", constant<1>},
-    {"pi", 0, 0, "pi", "The ratio of a circle's circumference to its diameter", "", "2 * pi", constant<2>},
+    {"Inf", 0, 0, "Inf", "Infinity", "", "max([1 Inf])",
+     [](Session&, Arguments) { return Value::number(std::numeric_limits<double>::infinity()); }},
+    {"NaN", 0, 0, "NaN", "Not a number", "It equals nothing, itself included.", "NaN == NaN",
+     [](Session&, Arguments) { return Value::number(std::numeric_limits<double>::quiet_NaN()); }},
+    {"pi", 0, 0, "pi", "The ratio of a circle's circumference to its diameter", "", "2 * pi",
+     [](Session&, Arguments) { return Value::number(std::numbers::pi); }},
     {"reshape", 3, 3, "reshape(A,m,n)", "The elements of A, column by column, as m-by-n", "",
-     "B = reshape(speye(4), 2, 8)", reshape},
+     "B = reshape(speye(4), 2, 8)",
+     [](Session&, Arguments a) {
+         const auto [m, n] = shapeOf(a.subspan(1));
+         return reshaped(a[0], m, n);
+     }},
 };
 
 } // namespace

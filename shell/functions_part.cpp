@@ -1,13 +1,12 @@
 // Functions that take matrices apart and put them together.
 #include "functions.hpp"
 
-#include "assembly.hpp"
 #include "elementwise.hpp"
 #include "error.hpp"
 #include "indexing.hpp"
+#include "interrupt.hpp"
 
 #include <cmath>
-#include <cstring>
 
 namespace kxsh {
 
@@ -29,6 +28,7 @@ Value filtered(const Value& array, Keep keep)
     withElementType(result.classId(), [&]<typename T>(std::type_identity<T>) {
         for (T* part : {result.data<T>(), result.imagData<T>()}) {
             for (unsigned j = 0; j < result.columns() && part != nullptr; ++j) {
+                pollInterrupt();
                 for (unsigned i = 0; i < result.rows(); ++i) {
                     T& element = part[std::size_t{j} * result.rows() + i];
                     element = keep(i, j) ? element : T{};
@@ -49,84 +49,65 @@ double diagonalOf(Arguments arguments)
     return k;
 }
 
-Value tril(Session&, Arguments arguments)
+template <bool Lower>
+Value triangle(Session&, Arguments arguments)
 {
     const double k = diagonalOf(arguments);
-    return filtered(arguments[0], [k](unsigned i, unsigned j) { return static_cast<double>(j) - i <= k; });
+    return filtered(arguments[0], [k](unsigned i, unsigned j) {
+        const double diagonal = static_cast<double>(j) - i;
+        return Lower ? diagonal <= k : diagonal >= k;
+    });
 }
 
-Value triu(Session&, Arguments arguments)
-{
-    const double k = diagonalOf(arguments);
-    return filtered(arguments[0], [k](unsigned i, unsigned j) { return static_cast<double>(j) - i >= k; });
-}
-
-/// A square matrix with the elements of a vector on its diagonal.
-Value diagonalMatrix(const Value& vector)
-{
-    const auto n = static_cast<unsigned>(vector.count());
-    const Value column = converted(asFull(vector), kxDOUBLE_CLASS);
-    Assembly assembly(n, n, kxDOUBLE_CLASS, column.isComplex() ? kxCOMPLEX : kxREAL);
-    for (unsigned k = 0; k < n; ++k) {
-        assembly.count(k);
-    }
-    assembly.startPlacing();
-    for (unsigned k = 0; k < n; ++k) {
-        assembly.place(k, k, column.data<double>()[k], column.isComplex() ? column.imagData<double>()[k] : 0);
-    }
-    const Value result = converted(assembly.finish(), vector.classId());
-    return vector.isSparse() ? result : asFull(result);
-}
-
-Value diag(Session&, Arguments arguments)
+/// Of a vector, the square matrix that has it on its diagonal; else the diagonal.
+Value diag(Session& session, Arguments arguments)
 {
     const Value array = elementsOf(arguments[0]);
-    const unsigned m = array.rows();
-    const unsigned n = array.columns();
-    if (m == 1 || n == 1) {
-        return diagonalMatrix(array);
+    const unsigned count = std::min(array.rows(), array.columns());
+    if (array.rows() == 1 || array.columns() == 1) {
+        const auto n = static_cast<double>(array.count());
+        const Value places = Value::range(1, 1, n);
+        const Value size = Value::number(n);
+        const Value entries[] = {places, places, asFull(array), size, size};
+        const Value result = converted(callFunction(*findFunction("sparse"), session, entries), array.classId());
+        return array.isSparse() ? result : asFull(result);
     }
-    const unsigned count = std::min(m, n);
     if (!array.isSparse()) {
-        const Value places = Value::range(1, m + 1.0, count == 0 ? 0 : 1 + (m + 1.0) * (count - 1.0));
+        const double step = array.rows() + 1.0;
+        const Value places = Value::range(1, step, count == 0 ? 0 : 1 + step * (count - 1.0));
         return reshaped(reference(array, {&places, 1}, "the matrix"), count, 1);
     }
     const Value kept = filtered(array, [](unsigned i, unsigned j) { return i == j; });
     Value result = Value::sparse(count, 1, kept.entries(), kept.classId(), kept.isComplex() ? kxCOMPLEX : kxREAL);
     std::copy_n(kept.rowIndices(), kept.entries(), result.rowIndices());
-    const std::size_t bytes = kept.entries() * std::size_t{kx::kxGetElementSize(kept.get())};
-    if (bytes != 0) {
-        std::memcpy(result.get()->pr, kept.get()->pr, bytes);
-    }
-    if (kept.isComplex() && bytes != 0) {
-        std::memcpy(result.get()->pi, kept.get()->pi, bytes);
-    }
+    withElementType(kept.classId(), [&]<typename T>(std::type_identity<T>) {
+        std::copy_n(kept.data<T>(), kept.entries(), result.data<T>());
+        if (kept.isComplex()) {
+            std::copy_n(kept.imagData<T>(), kept.entries(), result.imagData<T>());
+        }
+    });
     result.starts()[1] = kept.entries();
     return result;
 }
 
-Value spones(Session&, Arguments arguments)
+/// g of each stored value of a sparse array, of each element of a full one, in double precision.
+template <typename G>
+Value mapped(const Value& array, G g)
 {
-    const Value sparse = converted(asSparse(arguments[0]), kxDOUBLE_CLASS);
-    return sparseMap<double>(sparse, [](double, unsigned, unsigned) { return 1.0; });
+    const Value numbers = converted(array, kxDOUBLE_CLASS);
+    const auto as = [&]<typename Number>(Number) {
+        return numbers.isSparse()
+                   ? sparseMap<Number>(numbers, [g](Number v, unsigned, unsigned) { return g(v); })
+                   : fullElementwise<Number>(numbers, Value::number(0), [g](Number v, Number) { return g(v); });
+    };
+    return numbers.isComplex() ? as(std::complex<double>()) : as(0.0);
 }
 
 Value abs(Session&, Arguments arguments)
 {
-    const Value array = elementsOf(arguments[0]);
-    const Value numbers = converted(array, kxDOUBLE_CLASS);
-    const kxClassID id =
-        array.classId() == kxLOGICAL_CLASS || array.classId() == kxCHAR_CLASS ? kxDOUBLE_CLASS : array.classId();
-    const auto size = [](auto v, auto...) { return std::abs(v); };
-    const Value zero = Value::number(0);
-    using Complex = std::complex<double>;
-    if (numbers.isSparse()) {
-        return converted(numbers.isComplex() ? sparseMap<Complex>(numbers, size) : sparseMap<double>(numbers, size),
-                         id);
-    }
-    return converted(numbers.isComplex() ? fullElementwise<Complex>(numbers, zero, size)
-                                         : fullElementwise<double>(numbers, zero, size),
-                     id);
+    const kxClassID id = arguments[0].classId();
+    const Value result = mapped(arguments[0], [](auto v) { return std::abs(v); });
+    return id == kxLOGICAL_CLASS || id == kxCHAR_CLASS ? result : converted(result, id);
 }
 
 constexpr Function kFunctions[] = {
@@ -135,10 +116,11 @@ constexpr Function kFunctions[] = {
      "is.",
      "diag(sparse([1 2 3]))", diag},
     {"tril", 1, 2, "tril(A)", "Lower triangle, diagonal included",
-     "tril(A,k) goes up to diagonal k, counted from 0 upwards.", "tril([1 2; 3 4])", tril},
+     "tril(A,k) goes up to diagonal k, counted from 0 upwards.", "tril([1 2; 3 4])", triangle<true>},
     {"triu", 1, 2, "triu(A)", "Upper triangle, diagonal included",
-     "triu(A,k) begins with diagonal k, counted from 0 upwards.", "triu([1 2; 3 4], 1)", triu},
-    {"spones", 1, 1, "spones(A)", "Sparse array with a one at each entry of A", "", "spones(sparse([0 5 -2]))", spones},
+     "triu(A,k) begins with diagonal k, counted from 0 upwards.", "triu([1 2; 3 4], 1)", triangle<false>},
+    {"spones", 1, 1, "spones(A)", "Sparse array with a one at each entry of A", "", "spones(sparse([0 5 -2]))",
+     [](Session&, Arguments a) { return mapped(asSparse(a[0]), [](auto) { return 1.0; }); }},
     {"abs", 1, 1, "abs(A)", "Absolute values", "", "abs([-1 3+4i])", abs},
 };
 

@@ -3,10 +3,13 @@
 
 #include "error.hpp"
 #include "interrupt.hpp"
+#include "operators.hpp"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 namespace kxsh {
@@ -42,76 +45,86 @@ Direction directionOf(Arguments arguments)
     return {dimension == 2, dimension == 1};
 }
 
-/// Calls visit(place, re, im) for each stored value of an array, `place` being that of its result, and returns how many
-/// elements go into each result.
-template <typename Visit>
-double forEachStored(const Value& array, Direction direction, Visit visit)
+/// The elements of one part of an array folded by f along a dimension, beginning with `start`: a full double array.
+template <typename F>
+Value folded(const Value& array, Direction direction, double start, F f, bool imaginary = false)
 {
-    const unsigned m = array.rows();
-    const unsigned n = array.columns();
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
+    const std::size_t m = array.rows();
+    const unsigned* starts = array.starts();
+    const unsigned* rows = array.rowIndices();
+    Value result = Value::full(direction.keepsRows ? array.rows() : 1, direction.keepsColumns ? array.columns() : 1);
+    auto* out = result.data<double>();
+    std::fill_n(out, result.count(), start);
     withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
-        const T* re = array.data<T>();
-        const T* im = array.imagData<T>();
-        for (unsigned j = 0; j < n; ++j) {
-            if (j % 1024 == 0 || m > 1024) {
+        const T* values = imaginary ? array.imagData<T>() : array.data<T>();
+        // What goes on from column to column is one run.
+        const bool oneRun = !direction.keepsColumns && (array.isSparse() || !direction.keepsRows);
+        for (unsigned j = 0; j < (oneRun ? 1 : array.columns()); ++j) {
+            const std::size_t next = oneRun ? array.columns() : std::size_t{j} + 1;
+            std::size_t k = array.isSparse() ? starts[j] : j * m;
+            const std::size_t stop = array.isSparse() ? starts[next] : next * m;
+            double& total = out[direction.keepsColumns ? j : 0];
+            while (k < stop) {
                 pollInterrupt();
-            }
-            const std::size_t first = array.isSparse() ? array.starts()[j] : std::size_t{j} * m;
-            const std::size_t stop = array.isSparse() ? array.starts()[j + 1] : first + m;
-            for (std::size_t k = first; k < stop; ++k) {
-                const std::size_t row = array.isSparse() ? array.rowIndices()[k] : k - first;
-                const std::size_t place = direction.keepsRows ? row : direction.keepsColumns ? j : 0;
-                visit(place, static_cast<double>(re[k]), im != nullptr ? static_cast<double>(im[k]) : 0.0);
+                const std::size_t last = std::min(k + kPiece, stop);
+                double inColumn = total; // not in memory while the column is run through
+                for (; k < last && !direction.keepsRows; ++k) {
+                    inColumn = f(inColumn, static_cast<double>(values[k]));
+                }
+                total = inColumn;
+                for (; k < last; ++k) {
+                    double& inRow = out[array.isSparse() ? rows[k] : k - j * m];
+                    inRow = f(inRow, static_cast<double>(values[k]));
+                }
             }
         }
     });
-    return (direction.keepsRows ? 1.0 : m) * (direction.keepsColumns ? 1.0 : n);
+    return result;
 }
 
-Value resultFor(const Value& array, Direction direction, kxClassID id, kxComplexity complexity)
+/// The same with the zeros that are not stored, after all that are.
+template <typename F>
+Value foldedWithZeros(const Value& array, Direction direction, double start, F f)
 {
-    return Value::full(direction.keepsRows ? array.rows() : 1, direction.keepsColumns ? array.columns() : 1, id,
-                       complexity);
+    Value result = folded(array, direction, start, f);
+    if (array.isSparse()) {
+        const double each =
+            (direction.keepsRows ? 1.0 : array.rows()) * (direction.keepsColumns ? 1.0 : array.columns());
+        const Value stored = folded(array, direction, 0, [](double count, double) { return count + 1; });
+        for (std::size_t k = 0; k < result.count(); ++k) {
+            double& value = result.data<double>()[k];
+            value = stored.data<double>()[k] < each ? f(value, 0.0) : value;
+        }
+    }
+    return result;
 }
 
 Value sum(Session&, Arguments arguments)
 {
     const Value array = elementsOf(arguments[0]);
     const Direction direction = directionOf(arguments);
-    Value result = resultFor(array, direction, kxDOUBLE_CLASS, array.isComplex() ? kxCOMPLEX : kxREAL);
-    auto* re = result.data<double>();
-    auto* im = result.imagData<double>();
-    forEachStored(array, direction, [=](std::size_t place, double a, double b) {
-        re[place] += a;
-        if (im != nullptr) {
-            im[place] += b;
-        }
-    });
-    kx::kxFreeImagIfZero(result.get());
+    Value result = folded(array, direction, 0, std::plus<double>());
+    if (array.isComplex()) {
+        const Value re = std::move(result);
+        const Value im = folded(array, direction, 0, std::plus<double>(), true);
+        result = Value::full(re.rows(), re.columns(), kxDOUBLE_CLASS, kxCOMPLEX);
+        std::copy_n(re.data<double>(), re.count(), result.data<double>());
+        std::copy_n(im.data<double>(), im.count(), result.imagData<double>());
+        kx::kxFreeImagIfZero(result.get());
+    }
     return array.classId() == kxSINGLE_CLASS ? converted(result, kxSINGLE_CLASS) : result;
-}
-
-/// How many elements of each result are not zero.
-std::vector<double> counts(const Value& array, Direction direction, double& each)
-{
-    std::vector<double> found(resultFor(array, direction, kxLOGICAL_CLASS, kxREAL).count());
-    each = forEachStored(array, direction,
-                         [&](std::size_t place, double a, double b) { found[place] += a != 0 || b != 0 ? 1 : 0; });
-    return found;
 }
 
 template <bool All>
 Value truths(Session&, Arguments arguments)
 {
-    const Value array = elementsOf(arguments[0]);
-    const Direction direction = directionOf(arguments);
-    double each = 0;
-    const std::vector<double> found = counts(array, direction, each);
-    Value result = resultFor(array, direction, kxLOGICAL_CLASS, kxREAL);
-    for (std::size_t k = 0; k < found.size(); ++k) {
-        result.data<bool>()[k] = All ? found[k] == each : found[k] != 0;
-    }
-    return result;
+    const Value& array = arguments[0];
+    const Value nonZero = operate(BinaryOperator::kNotEqual, array, Value::number(0));
+    const auto fold = [](double so, double v) {
+        return static_cast<double>(All ? so != 0 && v != 0 : so != 0 || v != 0);
+    };
+    return converted(foldedWithZeros(nonZero, directionOf(arguments), All ? 1 : 0, fold), kxLOGICAL_CLASS);
 }
 
 /// NaN counts for nothing beside a number; the zeros that are not stored count.
@@ -123,28 +136,14 @@ Value extremes(Session&, Arguments arguments)
         throw Error("kxsh:operand", "complex numbers have no order");
     }
     const Direction direction = directionOf(arguments);
-    Value result = resultFor(array, direction, kxDOUBLE_CLASS, kxREAL);
-    std::vector<double> seen(result.count());
-    auto* best = result.data<double>();
-    std::fill_n(best, result.count(), std::numeric_limits<double>::quiet_NaN());
-    const auto consider = [best](std::size_t place, double v) {
-        if (std::isnan(best[place]) || (Greatest ? v > best[place] : v < best[place])) {
-            best[place] = v;
-        }
-    };
-    const double each = forEachStored(array, direction, [&](std::size_t place, double v, double) {
-        consider(place, v);
-        ++seen[place];
-    });
-    if (each == 0) {
+    if ((array.rows() == 0 && !direction.keepsRows) || (array.columns() == 0 && !direction.keepsColumns)) {
         return Value::full(0, 0, array.classId());
     }
-    for (std::size_t place = 0; place < seen.size(); ++place) {
-        if (seen[place] < each) {
-            consider(place, 0);
-        }
-    }
-    return converted(result, array.classId());
+    const auto better = [](double best, double v) {
+        return std::isnan(best) || (Greatest ? v > best : v < best) ? v : best;
+    };
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    return converted(foldedWithZeros(array, direction, none, better), array.classId());
 }
 
 constexpr std::string_view kDimensions =

@@ -21,22 +21,6 @@ double seconds()
     return std::chrono::duration<double>(now).count();
 }
 
-Value clock(Session&, Arguments)
-{
-    return Value::number(seconds());
-}
-
-Value tic(Session& session, Arguments)
-{
-    session.ticked = seconds();
-    return Value();
-}
-
-Value toc(Session& session, Arguments)
-{
-    return Value::number(seconds() - session.ticked);
-}
-
 Value print(Session& session, Arguments arguments)
 {
     std::string line;
@@ -47,21 +31,7 @@ Value print(Session& session, Arguments arguments)
     if (!line.empty()) {
         line.pop_back();
     }
-    session.out << line << '\n';
-    return Value();
-}
-
-Value printf(Session& session, Arguments arguments)
-{
-    session.out << formatted(textArgument(arguments[0], "the format"), arguments.subspan(1));
-    return Value();
-}
-
-Value disp(Session& session, Arguments arguments)
-{
-    std::ostringstream shown;
-    printValue(shown, "", arguments[0], session.width);
-    session.out << shown.str();
+    session.print(line + '\n');
     return Value();
 }
 
@@ -115,31 +85,44 @@ Value argument(Session& session, Arguments arguments)
     return status == std::errc() && stop == text.data() + text.size() ? Value::number(number) : Value::text(text);
 }
 
-Value help(Session& session, Arguments arguments)
-{
-    showHelp(session, arguments.empty() ? "" : textArgument(arguments[0], "the topic"));
-    return Value();
-}
-
 constexpr Function kFunctions[] = {
     {"clock", 0, 0, "clock", "Seconds on a clock that runs evenly, for timing", "",
-     "t = clock; p = randperm(1e6, 1); clock - t", clock},
+     "t = clock; p = randperm(1e6, 1); clock - t", [](Session&, Arguments) { return Value::number(seconds()); }},
     {"print", 0, kAnyNumber, "print(x,...)", "Prints strings and numbers on one line",
      "Of an array, its description is printed.", "print('entries:', nnz(speye(3)))", print},
     {"printf", 1, kAnyNumber, "printf(format,x,...)", "Prints numbers and strings by a format",
      "%d %i %u %x %o %c %s %f %e %g with flags, width and precision, %% and the escapes\n"
      "  \\n \\t \\r \\\\ are known. The elements of arrays are taken one by one, and the format\n"
      "  again while some are left.",
-     "printf('%3d squared is %g\\n', [1 2; 1 4])", printf},
-    {"disp", 1, 1, "disp(A)", "Prints an array without its name", "", "disp([1 2; 3 4])", disp},
-    {"tic", 0, 0, "tic", "Starts a stopwatch", "", "tic", tic},
-    {"toc", 0, 0, "toc", "Seconds since tic", "", "tic; A = speye(1000); t = toc;", toc},
+     "printf('%3d squared is %g\\n', [1 2; 1 4])",
+     [](Session& session, Arguments a) {
+         session.print(formatted(textArgument(a[0], "the format"), a.subspan(1)));
+         return Value();
+     }},
+    {"disp", 1, 1, "disp(A)", "Prints an array without its name", "", "disp([1 2; 3 4])",
+     [](Session& session, Arguments a) {
+         std::ostringstream shown;
+         printValue(shown, "", a[0], session.width);
+         session.print(shown.str());
+         return Value();
+     }},
+    {"tic", 0, 0, "tic", "Starts a stopwatch", "", "tic",
+     [](Session& session, Arguments) {
+         session.ticked = seconds();
+         return Value();
+     }},
+    {"toc", 0, 0, "toc", "Seconds since tic", "", "tic; A = speye(1000); t = toc;",
+     [](Session& session, Arguments) { return Value::number(seconds() - session.ticked); }},
     {"vars", 0, 0, "vars", "Lists the variables with class, shape and bytes", "", "vars", vars},
     {"clear", 0, kAnyNumber, "clear", "Forgets all variables", "clear x y forgets those named.", "x = 1; clear x",
      clear},
     {"argument", 0, 1, "argument(k)", "Argument k of the script, a number where it is one",
      "argument alone is how many there are: kxsh script.kx 12 name has two.", "argument", argument},
-    {"help", 0, 1, "help NAME", "Tells about a function; help alone lists everything", "", "help sparse", help},
+    {"help", 0, 1, "help NAME", "Tells about a function; help alone lists everything", "", "help sparse",
+     [](Session& session, Arguments a) {
+         showHelp(session, a.empty() ? "" : textArgument(a[0], "the topic"));
+         return Value();
+     }},
 };
 
 } // namespace

@@ -102,16 +102,11 @@ Value referSparse(const Value& array, std::span<const Value> subscripts)
     const kxArray* a = array.get();
     const kxArray* first = subscripts[0].get();
     kxArray* result = nullptr;
-    spStatus status = spOK;
-    if (subscripts.size() == 1) {
-        status = spRef3(a, first, &result);
-    } else if (subscripts[0].isColon()) {
-        status = spRef4(a, subscripts[1].get(), &result);
-    } else if (subscripts[1].isColon()) {
-        status = spRef5(a, first, &result);
-    } else {
-        status = spRef6(a, first, subscripts[1].get(), &result);
-    }
+    const kxArray* last = subscripts.back().get();
+    const spStatus status = subscripts.size() == 1    ? spRef3(a, first, &result)
+                            : subscripts[0].isColon() ? spRef4(a, last, &result)
+                            : subscripts[1].isColon() ? spRef5(a, first, &result)
+                                                      : spRef6(a, first, last, &result);
     kxHandleSparseSubscriptError(status);
     return Value(result);
 }
@@ -121,16 +116,11 @@ void assignSparse(Value& target, const Value& value, std::span<const Value> subs
     kxArray* a = target.get();
     const kxArray* b = value.get();
     const kxArray* first = subscripts[0].get();
-    spStatus status = spOK;
-    if (subscripts.size() == 1) {
-        status = spAss3(a, b, first);
-    } else if (subscripts[0].isColon()) {
-        status = spAss4(a, b, subscripts[1].get());
-    } else if (subscripts[1].isColon()) {
-        status = spAss5(a, b, first);
-    } else {
-        status = spAss6(a, b, first, subscripts[1].get());
-    }
+    const kxArray* last = subscripts.back().get();
+    const spStatus status = subscripts.size() == 1    ? spAss3(a, b, first)
+                            : subscripts[0].isColon() ? spAss4(a, b, last)
+                            : subscripts[1].isColon() ? spAss5(a, b, first)
+                                                      : spAss6(a, b, first, last);
     kxHandleSparseSubscriptError(status);
 }
 

@@ -25,7 +25,7 @@ bool Interpreter::run(const Statement& statement)
 }
 
 /// The innermost statement and expression that an error leaves are the first to see it.
-Interpreter::Flow Interpreter::execute(const Statement& statement)
+Flow Interpreter::execute(const Statement& statement)
 {
     refreshMemoryLimit();
     try {
@@ -40,7 +40,7 @@ Interpreter::Flow Interpreter::execute(const Statement& statement)
     }
 }
 
-Interpreter::Flow Interpreter::execute(const Block& block)
+Flow Interpreter::execute(const Block& block)
 {
     for (const Statement& statement : block) {
         const Flow flow = execute(statement);
@@ -51,28 +51,12 @@ Interpreter::Flow Interpreter::execute(const Block& block)
     return Flow::kOn;
 }
 
-Interpreter::Flow Interpreter::execute(const Statement&, const HelpStatement& action)
+Flow Interpreter::execute(const Statement&, const JumpStatement& action)
 {
-    showHelp(session_, action.topic);
-    return Flow::kOn;
+    return action.flow;
 }
 
-Interpreter::Flow Interpreter::execute(const Statement&, const QuitStatement&)
-{
-    return Flow::kQuit;
-}
-
-Interpreter::Flow Interpreter::execute(const Statement&, const BreakStatement&)
-{
-    return Flow::kBreak;
-}
-
-Interpreter::Flow Interpreter::execute(const Statement&, const ContinueStatement&)
-{
-    return Flow::kContinue;
-}
-
-Interpreter::Flow Interpreter::execute(const Statement&, const IfStatement& action)
+Flow Interpreter::execute(const Statement&, const IfStatement& action)
 {
     for (const IfStatement::Branch& branch : action.branches) {
         if (!branch.condition || holds(evaluate(*branch.condition))) {
@@ -82,36 +66,20 @@ Interpreter::Flow Interpreter::execute(const Statement&, const IfStatement& acti
     return Flow::kOn;
 }
 
-Interpreter::Flow Interpreter::execute(const Statement&, const ForStatement& action)
+Flow Interpreter::execute(const Statement&, const LoopStatement& action)
 {
-    const Value values = evaluate(*action.values);
-    const bool isRow = values.rows() == 1 && !values.isSparse();
-    const Value colon(kx::kxCreateColon());
-    for (unsigned k = 0; k < values.columns() && values.rows() != 0; ++k) {
-        const Value place = Value::number(k + 1.0);
-        const Value place2[] = {colon, place};
-        session_.variables.insert_or_assign(
-            action.name, reference(values, isRow ? std::span(&place, 1) : std::span(place2), action.name));
+    const Value values = action.name.empty() ? Value() : evaluate(*action.control);
+    const bool isRow = values && values.rows() == 1 && !values.isSparse();
+    Value subscripts[] = {Value(kx::kxCreateColon()), Value()};
+    for (unsigned k = 0; values ? k < values.columns() && values.rows() != 0 : holds(evaluate(*action.control)); ++k) {
+        if (values) {
+            subscripts[1] = Value::number(k + 1.0);
+            Value column = reference(values, std::span(subscripts).subspan(isRow ? 1 : 0), action.name);
+            session_.variables.insert_or_assign(action.name, std::move(column));
+        }
         const Flow flow = execute(action.body);
-        if (flow == Flow::kBreak) {
-            break;
-        }
-        if (flow == Flow::kQuit) {
-            return flow;
-        }
-    }
-    return Flow::kOn;
-}
-
-Interpreter::Flow Interpreter::execute(const Statement&, const WhileStatement& action)
-{
-    while (holds(evaluate(*action.condition))) {
-        const Flow flow = execute(action.body);
-        if (flow == Flow::kBreak) {
-            break;
-        }
-        if (flow == Flow::kQuit) {
-            return flow;
+        if (flow == Flow::kBreak || flow == Flow::kQuit) {
+            return flow == Flow::kQuit ? flow : Flow::kOn;
         }
     }
     return Flow::kOn;
@@ -127,11 +95,11 @@ void Interpreter::keep(const Statement& statement, const std::string& name, Valu
     std::ostringstream shown;
     printValue(shown, name, value, session_.width);
     session_.variables.insert_or_assign(name, std::move(value));
-    session_.out << shown.str();
+    session_.print(shown.str());
 }
 
 /// The result of anything but a plain variable is kept as `ans`.
-Interpreter::Flow Interpreter::execute(const Statement& statement, const ExpressionStatement& action)
+Flow Interpreter::execute(const Statement& statement, const ExpressionStatement& action)
 {
     const auto* name = std::get_if<NameNode>(&action.expression->node);
     const Value* known = name != nullptr ? variable(name->name) : nullptr;
@@ -146,7 +114,7 @@ Interpreter::Flow Interpreter::execute(const Statement& statement, const Express
     return Flow::kOn;
 }
 
-Interpreter::Flow Interpreter::execute(const Statement& statement, const AssignStatement& action)
+Flow Interpreter::execute(const Statement& statement, const AssignStatement& action)
 {
     const Target& target = action.targets.front();
     if (action.targets.size() > 1) {
@@ -204,7 +172,7 @@ void Interpreter::assignSeveral(const Statement& statement, const AssignStatemen
     for (auto& [name, value] : changed) {
         session_.variables.insert_or_assign(name, std::move(value));
     }
-    session_.out << shown.str();
+    session_.print(shown.str());
 }
 
 const Value* Interpreter::variable(const std::string& name) const
@@ -281,25 +249,15 @@ Value Interpreter::evaluate(const Expression& expression)
     return value;
 }
 
-Value Interpreter::evaluate(const NumberNode& node)
+Value Interpreter::evaluate(const LiteralNode& node)
 {
-    return node.imaginary ? Value::complexNumber(0, node.value) : Value::number(node.value);
-}
-
-Value Interpreter::evaluate(const StringNode& node)
-{
-    return Value::text(node.text);
+    return node.value;
 }
 
 Value Interpreter::evaluate(const NameNode& node)
 {
     const Value* value = variable(node.name);
     return value != nullptr ? *value : callFunction(function(node.name), session_, {});
-}
-
-Value Interpreter::evaluate(const ColonNode&)
-{
-    return Value(kx::kxCreateColon());
 }
 
 Value Interpreter::evaluate(const EndNode&)
@@ -344,16 +302,6 @@ Value Interpreter::evaluate(const BinaryNode& node)
     return operate(node.op, left, right);
 }
 
-Value Interpreter::evaluate(const NegateNode& node)
-{
-    return operate(BinaryOperator::kMultiply, Value::number(-1), evaluate(*node.operand));
-}
-
-Value Interpreter::evaluate(const NotNode& node)
-{
-    return operate(BinaryOperator::kEqual, evaluate(*node.operand), Value::number(0));
-}
-
 Value Interpreter::evaluate(const TransposeNode& node)
 {
     return transposed(evaluate(*node.operand), node.conjugates);
@@ -363,7 +311,8 @@ Value Interpreter::evaluate(const ApplyNode& node)
 {
     const auto* name = std::get_if<NameNode>(&node.target->node);
     if (name != nullptr) {
-        if (const Value* array = variable(name->name)) {
+        const Value* array = node.command ? nullptr : variable(name->name);
+        if (array != nullptr) {
             return reference(*array, subscripts(array, node.arguments), name->name);
         }
         return callFunction(function(name->name), session_, values(node.arguments));

@@ -29,15 +29,6 @@ class Interpreter
     [[nodiscard]] const Fault& fault() const { return fault_; }
 
   private:
-    /// How a statement ends.
-    enum class Flow
-    {
-        kOn,
-        kBreak,
-        kContinue,
-        kQuit
-    };
-
     /// The array whose subscripts are being evaluated, for `end`. Null for a variable without a value.
     struct Extent
     {
@@ -49,13 +40,9 @@ class Interpreter
     Flow execute(const Statement& statement);
     Flow execute(const Statement& statement, const ExpressionStatement& action);
     Flow execute(const Statement& statement, const AssignStatement& action);
-    Flow execute(const Statement& statement, const HelpStatement& action);
-    Flow execute(const Statement& statement, const QuitStatement& action);
-    Flow execute(const Statement& statement, const BreakStatement& action);
-    Flow execute(const Statement& statement, const ContinueStatement& action);
+    Flow execute(const Statement& statement, const JumpStatement& action);
     Flow execute(const Statement& statement, const IfStatement& action);
-    Flow execute(const Statement& statement, const ForStatement& action);
-    Flow execute(const Statement& statement, const WhileStatement& action);
+    Flow execute(const Statement& statement, const LoopStatement& action);
     Flow execute(const Block& block);
 
     void keep(const Statement& statement, const std::string& name, Value value);
@@ -73,16 +60,12 @@ class Interpreter
     Value result(const Expression& expression);
     /// As result(), raising kxsh:noValue where there is none.
     Value evaluate(const Expression& expression);
-    Value evaluate(const NumberNode& node);
-    Value evaluate(const StringNode& node);
+    Value evaluate(const LiteralNode& node);
     Value evaluate(const NameNode& node);
-    Value evaluate(const ColonNode& node);
     Value evaluate(const EndNode& node);
     Value evaluate(const MatrixNode& node);
     Value evaluate(const RangeNode& node);
     Value evaluate(const BinaryNode& node);
-    Value evaluate(const NegateNode& node);
-    Value evaluate(const NotNode& node);
     Value evaluate(const TransposeNode& node);
     Value evaluate(const ApplyNode& node);
 

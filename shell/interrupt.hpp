@@ -2,6 +2,8 @@
 #ifndef KXSH_INTERRUPT_HPP
 #define KXSH_INTERRUPT_HPP
 
+#include <cstddef>
+
 namespace kxsh {
 
 /// From now on a signal that ends the program first removes the file named by setDoomedFile(), and a file that grows
@@ -19,6 +21,26 @@ bool interruptPending() noexcept;
 void raiseInterrupt() noexcept;
 /// Raises kxsh:interrupted when Ctrl-C came.
 void pollInterrupt();
+/// The same at every so many steps of a loop, the first among them.
+inline void pollAtStep(std::size_t step)
+{
+    constexpr std::size_t kInterval = std::size_t{1} << 16;
+    if (step % kInterval == 0) {
+        pollInterrupt();
+    }
+}
+/// The order of numbers, for sorting many: raises as pollInterrupt().
+struct PollingLess
+{
+    std::size_t comparisons = 0;
+
+    template <typename T>
+    bool operator()(const T& a, const T& b)
+    {
+        pollAtStep(++comparisons);
+        return a < b;
+    }
+};
 
 } // namespace kxsh
 

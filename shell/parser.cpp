@@ -53,8 +53,7 @@ class Parser
     /// Moves to the next statement; false at the end of the text.
     bool skipSeparators()
     {
-        while (tokens_.current().kind == TokenKind::kNewline || tokens_.current().kind == TokenKind::kSemicolon ||
-               tokens_.current().is(",")) {
+        while (tokens_.current().kind != TokenKind::kEndOfText && endsStatement(tokens_.current())) {
             tokens_.advance();
         }
         return tokens_.current().kind != TokenKind::kEndOfText;
@@ -73,7 +72,6 @@ class Parser
         return found;
     }
 
-    [[nodiscard]] bool atStatementEnd() const { return endsStatement(tokens_.current()); }
     static bool endsStatement(const Token& token)
     {
         return token.kind == TokenKind::kEndOfText || token.kind == TokenKind::kNewline ||
@@ -87,7 +85,7 @@ class Parser
         result.offset = tokens_.current().offset;
         const bool divides = tokens_.current().kind == TokenKind::kKeyword;
         result.action = divides ? control() : action();
-        if (!atStatementEnd() && !(divides && tokens_.current().kind == TokenKind::kKeyword)) {
+        if (!endsStatement(tokens_.current()) && !(divides && tokens_.current().kind == TokenKind::kKeyword)) {
             tokens_.unexpected();
         }
         result.prints = tokens_.current().kind != TokenKind::kSemicolon;
@@ -103,10 +101,7 @@ class Parser
             if (loops_ == 0) {
                 throw SyntaxError(fmt::format("'{}' stands outside a loop", tokens_.previous().text), first);
             }
-            if (tokens_.previous().text == "break") {
-                return BreakStatement{};
-            }
-            return ContinueStatement{};
+            return JumpStatement{tokens_.previous().text == "break" ? Flow::kBreak : Flow::kContinue};
         }
         if (acceptKeyword("if")) {
             return branches(first);
@@ -116,7 +111,7 @@ class Parser
         }
         if (acceptKeyword("while")) {
             ExpressionPtr condition = tokens_.expression();
-            return WhileStatement{std::move(condition), loopBody(first)};
+            return LoopStatement{"", std::move(condition), loopBody(first)};
         }
         tokens_.unexpected();
     }
@@ -135,16 +130,16 @@ class Parser
         return result;
     }
 
-    ForStatement forLoop(std::size_t first)
+    LoopStatement forLoop(std::size_t first)
     {
         const bool inParentheses = tokens_.accept("(");
         if (tokens_.current().kind != TokenKind::kName) {
             tokens_.unexpected();
         }
-        ForStatement result{tokens_.current().text, nullptr, {}};
+        LoopStatement result{tokens_.current().text, nullptr, {}};
         tokens_.advance();
         tokens_.expect("=");
-        result.values = tokens_.expression();
+        result.control = tokens_.expression();
         if (inParentheses) {
             tokens_.expect(")");
         }
@@ -180,13 +175,11 @@ class Parser
             const Token& next = tokens_.next();
             if ((word == "quit" || word == "exit") && endsStatement(next)) {
                 tokens_.advance();
-                return QuitStatement{};
+                return JumpStatement{Flow::kQuit};
             }
-            if (word == "help" && (endsStatement(next) || next.kind == TokenKind::kName)) {
-                return help();
-            }
-            if (word == "clear" && next.kind == TokenKind::kName) {
-                return clear();
+            if ((word == "help" && endsStatement(next)) ||
+                ((word == "help" || word == "clear") && next.kind == TokenKind::kName)) {
+                return command();
             }
         }
         const bool bracketed = tokens_.current().is("[");
@@ -198,27 +191,15 @@ class Parser
     }
 
     /// clear NAME NAME is the call clear('NAME', 'NAME').
-    ExpressionStatement clear()
+    ExpressionStatement command()
     {
-        const auto make = [this](auto node, int height) {
-            return std::make_unique<Expression>(Expression{std::move(node), tokens_.current().offset, height});
-        };
-        ApplyNode call{make(NameNode{"clear"}, 1), {}};
+        const Token& word = tokens_.current();
+        std::vector<ExpressionPtr> names;
         for (tokens_.advance(); tokens_.current().kind == TokenKind::kName; tokens_.advance()) {
-            call.arguments.push_back(make(StringNode{tokens_.current().text}, 1));
+            names.push_back(makeExpression<LiteralNode>(tokens_.current().offset, Value::text(tokens_.current().text)));
         }
-        return {make(std::move(call), 2)};
-    }
-
-    HelpStatement help()
-    {
-        tokens_.advance();
-        HelpStatement result;
-        if (!atStatementEnd()) {
-            result.topic = tokens_.current().text;
-            tokens_.advance();
-        }
-        return result;
+        ExpressionPtr function = makeExpression<NameNode>(word.offset, word.text);
+        return {makeExpression<ApplyNode>(word.offset, std::move(function), std::move(names), true)};
     }
 
     Target target(ExpressionPtr expression)

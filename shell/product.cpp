@@ -23,7 +23,7 @@ std::vector<unsigned> fewRows(const Value& sparse, std::vector<unsigned>& number
         return {};
     }
     std::vector<unsigned> rows(first, last);
-    std::sort(rows.begin(), rows.end());
+    std::sort(rows.begin(), rows.end(), PollingLess());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     numbered.reserve(sparse.entries());
     for (const unsigned* row = first; row != last; ++row) {

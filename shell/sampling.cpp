@@ -35,12 +35,10 @@ std::vector<std::uint64_t> Sampler::choose(std::uint64_t count, std::uint64_t bo
     while (chosen.size() < count) {
         const std::size_t missing = count - chosen.size();
         for (std::size_t i = 0; i < missing; ++i) {
-            if (i % (1U << 20) == 0) {
-                pollInterrupt();
-            }
+            pollAtStep(i);
             chosen.push_back(below(bound));
         }
-        std::sort(chosen.begin(), chosen.end());
+        std::sort(chosen.begin(), chosen.end(), PollingLess());
         chosen.erase(std::unique(chosen.begin(), chosen.end()), chosen.end());
     }
     return chosen;
@@ -52,9 +50,7 @@ std::vector<std::uint64_t> Sampler::chooseMany(std::uint64_t count, std::uint64_
     std::vector<std::uint64_t> chosen;
     chosen.reserve(count);
     for (std::uint64_t number = 0; chosen.size() < count; ++number) {
-        if (number % (1U << 20) == 0) {
-            pollInterrupt();
-        }
+        pollAtStep(number);
         if (below(bound - number) < count - chosen.size()) {
             chosen.push_back(number);
         }

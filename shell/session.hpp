@@ -2,6 +2,7 @@
 #ifndef KXSH_SESSION_HPP
 #define KXSH_SESSION_HPP
 
+#include "interrupt.hpp"
 #include "value.hpp"
 
 #include <filesystem>
@@ -9,6 +10,7 @@
 #include <map>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kxsh {
@@ -25,6 +27,16 @@ struct Session
     double ticked = 0;                  ///< the clock at the last tic
     /// Shows a long text; null for printing it.
     std::function<void(const std::string&)> page;
+
+    /// Prints a text in pieces, between which Ctrl-C is heard.
+    void print(std::string_view text) const
+    {
+        constexpr std::size_t kPiece = 1U << 14;
+        for (std::size_t at = 0; at < text.size(); at += kPiece) {
+            pollInterrupt();
+            out << text.substr(at, kPiece);
+        }
+    }
 };
 
 } // namespace kxsh

@@ -4,6 +4,7 @@
 #include "concatenation.hpp"
 #include "elementwise.hpp"
 #include "error.hpp"
+#include "freed_by.hpp"
 
 #include <fmt/format.h>
 #include <suitesparse/cs.h>
@@ -17,16 +18,8 @@ namespace kxsh {
 
 namespace {
 
-struct FreeSymbolic
-{
-    void operator()(cs_dis* symbolic) const noexcept { cs_di_sfree(symbolic); }
-};
-struct FreeNumeric
-{
-    void operator()(cs_din* numeric) const noexcept { cs_di_nfree(numeric); }
-};
-using Symbolic = std::unique_ptr<cs_dis, FreeSymbolic>;
-using Numeric = std::unique_ptr<cs_din, FreeNumeric>;
+using Symbolic = Owned<cs_dis, cs_di_sfree>;
+using Numeric = Owned<cs_din, cs_di_nfree>;
 
 /// A sparse double array as CXSparse sees it; lent, and only read.
 cs_di lent(const Value& sparse)
@@ -170,31 +163,14 @@ Value solveReal(const Value& a, const Value& b)
     return x;
 }
 
-/// One part of a complex array, zeros for a real one.
-Value part(const Value& value, bool imaginary)
-{
-    Value result = Value::full(value.rows(), value.columns());
-    const double* from = imaginary ? value.imagData<double>() : value.data<double>();
-    if (from != nullptr) {
-        std::copy_n(from, value.count(), result.data<double>());
-    }
-    return result;
-}
-
-Value sparsePart(const Value& value, bool imaginary)
-{
-    return sparseMap<std::complex<double>>(
-        value, [imaginary](std::complex<double> v, unsigned, unsigned) { return imaginary ? v.imag() : v.real(); });
-}
-
 /// A complex system as a real one of twice the size.
 Value solveComplex(const Value& a, const Value& b)
 {
-    const Value re = sparsePart(a, false);
-    const Value im = sparsePart(a, true);
+    const Value re = partOf(a, false);
+    const Value im = partOf(a, true);
     const Value minus = operate(BinaryOperator::kMultiply, Value::number(-1), im);
     const Value whole =
-        solveReal(concatenate({{re, minus}, {im, re}}), concatenate({{part(b, false)}, {part(b, true)}}));
+        solveReal(concatenate({{re, minus}, {im, re}}), concatenate({{partOf(b, false)}, {partOf(b, true)}}));
     const std::size_t n = a.columns();
     Value x = Value::full(a.columns(), b.columns(), kxDOUBLE_CLASS, kxCOMPLEX);
     for (std::size_t j = 0; j < b.columns(); ++j) {

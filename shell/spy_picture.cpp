@@ -3,13 +3,12 @@
 
 #include "error.hpp"
 #include "files.hpp"
+#include "freed_by.hpp"
 #include "interrupt.hpp"
 
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
 #include <fmt/format.h>
-
-#include <memory>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -32,16 +31,8 @@ namespace {
 constexpr int kScale = 2; // pixels of a PNG per unit of the drawing
 constexpr double kFontSize = 14;
 
-struct FreeSurface
-{
-    void operator()(cairo_surface_t* surface) const noexcept { cairo_surface_destroy(surface); }
-};
-struct FreeContext
-{
-    void operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
-};
-using Surface = std::unique_ptr<cairo_surface_t, FreeSurface>;
-using Context = std::unique_ptr<cairo_t, FreeContext>;
+using Surface = Owned<cairo_surface_t, cairo_surface_destroy>;
+using Context = Owned<cairo_t, cairo_destroy>;
 
 /// Takes the bytes of a picture; an exception must not pass through Cairo.
 cairo_status_t collect(void* bytes, const unsigned char* data, unsigned length)

@@ -1,6 +1,7 @@
 #include "terminal.hpp"
 
 #include "completion.hpp"
+#include "freed_by.hpp"
 #include "interrupt.hpp"
 
 #include <fmt/format.h>
@@ -43,16 +44,6 @@ std::filesystem::path historyPath()
     std::filesystem::create_directories(folder, error);
     return error ? std::filesystem::path() : folder / "history";
 }
-
-struct EndEditor
-{
-    void operator()(EditLine* editor) const noexcept { el_end(editor); }
-};
-
-struct EndHistory
-{
-    void operator()(History* history) const noexcept { history_end(history); }
-};
 
 /// Waits for input; false when Ctrl-C came. Only the wait itself lets the signal through, so that it is not lost
 /// between a look at the flag and the wait.
@@ -232,8 +223,8 @@ class Terminal::Editor
     }
 
     Session& session_;
-    std::unique_ptr<History, EndHistory> history_;
-    std::unique_ptr<EditLine, EndEditor> editor_;
+    Owned<History, history_end> history_;
+    Owned<EditLine, el_end> editor_;
     std::filesystem::path path_;
     bool continued_ = false;
 };

@@ -1,6 +1,7 @@
 #include "value.hpp"
 
 #include "error.hpp"
+#include "interrupt.hpp"
 
 #include <fl_except.hpp>
 
@@ -169,7 +170,17 @@ Value converted(const Value& value, kxClassID id)
 
 Value asFull(const Value& value)
 {
-    return resultOf(value, kx::kxMustBeFull(value.get()));
+    if (!value.isRange()) {
+        return resultOf(value, kx::kxMustBeFull(value.get()));
+    }
+    const RangeBounds bounds = boundsOf(value);
+    Value result = Value::full(value.rows(), value.columns());
+    auto* elements = result.data<double>();
+    for (std::size_t k = 0; k < result.count(); ++k) {
+        pollAtStep(k);
+        elements[k] = valueAt(bounds, k);
+    }
+    return result;
 }
 
 unsigned entryCount(std::uint64_t count)
