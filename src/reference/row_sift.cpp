@@ -66,29 +66,30 @@ ArrayOwner siftColumns(const Columns& a, const Ordered& rows, const Numbers& num
     const auto columnEnds = Block<unsigned>::make(countOf(columns));
     const bool sorts = rows.sources() != nullptr;
     unsigned visited = 0;
-    unsigned begin = 0; // what is found in the column at hand
-    const auto finishColumn = [&] {
+    unsigned begin = 0;                              // what is found in the column at hand
+    const auto finishColumns = [&](unsigned count) { // the one at hand, and those behind it that have nothing
         if (sorts) {
             std::sort(found.data() + begin, found.data() + found.count());
         }
         begin = found.count();
-        columnEnds[visited++] = begin;
+        std::fill_n(columnEnds.get() + visited, count, begin);
+        visited += count;
     };
     // Neighbouring columns are searched as one: between entries that are found nobody looks where columns end.
     forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
-        const unsigned* columnEnd = a.jc + first + 1;
-        const unsigned* const last = a.jc + first + length;
-        sieve.forEachFound(a.ir, a.jc[first], *last, [&](unsigned e) {
-            for (; *columnEnd <= e; ++columnEnd) {
-                finishColumn();
+        const unsigned* const ends = a.jc + first + 1;
+        unsigned column = 0;
+        sieve.forEachFound(a.ir, a.jc[first], ends[length - 1], [&](unsigned e) {
+            if (ends[column] <= e) {
+                const unsigned next = gallop(ends, column + 1, length, e + 1);
+                finishColumns(next - column);
+                column = next;
             }
             for (unsigned i = lowerBound(numbers, 0, k, a.ir[e]); i < k && numbers[i] == a.ir[e]; ++i) {
                 found.add(makeKey(rows.source(i), e));
             }
         });
-        for (; columnEnd <= last; ++columnEnd) {
-            finishColumn();
-        }
+        finishColumns(length - column);
     });
     ArrayOwner result = createLike(a, k, visited, found.count());
     const Columns out(result.get());
