@@ -1,6 +1,7 @@
 #include "assign/region.hpp"
 
 #include "assign/region_patches.hpp"
+#include "assign/region_rebuild.hpp"
 #include "core/counts.hpp"
 #include "core/row_selection.hpp"
 #include "kernels/select_loop.hpp"
@@ -129,6 +130,35 @@ void clearInOnePass(const Columns& a, const Ordered& columns, const RowSet* othe
     keepUpTo(a.n);
 }
 
+/// Fills columns that are a run by a rebuild, where it pays: most entries lie in them, and are looked at one by one in
+/// any case. Unless most of the blocks would be spare, writing once into fresh ones beats a merge aside.
+bool rebuild(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter, const FillLimits& limits)
+{
+    const Columns a(A);
+    if (b.isNothing() || filter.others() == nullptr || !region.columns.isRun() || filter.looks() <= a.nnz() / 2 ||
+        !clearsInOnePass(filter.looks(), region.rows.count(), region.columns.count())) {
+        return false;
+    }
+    const unsigned begin = a.jc[std::min(region.columns.lowest(), a.n)];
+    const unsigned end = a.jc[std::min(region.columns.highest() + 1, a.n)];
+    const std::uint64_t inColumns =
+        std::uint64_t{countSelected(a, begin, end, filter.others()->unmoved())} + region.entriesOf(b);
+    const unsigned total = checkedCount(inColumns + (a.nnz() - (end - begin)));
+    if (a.nzmax / 2 > total) {
+        return false;
+    }
+    if (inColumns > limits.mostEntries) {
+        raiseMaxSize();
+    }
+    Relay relay(A, {.capacity = limits.capacity != 0 ? limits.capacity : std::max(total, a.nzmax),
+                    .columns = std::max(region.n, a.n),
+                    .imaginaryPart = b.isComplex(),
+                    .freshBlocks = true});
+    rebuildColumns(relay, region, b, *filter.others());
+    kxSetM(A, region.m);
+    return true;
+}
+
 } // namespace
 
 void fillRegion(kxArray* A, const Region& region, const RightSide& b, const FillLimits& limits)
@@ -141,6 +171,9 @@ void fillRegion(kxArray* A, const Region& region, const RightSide& b, const Fill
         growColumns(A, region.n); // the last thing that can fail
         clearInOnePass(Columns(A), region.columns, filter.others());
         kxSetM(A, region.m);
+        return;
+    }
+    if (rebuild(A, region, b, filter, limits)) {
         return;
     }
     const RegionPatches patches(a, region, filter, b);

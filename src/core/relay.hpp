@@ -73,6 +73,15 @@ class Relay
         updateColumnStarts(Columns(target_), patches);
     }
 
+    /// For a target that is written anew: write(after) gives the fresh blocks their entries, and the column starts of
+    /// before(), which are in place and grown, their new values.
+    template <typename F>
+    void commitAnew(F&& write)
+    {
+        installBlocks();
+        write(Columns(target_));
+    }
+
     /// For a target that only grows.
     void commitGrowth()
     {

@@ -117,3 +117,18 @@ TEST(FreshTargets, TakeTheRightSideWholeWhateverItsShape)
     EXPECT_EQ(readElement(a->pr, kxDOUBLE_CLASS, 5), 6);
     EXPECT_NE(a->pr, b->pr);
 }
+
+TEST(RandomAssignment, RowsOfManyColumnsAndOfLongOnes)
+{
+    // More of both than are put together at a time.
+    for (const Storage storage : {kReal, kComplex, kLogical}) {
+        for (const auto& [m, n] : {std::pair(5U, 3000U), std::pair(3001U, 4U)}) {
+            const Model a = patterned(storage, m, n);
+            const Subscript odd = Subscript::range(1, 2, m);
+            const Storage real = {storage.classId, false};
+            EXPECT_EQ("", checkOperation(toRows(a, odd, RightSide::of(patterned(storage, m / 2 + 1, n)))));
+            EXPECT_EQ("", checkOperation(toRows(a, odd, RightSide::of(patterned(real, m / 2 + 1, n)))));
+            EXPECT_EQ("", checkOperation(toRegion(a, odd, Subscript::range(2, 1, n + 2), RightSide::scalar(1, real))));
+        }
+    }
+}
