@@ -1,6 +1,5 @@
 // Armadillo's side of a row: the views and functions that its sparse matrices have, which is not every operation.
-#include "contender.hpp"
-#include "eigen_matrix.hpp" // othersOf() and its like
+#include "peers.hpp"
 
 #include <armadillo>
 
@@ -41,7 +40,7 @@ class ArmadilloSide : public Contender
           kind_(problem_->row.operation->kind),
           I_(problem_->I),
           J_(problem_->J),
-          maskJ_(eigen::maskOf(J_)),
+          maskJ_(maskOf(J_)),
           A_(toArmadillo(problem_->A)),
           columns_(toVector(J_.values))
     {
@@ -70,7 +69,7 @@ class ArmadilloSide : public Contender
     void run() override
     {
         if (!maskJ_.empty()) {
-            eigen::findSelected(maskJ_, J_.values);
+            findSelected(maskJ_, J_.values);
             columns_ = toVector(J_.values);
         }
         isInPlace(kind_) ? change() : refer();
@@ -140,7 +139,7 @@ class ArmadilloSide : public Contender
                 const Ends J(J_);
                 return result_.shed_cols(J.first, J.last);
             }
-            result_ = Sparse(result_.cols(toVector(eigen::othersOf(J_.values, static_cast<Eigen::Index>(A_.n_cols)))));
+            result_ = Sparse(result_.cols(toVector(othersOf(J_.values, A_.n_cols))));
             return;
         case Kind::deleteRows: {
             const Ends I(I_);

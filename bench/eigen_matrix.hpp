@@ -3,7 +3,7 @@
 #ifndef ZQSP_BENCH_EIGEN_MATRIX_HPP
 #define ZQSP_BENCH_EIGEN_MATRIX_HPP
 
-#include "subscripts.hpp"
+#include "peers.hpp"
 
 #include <Eigen/SparseCore>
 
@@ -17,17 +17,6 @@ template <typename S>
 using Sparse = Eigen::SparseMatrix<S>;
 template <typename S>
 using Iterator = typename Sparse<S>::InnerIterator;
-using List = std::vector<unsigned>;
-
-template <typename S>
-S valueAt(const Matrix& matrix, std::size_t entry)
-{
-    if constexpr (std::is_same_v<S, std::complex<double>>) {
-        return {matrix.re[entry], matrix.im[entry]};
-    } else {
-        return static_cast<S>(matrix.re[entry]);
-    }
-}
 
 template <typename S>
 Sparse<S> toEigen(const Matrix& matrix)
@@ -42,59 +31,8 @@ Sparse<S> toEigen(const Matrix& matrix)
     return result;
 }
 
-/// One byte per value of the extent; empty for other forms.
-inline std::vector<char> maskOf(const Subscript& subscript)
-{
-    if (subscript.form != Subscript::Form::mask) {
-        return {};
-    }
-    std::vector<char> mask(subscript.extent);
-    for (const unsigned value : subscript.values) {
-        mask[value] = 1;
-    }
-    return mask;
-}
-
-/// Sets `values` to what the mask selects; leaves them be for an empty mask.
-inline void findSelected(const std::vector<char>& mask, List& values)
-{
-    if (mask.empty()) {
-        return;
-    }
-    values.clear();
-    for (std::size_t v = 0; v < mask.size(); ++v) {
-        if (mask[v] != 0) {
-            values.push_back(static_cast<unsigned>(v));
-        }
-    }
-}
-
-/// For each value of the extent its place in the list, the last one where it repeats; -1 where it is not there.
-inline std::vector<int> placesOf(const List& values, Eigen::Index extent)
-{
-    std::vector<int> places(static_cast<std::size_t>(extent), -1);
-    for (std::size_t k = 0; k < values.size(); ++k) {
-        places[values[k]] = static_cast<int>(k);
-    }
-    return places;
-}
-
-/// The values of the extent that are not in the list, ascending.
-inline List othersOf(const List& values, Eigen::Index extent)
-{
-    const std::vector<int> places = placesOf(values, extent);
-    List others;
-    others.reserve(places.size() - values.size());
-    for (std::size_t v = 0; v < places.size(); ++v) {
-        if (places[v] < 0) {
-            others.push_back(static_cast<unsigned>(v));
-        }
-    }
-    return others;
-}
-
 /// P with P * A = A(values,:).
-inline Eigen::PermutationMatrix<Eigen::Dynamic> permutationOf(const List& values)
+inline Eigen::PermutationMatrix<Eigen::Dynamic> permutationOf(const std::vector<unsigned>& values)
 {
     Eigen::PermutationMatrix<Eigen::Dynamic> P(static_cast<Eigen::Index>(values.size()));
     for (std::size_t k = 0; k < values.size(); ++k) {
@@ -105,7 +43,7 @@ inline Eigen::PermutationMatrix<Eigen::Dynamic> permutationOf(const List& values
 
 /// The k-by-extent matrix S with S * A = A(values,:).
 template <typename S>
-Sparse<S> selectionOf(const List& values, Eigen::Index extent)
+Sparse<S> selectionOf(const std::vector<unsigned>& values, Eigen::Index extent)
 {
     std::vector<Eigen::Triplet<S>> ones;
     ones.reserve(values.size());
@@ -126,7 +64,7 @@ void appendColumn(Sparse<S>& result, Eigen::Index to, const Sparse<S>& A, Eigen:
 }
 
 template <typename S>
-Sparse<S> columnsOf(const Sparse<S>& A, const List& J)
+Sparse<S> columnsOf(const Sparse<S>& A, const std::vector<unsigned>& J)
 {
     Sparse<S> result(A.rows(), static_cast<Eigen::Index>(J.size()));
     Eigen::Index entries = 0;
@@ -144,7 +82,7 @@ Sparse<S> columnsOf(const Sparse<S>& A, const List& J)
 
 /// The rows of an ascending list.
 template <typename S>
-Sparse<S> ascendingRowsOf(const Sparse<S>& A, const List& I)
+Sparse<S> ascendingRowsOf(const Sparse<S>& A, const std::vector<unsigned>& I)
 {
     const std::vector<int> places = placesOf(I, A.rows());
     Sparse<S> result(static_cast<Eigen::Index>(I.size()), A.cols());
@@ -179,7 +117,7 @@ Sparse<S> rowsOf(const Sparse<S>& A, const Subscript& I)
 
 /// A(K) of the cells (i,j), as a column.
 template <typename S>
-Sparse<S> elementsOf(const Sparse<S>& A, const List& i, const List& j)
+Sparse<S> elementsOf(const Sparse<S>& A, const std::vector<unsigned>& i, const std::vector<unsigned>& j)
 {
     Sparse<S> result(static_cast<Eigen::Index>(i.size()), 1);
     result.startVec(0);

@@ -274,15 +274,7 @@ bool hasEigen(const Row& row)
 
 ContenderOwner makeEigen(std::shared_ptr<const Problem> problem)
 {
-    switch (problem->row.values) {
-    case Values::complex:
-        return std::make_unique<EigenSide<std::complex<double>>>(std::move(problem));
-    case Values::logical:
-        return std::make_unique<EigenSide<unsigned char>>(std::move(problem));
-    case Values::real:
-        break;
-    }
-    return std::make_unique<EigenSide<double>>(std::move(problem));
+    return makePeer<EigenSide>(std::move(problem));
 }
 
 } // namespace zqsp::bench

@@ -1,7 +1,6 @@
 // SuiteSparse:GraphBLAS's side of a row: one thread, matrices by column; what it puts off is done within the timed
 // call.
-#include "contender.hpp"
-#include "eigen_matrix.hpp" // othersOf(), maskOf() and their like
+#include "peers.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -115,7 +114,7 @@ Handle toGraphblas(const Matrix& matrix)
     std::copy(matrix.jc.begin(), matrix.jc.end(), starts);
     std::copy(matrix.ir.begin(), matrix.ir.end(), rows);
     for (std::size_t e = 0; e < matrix.entries(); ++e) {
-        values[e] = eigen::valueAt<S>(matrix, e);
+        values[e] = valueAt<S>(matrix, e);
     }
     return pack(matrix.m, matrix.n, starts, rows, values);
 }
@@ -135,7 +134,7 @@ class Indices
 {
   public:
     Indices() = default;
-    explicit Indices(const Subscript& subscript) : mask_(eigen::maskOf(subscript)), size_(subscript.values.size())
+    explicit Indices(const Subscript& subscript) : mask_(maskOf(subscript)), size_(subscript.values.size())
     {
         const std::vector<unsigned>& values = subscript.values;
         if (subscript.form == Subscript::Form::colon) {
@@ -300,11 +299,11 @@ class GraphblasSide : public Contender
         case Kind::reshape:
             return require(GxB_Matrix_reshape(result_.get(), true, m_ / 2, n_ * 2, nullptr));
         case Kind::deleteColumns: {
-            const Indices others(eigen::othersOf(problem_->J.values, static_cast<Eigen::Index>(n_)));
+            const Indices others(othersOf(problem_->J.values, n_));
             return extract(result_.get(), GrB_ALL, m_, m_, others.list(), others.count(), others.size());
         }
         case Kind::deleteRows: {
-            const Indices others(eigen::othersOf(problem_->I.values, static_cast<Eigen::Index>(m_)));
+            const Indices others(othersOf(problem_->I.values, m_));
             return extract(result_.get(), others.list(), others.count(), others.size(), GrB_ALL, n_, n_);
         }
         case Kind::setColumns:
@@ -416,15 +415,7 @@ bool hasGraphblas(const Row& row)
 ContenderOwner makeGraphblas(std::shared_ptr<const Problem> problem)
 {
     start();
-    switch (problem->row.values) {
-    case Values::complex:
-        return std::make_unique<GraphblasSide<std::complex<double>>>(std::move(problem));
-    case Values::logical:
-        return std::make_unique<GraphblasSide<unsigned char>>(std::move(problem));
-    case Values::real:
-        break;
-    }
-    return std::make_unique<GraphblasSide<double>>(std::move(problem));
+    return makePeer<GraphblasSide>(std::move(problem));
 }
 
 } // namespace zqsp::bench

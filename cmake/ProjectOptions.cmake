@@ -18,6 +18,8 @@ function(zqsp_configure_target target)
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+  # Where multiplying and adding is one instruction, ranges would have other values than elsewhere.
+  target_compile_options(${target} PRIVATE -ffp-contract=off)
   # Embedded in a project that says nothing of it, the library is optimised all the same.
   if(NOT PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES
      AND NOT CMAKE_CXX_FLAGS MATCHES "-O")
