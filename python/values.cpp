@@ -139,6 +139,14 @@ std::optional<Values> sparseValues(const py::object& value, const Selection& sel
 std::optional<Values> valuesFor(const py::object& value, const Selection& selection, const Elements& elements,
                                 bool byRows, std::size_t already)
 {
+    if (PyFloat_Check(value.ptr()) && elements.id == kxDOUBLE_CLASS && elements.complexity == kxREAL) {
+        if (selection.rows * selection.columns == 0) {
+            return {};
+        }
+        Values made{Array(kx::kxCreateDoubleMatrix(1, 1, kxREAL)), {}};
+        *static_cast<double*>(made.array->pr) = PyFloat_AS_DOUBLE(value.ptr());
+        return made;
+    }
     const bool element = selection.form == Selection::Form::element;
     if (!element && isScipySparse(value)) {
         return sparseValues(value, selection, elements, byRows, already);
