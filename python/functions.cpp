@@ -226,12 +226,16 @@ py::object deleted(const py::object& matrix, const py::object& key)
     const Elements elements = movableElements(source->data.dtype());
     Subscripts subscripts = erasedBy(selectionOf(key, source->rows, source->columns, Use::reading),
                                      sizeOf(source->storedRows()), source->byRows);
-    const bool ofColumns = subscripts.first->is_colon_index();
-    Array& named = ofColumns ? subscripts.second : subscripts.first;
-    named = allBut(named, sizeOf(ofColumns ? source->storedColumns() : source->storedRows()));
-    const Operand lent = lentArray(*source, elements);
-    Array kept = reference(lent.array.get(), subscripts);
-    return answer(toScipy(std::move(kept), elements, py::type::of(matrix), source->byRows, source->data));
+    Array target;
+    if (subscripts.first->is_colon_index()) { // of stored columns, what stays is copied at once
+        subscripts.second = allBut(subscripts.second, sizeOf(source->storedColumns()));
+        const Operand lent = lentArray(*source, elements);
+        target = reference(lent.array.get(), subscripts);
+    } else {
+        target = ownedArray(*source, elements);
+        erase(target.get(), subscripts);
+    }
+    return answer(toScipy(std::move(target), elements, py::type::of(matrix), source->byRows, source->data));
 }
 
 py::object reshaped(const py::object& matrix, std::pair<py::ssize_t, py::ssize_t> shape, bool byColumns)

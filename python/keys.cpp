@@ -87,15 +87,16 @@ Index fromMask(const py::array& key, const Axis& axis)
     Index index;
     index.kind = Index::Kind::mask;
     index.dimensions = 1;
-    const unsigned dims[2] = {1, sizeOf(std::max<py::ssize_t>(mask.size(), axis.extent))};
+    const py::ssize_t size = mask.size(); // a product, which the loops are not to form again at each byte
+    const unsigned dims[2] = {1, sizeOf(std::max<py::ssize_t>(size, axis.extent))};
     index.words = Array(kx::kxCreateNumericArray(2, dims, kxLOGICAL_CLASS, kxREAL));
     auto* to = static_cast<unsigned char*>(index.words->pr);
     const auto* from = reinterpret_cast<const unsigned char*>(mask.data());
-    for (py::ssize_t k = 0; k < mask.size(); ++k) {
+    for (py::ssize_t k = 0; k < size; ++k) {
         to[k] = from[k] != 0 ? 1 : 0;
     }
-    index.count = countSet(to, mask.size());
-    for (py::ssize_t k = axis.extent; k < mask.size(); ++k) {
+    index.count = countSet(to, size);
+    for (py::ssize_t k = axis.extent; k < size; ++k) {
         if (to[k] != 0) {
             raiseOutside(std::to_string(k), axis);
         }

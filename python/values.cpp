@@ -31,8 +31,9 @@ Array numberedArray(const py::array& values, unsigned m, unsigned n, std::size_t
 {
     Array array = newWords(m, n);
     const py::array_t<bool, py::array::f_style | py::array::forcecast> stored(values.attr("__ne__")(0));
-    for (py::ssize_t k = 0; k < values.size(); ++k) {
-        wordsOf(array)[k] = stored.data()[k] ? static_cast<unsigned>(already + static_cast<std::size_t>(k)) + 1U : 0U;
+    const bool* isStored = stored.data();
+    for (py::ssize_t k = 0, size = values.size(); k < size; ++k) {
+        wordsOf(array)[k] = isStored[k] ? static_cast<unsigned>(already + static_cast<std::size_t>(k)) + 1U : 0U;
     }
     return array;
 }
