@@ -49,6 +49,23 @@ py::array joined(const kxArray* array, std::size_t count)
     return values;
 }
 
+/// A NumPy scalar with these bytes, by the function of NumPy's C interface that pybind11 does not show. Its place in
+/// the table is part of NumPy's binary interface.
+py::object numpyScalar(void* bytes, const py::dtype& dtype)
+{
+    using Make = PyObject* (*)(void* data, PyObject* descriptor, PyObject* base);
+    constexpr std::size_t kPyArrayScalar = 60;
+    static const auto make = [] {
+        const py::object table = py::module_::import("numpy.core.multiarray").attr("_ARRAY_API");
+        return reinterpret_cast<Make>(static_cast<void**>(PyCapsule_GetPointer(table.ptr(), nullptr))[kPyArrayScalar]);
+    }();
+    auto made = py::reinterpret_steal<py::object>(make(bytes, dtype.ptr(), nullptr));
+    if (!made) {
+        throw py::error_already_set();
+    }
+    return made;
+}
+
 /// The numbered values, one after another.
 py::array collected(const unsigned* numbers, std::size_t count, const Elements& elements, const py::array& from)
 {
@@ -139,23 +156,22 @@ void storeValues(const void* from, std::size_t count, const Elements& elements, 
 
 py::object scalarOf(const kxArray* array, bool stored, const Elements& elements, const py::array& numbered)
 {
-    // A NumPy scalar is made out of the bytes of an array of no dimensions.
-    py::array value(elements.dtype, std::vector<py::ssize_t>());
-    void* to = value.mutable_data();
-    std::memset(to, 0, static_cast<std::size_t>(elements.dtype.itemsize()));
+    constexpr std::size_t kLargest = 32; // bytes, of a complex number of two long doubles
+    const auto size = static_cast<std::size_t>(elements.dtype.itemsize());
+    alignas(kLargest) std::byte value[kLargest] = {};
     if (stored && elements.complexity == kxCOMPLEX) {
         const double* im = static_cast<const double*>(array->pi);
-        *static_cast<Complex*>(to) = {*static_cast<const double*>(array->pr), im == nullptr ? 0.0 : *im};
+        const Complex joint(*static_cast<const double*>(array->pr), im == nullptr ? 0.0 : *im);
+        std::memcpy(value, &joint, sizeof joint);
     } else if (stored) {
-        const void* from = array->pr;
+        const auto* from = static_cast<const std::byte*>(array->pr);
         if (elements.numbered) {
             from = static_cast<const std::byte*>(numbered.data()) +
-                   (*static_cast<const unsigned*>(array->pr) - std::size_t{1}) *
-                       static_cast<std::size_t>(elements.dtype.itemsize());
+                   (*static_cast<const unsigned*>(array->pr) - std::size_t{1}) * size;
         }
-        std::memcpy(to, from, static_cast<std::size_t>(elements.dtype.itemsize()));
+        std::memcpy(value, from, size);
     }
-    return value[py::tuple()];
+    return numpyScalar(value, elements.dtype);
 }
 
 } // namespace zqsp::python

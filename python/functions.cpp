@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -166,6 +167,19 @@ std::optional<std::vector<unsigned>> storedPlaces(const Compressed& source, cons
     return places;
 }
 
+/// The mask of `extent` elements that the words do not name.
+Array allBut(const Array& words, unsigned extent)
+{
+    const unsigned dims[2] = {1, extent};
+    Array mask(kx::kxCreateNumericArray(2, dims, kxLOGICAL_CLASS, kxREAL));
+    auto* kept = static_cast<unsigned char*>(mask->pr);
+    std::fill_n(kept, extent, static_cast<unsigned char>(1));
+    for (const unsigned word : std::span(wordsOf(words), kx::kxGetNumberOfElements(words.get()))) {
+        kept[word - 1] = 0;
+    }
+    return mask;
+}
+
 /// Values, or the one value, to entries.
 void overwrite(py::array data, const std::vector<unsigned>& places, const py::array& values)
 {
@@ -210,10 +224,17 @@ py::object deleted(const py::object& matrix, const py::object& key)
         return notImplemented();
     }
     const Elements elements = movableElements(source->data.dtype());
-    const Subscripts subscripts = erasedBy(selectionOf(key, source->rows, source->columns, Use::reading),
-                                           sizeOf(source->storedRows()), source->byRows);
-    Array target = ownedArray(*source, elements);
-    erase(target.get(), subscripts);
+    Subscripts subscripts = erasedBy(selectionOf(key, source->rows, source->columns, Use::reading),
+                                     sizeOf(source->storedRows()), source->byRows);
+    Array target;
+    if (subscripts.first->is_colon_index()) { // of stored columns, what stays is copied at once
+        subscripts.second = allBut(subscripts.second, sizeOf(source->storedColumns()));
+        const Operand lent = lentArray(*source, elements);
+        target = reference(lent.array.get(), subscripts);
+    } else {
+        target = ownedArray(*source, elements);
+        erase(target.get(), subscripts);
+    }
     return answer(toScipy(std::move(target), elements, py::type::of(matrix), source->byRows, source->data));
 }
 

@@ -87,15 +87,16 @@ Index fromMask(const py::array& key, const Axis& axis)
     Index index;
     index.kind = Index::Kind::mask;
     index.dimensions = 1;
-    const unsigned dims[2] = {1, sizeOf(std::max<py::ssize_t>(mask.size(), axis.extent))};
+    const py::ssize_t size = mask.size(); // a product, which the loops are not to form again at each byte
+    const unsigned dims[2] = {1, sizeOf(std::max<py::ssize_t>(size, axis.extent))};
     index.words = Array(kx::kxCreateNumericArray(2, dims, kxLOGICAL_CLASS, kxREAL));
     auto* to = static_cast<unsigned char*>(index.words->pr);
     const auto* from = reinterpret_cast<const unsigned char*>(mask.data());
-    for (py::ssize_t k = 0; k < mask.size(); ++k) {
+    for (py::ssize_t k = 0; k < size; ++k) {
         to[k] = from[k] != 0 ? 1 : 0;
     }
-    index.count = countSet(to, mask.size());
-    for (py::ssize_t k = axis.extent; k < mask.size(); ++k) {
+    index.count = countSet(to, size);
+    for (py::ssize_t k = axis.extent; k < size; ++k) {
         if (to[k] != 0) {
             raiseOutside(std::to_string(k), axis);
         }
@@ -187,29 +188,29 @@ py::slice everything()
 /// A key with every ellipsis replaced, as SciPy does it.
 py::object withoutEllipsis(const py::object& key)
 {
-    const py::slice all = everything();
-    if (key.is(py::ellipsis())) {
-        return py::make_tuple(all, all);
+    if (key.is(py::handle(Py_Ellipsis))) {
+        return py::make_tuple(everything(), everything());
     }
     if (!PyTuple_Check(key.ptr())) {
         return key;
     }
     const auto keys = py::reinterpret_borrow<py::tuple>(key);
+    const auto isEllipsis = [](const py::handle& item) { return item.is(py::handle(Py_Ellipsis)); };
+    if (std::none_of(keys.begin(), keys.end(), isEllipsis)) {
+        return key;
+    }
     py::list before;
     py::list after;
     bool seen = false;
     for (const py::handle& item : keys) {
-        if (item.is(py::ellipsis())) {
+        if (isEllipsis(item)) {
             seen = true;
         } else {
             (seen ? after : before).append(item);
         }
     }
-    if (!seen) {
-        return key;
-    }
     for (auto missing = static_cast<py::ssize_t>(before.size() + after.size()); missing < 2; ++missing) {
-        before.append(all);
+        before.append(everything());
     }
     return py::tuple(before + after);
 }
@@ -293,7 +294,7 @@ void arrange(Selection& selection, Use use)
 
 bool isScipySparse(const py::handle& object)
 {
-    if (py::isinstance<py::array>(object)) {
+    if (py::isinstance<py::array>(object) || PyFloat_Check(object.ptr()) || PyLong_Check(object.ptr())) {
         return false;
     }
     static const auto* issparse = new py::object(py::module_::import("scipy.sparse").attr("issparse"));
@@ -370,13 +371,12 @@ Selection selectionOf(const py::object& given, py::ssize_t rows, py::ssize_t col
     };
 
     const py::object key = withoutEllipsis(given);
-    const py::slice all = everything();
     if (PyTuple_Check(key.ptr())) {
         const auto keys = py::reinterpret_borrow<py::tuple>(key);
         if (keys.size() == 2) {
             arrangeTwo(keys[0], keys[1]);
         } else if (keys.size() == 1) {
-            arrangeTwo(keys[0], all);
+            arrangeTwo(keys[0], everything());
         } else {
             throw py::index_error("a matrix takes one subscript or two, not " + std::to_string(keys.size()));
         }
@@ -392,11 +392,11 @@ Selection selectionOf(const py::object& given, py::ssize_t rows, py::ssize_t col
             return selection;
         }
         if (!sparse && array.ndim() != 0) {
-            arrangeTwo(array, all);
+            arrangeTwo(array, everything());
             return selection;
         }
     }
-    arrangeTwo(key, all);
+    arrangeTwo(key, everything());
     return selection;
 }
 

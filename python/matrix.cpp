@@ -84,8 +84,11 @@ class Matrix::Changing
 Matrix::Matrix()
     : array_(kx::kxCreateSparseNumericMatrix(0, 0, 0, kxDOUBLE_CLASS, kxREAL)),
       lender_(py::none()),
-      elements_(elementsOf(py::dtype::of<double>())),
-      kind_(scipyKind("csc_matrix"))
+      elements_{py::dtype::of<double>()},
+      kind_([] {
+          static const auto* usual = new py::object(scipyKind("csc_matrix"));
+          return *usual;
+      }())
 {
 }
 

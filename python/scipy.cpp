@@ -53,6 +53,9 @@ py::array arrayAttribute(const py::object& object, const py::object& own, py::ha
 /// As 32-bit words; ValueError where they do not fit.
 Words wordsFrom(const py::array& values)
 {
+    if (Words::check_(values)) {
+        return py::reinterpret_borrow<Words>(values);
+    }
     Words words(values);
     if (!words.is(values) && values.itemsize() > 4) {
         static const auto* equal = new py::object(py::module_::import("numpy").attr("array_equal"));
@@ -171,8 +174,11 @@ std::optional<Compressed> compressed(const py::object& matrix)
     static const py::handle names[] = {interned("format"), interned("data"), interned("indices"), interned("indptr"),
                                        interned("_shape"), interned("csc"),  interned("csr")};
     const py::object format = matrix.attr(names[0]);
-    const bool byRows = PyUnicode_Compare(format.ptr(), names[6].ptr()) == 0;
-    if (!byRows && PyUnicode_Compare(format.ptr(), names[5].ptr()) != 0) {
+    const auto isFormat = [&](py::handle name) {
+        return format.is(name) || PyUnicode_Compare(format.ptr(), name.ptr()) == 0;
+    };
+    const bool byRows = isFormat(names[6]);
+    if (!byRows && !isFormat(names[5])) {
         return {};
     }
     const py::object own = dictionaryOf(matrix);

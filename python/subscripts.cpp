@@ -108,8 +108,9 @@ Array maskOf(const py::array& key, const Axis& axis)
     const unsigned dims[2] = {sizeOf(rows), sizeOf(columns)};
     Array array(kx::kxCreateNumericArray(2, dims, kxLOGICAL_CLASS, kxREAL));
     const auto* from = reinterpret_cast<const unsigned char*>(mask.data());
-    for (py::ssize_t k = 0; k < mask.size(); ++k) {
-        static_cast<unsigned char*>(array->pr)[k] = from[k] != 0 ? 1 : 0; // NumPy takes any byte for true
+    auto* to = static_cast<unsigned char*>(array->pr);
+    for (py::ssize_t k = 0, size = mask.size(); k < size; ++k) {
+        to[k] = from[k] != 0 ? 1 : 0; // NumPy takes any byte for true
     }
     return array;
 }

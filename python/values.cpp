@@ -31,8 +31,9 @@ Array numberedArray(const py::array& values, unsigned m, unsigned n, std::size_t
 {
     Array array = newWords(m, n);
     const py::array_t<bool, py::array::f_style | py::array::forcecast> stored(values.attr("__ne__")(0));
-    for (py::ssize_t k = 0; k < values.size(); ++k) {
-        wordsOf(array)[k] = stored.data()[k] ? static_cast<unsigned>(already + static_cast<std::size_t>(k)) + 1U : 0U;
+    const bool* isStored = stored.data();
+    for (py::ssize_t k = 0, size = values.size(); k < size; ++k) {
+        wordsOf(array)[k] = isStored[k] ? static_cast<unsigned>(already + static_cast<std::size_t>(k)) + 1U : 0U;
     }
     return array;
 }
@@ -139,6 +140,14 @@ std::optional<Values> sparseValues(const py::object& value, const Selection& sel
 std::optional<Values> valuesFor(const py::object& value, const Selection& selection, const Elements& elements,
                                 bool byRows, std::size_t already)
 {
+    if (PyFloat_Check(value.ptr()) && elements.id == kxDOUBLE_CLASS && elements.complexity == kxREAL) {
+        if (selection.rows * selection.columns == 0) {
+            return {};
+        }
+        Values made{Array(kx::kxCreateDoubleMatrix(1, 1, kxREAL)), {}};
+        *static_cast<double*>(made.array->pr) = PyFloat_AS_DOUBLE(value.ptr());
+        return made;
+    }
     const bool element = selection.form == Selection::Form::element;
     if (!element && isScipySparse(value)) {
         return sparseValues(value, selection, elements, byRows, already);

@@ -48,20 +48,25 @@ ArrayOwner newFullBy(BlockMaker makeBlock, std::span<const unsigned> dims, kxCla
     return made;
 }
 
-} // namespace
-
-void requireElementCount(std::span<const unsigned> dims)
+[[noreturn, gnu::cold, gnu::noinline]] void raiseAboveMost(std::span<const unsigned> dims, unsigned most)
 {
-    const unsigned most = matrix::detail::noninlined::kx_array_api::kxGetMaxNumberOfElements();
-    if (productOf(dims) <= most) {
-        return;
-    }
     std::string shape = std::to_string(dims[0]);
     for (const unsigned dim : dims.subspan(1)) {
         shape += "-by-" + std::to_string(dim);
     }
     raiseSizeLimit("A full array of " + shape + " elements is above the largest number of elements, " +
                    std::to_string(most) + ".");
+}
+
+} // namespace
+
+void requireElementCount(std::span<const unsigned> dims)
+{
+    const unsigned most = matrix::detail::noninlined::kx_array_api::kxGetMaxNumberOfElements();
+    if ((dims.size() == 2 ? std::uint64_t{dims[0]} * dims[1] : productOf(dims)) <= most) {
+        return;
+    }
+    raiseAboveMost(dims, most);
 }
 
 ArrayOwner newFull(std::span<const unsigned> dims, kxClassID id, kxComplexity complexity)
