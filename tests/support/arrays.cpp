@@ -1,47 +1,24 @@
 #include "support/arrays.hpp"
 
+#include <elements.hpp>
+
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <ostream>
-#include <stdexcept>
 
 namespace zqsp::test {
 
 namespace {
 
-/// Calls f(T{}) with the C++ type of the class.
+/// Calls f(T{}) with the C++ type of the class, for which the runtime is asked.
 template <typename F>
 auto withType(kxClassID id, F&& f)
 {
-    switch (id) {
-    case kxLOGICAL_CLASS:
-    case kxUINT8_CLASS:
-        return f(std::uint8_t{});
-    case kxCHAR_CLASS:
-    case kxUINT16_CLASS:
-        return f(std::uint16_t{});
-    case kxDOUBLE_CLASS:
-        return f(double{});
-    case kxSINGLE_CLASS:
-        return f(float{});
-    case kxINT8_CLASS:
-        return f(std::int8_t{});
-    case kxINT16_CLASS:
-        return f(std::int16_t{});
-    case kxINT32_CLASS:
-        return f(std::int32_t{});
-    case kxUINT32_CLASS:
-        return f(std::uint32_t{});
-    case kxINT64_CLASS:
-        return f(std::int64_t{});
-    case kxUINT64_CLASS:
-        return f(std::uint64_t{});
-    case kxUNKNOWN_CLASS:
-        break;
-    }
-    throw std::invalid_argument("a class without elements");
+    return kxrt::withElementType(id, [&](auto type) {
+        using T = typename decltype(type)::type;
+        return f(std::conditional_t<std::is_arithmetic_v<T>, T, std::uint8_t>{}); // a logical is no number there
+    });
 }
 
 const char* nameOfClass(kxClassID id)
