@@ -5,6 +5,7 @@
 #include "errors.hpp"
 
 #include <kx_array.hpp>
+#include <kx_element_types.hpp>
 
 #include <array>
 #include <cstddef>
@@ -82,31 +83,7 @@ inline void requireKnownClass(kxClassID id)
 template <typename Function>
 decltype(auto) withElementType(kxClassID id, Function&& f)
 {
-    switch (id) {
-    case kxLOGICAL_CLASS:
-        return f(std::type_identity<Logical>{});
-    case kxSINGLE_CLASS:
-        return f(std::type_identity<float>{});
-    case kxINT8_CLASS:
-        return f(std::type_identity<std::int8_t>{});
-    case kxUINT8_CLASS:
-        return f(std::type_identity<std::uint8_t>{});
-    case kxINT16_CLASS:
-        return f(std::type_identity<std::int16_t>{});
-    case kxCHAR_CLASS:
-    case kxUINT16_CLASS:
-        return f(std::type_identity<std::uint16_t>{});
-    case kxINT32_CLASS:
-        return f(std::type_identity<std::int32_t>{});
-    case kxUINT32_CLASS:
-        return f(std::type_identity<std::uint32_t>{});
-    case kxINT64_CLASS:
-        return f(std::type_identity<std::int64_t>{});
-    case kxUINT64_CLASS:
-        return f(std::type_identity<std::uint64_t>{});
-    default:
-        return f(std::type_identity<double>{});
-    }
+    return kxWithElementType<Logical, std::uint16_t>(id, f);
 }
 
 /// f(std::type_identity<T>{}) with an unsigned type as wide as an element, where only its bytes matter.

@@ -2,6 +2,7 @@
 #ifndef KXSH_VALUE_HPP
 #define KXSH_VALUE_HPP
 
+#include <kx_element_types.hpp>
 #include <kx_runtime.hpp>
 
 #include <cstddef>
@@ -115,36 +116,11 @@ unsigned entryCount(std::uint64_t count);
 void trimEntries(Value& sparse, unsigned count);
 Value asSparse(const Value& value);
 
-/// Calls f(std::type_identity<T>{}) with the element type of a class (bytes for logical, char16_t for char).
+/// Calls f(std::type_identity<T>{}) with the element type of a class.
 template <typename F>
 decltype(auto) withElementType(kxClassID id, F&& f)
 {
-    switch (id) {
-    case kxLOGICAL_CLASS:
-        return f(std::type_identity<bool>{});
-    case kxCHAR_CLASS:
-        return f(std::type_identity<char16_t>{});
-    case kxSINGLE_CLASS:
-        return f(std::type_identity<float>{});
-    case kxINT8_CLASS:
-        return f(std::type_identity<std::int8_t>{});
-    case kxUINT8_CLASS:
-        return f(std::type_identity<std::uint8_t>{});
-    case kxINT16_CLASS:
-        return f(std::type_identity<std::int16_t>{});
-    case kxUINT16_CLASS:
-        return f(std::type_identity<std::uint16_t>{});
-    case kxINT32_CLASS:
-        return f(std::type_identity<std::int32_t>{});
-    case kxUINT32_CLASS:
-        return f(std::type_identity<std::uint32_t>{});
-    case kxINT64_CLASS:
-        return f(std::type_identity<std::int64_t>{});
-    case kxUINT64_CLASS:
-        return f(std::type_identity<std::uint64_t>{});
-    default:
-        return f(std::type_identity<double>{});
-    }
+    return kxWithElementType<bool, char16_t>(id, f);
 }
 
 std::string utf8Of(const std::u16string& text);

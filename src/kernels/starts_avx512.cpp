@@ -7,6 +7,8 @@
 
 namespace zqsp::avx512 {
 
+namespace {
+
 ZQSP_AVX512 void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
 {
     // The columns with entries are marked in a table; from sixteen marks at a time follow sixteen starts. How many
@@ -37,6 +39,13 @@ ZQSP_AVX512 void writeStarts(const unsigned* columns, unsigned count, unsigned l
         written += kColumns;
     }
     portable::writeStartsFrom(written, entry, columns, count, length, starts);
+}
+
+} // namespace
+
+void setStarts(Kernels& table)
+{
+    table.writeStarts = writeStarts;
 }
 
 } // namespace zqsp::avx512

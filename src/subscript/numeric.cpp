@@ -3,6 +3,8 @@
 #include "kernels/kernels.hpp"
 #include "subscript/convert.hpp"
 
+#include <kx_element_types.hpp>
+
 #include <algorithm>
 #include <concepts>
 #include <cstdint>
@@ -124,30 +126,9 @@ std::optional<double> storeAll(const T* values, unsigned count, const ValueRules
 template <typename F>
 auto withNumbers(const kxArray* numbers, F&& f)
 {
-    const void* data = numbers->pr;
-    switch (classOf(numbers)) {
-    case kxCHAR_CLASS:
-    case kxUINT16_CLASS:
-        return f(static_cast<const std::uint16_t*>(data));
-    case kxSINGLE_CLASS:
-        return f(static_cast<const float*>(data));
-    case kxINT8_CLASS:
-        return f(static_cast<const std::int8_t*>(data));
-    case kxUINT8_CLASS:
-        return f(static_cast<const std::uint8_t*>(data));
-    case kxINT16_CLASS:
-        return f(static_cast<const std::int16_t*>(data));
-    case kxINT32_CLASS:
-        return f(static_cast<const std::int32_t*>(data));
-    case kxUINT32_CLASS:
-        return f(static_cast<const std::uint32_t*>(data));
-    case kxINT64_CLASS:
-        return f(static_cast<const std::int64_t*>(data));
-    case kxUINT64_CLASS:
-        return f(static_cast<const std::uint64_t*>(data));
-    default:
-        return f(static_cast<const double*>(data));
-    }
+    return kxWithElementType<std::uint8_t, std::uint16_t>(classOf(numbers), [&]<typename T>(std::type_identity<T>) {
+        return f(static_cast<const T*>(static_cast<const void*>(numbers->pr)));
+    });
 }
 
 bool isConvertible(kxClassID id)

@@ -1,4 +1,4 @@
-// The loops over entries, each table's against the model.
+// The loops over entries, each table's against the portable one.
 #include "kernels/random_input.hpp"
 
 #include <optional>
@@ -79,7 +79,7 @@ TEST_P(KernelTableOfEntries, CountsSelected)
             const Guarded rows(words(length, m), edge());
             const RowChoice choice = anyChoice(set.data(), m);
             EXPECT_EQ(table().countSelected(rows.data(), length, choice),
-                      modelTable.countSelected(rows.data(), length, choice));
+                      portable().countSelected(rows.data(), length, choice));
         }
     });
 }
@@ -150,12 +150,12 @@ TEST_P(KernelTableOfEntries, MovesSelected)
             move.jc.front() = begin;
             unsigned writable = last;
             if (!inPlace) {
-                const unsigned selected = modelTable.countSelected(move.from.ir.data() + begin, length, move.choice);
+                const unsigned selected = portable().countSelected(move.from.ir.data() + begin, length, move.choice);
                 const unsigned spare = oneIn(3) ? 0 : draw(oneIn(2) ? 20 : length + 40);
                 move.fresh = contents(move.at + selected + spare, m, elementSize, isComplex);
                 writable = std::min(move.at + length + kKernelSlack, move.at + selected + spare);
             }
-            const Move::Outcome expected = move.by(modelTable);
+            const Move::Outcome expected = move.by(portable());
             const Move::Outcome found = move.by(table());
             EXPECT_EQ(found.end, expected.end);
             EXPECT_EQ(found.ends, expected.ends);
@@ -191,7 +191,7 @@ TEST_P(KernelTableOfEntries, ClosesUp)
                 }
                 return std::pair{blocks.contents(), kept};
             };
-            const auto [expected, end] = closeUp(modelTable, count + 1);
+            const auto [expected, end] = closeUp(portable(), count + 1);
             const auto [found, foundEnd] = closeUp(table(), block);
             EXPECT_EQ(foundEnd, end);
             EXPECT_TRUE(found.agrees(expected, end, count)) << "element size " << elementSize << isComplex;

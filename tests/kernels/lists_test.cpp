@@ -1,4 +1,4 @@
-// The loops over numbers, rows and positions, each table's against the model.
+// The loops over numbers, rows and positions, each table's against the portable one.
 #include "kernels/random_input.hpp"
 
 #include <cmath>
@@ -26,7 +26,7 @@ TEST_P(KernelTable, StoresIndices)
             }
             const Guarded from(values, edge());
             Words expected(length);
-            const bool good = modelTable.storeIndices(from.data(), length, highest, expected.data());
+            const bool good = portable().storeIndices(from.data(), length, highest, expected.data());
             const Guarded to(Words(length), edge());
             EXPECT_EQ(table().storeIndices(from.data(), length, highest, to.data()), good);
             if (good) {
@@ -49,7 +49,7 @@ TEST_P(KernelTable, LearnsSteps)
             }
             const Guarded all(indices, edge());
             const Steps steps = table().stepsTo(all.data() + 1, length, expected);
-            const Steps expectedSteps = modelTable.stepsTo(all.data() + 1, length, expected);
+            const Steps expectedSteps = portable().stepsTo(all.data() + 1, length, expected);
             EXPECT_EQ(steps.fall, expectedSteps.fall);
             EXPECT_EQ(steps.rise, expectedSteps.rise);
             EXPECT_EQ(steps.irregular, expectedSteps.irregular);
@@ -67,7 +67,7 @@ TEST_P(KernelTable, RanksRows)
         const Guarded from(rows, edge());
         const Guarded ranks(Words(length), edge());
         Words expected(length);
-        modelTable.rankRows(rows.data(), length, expected.data());
+        portable().rankRows(rows.data(), length, expected.data());
         table().rankRows(from.data(), length, ranks.data());
         EXPECT_EQ(ranks.values(), expected);
         EXPECT_TRUE(std::equal(rows.begin(), rows.end() - kKernelSlack, from.data()));
@@ -87,7 +87,7 @@ TEST_P(KernelTable, SiftsRows)
             const Guarded ir(words(begin + length, m), edge());
             Words expected(length);
             const unsigned count =
-                modelTable.siftRows(set.data(), nullptr, ir.data(), begin, begin + length, expected.data());
+                portable().siftRows(set.data(), nullptr, ir.data(), begin, begin + length, expected.data());
             expected.resize(count);
             const Guarded found(Words(std::min(count + kKernelSlack, length)), edge());
             ASSERT_EQ(
@@ -110,7 +110,7 @@ TEST_P(KernelTable, Intersects)
         Words expectedSecond(second.size());
         const auto firstCount = static_cast<unsigned>(first.size());
         const auto secondCount = static_cast<unsigned>(second.size());
-        const unsigned count = modelTable
+        const unsigned count = portable()
                                    .intersect(first.data(), firstCount, second.data(), secondCount,
                                               expectedFirst.data(), expectedSecond.data())
                                    .count;
@@ -152,7 +152,7 @@ TEST_P(KernelTable, WritesStarts)
             const auto count = static_cast<unsigned>(columns.values().size());
             const Guarded starts(Words(length + 1), edge());
             Words expected(length + 1);
-            modelTable.writeStarts(columns.data(), count, length, expected.data());
+            portable().writeStarts(columns.data(), count, length, expected.data());
             table().writeStarts(columns.data(), count, length, starts.data());
             ASSERT_EQ(starts.values(), expected);
         }

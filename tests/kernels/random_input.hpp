@@ -18,6 +18,7 @@ class KernelTable : public ::testing::TestWithParam<const Kernels*>
 {
   protected:
     [[nodiscard]] static const Kernels& table() { return *GetParam(); }
+    [[nodiscard]] static const Kernels& portable() { return *testedTables().back(); }
 
     /// 0 .. below-1.
     unsigned draw(unsigned below) { return std::uniform_int_distribution<unsigned>(0, below - 1)(random_); }

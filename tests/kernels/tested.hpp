@@ -1,4 +1,4 @@
-// The tables of loops that a program of these tests compares, and the model that it compares them with.
+// The tables of loops that a program of these tests compares.
 #ifndef ZQSP_TESTS_KERNELS_TESTED_HPP
 #define ZQSP_TESTS_KERNELS_TESTED_HPP
 
@@ -8,11 +8,8 @@
 
 namespace zqsp::test {
 
-/// Defined by each of the programs.
+/// Defined by each of the programs. The last is the portable table, with which the others are compared.
 std::vector<const Kernels*> testedTables();
-
-/// What the contracts say, as plainly as it can be written. Nothing is written beyond results.
-extern const Kernels modelTable;
 
 } // namespace zqsp::test
 

@@ -1,8 +1,9 @@
 #include "support/arrays.hpp"
 
-#include <elements.hpp>
+#include <kx_element_types.hpp>
 
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <ostream>
@@ -11,14 +12,12 @@ namespace zqsp::test {
 
 namespace {
 
-/// Calls f(T{}) with the C++ type of the class, for which the runtime is asked.
+/// Calls f(T{}) with the C++ type of the class.
 template <typename F>
 auto withType(kxClassID id, F&& f)
 {
-    return kxrt::withElementType(id, [&](auto type) {
-        using T = typename decltype(type)::type;
-        return f(std::conditional_t<std::is_arithmetic_v<T>, T, std::uint8_t>{}); // a logical is no number there
-    });
+    return kxWithElementType<std::uint8_t, std::uint16_t>(id,
+                                                          [&]<typename T>(std::type_identity<T>) { return f(T{}); });
 }
 
 const char* nameOfClass(kxClassID id)
