@@ -7,26 +7,10 @@ TEST(LinearAssignmentErrors, OrderOfTheChecks)
 {
     // B of the target's class, the subscript as such, the number of elements, past the end of a matrix wherever that
     // index stands, the values, the first bad one first.
-    Subscript complex = at({1, 9, kNaN});
-    complex.complex = true;
-    std::vector<Subscript> subscripts = {complex,
-                                         at({}),
-                                         at({0, 9, kNaN}),
-                                         at({0}).as(kxUINT8_CLASS),
-                                         at({-4}).as(kxINT8_CLASS),
-                                         Subscript::sparseList({1, 0, 9}),
-                                         Subscript::sparseList({0}).as(kxINT8_CLASS),
-                                         Subscript::mask({1}),
-                                         Subscript::mask({0, 0, 0, 0, 1}),
-                                         Subscript::sparseMask(2, 2, {{1, 1}}),
-                                         Subscript::sparseMask(0x10000, 0x20000, {{0x1FFFF, 7}}),
-                                         Subscript::range(0, 1, 9),
-                                         Subscript::range(5, -1, 0)};
-    const double values[] = {1, 2, 0, -1, 0.5, 1.5, 4.5, 5, kNaN, kInf, -kInf, 3e9, 1e300};
-    for (const double first : values) {
-        subscripts.push_back(at({first}));
+    std::vector<Subscript> subscripts = oddSubscripts();
+    for (const double first : kOddValues) {
         subscripts.push_back(at({first}).as(kxSINGLE_CLASS));
-        for (const double second : values) {
+        for (const double second : kOddValues) {
             subscripts.push_back(at({first, second}));
         }
     }

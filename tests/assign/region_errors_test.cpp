@@ -60,23 +60,7 @@ TEST(RegionErrors, OrderOfTheChecks)
                                RightSide::literal(),
                                row({kNaN, 1}),
                                RightSide::full({2, 2, 2}, std::vector<Value>(8, kNaN))};
-    Subscript complex = at({1});
-    complex.complex = true;
-    std::vector<Subscript> subscripts = {Subscript::colon(),
-                                         complex,
-                                         Subscript::range(0, 1, 0),
-                                         Subscript::range(1, 1, 1),
-                                         Subscript::sparseList({0, 2}), // the one that is stored is not the first
-                                         Subscript::sparseList({2, 0}), // counts as a single number
-                                         at({0}).as(kxUINT8_CLASS),
-                                         at({0}).as(kxCHAR_CLASS),
-                                         at({1, 1.5}),
-                                         at({0, 1}),
-                                         at({1, 2}),
-                                         at({1, 101})};
-    for (const double value : {1.0, 0.0, 0.5, -3.0, kNaN, -kInf, 3e9, 1e300, 4.0, 1.5}) {
-        subscripts.push_back(at({value}));
-    }
+    const std::vector<Subscript> subscripts = oddSubscripts();
     for (const Model& a : {kA, single, patterned(kLogical, 3, 3), Model::unset()}) {
         for (const RightSide& b : sides) {
             if (b.isDeletion() && a.isUnset()) {

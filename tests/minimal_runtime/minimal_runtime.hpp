@@ -1,7 +1,7 @@
 // The smallest runtime that carries the library: two-dimensional arrays of doubles, masks as subscripts, no sharing of
-// data, and no function but those that docs/embedding.md lists and the few of the embedded runtime by which the programs
-// run on it make their operands. It differs from the embedded runtime wherever the interface leaves a choice, and so
-// shows what the library relies on.
+// data, and no function but those that docs/embedding.md lists and the few of the embedded runtime by which the
+// programs run on it make their operands. It differs from the embedded runtime wherever the interface leaves a choice,
+// and so shows what the library relies on.
 #ifndef ZQSP_TESTS_MINIMAL_RUNTIME_HPP
 #define ZQSP_TESTS_MINIMAL_RUNTIME_HPP
 

@@ -192,7 +192,9 @@ def test_keys_of_all_kinds(M):
 
 
 def test_pairs_beyond_one_subscript():
-    M = Matrix(sp.csc_matrix((100000, 100000)))
+    C = sp.csc_matrix((100000, 100000))
+    assert zqspmatrix.setitem(C, ([99999, 0], [99999, 1]), [3, 4]).nnz == 2 and C.nnz == 0
+    M = Matrix(C)
     M[[99999, 0], [99999, 1]] = [3, 4]
     assert np.asarray(M[[0, 99999, 5], [1, 99999, 5]]).ravel().tolist() == [4, 3, 0]
     with pytest.raises(IndexError, match="too many"):
