@@ -51,6 +51,7 @@ const std::vector<Operation> kForms = {
     {"columns.sparse-mask", "A(:,J), sparse mask 5 %", columns, "all", "sparse-mask5", Right::none, false},
     {"rows.half-run-list", "A(I,:), contiguous half as a list", rows, "half-run-list", "all", Right::none, false},
     {"rows.half-random", "A(I,:), random half", rows, "half-random", "all", Right::none, true},
+    {"rows.tenth-random", "A(I,:), a random tenth", rows, "tenth-random", "all", Right::none, true},
     {"rows.descending", "A(I,:), all descending", rows, "descending", "all", Right::none, false},
     {"rows.repeated", "A(I,:), m/2 with repeats", rows, "repeated", "all", Right::none, true},
     {"rows.repeated-sorted", "A(I,:), m/2 sorted with repeats", rows, "repeated-sorted", "all", Right::none, false},

@@ -9,39 +9,61 @@ namespace zqsp {
 
 namespace {
 
-// Measured on random keys: from about 200 on, distributing beats comparing; from some thousands on, wider digits pay
-// for clearing their larger tables of counters, until their many open buckets no longer fit the nearest caches.
-constexpr std::size_t kRadixCount = 200;
-constexpr std::size_t kWideDigitCount = 4096;
-constexpr std::size_t kNarrowAgainCount = 300000;
+// Measured on random keys: digits beyond so many bits have more open buckets than the nearest cache has lines, which
+// pays only as long as the keys are in the next one.
+constexpr unsigned kWidestDigit = 11;
+constexpr unsigned kWidestOfMany = 8;
+constexpr std::size_t kManyKeys = 300000;
+constexpr std::size_t kRadixCount = 64; // from here on, distributing beats comparing
 
-/// Stable distributions by one digit after another. All digits are counted in one pass; one that is the same in all
-/// keys is passed over.
-template <unsigned digitBits>
-void radixSort(Key* keys, Key* other, std::size_t count, unsigned bits)
+/// How many digits of how many bits.
+struct Digits
 {
-    constexpr std::size_t kBuckets = std::size_t{1} << digitBits;
-    constexpr unsigned kMostDigits = (32 + digitBits - 1) / digitBits;
-    const unsigned digits = (bits + digitBits - 1) / digitBits;
-    const auto digit = [](Key key, unsigned d) { return key >> (32 + d * digitBits) & (kBuckets - 1); };
-    std::array<std::array<std::uint32_t, kBuckets>, kMostDigits> next{};
-    for (std::size_t i = 0; i < count; ++i) {
-        for (unsigned d = 0; d < kMostDigits; ++d) {
-            ++next[d][digit(keys[i], d)];
+    unsigned count;
+    unsigned bits;
+};
+
+/// What takes the least time: a pass over the keys for each digit, and two over its counters.
+Digits digitsFor(std::size_t count, unsigned bits)
+{
+    const unsigned widest = count >= kManyKeys ? kWidestOfMany : kWidestDigit;
+    const unsigned fewest = std::max((bits + widest - 1) / widest, 1U);
+    Digits best{};
+    std::size_t least = SIZE_MAX;
+    for (unsigned digits = fewest; digits <= fewest + 2; ++digits) {
+        const unsigned width = (bits + digits - 1) / digits;
+        const std::size_t cost = digits * (count + (std::size_t{1} << width) / 2);
+        if (cost < least) {
+            least = cost;
+            best = {digits, width};
         }
     }
+    return best;
+}
+
+/// Stable distributions by one digit after another. A digit that is the same in all keys is passed over.
+void radixSort(Key* keys, Key* other, std::size_t count, unsigned bits)
+{
+    const Digits digits = digitsFor(count, bits);
+    const std::size_t buckets = std::size_t{1} << digits.bits;
+    std::array<std::uint32_t, std::size_t{1} << kWidestDigit> next;
     Key* from = keys;
     Key* to = other;
-    for (unsigned d = 0; d < digits; ++d) {
-        if (next[d][digit(from[0], d)] == count) {
+    for (unsigned d = 0; d < digits.count; ++d) {
+        const auto digit = [shift = 32 + d * digits.bits, buckets](Key key) { return key >> shift & (buckets - 1); };
+        std::fill_n(next.begin(), buckets, 0);
+        for (std::size_t i = 0; i < count; ++i) {
+            ++next[digit(from[i])];
+        }
+        if (next[digit(from[0])] == count) {
             continue;
         }
         std::uint32_t start = 0;
-        for (std::uint32_t& bucket : next[d]) {
-            start += std::exchange(bucket, start);
+        for (std::size_t b = 0; b < buckets; ++b) {
+            start += std::exchange(next[b], start);
         }
         for (std::size_t i = 0; i < count; ++i) {
-            to[next[d][digit(from[i], d)]++] = from[i];
+            to[next[digit(from[i])]++] = from[i];
         }
         std::swap(from, to);
     }
@@ -61,14 +83,10 @@ KeySorter::KeySorter(unsigned longest, unsigned highest) : bits_(static_cast<uns
 
 void KeySorter::sortLong(Key* keys, std::size_t count) const
 {
-    constexpr unsigned kNarrow = 8;
-    constexpr unsigned kWide = 11;
     if (count < kRadixCount) {
         std::sort(keys, keys + count);
-    } else if (count < kWideDigitCount || count >= kNarrowAgainCount) {
-        radixSort<kNarrow>(keys, other_.get(), count, bits_);
     } else {
-        radixSort<kWide>(keys, other_.get(), count, bits_);
+        radixSort(keys, other_.get(), count, bits_);
     }
 }
 
