@@ -9,12 +9,9 @@ namespace zqsp {
 
 namespace {
 
-// Measured on random keys: digits beyond so many bits have more open buckets than the nearest cache has lines, which
-// pays only as long as the keys are in the next one.
+constexpr std::size_t kRadixCount = 64; // measured on random keys: from here on, distributing beats comparing
+constexpr unsigned kMostDigits = 4;
 constexpr unsigned kWidestDigit = 11;
-constexpr unsigned kWidestOfMany = 8;
-constexpr std::size_t kManyKeys = 300000;
-constexpr std::size_t kRadixCount = 64; // from here on, distributing beats comparing
 
 /// How many digits of how many bits.
 struct Digits
@@ -23,14 +20,20 @@ struct Digits
     unsigned bits;
 };
 
-/// What takes the least time: a pass over the keys for each digit, and two over its counters.
+/// What takes the least time: a pass over the keys for each digit, and two over its counters. Many keys are distributed
+/// to as few buckets at a time as the nearest cache has room for, the highest digit taking what is left: where all
+/// numbers occur, its buckets lie powers of two apart, in the same lines.
 Digits digitsFor(std::size_t count, unsigned bits)
 {
-    const unsigned widest = count >= kManyKeys ? kWidestOfMany : kWidestDigit;
-    const unsigned fewest = std::max((bits + widest - 1) / widest, 1U);
+    constexpr std::size_t kManyKeys = 300000;
+    constexpr unsigned kDigitOfMany = 8;
+    const auto digitsOf = [bits](unsigned width) { return std::max((bits + width - 1) / width, 1U); };
+    if (count >= kManyKeys) {
+        return {digitsOf(kDigitOfMany), kDigitOfMany};
+    }
     Digits best{};
     std::size_t least = SIZE_MAX;
-    for (unsigned digits = fewest; digits <= fewest + 2; ++digits) {
+    for (unsigned digits = digitsOf(kWidestDigit); digits <= kMostDigits; ++digits) {
         const unsigned width = (bits + digits - 1) / digits;
         const std::size_t cost = digits * (count + (std::size_t{1} << width) / 2);
         if (cost < least) {
@@ -41,29 +44,36 @@ Digits digitsFor(std::size_t count, unsigned bits)
     return best;
 }
 
-/// Stable distributions by one digit after another. A digit that is the same in all keys is passed over.
-void radixSort(Key* keys, Key* other, std::size_t count, unsigned bits)
+/// Stable distributions by one digit after another, of so many bits each. All digits are counted in one pass; one that
+/// is the same in all keys is passed over.
+template <unsigned digits>
+void radixSort(Key* keys, Key* other, std::size_t count, unsigned digitBits)
 {
-    const Digits digits = digitsFor(count, bits);
-    const std::size_t buckets = std::size_t{1} << digits.bits;
-    std::array<std::uint32_t, std::size_t{1} << kWidestDigit> next;
+    const std::size_t buckets = std::size_t{1} << digitBits;
+    const auto digit = [digitBits, buckets](Key key, unsigned d) {
+        return key >> (32 + d * digitBits) & (buckets - 1);
+    };
+    std::array<std::array<std::uint32_t, std::size_t{1} << kWidestDigit>, digits> next;
+    for (auto& counters : next) {
+        std::fill_n(counters.begin(), buckets, 0);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        for (unsigned d = 0; d < digits; ++d) {
+            ++next[d][digit(keys[i], d)];
+        }
+    }
     Key* from = keys;
     Key* to = other;
-    for (unsigned d = 0; d < digits.count; ++d) {
-        const auto digit = [shift = 32 + d * digits.bits, buckets](Key key) { return key >> shift & (buckets - 1); };
-        std::fill_n(next.begin(), buckets, 0);
-        for (std::size_t i = 0; i < count; ++i) {
-            ++next[digit(from[i])];
-        }
-        if (next[digit(from[0])] == count) {
+    for (unsigned d = 0; d < digits; ++d) {
+        if (next[d][digit(from[0], d)] == count) {
             continue;
         }
         std::uint32_t start = 0;
         for (std::size_t b = 0; b < buckets; ++b) {
-            start += std::exchange(next[b], start);
+            start += std::exchange(next[d][b], start);
         }
         for (std::size_t i = 0; i < count; ++i) {
-            to[next[digit(from[i])]++] = from[i];
+            to[next[d][digit(from[i], d)]++] = from[i];
         }
         std::swap(from, to);
     }
@@ -85,8 +95,18 @@ void KeySorter::sortLong(Key* keys, std::size_t count) const
 {
     if (count < kRadixCount) {
         std::sort(keys, keys + count);
-    } else {
-        radixSort(keys, other_.get(), count, bits_);
+        return;
+    }
+    const Digits digits = digitsFor(count, bits_);
+    switch (digits.count) {
+    case 1:
+        return radixSort<1>(keys, other_.get(), count, digits.bits);
+    case 2:
+        return radixSort<2>(keys, other_.get(), count, digits.bits);
+    case 3:
+        return radixSort<3>(keys, other_.get(), count, digits.bits);
+    default:
+        return radixSort<kMostDigits>(keys, other_.get(), count, digits.bits);
     }
 }
 

@@ -1,4 +1,5 @@
 #include "core/counts.hpp"
+#include "core/entry_moves.hpp"
 #include "core/row_selection.hpp"
 #include "core/values.hpp"
 #include "reference/column_sorter.hpp"
@@ -7,6 +8,7 @@
 #include "reference/row_methods.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace zqsp {
 
@@ -46,25 +48,18 @@ RowMap mapRepeated(const IndexList& rows, unsigned m, RankOf rankOf)
     return map;
 }
 
+/// The map of the rows that a list names, for an array of `m` rows in which rankOf() finds them.
 template <typename RankOf>
-RowMap mapBy(const IndexList& rows, unsigned named, RankOf rankOf)
+RowMap mapBy(const IndexList& rows, bool repeats, unsigned m, RankOf rankOf)
 {
-    if (named < rows.count()) {
-        return mapRepeated(rows, named, rankOf);
+    if (repeats) {
+        return mapRepeated(rows, m, rankOf);
     }
     RowMap map{{}, Block<unsigned>::make(rows.count())};
     for (unsigned p = 0; p < rows.count(); ++p) {
         map.places[rankOf(rows[p])] = p;
     }
     return map;
-}
-
-/// The map of the rows that a list names, by their ranks among these.
-RowMap mapOf(const IndexList& rows, const RowSet& named)
-{
-    return named.hasAll()
-               ? mapBy(rows, named.count(), [](unsigned row) { return row; })
-               : mapBy(rows, named.count(), [ranks = named.ranked()](unsigned row) { return ranks.newRow(row); });
 }
 
 /// The copies of the entries begin .. end-1, with their new rows, of one row in ascending order. Most rows have two or
@@ -114,9 +109,9 @@ unsigned longestColumn(const Columns& a, const Subscript& columns)
 class NamedRows
 {
   public:
-    /// `longest`: the longest of the columns. Raises on exhausted memory.
-    NamedRows(const Columns& a, const RowSet& named, const Subscript& columns, unsigned longest)
-        : a_(a), named_(named), columns_(columns), isAll_(named.count() == a.m), most_(std::max(kMostEntries, longest))
+    /// `isAll`: whether every row stays. `longest`: the longest of the columns. Raises on exhausted memory.
+    NamedRows(const Columns& a, const RowSet& named, bool isAll, const Subscript& columns, unsigned longest)
+        : a_(a), named_(named), columns_(columns), isAll_(isAll), most_(std::max(kMostEntries, longest))
     {
         if (!isAll_) {
             block_ = createLike(a, named.count(), kMostColumns, most_);
@@ -132,14 +127,36 @@ class NamedRows
             return;
         }
         const Columns block(block_.get());
+        const auto select = [&](const Columns& from, unsigned first, unsigned count) {
+            if (count > 0) {
+                moveSelected(from, first, count, named_.ranked(), block, 0, block.jc + 1);
+                f(block, 0, count);
+            }
+        };
+        unsigned collected = 0; // short runs of columns, which are not worth a call each
         forEachColumnBlock(a_, columns_, most_, kMostColumns, [&](unsigned first, unsigned count) {
-            moveSelected(a_, first, count, named_.ranked(), block, 0, block.jc + 1);
-            f(block, 0, count);
+            const unsigned begin = a_.jc[first];
+            const unsigned size = a_.jc[first + count] - begin;
+            const bool isShort = count <= kShortRun;
+            if (!isShort || collected + count > kMostColumns || size > most_ - block.jc[collected]) {
+                select(block, 0, std::exchange(collected, 0));
+            }
+            if (!isShort) {
+                select(a_, first, count);
+                return;
+            }
+            const unsigned end = block.jc[collected];
+            appendEntries(block, end, a_, begin, size);
+            for (unsigned i = 1; i <= count; ++i) {
+                block.jc[++collected] = a_.jc[first + i] - begin + end;
+            }
         });
+        select(block, 0, collected);
     }
 
   private:
     static constexpr unsigned kMostColumns = 1024;
+    static constexpr unsigned kShortRun = 16;
     static constexpr unsigned kMostEntries = 4096;
 
     const Columns& a_;
@@ -223,11 +240,19 @@ void writeArranged(const NamedRows& named, const RowMap& map, const Tally& tally
 
 ArrayOwner gatherByMap(const Columns& a, const IndexList& rows, const RowSet& selected, const Subscript& columns)
 {
-    const RowMap map = mapOf(rows, selected);
+    const bool repeats = selected.count() < rows.count();
+    const auto* range = std::get_if<IndexRange>(&columns);
+    const bool scattered = range == nullptr || !range->isRun();
+    const bool areGathered = selected.count() == a.m; // no others are there, whatever their numbers were
+    // Scattered columns are not gathered twice, to be counted and written: the map has all rows.
+    const bool hasAll = selected.hasAll() || (repeats && scattered && !areGathered);
+    const RowMap map = hasAll ? mapBy(rows, repeats, a.m, [](unsigned row) { return row; })
+                              : mapBy(rows, repeats, selected.count(),
+                                      [ranks = selected.ranked()](unsigned row) { return ranks.newRow(row); });
     const unsigned longest = longestColumn(a, columns);
-    const NamedRows named(a, selected, columns, longest);
+    const NamedRows named(a, selected, hasAll || areGathered, columns, longest);
     const Tally tally =
-        map.starts ? tallyCopies(named, map.starts.get()) : Tally{countInRows(a, columns, selected), longest};
+        repeats ? tallyCopies(named, map.starts.get()) : Tally{countInRows(a, columns, selected), longest};
     ArrayOwner result = createLike(a, rows.count(), countOf(columns), checkedCount(tally.total));
     const Columns out(result.get());
     withStorage(a, [&](auto from) { writeArranged<decltype(from)>(named, map, tally, out); });
