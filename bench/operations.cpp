@@ -57,6 +57,7 @@ const std::vector<Operation> kForms = {
     {"columns.sparse-mask", "A(:,J), sparse mask 5 %", columns, "all", "sparse-mask5", Right::none, kCopies},
     {"rows.half-run-list", "A(I,:), contiguous half as a list", rows, "half-run-list", "all", Right::none, kCopies},
     {"rows.half-random", "A(I,:), random half", rows, "half-random", "all", Right::none, kPermuted},
+    {"rows.tenth-random", "A(I,:), a random tenth", rows, "tenth-random", "all", Right::none, kPermuted},
     {"rows.descending", "A(I,:), all descending", rows, "descending", "all", Right::none, kCopies},
     {"rows.repeated", "A(I,:), m/2 with repeats", rows, "repeated", "all", Right::none, kPermuted},
     {"rows.repeated-sorted", "A(I,:), m/2 sorted with repeats", rows, "repeated-sorted", "all", Right::none, kCopies},

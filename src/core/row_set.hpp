@@ -43,6 +43,7 @@ class RowSet
     void rankOthers() { rank(~0U); }
 
     [[nodiscard]] unsigned count() const { return count_; }
+    [[nodiscard]] bool hasAll() const { return count_ == extent_; }
     [[nodiscard]] bool has(unsigned number) const { return words_[number / RowWord::kBits].has(number); }
     /// The members as a choice of rows: those that take their ranks for new rows, once rank() has been called, or keep
     /// their numbers.

@@ -9,24 +9,56 @@ namespace zqsp {
 
 namespace {
 
-// Measured on random keys: from about 200 on, distributing beats comparing; from some thousands on, wider digits pay
-// for clearing their larger tables of counters, until their many open buckets no longer fit the nearest caches.
-constexpr std::size_t kRadixCount = 200;
-constexpr std::size_t kWideDigitCount = 4096;
-constexpr std::size_t kNarrowAgainCount = 300000;
+constexpr std::size_t kRadixCount = 64; // measured on random keys: from here on, distributing beats comparing
+constexpr unsigned kMostDigits = 4;
+constexpr unsigned kWidestDigit = 11;
 
-/// Stable distributions by one digit after another. All digits are counted in one pass; one that is the same in all
-/// keys is passed over.
-template <unsigned digitBits>
-void radixSort(Key* keys, Key* other, std::size_t count, unsigned bits)
+/// How many digits of how many bits.
+struct Digits
 {
-    constexpr std::size_t kBuckets = std::size_t{1} << digitBits;
-    constexpr unsigned kMostDigits = (32 + digitBits - 1) / digitBits;
-    const unsigned digits = (bits + digitBits - 1) / digitBits;
-    const auto digit = [](Key key, unsigned d) { return key >> (32 + d * digitBits) & (kBuckets - 1); };
-    std::array<std::array<std::uint32_t, kBuckets>, kMostDigits> next{};
+    unsigned count;
+    unsigned bits;
+};
+
+/// What takes the least time: a pass over the keys for each digit, and two over its counters. Many keys are distributed
+/// to as few buckets at a time as the nearest cache has room for, the highest digit taking what is left: where all
+/// numbers occur, its buckets lie powers of two apart, in the same lines.
+Digits digitsFor(std::size_t count, unsigned bits)
+{
+    constexpr std::size_t kManyKeys = 300000;
+    constexpr unsigned kDigitOfMany = 8;
+    const auto digitsOf = [bits](unsigned width) { return std::max((bits + width - 1) / width, 1U); };
+    if (count >= kManyKeys) {
+        return {digitsOf(kDigitOfMany), kDigitOfMany};
+    }
+    Digits best{};
+    std::size_t least = SIZE_MAX;
+    for (unsigned digits = digitsOf(kWidestDigit); digits <= kMostDigits; ++digits) {
+        const unsigned width = (bits + digits - 1) / digits;
+        const std::size_t cost = digits * (count + (std::size_t{1} << width) / 2);
+        if (cost < least) {
+            least = cost;
+            best = {digits, width};
+        }
+    }
+    return best;
+}
+
+/// Stable distributions by one digit after another, of so many bits each. All digits are counted in one pass; one that
+/// is the same in all keys is passed over.
+template <unsigned digits>
+void radixSort(Key* keys, Key* other, std::size_t count, unsigned digitBits)
+{
+    const std::size_t buckets = std::size_t{1} << digitBits;
+    const auto digit = [digitBits, buckets](Key key, unsigned d) {
+        return key >> (32 + d * digitBits) & (buckets - 1);
+    };
+    std::array<std::array<std::uint32_t, std::size_t{1} << kWidestDigit>, digits> next;
+    for (auto& counters : next) {
+        std::fill_n(counters.begin(), buckets, 0);
+    }
     for (std::size_t i = 0; i < count; ++i) {
-        for (unsigned d = 0; d < kMostDigits; ++d) {
+        for (unsigned d = 0; d < digits; ++d) {
             ++next[d][digit(keys[i], d)];
         }
     }
@@ -37,8 +69,8 @@ void radixSort(Key* keys, Key* other, std::size_t count, unsigned bits)
             continue;
         }
         std::uint32_t start = 0;
-        for (std::uint32_t& bucket : next[d]) {
-            start += std::exchange(bucket, start);
+        for (std::size_t b = 0; b < buckets; ++b) {
+            start += std::exchange(next[d][b], start);
         }
         for (std::size_t i = 0; i < count; ++i) {
             to[next[d][digit(from[i], d)]++] = from[i];
@@ -61,14 +93,20 @@ KeySorter::KeySorter(unsigned longest, unsigned highest) : bits_(static_cast<uns
 
 void KeySorter::sortLong(Key* keys, std::size_t count) const
 {
-    constexpr unsigned kNarrow = 8;
-    constexpr unsigned kWide = 11;
     if (count < kRadixCount) {
         std::sort(keys, keys + count);
-    } else if (count < kWideDigitCount || count >= kNarrowAgainCount) {
-        radixSort<kNarrow>(keys, other_.get(), count, bits_);
-    } else {
-        radixSort<kWide>(keys, other_.get(), count, bits_);
+        return;
+    }
+    const Digits digits = digitsFor(count, bits_);
+    switch (digits.count) {
+    case 1:
+        return radixSort<1>(keys, other_.get(), count, digits.bits);
+    case 2:
+        return radixSort<2>(keys, other_.get(), count, digits.bits);
+    case 3:
+        return radixSort<3>(keys, other_.get(), count, digits.bits);
+    default:
+        return radixSort<kMostDigits>(keys, other_.get(), count, digits.bits);
     }
 }
 

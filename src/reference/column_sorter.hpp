@@ -45,7 +45,7 @@ class ColumnSorter
     }
 
   private:
-    static constexpr unsigned kMostRanked = 256; // beyond, sorting is faster with any registers
+    static constexpr unsigned kMostRanked = 128; // beyond, sorting is faster with any registers
 
     /// Sets the ranks of `count` rows, at most mostRanked_.
     void rank(unsigned count);

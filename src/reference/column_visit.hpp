@@ -5,6 +5,7 @@
 #include "core/columns.hpp"
 #include "subscript/runs.hpp"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace zqsp {
@@ -67,6 +68,21 @@ template <typename F>
     forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
         for (unsigned i = 0; i < length; ++i) {
             f(first + i, a.length(first + i));
+        }
+    });
+}
+
+/// f(first, count) for pieces of the runs, with up to `mostEntries` entries each, or one column, and `mostColumns`.
+template <typename F>
+void forEachColumnBlock(const Columns& a, const Subscript& columns, unsigned mostEntries, unsigned mostColumns, F&& f)
+{
+    forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
+        for (unsigned count = 0; length > 0; first += count, length -= count) {
+            const unsigned* const ends = a.jc + first + 1;
+            const unsigned* const last = ends + std::min(length, mostColumns);
+            const std::uint64_t mostEnd = std::uint64_t{ends[-1]} + mostEntries;
+            count = *ends > mostEnd ? 1 : static_cast<unsigned>(std::upper_bound(ends, last, mostEnd) - ends);
+            f(first, count);
         }
     });
 }

@@ -29,11 +29,15 @@ bool useRowMap(const Columns& a, unsigned k)
 RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
     constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
-    constexpr unsigned kRowsPerFew = 64;     // one row in so many: most entries are passed over
+    constexpr unsigned kRowsPerSifted = 64;  // one row in so many: most entries are passed over
+    constexpr unsigned kRowsPerFew = 8; // one row in so many: what is found is copied in less than a look-up of all
     if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.selected) {
         return RowMethod::kSearch;
     }
-    return counts.selected < counts.extent / kRowsPerFew ? RowMethod::kSift : RowMethod::kTable;
+    if (counts.selected < counts.extent / kRowsPerSifted) {
+        return RowMethod::kSift;
+    }
+    return counts.selected < counts.extent / kRowsPerFew ? RowMethod::kFew : RowMethod::kTable;
 }
 
 unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, unsigned repeats)
@@ -107,6 +111,8 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
         return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
     case RowMethod::kSift:
         return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
+    case RowMethod::kFew:
+        return gatherFewByTable(a, rows, columns);
     case RowMethod::kTable:
         break;
     }

@@ -5,6 +5,7 @@
 
 #include "core/columns.hpp"
 #include "core/owners.hpp"
+#include "core/row_set.hpp"
 #include "subscript/forms.hpp"
 #include "subscript/ordered.hpp"
 
@@ -28,7 +29,8 @@ enum class RowMethod
 {
     kSearch, ///< search each column for them, or them for each entry: whichever are fewer
     kSift,   ///< pass over all entries, few of which lie in them
-    kTable   ///< look each entry up in a table
+    kFew,    ///< look each entry up in a table, and put aside what lies in them: uniform/rows.mask5
+    kTable   ///< look each entry up in a table, to count what lies in them, and again to place it
 };
 
 /// What the choice of a method looks at.
@@ -52,17 +54,24 @@ ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript
 /// Workspace: m / 4 bytes, two words for each row of an unsorted list and each entry of the result.
 ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscript& columns);
 
-/// Each entry looked up in a table of the rows: where they ascend and do not repeat, a set of m / 4 bytes in which the
-/// new row is the rank; else a map from old to new rows.
+/// Each entry looked up in a set of the rows, of m / 4 bytes, in which the new row is the rank: all that is to be done
+/// where rows ascend and do not repeat; else gatherByMap() follows.
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
+
+/// The same where few entries are selected. Workspace: these, up to twice, or some thousand more.
+ArrayOwner gatherFewByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
+
+/// The entries of the visited columns that lie in `rows`, each as often as its column is visited. Neighbouring columns
+/// are counted as one.
+std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowSet& rows);
 
 /// Puts the rows of an array into the opposite order.
 void turnRows(const Columns& a);
 
-/// The map: m + 1 words, and the pairs of one column (and k words for repeated rows) where new rows have to be sorted.
-/// `total`: the entries of the visited columns in selected rows. `repeats`: whether a row is named twice.
-ArrayOwner gatherByMap(const Columns& a, const Subscript& rows, std::uint64_t total, bool repeats,
-                       const Subscript& columns);
+/// Rows in any order, `selected` being the set of them: what is selected of a few columns at a time is looked up in a
+/// map from ranks to new rows, and sorted. Workspace: a word or two for each row, and one column, or some thousand
+/// entries.
+ArrayOwner gatherByMap(const Columns& a, const IndexList& rows, const RowSet& selected, const Subscript& columns);
 
 } // namespace zqsp
 

@@ -1,4 +1,5 @@
 #include "core/counts.hpp"
+#include "core/entry_moves.hpp"
 #include "core/row_selection.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
@@ -7,10 +8,6 @@
 
 namespace zqsp {
 
-namespace {
-
-/// The entries of the visited columns that lie in `rows`, each as often as its column is visited. Neighbouring columns
-/// are counted as one.
 std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowSet& rows)
 {
     if (rows.count() == a.m) {
@@ -23,10 +20,12 @@ std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowS
     return total;
 }
 
+namespace {
+
 /// Rows that ascend and do not repeat: the new row is the rank.
-ArrayOwner gatherBySet(const Columns& a, const RowSet& rows, unsigned total, const Subscript& columns)
+ArrayOwner gatherBySet(const Columns& a, const RowSet& rows, const Subscript& columns)
 {
-    ArrayOwner result = createLike(a, rows.count(), countOf(columns), total);
+    ArrayOwner result = createLike(a, rows.count(), countOf(columns), checkedCount(countInRows(a, columns, rows)));
     const Columns out(result.get());
     unsigned written = 0;
     unsigned* ends = out.jc + 1;
@@ -37,15 +36,60 @@ ArrayOwner gatherBySet(const Columns& a, const RowSet& rows, unsigned total, con
     return result;
 }
 
+/// The same where few of the `entries` of the columns are selected: they are put aside as they are found, and copied
+/// once it is known how many they are. That is one pass instead of two.
+ArrayOwner gatherFewBySet(const Columns& a, const RowSet& rows, unsigned entries, const Subscript& columns)
+{
+    constexpr unsigned kBlock = 1U << 14U; // entries that are moved at a time
+    const auto expected = static_cast<unsigned>(std::uint64_t{entries} * rows.count() / std::max(a.m, 1U));
+    ArrayOwner aside = createLike(a, rows.count(), 0, std::min(entries, expected + expected / 4 + kBlock));
+    const auto ends = Block<unsigned>::make(countOf(columns));
+    unsigned written = 0;
+    unsigned visited = 0;
+    forEachColumnBlock(a, columns, kBlock, UINT32_MAX, [&](unsigned first, unsigned count) {
+        const std::uint64_t needed = std::uint64_t{a.jc[first + count] - a.jc[first]} + written;
+        if (const Columns full(aside.get()); needed > full.nzmax) {
+            const std::uint64_t room = std::max(needed, std::uint64_t{full.nzmax} * 2);
+            ArrayOwner larger = createLike(a, full.m, 0, static_cast<unsigned>(std::min<std::uint64_t>(entries, room)));
+            copyEntries(Columns(larger.get()), 0, full, 0, written);
+            aside = std::move(larger);
+        }
+        written = moveSelected(a, first, count, rows.ranked(), Columns(aside.get()), written, ends.get() + visited);
+        visited += count;
+    });
+    ArrayOwner result = createLike(a, rows.count(), visited, written);
+    const Columns out(result.get());
+    std::copy_n(ends.get(), visited, out.jc + 1);
+    copyEntries(out, 0, Columns(aside.get()), 0, written);
+    return result;
+}
+
+/// Whether new rows are ranks among the old ones.
+bool areRanks(const Subscript& rows, const RowSet& selected)
+{
+    return orderOf(rows) == Order::kAscending && selected.count() == countOf(rows);
+}
+
 } // namespace
 
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
     const RowSet selected = selectedOf(rows, a.m);
-    const bool repeats = selected.count() < countOf(rows);
-    const std::uint64_t total = repeats ? 0 : countInRows(a, columns, selected);
-    return repeats || orderOf(rows) != Order::kAscending ? gatherByMap(a, rows, total, repeats, columns)
-                                                         : gatherBySet(a, selected, checkedCount(total), columns);
+    return areRanks(rows, selected) ? gatherBySet(a, selected, columns)
+                                    : gatherByMap(a, std::get<IndexList>(rows), selected, columns);
+}
+
+ArrayOwner gatherFewByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
+{
+    const std::uint64_t entries = entriesIn(a, columns);
+    if (entries > UINT32_MAX) {
+        return gatherByTable(a, rows, columns);
+    }
+    const RowSet selected = selectedOf(rows, a.m);
+    ArrayOwner gathered = gatherFewBySet(a, selected, static_cast<unsigned>(entries), columns);
+    return areRanks(rows, selected) ? std::move(gathered)
+                                    : gatherByMap(Columns(gathered.get()), std::get<IndexList>(rows), selected,
+                                                  IndexRange::all(countOf(columns)));
 }
 
 } // namespace zqsp

@@ -55,7 +55,7 @@ TEST(RowReference, MethodIsChosenByTheRule)
 TEST(RowReference, ColumnsOfEveryLengthAreSorted)
 {
     // Full columns of all rows in a scattered order, once each and with repeats: by each way of sorting.
-    for (const unsigned m : {31U, 32U, 33U, 199U, 200U, 201U, 2000U, 4095U, 4096U, 5000U}) {
+    for (const unsigned m : {31U, 32U, 33U, 63U, 64U, 65U, 112U, 113U, 2000U, 5000U}) {
         const Model full = evenColumns(m, 2, m);
         Model wide = Model::empty({}, 20 * m, 1); // hardly any entries: rows are searched, not mapped
         wide.entries[{0, 20 * m - 1}] = 1;
@@ -88,10 +88,19 @@ TEST(GeneralReference, FewRowsInAnyOrder)
         sameLowDigit.push_back((i ^ 1U) * 256.0 + 1);
     }
     const Model tall = evenColumns(300 * 256, 3, 500, 100);
+    const Model dense = evenColumns(1200, 400, 120); // nearly all entries lie in a few rows, which nobody expects
+    std::vector<double> inDense = {1200};
+    for (unsigned i = 0; i < 120; ++i) {
+        inDense.push_back(i * 7 % 120 + 1.0);
+    }
+    std::vector<double> sorted = inDense;
+    std::ranges::sort(sorted);
     const std::pair<Model, Subscript> cases[] = {{a, Subscript::list({139, 5, 101, 101, 133, 120, 7, 110})},
                                                  {a, Subscript::list({5, 7, 101, 101, 110, 120, 133, 139})},
                                                  {a, Subscript::range(139, -5, 101)},
-                                                 {tall, Subscript::list(sameLowDigit)}};
+                                                 {tall, Subscript::list(sameLowDigit)},
+                                                 {dense, Subscript::list(inDense)},
+                                                 {dense, Subscript::list(sorted)}};
     for (const auto& [matrix, i] : cases) {
         EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = matrix, .i = i}));
         EXPECT_EQ("", checkOperation({.callee = Export::Ref6, .a = matrix, .i = i, .j = Subscript::list({3, 1, 3})}));
