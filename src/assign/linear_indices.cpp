@@ -66,31 +66,27 @@ std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Su
     return fromNumbers(readable.get(), rules, positions);
 }
 
-std::optional<Refusal> fromRange(const kxArray* K, const ValueRules& rules, const Demands& demands,
-                                 Subscript& positions)
+std::optional<Refusal> fromRange(const kxArray* K, const ValueRules& rules, Subscript& positions)
 {
     const ColonRange range(K);
-    const auto checkOf = [&](unsigned count) { return demands.check(count, range.highest(count)); };
-    const unsigned count = range.count();
-    const auto refused = range.firstRefused(rules);
-    if (refused && (range.isCounted() || checkOf(count) == checkOf(count + 1))) { // one more makes no difference
-        return Refusal{count, range.highest(count), *refused};
+    if (const auto refused = range.firstRefused(rules)) {
+        return Refusal{range.count(), range.highest(), *refused};
     }
-    if (const auto indices = range.indices(); indices && !refused) {
+    if (const auto indices = range.indices()) {
         positions = *indices;
         return std::nullopt;
     }
     return fromNumbers(range.written().get(), rules, positions);
 }
 
-std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, const Demands& demands, Subscript& positions)
+std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, Subscript& positions)
 {
     const SubscriptKind kind = kindOf(K);
     if (kind == SubscriptKind::kNumeric) {
         return fromNumeric(K, rules, positions);
     }
     if (kind == SubscriptKind::kColonObject) {
-        return fromRange(K, rules, demands, positions);
+        return fromRange(K, rules, positions);
     }
     if (convertSubscript(K, Extent::forReference(rules.limit), positions) == spOK) {
         return std::nullopt;
@@ -104,7 +100,7 @@ spStatus convertLinearIndices(const kxArray* K, std::uint64_t valueCount, double
 {
     const ValueRules rules = ValueRules::forElements();
     const Demands demands{valueCount, elements};
-    const std::optional<Refusal> refusal = convert(K, rules, demands, positions);
+    const std::optional<Refusal> refusal = convert(K, rules, positions);
     const auto highest = [&] { return refusal ? refusal->highest : highestOf(positions) + 1.0; };
     const spStatus status =
         demands.check(refusal ? refusal->count : countOf(positions), std::isfinite(elements) ? highest() : 0);

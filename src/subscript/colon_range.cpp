@@ -24,7 +24,8 @@ double asWord(double value)
     return isWhole(value) ? std::clamp(value, -kPastWords, kPastWords) : 0;
 }
 
-/// For the ranges that the three numbers do not decide: of many values these are, or might be, all accepted.
+/// For more values than the runtime may allow, which raises its size error, and for those of a step that only rounding
+/// makes whole.
 spStatus convertWritten(const ColonRange& range, const ValueRules& rules, Subscript& form)
 {
     unsigned count = 0;
@@ -61,16 +62,19 @@ ColonRange::ColonRange(const kxArray* colon)
     constexpr double kErrors = 16 * std::numeric_limits<double>::epsilon();
     const double whole = std::floor(steps);
     const double missed = (whole + 1 - steps) * std::abs(step_);
-    isCounted_ = missed > kErrors * std::max(std::abs(start_), std::abs(stop_));
-    if (whole + (isCounted_ ? 1 : 2) > kxGetMaxNumberOfElements()) {
+    bool isCertain = missed > kErrors * std::max(std::abs(start_), std::abs(stop_));
+    if (whole + (isCertain ? 1 : 2) > kxGetMaxNumberOfElements()) {
         isCounted_ = false;
         return;
     }
     count_ = static_cast<unsigned>(whole) + 1;
     const double last = start_ + (count_ - 1) * step_;
     if (count_ > 1 && (step_ > 0 ? last > stop_ : last < stop_)) { // the division has rounded up to it
-        isCounted_ = false;
+        isCertain = false;
         --count_;
+    }
+    if (!isCertain) {
+        count_ = std::clamp(kxGetNumberOfElements(colon), count_, count_ + 1);
     }
 }
 
@@ -112,11 +116,13 @@ std::optional<double> ColonRange::firstRefused(const ValueRules& rules) const
         return std::nullopt;
     }
     const double last = (*this)[count_ - 1];
-    if (rules.accepts(last)) {
-        return std::nullopt;
+    const bool endsInFraction = !isWhole(last); // the stop, taken for the next whole value
+    const double lastWhole = endsInFraction ? (*this)[count_ - 2] : last;
+    if (rules.accepts(lastWhole)) {
+        return endsInFraction ? std::optional(last) : std::nullopt;
     }
     if (step_ > 0) {
-        return last; // as the first above the limit, whole too
+        return lastWhole; // as the first above the limit
     }
     const double above = std::fmod(start_, step_); // the values go down from there, or from 0
     return above == 0 ? 0 : above + step_;

@@ -21,14 +21,13 @@ class ColonRange
     /// Start, step and stop where all three are signed words.
     [[nodiscard]] std::optional<std::array<int, 3>> words() const;
 
-    /// The number of values, as far as it is certain.
+    /// The number of values. Where the stop misses a step by a rounding error, the runtime says whether the step is
+    /// taken: by the length of the colon object. 0 where the values are, or with that step would be, more than the
+    /// maximum number of elements, of which the runtime makes its size error.
     [[nodiscard]] unsigned count() const { return count_; }
-    /// Whether there are no more. It is the runtime's to say where the stop misses a step by a rounding error, and
-    /// to raise its size error where the values are more than the maximum number of elements.
-    [[nodiscard]] bool isCounted() const { return isCounted_; }
     double operator[](unsigned i) const;
-    /// The highest of the first `count` values.
-    [[nodiscard]] double highest(unsigned count) const { return count == 0 ? 0 : (*this)[step_ > 0 ? count - 1 : 0]; }
+    /// The highest value.
+    [[nodiscard]] double highest() const { return count_ == 0 ? 0 : (*this)[step_ > 0 ? count_ - 1 : 0]; }
     /// The first of these values that is not accepted, or one of which the rules say the same. O(1) for a whole step;
     /// for another, the steps until it shows.
     [[nodiscard]] std::optional<double> firstRefused(const ValueRules& rules) const;

@@ -50,9 +50,28 @@ TEST(SubscriptRanges, Ends)
 
 TEST(SubscriptRanges, TheRuntimeSaysWhetherAStepIsReached)
 {
-    // The stop lies one rounding error before the third value: the runtime counts it in, and delivers the stop.
-    const Call call({.callee = Export::Ref3, .a = row(5), .i = Subscript::range(1, 1, 3 / kNearlyOne)});
-    EXPECT_EQ(run([&] { return call.make(nullptr); }), Ended(spIndexNotPositiveInteger));
+    // The stop lies some rounding errors before the next value: of one the runtime counts it in, and delivers the
+    // stop; of eight it does not. Nothing is written out to know.
+    Model tall = Model::empty({}, 2000000001, 1);
+    tall.entries[{0, 8}] = 1;
+    const LargestBlock page(4096);
+    const auto ends = [](double start, double step, double stop, Export callee, const Model& a) {
+        const Call call(
+            {.callee = callee, .a = a, .b = RightSide::scalar(0), .i = Subscript::range(start, step, stop)});
+        Array result;
+        return run([&] { return call.make(result.slot()); });
+    };
+    const Ended fraction(spIndexNotPositiveInteger);
+    for (const auto& [start, step, next] : {std::tuple{1.0, 1.0, 3.0}, {1.0, 2.0, 2000000001.0}, {2e9, -1.0, 1.0}}) {
+        const double error = std::max(start, next) * std::numeric_limits<double>::epsilon();
+        const double back = step > 0 ? -error : error;
+        EXPECT_EQ(ends(start, step, next + back, Export::Ref3, tall.fit()), fraction) << step << ':' << next;
+        EXPECT_EQ(ends(start, step, next + 8 * back, Export::Ref3, tall.fit()), Ended()) << step << ':' << next;
+        EXPECT_EQ(ends(start, step, next + back, Export::Ass3, tall.fit()), fraction) << step << ':' << next;
+        EXPECT_EQ(ends(start, step, next + 8 * back, Export::Ass3, tall.fit()), Ended()) << step << ':' << next;
+    }
+    // What comes before the stop is judged before it.
+    EXPECT_EQ(ends(1, 1, 7 / kNearlyOne, Export::Ref3, row(5)), Ended(spIndexOutOfRange));
 }
 
 TEST(SubscriptRanges, StayRangesWhereTheStopIsAFraction)

@@ -98,11 +98,22 @@ Model drawModel(Storage storage, Shape shape, bool explicitZeros)
         a.m = 20 + draw(100);
         a.n = 1 + draw(3);
         break;
-    case Shape::Huge:
+    case Shape::Huge: {
         constexpr unsigned kLong = 66000;
         const bool wide = drawOneIn(3);
         a.n = wide ? kLong + draw(1000) : 2 + draw(6);
         a.m = wide ? kLong + draw(1000) : 0xF0000000U + draw(1000);
+        break;
+    }
+    case Shape::AtLimit:
+        const unsigned limit = drawFrom<unsigned>({0x7FFFFFFF, 0xFFFFFFFF});
+        a.n = drawOneIn(20) ? 65535 + draw(3) : 1 + draw(3);
+        const unsigned most = drawOneIn(3) || a.n > 3 ? limit / a.n : limit; // elements or rows are about so many
+        a.m = most - draw(3);
+        a.m += a.m < 0xFFFFFFF0U ? draw(4) : 0;
+        for (unsigned corners = draw(4), j = 0; j < corners; ++j) { // where rows and positions end
+            a.entries[{drawOneIn(2) ? a.n - 1 : 0, drawOneIn(2) ? a.m - 1 - draw(2) : draw(2)}] = values.of(draw(9));
+        }
         break;
     }
     shape == Shape::Dense ? drawDenseEntries(a, values) : drawEntries(a, values, explicitZeros);
@@ -172,11 +183,17 @@ std::vector<Value> drawElements(std::uint64_t count, Storage storage, bool halve
     return elements;
 }
 
+/// More elements than a full right-hand side is drawn with, or none in too many columns once it is turned.
+bool isVast(std::uint64_t m, std::uint64_t n)
+{
+    return std::max<std::uint64_t>(m, 1) * std::max<std::uint64_t>(n, 1) > 10000;
+}
+
 /// A full or sparse right-hand side of this shape.
 RightSide drawShaped(const std::vector<unsigned>& dims)
 {
     const Storage storage = drawStorage();
-    if (dims.size() == 2 && drawOneIn(2)) {
+    if (dims.size() == 2 && (drawOneIn(2) || isVast(dims[0], dims[1]))) {
         return RightSide::of(drawModelOfSize(storage, dims[0], dims[1]));
     }
     const bool floating = storage.classId == kxDOUBLE_CLASS || storage.classId == kxSINGLE_CLASS;
@@ -208,6 +225,9 @@ RightSide drawMisfit(unsigned m, unsigned n)
 
 RightSide drawRightSide(unsigned m, unsigned n)
 {
+    if (isVast(m, n)) {
+        return drawOneIn(2) ? RightSide::scalar(0) : drawShaped({m, n});
+    }
     switch (draw(8)) {
     case 0:
     case 1:
@@ -225,6 +245,9 @@ RightSide drawRightSide(unsigned m, unsigned n)
 
 RightSide drawRightSide(unsigned count)
 {
+    if (isVast(count, 1)) {
+        return drawRightSide(count, 1);
+    }
     const auto [m, n] = drawFrom<std::pair<unsigned, unsigned>>(
         {{1, count}, {count, 1}, count % 2 == 0 ? std::pair{2U, count / 2} : std::pair{1U, count}});
     return drawRightSide(m, n);

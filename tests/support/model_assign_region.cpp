@@ -1,7 +1,7 @@
 #include "support/model_operations.hpp"
 
 #include <algorithm>
-#include <set>
+#include <map>
 
 namespace zqsp::test {
 
@@ -30,15 +30,40 @@ bool fits(Region& region, const RightSide& b, bool rowsFollow, bool columnsFollo
            (region.m * region.n == 0 && mB * nB == 0);
 }
 
-unsigned highest(const Positions& positions)
+/// The rows or columns that a subscript names; all of them are not listed, as there may be very many.
+class Lines
 {
-    return positions.empty() ? 0 : static_cast<unsigned>(*std::max_element(positions.begin(), positions.end()));
-}
+  public:
+    explicit Lines(std::uint64_t all) : every_(true), count_(all) {}
+    Lines(const Subscript& s, unsigned extent) : every_(s.form == Form::Colon), count_(extent)
+    {
+        if (!every_) {
+            positions_ = convert(s, extent, Purpose::Assignment);
+            count_ = positions_.size();
+            for (unsigned k = 0; k < positions_.size(); ++k) {
+                last_[at(k)] = k;
+            }
+        }
+    }
 
-Positions everyOne(std::uint64_t count)
-{
-    return convert(Subscript::colon(), count, Purpose::Assignment);
-}
+    [[nodiscard]] std::uint64_t size() const { return count_; }
+    [[nodiscard]] bool empty() const { return count_ == 0; }
+    [[nodiscard]] unsigned at(std::uint64_t k) const { return static_cast<unsigned>(every_ ? k : positions_[k]); }
+    [[nodiscard]] bool contains(unsigned line) const { return every_ ? line < count_ : last_.contains(line); }
+    /// Whether no later one is the same.
+    [[nodiscard]] bool isLast(unsigned k) const { return every_ || last_.at(at(k)) == k; }
+    /// 0 where there is none.
+    [[nodiscard]] unsigned highest() const
+    {
+        return empty() ? 0 : every_ ? static_cast<unsigned>(count_ - 1) : last_.rbegin()->first;
+    }
+
+  private:
+    bool every_;
+    std::uint64_t count_;
+    Positions positions_;
+    std::map<unsigned, unsigned> last_;
+};
 
 /// Grows the columns to cover `column`.
 void growColumns(Model& a, unsigned column)
@@ -62,21 +87,25 @@ Value scalarOf(const RightSide& b)
 
 /// Replaces rows x columns of A by B's stored entries, those of later repeats last. A scalar fills the region when it
 /// is not zero. The capacity grows to just the entries there are.
-void writeRegion(Model& a, const Positions& rows, const Positions& columns, const RightSide& b)
+void writeRegion(Model& a, const Lines& rows, const Lines& columns, const RightSide& b)
 {
-    std::map<std::uint64_t, std::vector<unsigned>> rowsOfRegion;
+    std::erase_if(a.entries, [&](const auto& entry) {
+        return columns.contains(entry.first.column) && rows.contains(entry.first.row);
+    });
     const Model source = b.asSparse();
-    const bool scalar = b.isScalar();
-    for (unsigned c = 0; c < columns.size(); ++c) {
-        const auto column = static_cast<unsigned>(columns[c]);
-        for (unsigned r = 0; r < rows.size(); ++r) {
-            const Place to{column, static_cast<unsigned>(rows[r])};
+    if (b.isScalar() && scalarOf(b) != 0.0) {
+        for (unsigned c = 0; c < columns.size(); ++c) {
+            for (unsigned r = 0; r < rows.size(); ++r) {
+                a.entries[{columns.at(c), rows.at(r)}] = scalarOf(b);
+            }
+        }
+    } else if (!b.isScalar()) {
+        for (const auto& [place, value] : source.entries) {
             // Vectors are laid along the region, whichever way they lie.
-            const Place from = scalar ? Place{} : source.place(std::uint64_t{c} * rows.size() + r);
-            const auto found = source.entries.find(from);
-            a.entries.erase(to);
-            if (found != source.entries.end() && !(scalar && found->second == 0.0)) {
-                a.entries[to] = found->second;
+            const auto c = static_cast<unsigned>(source.linear(place) / rows.size());
+            const auto r = static_cast<unsigned>(source.linear(place) % rows.size());
+            if (columns.isLast(c) && rows.isLast(r)) {
+                a.entries[{columns.at(c), rows.at(r)}] = value;
             }
         }
     }
@@ -96,7 +125,7 @@ Model writeNothing(const Model& a, const RightSide& b)
 /// A(:,J) = B, or A(I,:) = B, once B is of the target's class.
 Model writeLines(const Model& a, const RightSide& b, const Subscript& s, bool columns)
 {
-    const Positions lines = convert(s, columns ? a.n : a.m, Purpose::Assignment);
+    const Lines lines(s, columns ? a.n : a.m);
     if (lines.empty()) {
         return writeNothing(a, b);
     }
@@ -105,7 +134,7 @@ Model writeLines(const Model& a, const RightSide& b, const Subscript& s, bool co
     if (!fits(region, b, columns && follows, !columns && follows)) {
         throw Failure(spAssignDimMismatch);
     }
-    const unsigned last = highest(lines);
+    const unsigned last = lines.highest();
     Model result = a;
     if (a.isUnset() && columns) {
         const std::uint64_t nnz = b.kind == RightSide::Kind::Sparse ? b.model.nnz() : 1;
@@ -117,11 +146,11 @@ Model writeLines(const Model& a, const RightSide& b, const Subscript& s, bool co
     if (columns) {
         growColumns(result, last);
         result.m = static_cast<unsigned>(region.m);
-        writeRegion(result, everyOne(region.m), lines, b);
+        writeRegion(result, Lines(region.m), lines, b);
     } else {
         result.m = std::max(a.m, last + 1);
         result.n = static_cast<unsigned>(region.n);
-        writeRegion(result, lines, everyOne(region.n), b);
+        writeRegion(result, lines, Lines(region.n), b);
     }
     return result;
 }
@@ -175,16 +204,15 @@ void writeOne(Model& a, Place place, const RightSide& b)
 }
 
 /// Several columns of a matrix of moderate height are written with a table of their entries, which the maximum bounds.
-void checkTable(const Model& result, const Positions& columns)
+void checkTable(const Model& result, const Lines& columns)
 {
     const unsigned max = kxGetMaxNumberOfElements();
     if (result.m > 0x200000 || columns.size() < 2) {
         return;
     }
-    const std::set<std::uint64_t> targets(columns.begin(), columns.end());
     std::uint64_t entries = 0;
     for (const auto& [column, count] : result.columnCounts()) {
-        entries += targets.contains(column) ? count : 0;
+        entries += columns.contains(column) ? count : 0;
     }
     const std::size_t bytes = std::max<std::size_t>(elementSizeOf(result.storage.classId), 4);
     if (columns.size() > max / 4 || entries > max / bytes) {
@@ -193,17 +221,17 @@ void checkTable(const Model& result, const Positions& columns)
 }
 
 /// The subscripts name rows and columns: B goes into the region they span.
-Model writeGeneral(const Model& a, const RightSide& b, const Positions& rows, const Positions& columns)
+Model writeGeneral(const Model& a, const RightSide& b, const Lines& rows, const Lines& columns)
 {
-    const unsigned m = std::max(a.m, highest(rows) + 1);
-    const unsigned column = highest(columns);
+    const unsigned m = std::max(a.m, rows.highest() + 1);
+    const unsigned column = columns.highest();
     const bool zeroScalar = b.isScalar() && scalarOf(b) == 0.0;
     const bool one = rows.size() == 1 && columns.size() == 1;
     Model result = a.isUnset() ? fresh(b.storage(), m, column + 1, zeroScalar || one ? 1 : 0) : a;
     growColumns(result, column);
     result.m = m;
     if (one && !zeroScalar) {
-        writeOne(result, {column, highest(rows)}, b);
+        writeOne(result, {column, rows.highest()}, b);
     } else {
         writeRegion(result, rows, columns, b);
         if (!zeroScalar) {
@@ -214,17 +242,17 @@ Model writeGeneral(const Model& a, const RightSide& b, const Positions& rows, co
 }
 
 /// One of the subscripts names nothing: only the size may grow.
-Model growGeneral(const Model& a, const RightSide& b, const Positions& rows, const Positions& columns)
+Model growGeneral(const Model& a, const RightSide& b, const Lines& rows, const Lines& columns)
 {
-    const unsigned m = rows.empty() ? a.m : std::max(a.m, highest(rows) + 1);
-    const unsigned n = columns.empty() ? 0 : highest(columns) + 1;
+    const unsigned m = rows.empty() ? a.m : std::max(a.m, rows.highest() + 1);
+    const unsigned n = columns.empty() ? 0 : columns.highest() + 1;
     if (a.isUnset()) {
         return fresh({b.storage().classId, false}, m, n, 1);
     }
     Model result = a;
     result.m = m;
     if (!columns.empty()) {
-        growColumns(result, highest(columns));
+        growColumns(result, columns.highest());
     }
     return result;
 }
@@ -263,8 +291,8 @@ Model assignGeneral(const Model& a, const RightSide& original, const Subscript& 
         result = a.isUnset() ? fresh(b.storage(), row + 1, column + 1, 1) : a;
         writeOne(result, {column, row}, b);
     } else {
-        const Positions rows = convert(i, a.m, Purpose::Assignment);
-        const Positions columns = convert(j, a.n, Purpose::Assignment);
+        const Lines rows(i, a.m);
+        const Lines columns(j, a.n);
         Region region{rows.size(), columns.size()};
         if (!fits(region, b, false, false)) {
             throw Failure(mismatch);

@@ -202,7 +202,7 @@ Model refByLists(const Model& a, const Subscript& rows, const Subscript& columns
     };
     const bool allRows = rows.form == Form::Colon;
     const bool allColumns = columns.form == Form::Colon;
-    const Positions r = positions(rows, a.m);
+    const Positions r = allRows ? Positions{} : positions(rows, a.m);
     const Positions c = allRows && allColumns ? Positions{} : positions(columns, a.n);
     return select(a, allRows ? std::nullopt : std::optional(r), c);
 }

@@ -28,12 +28,13 @@ spStatus floatingStatus(double x, kxClassID id, double limit, Purpose purpose)
     if (x > maximumFor(id)) {
         return std::isinf(x) ? spIndexNotPositiveInteger : spIndexExceedsMaxSize;
     }
-    const bool whole = x == std::trunc(x); // false for NaN
+    const double v = std::fmod(x, 4294967296); // 32 bits of it are looked at; a single may be 2^32 itself
+    const bool whole = x == std::trunc(v);     // false for NaN
     if (purpose == Purpose::Deletion) {
         if (std::isnan(x)) {
             return spIndexNotPositiveInteger;
         }
-        if (x > limit) {
+        if (v > limit) {
             return spIndexToRemoveOutOfRange;
         }
         return whole ? spOK : spIndexNotPositiveInteger;
@@ -41,7 +42,7 @@ spStatus floatingStatus(double x, kxClassID id, double limit, Purpose purpose)
     if (!whole) {
         return spIndexNotPositiveInteger;
     }
-    return x > limit ? spIndexOutOfRange : spOK;
+    return v > limit ? spIndexOutOfRange : spOK;
 }
 
 /// The status of one 1-based value of char or an integer class.
@@ -158,6 +159,9 @@ Positions convert(const Subscript& s, std::uint64_t extent, Purpose purpose, boo
 
 unsigned namedBy(const Subscript& s, std::uint64_t extent)
 {
+    if (s.form == Form::Colon) {
+        return static_cast<unsigned>(std::min<std::uint64_t>(extent, 0xFFFFFFFFU));
+    }
     try {
         return static_cast<unsigned>(convert(s, extent, Purpose::Assignment).size());
     } catch (const Failure&) {

@@ -272,7 +272,7 @@ Subscript drawSubscript(const Wanted& wanted)
 Subscript drawBareList(const Wanted& wanted)
 {
     Subscript s = drawSubscript(wanted, Form::Numeric);
-    std::erase_if(s.values, [](double v) { return !(v >= 1 && v <= 1e9 && v == std::trunc(v)); });
+    std::erase_if(s.values, [](double v) { return !(v >= 1 && v <= 0xFFFFFFFF && v == std::trunc(v)); });
     s.complex = false;
     return s.as(kxDOUBLE_CLASS).shaped(1, static_cast<unsigned>(s.values.size()));
 }

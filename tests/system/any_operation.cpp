@@ -8,6 +8,8 @@ namespace zqsp::test {
 
 namespace {
 
+constexpr unsigned kVast = 10000; // more than a model lists
+
 Wanted growing(Wanted wanted, bool mayFail)
 {
     wanted.mayFail = mayFail;
@@ -17,9 +19,12 @@ Wanted growing(Wanted wanted, bool mayFail)
 
 Subscript bareRange(unsigned extent)
 {
-    const double first = draw(extent + 2);
-    const double last = draw(extent + 2);
-    return Subscript::range(first, drawFrom<double>({1, -1, 2, -3}), last);
+    constexpr unsigned kHighest = 0x7FFFFFFF;
+    const unsigned reach = std::min(extent, kHighest - 2) + 2;
+    const double first = draw(reach);
+    const double step = drawFrom<double>({1, -1, 2, -3});
+    const double last = extent < kVast ? draw(reach) : first + step * draw(9) + draw(2);
+    return Subscript::range(first, step, std::clamp<double>(last, 0, kHighest));
 }
 
 /// Now and then the mark of a deletion, which needs a target with a class.
@@ -33,12 +38,21 @@ void drawReshape(const Model& a, Operation& op)
     std::vector<unsigned> divisors;
     const std::uint64_t elements = a.numel();
     for (unsigned d = 1; d <= 64 && elements > 0; ++d) {
-        if (elements % d == 0 && elements / d < 0xFFFFFFFFU) {
+        if (elements % d == 0 && elements / d <= 0xFFFFFFFFU) {
             divisors.push_back(d);
         }
     }
-    op.newM = elements == 0 ? draw(4) : drawFrom(divisors);
-    op.newN = elements == 0 ? 0 : static_cast<unsigned>(elements / op.newM);
+    if (elements == 0) {
+        op.newM = draw(4);
+    } else if (divisors.empty()) {
+        op.newM = a.m;
+        op.newN = a.n;
+    } else {
+        const unsigned d = drawFrom(divisors);
+        const auto other = static_cast<unsigned>(elements / d);
+        op.newM = other < kVast ? d : other;
+        op.newN = other < kVast ? other : d;
+    }
 }
 
 /// Now and then an operand of a small target is the target, or shares its data.
@@ -133,12 +147,18 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
 
 unsigned drawMaximum(const Operation& op)
 {
+    if (op.a.numel() > 0xFFFFFFFFU - 2 || op.b.numel() > kVast) {
+        return 0xFFFFFFFFU - draw(2);
+    }
     std::uint64_t least = op.b.numel();
     for (const Subscript* s : {&op.i, &op.j}) {
         const bool stays = s->form == Form::Mask || op.callee == Export::ReferenceByRanges;
         least = stays ? least : std::max(least, s->numel());
     }
     const auto elements = static_cast<unsigned>(op.a.numel());
+    if (elements > kVast) {
+        return elements - 2 + draw(5);
+    }
     return static_cast<unsigned>(least) + draw(drawOneIn(2) ? 4 : elements + 20);
 }
 

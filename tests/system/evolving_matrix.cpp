@@ -9,6 +9,9 @@ namespace zqsp::test {
 
 namespace {
 
+/// Far more than any call needs for the few entries at hand, and far less than their extents.
+constexpr std::size_t kLargestBlock = std::size_t{1} << 22;
+
 /// Blocks that an array holds, its header included.
 std::size_t blocksOf(const kxArray* array)
 {
@@ -21,27 +24,36 @@ std::size_t blocksOf(const kxArray* array)
 
 } // namespace
 
-EvolvingMatrix::EvolvingMatrix() : model_(drawModel()), target_(toArray(model_)) {}
+void EvolvingMatrix::renew()
+{
+    isAtLimits_ = drawOneIn(2);
+    maximum_ = isAtLimits_ && drawOneIn(2) ? 0xFFFFFFFF : 0x7FFFFFFF;
+    model_ = isAtLimits_ ? drawModel(drawStorage(), Shape::AtLimit) : drawTarget(Export::Ass6);
+    target_ = toArray(model_);
+}
 
 /// The target becomes something else now and then, lest it shrinks to nothing for good.
-void EvolvingMatrix::renewIfSpent()
+bool EvolvingMatrix::isSpent() const
 {
     const bool isFull = !model_.sparse && !model_.isEmpty(); // what a target without a class may have been given
-    if (isFull || model_.nnz() == 0 || model_.numel() > 4000 || drawOneIn(25)) {
-        model_ = drawTarget(Export::Ass6);
-        target_ = toArray(model_);
-    }
+    const bool isLarge = isAtLimits_ ? model_.nnz() > 1000 : model_.numel() > 4000;
+    return isFull || model_.nnz() == 0 || isLarge || drawOneIn(25);
 }
 
 std::string EvolvingMatrix::step()
 {
-    renewIfSpent();
+    if (isSpent()) {
+        renew();
+    }
+    const MaxElements maximum(maximum_);
+    const LargestBlock largest(isAtLimits_ ? kLargestBlock : std::size_t{1} << 36);
     const Export next = drawFrom(everyExport());
     const bool needsSparse = !isAssignment(next);
     if (needsSparse && !model_.sparse) {
         return "";
     }
     ++calls_[nameOf(next)];
+    callsAtLimits_ += isAtLimits_ ? 1 : 0;
     return make(drawOperation(next, model_, true));
 }
 
@@ -56,6 +68,9 @@ std::string EvolvingMatrix::make(const Operation& op)
         Call call(op, std::move(target_));
         const MaxElements limited(limit);
         expected = predict(op);
+        if (expected.ended.completed() && expected.result.n > kLargestBlock / sizeof(unsigned)) {
+            expected = {Failure(kOutOfMemoryError), {}};
+        }
         made = makeAndCheck(call, op, expected, failing);
         target_ = call.takeTarget();
     }

@@ -12,8 +12,9 @@ namespace zqsp::test {
 class EvolvingMatrix
 {
   public:
-    /// Draws the first matrix.
-    EvolvingMatrix();
+    /// Draws the first matrix. Half of them are at the limits: of Shape::AtLimit, under a maximum of 2^31-1 or 2^32-1
+    /// elements, and without large blocks.
+    EvolvingMatrix() { renew(); }
 
     /// Draws the next call, makes it and checks it as makeAndCheck() does, leaks included; in one call of six an
     /// allocation may fail, one in eight is made under a maximum number of elements about the size of the matrix. "" or
@@ -22,15 +23,21 @@ class EvolvingMatrix
 
     /// Calls made so far by the name of the export.
     [[nodiscard]] const std::map<std::string, unsigned long>& calls() const { return calls_; }
+    /// Those of them that were made on matrices at the limits.
+    [[nodiscard]] unsigned long callsAtLimits() const { return callsAtLimits_; }
     /// Allocations that failed.
     [[nodiscard]] unsigned long faults() const { return faults_; }
 
   private:
-    void renewIfSpent();
+    void renew();
+    [[nodiscard]] bool isSpent() const;
     std::string make(const Operation& operation);
 
     Model model_;
     Array target_;
+    bool isAtLimits_ = false;
+    unsigned maximum_ = 0;
+    unsigned long callsAtLimits_ = 0;
     std::map<std::string, unsigned long> calls_;
     unsigned long faults_ = 0;
 };

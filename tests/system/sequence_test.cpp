@@ -1,6 +1,8 @@
-// Long random sequences of reference, assignment, deletion and reshape on one evolving matrix, some with an allocation
-// failing, each step checked against the model. Runs for ZQSP_SEQUENCE_SECONDS (default 20) from the seed
-// ZQSP_SEQUENCE_SEED (default 1); a failure is shrunk to a small sequence and printed.
+// Long random sequences of reference, assignment, deletion and reshape on one evolving matrix, small or with extents at
+// the limits, some with an allocation failing, each step checked against the model. From the environment:
+// ZQSP_SEQUENCE_CALLS, how many (default 40,000); ZQSP_SEQUENCE_SECONDS, the time after which no more are made (default
+// none); ZQSP_SEQUENCE_SEED (default 1); ZQSP_SEQUENCE_LOOPS, the table of loops (default all that there are, in turn).
+#include "support/draw.hpp"
 #include "support/tables.hpp"
 #include "system/evolving_matrix.hpp"
 
@@ -8,10 +10,13 @@
 #include <cstdlib>
 #include <iostream>
 #include <map>
+#include <random>
 
 using namespace zqsp::test;
 
 namespace {
+
+constexpr std::uint64_t kNoEnd = 1000000000;
 
 std::uint64_t setting(const char* name, std::uint64_t otherwise)
 {
@@ -19,46 +24,65 @@ std::uint64_t setting(const char* name, std::uint64_t otherwise)
     return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
 }
 
+class SeededDraws : public DrawSource
+{
+  public:
+    explicit SeededDraws(std::uint64_t seed) : engine_(seed) {}
+    unsigned next(unsigned bound) override { return static_cast<unsigned>((engine_() >> 32) * bound >> 32); }
+
+  private:
+    std::mt19937_64 engine_;
+};
+
+std::vector<const zqsp::Kernels*> tablesAskedFor()
+{
+    const auto available = zqsp::availableKernels();
+    std::vector<const zqsp::Kernels*> tables(available.begin(), available.end());
+    if (const char* name = std::getenv("ZQSP_SEQUENCE_LOOPS")) {
+        std::erase_if(tables, [name](const zqsp::Kernels* table) { return std::string(table->name) != name; });
+    }
+    return tables;
+}
+
 } // namespace
 
 TEST(Sequence, EveryExportOnOneEvolvingMatrix)
 {
     constexpr unsigned kSteps = 40;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(setting("ZQSP_SEQUENCE_SECONDS", 20));
+    const auto start = std::chrono::steady_clock::now();
+    const auto deadline = start + std::chrono::seconds(setting("ZQSP_SEQUENCE_SECONDS", kNoEnd));
+    const std::uint64_t most = setting("ZQSP_SEQUENCE_CALLS", 40000);
     std::uint64_t seed = setting("ZQSP_SEQUENCE_SEED", 1);
     std::map<std::string, unsigned long> calls;
+    std::uint64_t made = 0;
+    unsigned long atLimits = 0;
     unsigned long faults = 0;
     const std::size_t blocks = kxrt::live_blocks();
-    const auto tables = zqsp::availableKernels();
-    while (std::chrono::steady_clock::now() < deadline) {
+    const auto tables = tablesAskedFor();
+    ASSERT_FALSE(tables.empty()) << "this processor has no such loops";
+    for (; made < most && std::chrono::steady_clock::now() < deadline; ++seed) {
         const zqsp::Kernels& table = *tables[seed % tables.size()];
         zqsp::useKernels(table);
-        rc::detail::TestParams params;
-        params.seed = seed++;
-        params.maxSuccess = 20;
-        const auto result = rc::detail::checkTestable(
-            [&] {
-                EvolvingMatrix matrix;
-                for (unsigned i = 0; i < kSteps; ++i) {
-                    if (const std::string complaint = matrix.step(); !complaint.empty()) {
-                        RC_FAIL(complaint);
-                    }
-                }
-                for (const auto& [name, count] : matrix.calls()) {
-                    calls[name] += count;
-                }
-                faults += matrix.faults();
-            },
-            rc::detail::TestMetadata{}, params);
-        if (!result.is<rc::detail::SuccessResult>()) {
-            FAIL() << failureOf(result) << "\nloops: " << table.name << "\nZQSP_SEQUENCE_SEED=" << params.seed;
+        SeededDraws draws(seed);
+        EvolvingMatrix matrix;
+        for (unsigned i = 0; i < kSteps; ++i) {
+            const std::string complaint = matrix.step();
+            ASSERT_EQ("", complaint) << "loops: " << table.name << "\nZQSP_SEQUENCE_SEED=" << seed;
         }
+        for (const auto& [name, count] : matrix.calls()) {
+            calls[name] += count;
+            made += count;
+        }
+        atLimits += matrix.callsAtLimits();
+        faults += matrix.faults();
     }
-    zqsp::useKernels(*tables.front());
+    zqsp::useKernels(*zqsp::availableKernels().front());
     EXPECT_EQ(blocks, kxrt::live_blocks());
     for (const auto& [name, count] : calls) {
         std::cout << name << ": " << count << " calls\n";
     }
-    std::cout << faults << " allocations failed\n";
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    std::cout << made << " calls in " << seconds.count() << " s, " << atLimits << " of them at the limits; " << faults
+              << " allocations failed; the next seed is " << seed << "\n";
     EXPECT_EQ(everyExport().size(), calls.size()) << "an export was never called";
 }
