@@ -106,7 +106,7 @@ void Assembly::startPlacing()
     im_ = value_.isComplex() ? value_.get()->pi : nullptr;
     unsigned first = 0;
     for (unsigned j = 0; j < value_.columns(); ++j) {
-        pollAtStep(j);
+        pollInterrupt();
         starts_[j] = std::exchange(first, first + starts_[j + 1]);
     }
 }
@@ -119,7 +119,7 @@ Value Assembly::finish()
             Columns<T> columns(value_);
             unsigned first = 0;
             for (unsigned j = 0; j < value_.columns(); ++j) {
-                pollAtStep(j);
+                pollInterrupt();
                 const unsigned stop = starts_[j];
                 starts_[j] = columns.kept();
                 columns.settle(std::exchange(first, stop), stop);

@@ -77,7 +77,7 @@ class SparseResult
     void closeColumn(unsigned j)
     {
         value_.starts()[j + 1] = count_;
-        pollAtStep(j);
+        pollInterrupt();
     }
     /// The array, its capacity what it holds.
     Value finish()
