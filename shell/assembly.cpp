@@ -100,17 +100,13 @@ void Assembly::startPlacing()
     if (room == 0) {
         return;
     }
-    kxArray* array = value_.get();
-    const std::size_t size = kx::kxGetElementSize(array);
-    rows_ = array->ir = static_cast<unsigned*>(kx::kxRealloc(array->ir, room * sizeof(unsigned)));
-    re_ = array->pr = kx::kxRealloc(array->pr, room * size);
-    if (value_.isComplex()) {
-        im_ = array->pi = kx::kxRealloc(array->pi, room * size);
-    }
-    array->nzmax = room;
+    setCapacity(value_, room);
+    rows_ = value_.rowIndices();
+    re_ = value_.get()->pr;
+    im_ = value_.isComplex() ? value_.get()->pi : nullptr;
     unsigned first = 0;
     for (unsigned j = 0; j < value_.columns(); ++j) {
-        pollAtStep(j);
+        pollInterrupt();
         starts_[j] = std::exchange(first, first + starts_[j + 1]);
     }
 }
@@ -123,7 +119,7 @@ Value Assembly::finish()
             Columns<T> columns(value_);
             unsigned first = 0;
             for (unsigned j = 0; j < value_.columns(); ++j) {
-                pollAtStep(j);
+                pollInterrupt();
                 const unsigned stop = starts_[j];
                 starts_[j] = columns.kept();
                 columns.settle(std::exchange(first, stop), stop);
@@ -132,7 +128,7 @@ Value Assembly::finish()
         });
         starts_[value_.columns()] = kept;
     }
-    trimEntries(value_, kept);
+    setCapacity(value_, kept);
     kx::kxFreeImagIfZero(value_.get());
     return std::move(value_);
 }

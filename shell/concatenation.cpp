@@ -139,7 +139,7 @@ void stack(const std::vector<Block>& blocks, Value& whole)
     for (const Block& block : blocks) { // now starts[j] is where column j goes on
         const unsigned* from = block.value.starts();
         for (unsigned j = 0; j < block.value.columns(); ++j) {
-            pollAtStep(j);
+            pollInterrupt();
             unsigned& next = starts[block.column + j];
             const unsigned count = from[j + 1] - from[j];
             appendEntries<T>(block.value, from[j], count, block.row, whole, next);

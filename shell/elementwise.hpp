@@ -77,12 +77,12 @@ class SparseResult
     void closeColumn(unsigned j)
     {
         value_.starts()[j + 1] = count_;
-        pollAtStep(j);
+        pollInterrupt();
     }
     /// The array, its capacity what it holds.
     Value finish()
     {
-        trimEntries(value_, count_);
+        setCapacity(value_, count_);
         if (Results<Result>::complexity == kxCOMPLEX) {
             kx::kxFreeImagIfZero(value_.get());
         }
@@ -134,24 +134,10 @@ Value fullElementwise(const Value& left, const Value& right, F f)
         a.rowStep = left.isScalar() ? 0 : 1;
         b.rowStep = right.isScalar() ? 0 : 1;
     }
-    constexpr std::size_t kPiece = std::size_t{1} << 18;
-    const auto column = [&](std::size_t j, auto stepA, auto stepB) {
-        for (std::size_t first = 0; first < height; first += kPiece) {
-            pollInterrupt();
-            const std::size_t last = std::min(first + kPiece, height);
-            for (std::size_t i = first; i < last; ++i) {
-                out.put(j * height + i,
-                        f(a.numbers.at(i * stepA + j * a.columnStep), b.numbers.at(i * stepB + j * b.columnStep)));
-            }
-        }
-    };
-    constexpr std::integral_constant<std::size_t, 0> kStay;
-    constexpr std::integral_constant<std::size_t, 1> kStep;
     for (std::size_t j = 0; j < width; ++j) {
-        if (a.rowStep != 0) {
-            b.rowStep != 0 ? column(j, kStep, kStep) : column(j, kStep, kStay);
-        } else {
-            b.rowStep != 0 ? column(j, kStay, kStep) : column(j, kStay, kStay);
+        for (std::size_t i = 0; i < height; ++i) {
+            pollAtStep(i);
+            out.put(j * height + i, f(a.at(i, j), b.at(i, j)));
         }
     }
     if (Results<Result>::complexity == kxCOMPLEX) {

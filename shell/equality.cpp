@@ -42,7 +42,7 @@ template <typename A, typename B>
 bool sameSparse(const Value& left, const Elements<A>& a, const Value& right, const Elements<B>& b)
 {
     for (unsigned j = 0; j < left.columns(); ++j) {
-        pollAtStep(j);
+        pollInterrupt();
         const unsigned iStop = left.starts()[j + 1];
         const unsigned kStop = right.starts()[j + 1];
         for (unsigned i = left.starts()[j], k = right.starts()[j];; ++i, ++k) {

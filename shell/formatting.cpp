@@ -26,18 +26,12 @@ struct Piece
 
 char escaped(char c)
 {
-    switch (c) {
-    case 'n':
-        return '\n';
-    case 't':
-        return '\t';
-    case 'r':
-        return '\r';
-    case '\\':
-        return '\\';
-    default:
+    constexpr std::string_view kLetters = "ntr\\";
+    const std::size_t known = kLetters.find(c);
+    if (known == std::string_view::npos) {
         throw Error("kxsh:arguments", fmt::format("the format has an unknown escape '\\{}'", c));
     }
+    return "\n\t\r\\"[known];
 }
 
 std::vector<Piece> piecesOf(const std::string& format)

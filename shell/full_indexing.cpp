@@ -61,6 +61,7 @@ Places maskPlaces(const Value& mask)
     const bool* data = mask.data<bool>();
     list.reserve(static_cast<std::size_t>(std::count(data, data + mask.count(), true)));
     for (std::size_t k = 0; k < mask.count(); ++k) {
+        pollAtStep(k);
         if (data[k]) {
             list.push_back(static_cast<unsigned>(k));
         }
@@ -100,6 +101,7 @@ std::optional<Places> placesOf(const Value& subscript, std::uint64_t all)
     withElementType(subscript.classId(), [&]<typename T>(std::type_identity<T>) {
         const T* data = subscript.data<T>();
         for (std::size_t k = 0; k < list.size(); ++k) {
+            pollAtStep(k);
             const auto v = static_cast<double>(data[k]);
             checkPlace(v);
             list[k] = static_cast<unsigned>(v) - 1;

@@ -139,11 +139,9 @@ void Interpreter::assignSubscripted(const Target& target, const AssignStatement&
     }
     const Value value = action.deletes ? Value(kx::kxCreateEmptyLiteral()) : elementsOf(evaluate(*action.value));
     const std::vector<Value> places = subscripts(known ? &found->second : nullptr, target.subscripts);
-    if (known) {
-        assign(found->second, value, places, target.name);
-    } else {
-        Value fresh;
-        assign(fresh, value, places, target.name);
+    Value fresh;
+    assign(known ? found->second : fresh, value, places, target.name);
+    if (!known) {
         session_.variables.emplace(target.name, std::move(fresh));
     }
 }
@@ -273,10 +271,7 @@ Value Interpreter::evaluate(const MatrixNode& node)
 {
     std::vector<std::vector<Value>> rows;
     for (const auto& row : node.rows) {
-        rows.emplace_back();
-        for (const ExpressionPtr& element : row) {
-            rows.back().push_back(evaluate(*element));
-        }
+        rows.push_back(values(row));
     }
     return concatenate(rows);
 }

@@ -9,16 +9,16 @@
 
 namespace kxsh {
 
-namespace {
+volatile std::sig_atomic_t interruptFlag = 0;
 
-volatile std::sig_atomic_t pending = 0;
+namespace {
 
 char doomed[4096]; // read by the handler
 volatile std::sig_atomic_t isDoomed = 0;
 
 extern "C" void onInterrupt(int)
 {
-    pending = 1;
+    interruptFlag = 1;
 }
 
 extern "C" void onEnd(int signal)
@@ -66,24 +66,17 @@ void setDoomedFile(const char* path) noexcept
 
 void clearInterrupt() noexcept
 {
-    pending = 0;
-}
-
-bool interruptPending() noexcept
-{
-    return pending != 0;
+    interruptFlag = 0;
 }
 
 void raiseInterrupt() noexcept
 {
-    pending = 1;
+    interruptFlag = 1;
 }
 
-void pollInterrupt()
+void raiseInterrupted()
 {
-    if (pending != 0) {
-        throw Error("kxsh:interrupted", "interrupted");
-    }
+    throw Error("kxsh:interrupted", "interrupted");
 }
 
 } // namespace kxsh

@@ -2,6 +2,7 @@
 #ifndef KXSH_INTERRUPT_HPP
 #define KXSH_INTERRUPT_HPP
 
+#include <csignal>
 #include <cstddef>
 
 namespace kxsh {
@@ -15,12 +16,22 @@ void setDoomedFile(const char* path) noexcept;
 void installInterruptHandler();
 /// Forgets a Ctrl-C that came before.
 void clearInterrupt() noexcept;
-/// Whether Ctrl-C came since the last clearInterrupt().
-bool interruptPending() noexcept;
+/// Set when Ctrl-C came since the last clearInterrupt().
+extern volatile std::sig_atomic_t interruptFlag;
+inline bool interruptPending() noexcept
+{
+    return interruptFlag != 0;
+}
 /// Sets the flag as Ctrl-C does.
 void raiseInterrupt() noexcept;
+[[noreturn]] void raiseInterrupted();
 /// Raises kxsh:interrupted when Ctrl-C came.
-void pollInterrupt();
+inline void pollInterrupt()
+{
+    if (interruptPending()) {
+        raiseInterrupted();
+    }
+}
 /// The same at every so many steps of a loop, the first among them.
 inline void pollAtStep(std::size_t step)
 {

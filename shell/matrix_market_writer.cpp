@@ -27,7 +27,7 @@ class Writer
     template <typename... Parts>
     void put(const Parts&... parts)
     {
-        (one(parts), ...);
+        (fmt::format_to(std::back_inserter(buffer_), FMT_COMPILE("{}"), parts), ...);
         if (buffer_.size() > kPiece) {
             flush();
         }
@@ -42,22 +42,20 @@ class Writer
   private:
     static constexpr std::size_t kPiece = std::size_t{1} << 20;
 
-    void one(char c) { buffer_.push_back(c); }
-    void one(std::string_view text) { buffer_.append(text); }
-    void one(bool value) { buffer_.push_back(value ? '1' : '0'); }
-    template <typename T>
-    void one(T value)
-    {
-        if constexpr (std::is_same_v<T, float>) {
-            one(static_cast<double>(value)); // its decimal digits must give the same number in double precision
-        } else {
-            fmt::format_to(std::back_inserter(buffer_), FMT_COMPILE("{}"), value);
-        }
-    }
-
     OutputFile& file_;
     fmt::memory_buffer buffer_;
 };
+
+/// What is written of a value: a single's decimal digits must give the same number in double precision.
+template <typename T>
+auto written(T value)
+{
+    if constexpr (std::is_same_v<T, float>) {
+        return static_cast<double>(value);
+    } else {
+        return +value;
+    }
+}
 
 std::string_view fieldOf(const Value& value)
 {
@@ -149,10 +147,10 @@ void writeValues(Writer& writer, const Progress& progress, const Value& value, s
             writer.put(row + 1, ' ', column + 1);
         }
         if (values) {
-            writer.put(std::string_view(places ? " " : ""), re[k]);
+            writer.put(places ? " " : "", written(re[k]));
         }
         if (im != nullptr) {
-            writer.put(' ', im[k]);
+            writer.put(' ', written(im[k]));
         }
         writer.put('\n');
     });
@@ -171,8 +169,8 @@ void writeMatrixMarket(const std::filesystem::path& path, const Value& array)
     const std::size_t count = entriesWritten(value, symmetry);
     OutputFile file(path);
     Writer writer(file);
-    writer.put(std::string_view("%%MatrixMarket matrix "),
-               std::string_view(value.isSparse() ? "coordinate " : "array "), fieldOf(value), ' ', symmetry, '\n');
+    writer.put("%%MatrixMarket matrix ", value.isSparse() ? "coordinate " : "array ", fieldOf(value), ' ', symmetry,
+               '\n');
     if (id != kxDOUBLE_CLASS && fieldOf(value) != "pattern") {
         writer.put(kClassNote, ' ', className(id), '\n');
     }

@@ -53,7 +53,7 @@ std::vector<unsigned> countBins(const Value& matrix, const Side& rows, const Sid
 {
     std::vector<unsigned> counts(std::size_t{rows.bins} * columns.bins);
     for (unsigned j = 0; j < columns.length; ++j) {
-        pollAtStep(j);
+        pollInterrupt();
         const unsigned bin = columns.binOf(j);
         for (unsigned k = matrix.starts()[j]; k < matrix.starts()[j + 1]; ++k) {
             ++counts[std::size_t{rows.binOf(matrix.rowIndices()[k])} * columns.bins + bin];

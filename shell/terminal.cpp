@@ -113,9 +113,9 @@ void showByPages(const std::string& text)
     std::fputs(text.c_str(), pipe != nullptr ? pipe : stdout);
     if (pipe != nullptr) {
         ::pclose(pipe);
+        clearInterrupt(); // Ctrl-C was for the pager
     }
     std::fflush(stdout);
-    clearInterrupt(); // Ctrl-C was for the pager
 }
 
 class Terminal::Editor

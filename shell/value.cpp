@@ -191,7 +191,7 @@ unsigned entryCount(std::uint64_t count)
     return static_cast<unsigned>(count);
 }
 
-void trimEntries(Value& sparse, unsigned count)
+void setCapacity(Value& sparse, unsigned count)
 {
     kxArray* array = sparse.get();
     if (count == array->nzmax) {

@@ -112,8 +112,8 @@ Value converted(const Value& value, kxClassID id);
 Value asFull(const Value& value);
 /// A number of entries for one sparse array; raises kx:sizeLimit above the maximum number of elements.
 unsigned entryCount(std::uint64_t count);
-/// Gives up the room behind the first `count` entries of a sparse array that is not shared.
-void trimEntries(Value& sparse, unsigned count);
+/// Takes or gives up room for entries of a sparse array that is not shared; from now on it is `count`.
+void setCapacity(Value& sparse, unsigned count);
 Value asSparse(const Value& value);
 
 /// Calls f(std::type_identity<T>{}) with the element type of a class.
