@@ -13,7 +13,8 @@ namespace zqsp {
 namespace {
 
 /// `grown`: the target, then.
-void carryOut(kxArray* A, const LinearLayout& grown, const AssignedValues& values, const LinearPlan& plan)
+template <typename Plan>
+void carryOut(kxArray* A, const LinearLayout& grown, const AssignedValues& values, const Plan& plan)
 {
     Relay relay(
         A,
@@ -42,6 +43,25 @@ void assignOne(kxArray* A, const LinearLayout& grown, const AssignedValues& valu
                  mayGrow ? growCapacity(a.nzmax, grown.m(), grown.n()) : a.nzmax);
 }
 
+/// Values for any positions, whose numbers are known.
+void assignListed(kxArray* A, const LinearLayout& initial, const LinearLayout& grown, const AssignedValues& values,
+                  const Numbers& numbers, const Subscript& positions)
+{
+    const Columns a(A);
+    const bool isInside = grown.m() == a.m && grown.n() == a.n;
+    const bool isPlain = isInside && !values.anyZero(countOf(positions));
+    const Ordered ordered(borrowed(positions), isPlain ? Repeats::kLast : Repeats::kAll);
+    if (!isPlain) {
+        carryOut(A, grown, values, LinearPlan::forPositions(a, initial, values, numbers, ordered));
+        return;
+    }
+    const bool isMask = !std::holds_alternative<IndexList>(ordered.form()) &&
+                        !std::holds_alternative<IndexRange>(ordered.form()); // is written out by now
+    const Numbers ascending = isMask ? Numbers() : Numbers(ordered.form());
+    carryOut(A, grown, values,
+             PositionPlan(a, initial, values, isMask ? NumberView(numbers) : NumberView(ascending), ordered));
+}
+
 } // namespace
 
 void assignPositions(kxArray* A, unsigned m, unsigned n, const Columns& b, bool isScalar, const Subscript& positions)
@@ -68,8 +88,7 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const Columns& b, bool 
     } else {
         const Numbers numbers(positions);
         if (range != nullptr || !overwriteInOrder(A, initial, values, numbers, positions)) {
-            const Ordered ordered(borrowed(positions), Repeats::kAll);
-            carryOut(A, grown, values, LinearPlan::forPositions(a, initial, values, numbers, ordered));
+            assignListed(A, initial, grown, values, numbers, positions);
         }
     }
 }

@@ -25,7 +25,7 @@ class LinearLayout
     {
     }
 
-    [[nodiscard]] Place placeOf(unsigned position) const
+    [[nodiscard, gnu::always_inline]] Place placeOf(unsigned position) const
     {
         if (isMatrix_) {
             const unsigned column = byRows_.quotient(position);

@@ -16,11 +16,12 @@ Slot findSlot(const Columns& a, Place place)
                               : Slot{a.nnz(), false};
 }
 
-/// slotOf(i, slot) for ascending positions. Where they outnumber the entries, one gallops from each to the next, mostly
-/// no step; elsewhere their places are searched together, as a gallop would have to wait for the one before (measured,
-/// the one takes four fifths of the time of the other, the other a third of the one).
+/// slotOf(i, slot) for ascending positions. Where they outnumber the entries, each is reached by a step or none from
+/// the one before; elsewhere their places are searched together, as a walk would have to wait for the one before
+/// (measured, even where columns are long and positions near each other, the one is no slower than the other).
 template <typename F>
-void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions, unsigned count, F&& slotOf)
+[[gnu::always_inline]] inline void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions,
+                                             unsigned count, F&& slotOf)
 {
     const auto placeOf = [&](std::size_t i) { return layout.placeOf(positions[i]); };
     const struct
@@ -34,8 +35,11 @@ void findSlots(const Columns& a, const LinearLayout& layout, NumberView position
         unsigned entry = 0;
         for (unsigned i = 0; i < inside; ++i) {
             const Place place = placeOf(i);
+            entry = std::max(entry, a.jc[place.column]);
             const unsigned end = a.jc[place.column + std::size_t{1}];
-            entry = gallop(a.ir, std::max(entry, a.jc[place.column]), end, place.row);
+            while (entry < end && a.ir[entry] < place.row) {
+                ++entry;
+            }
             slotOf(i, Slot{entry, entry < end && a.ir[entry] == place.row});
         }
     } else {
@@ -71,22 +75,6 @@ void LinearPlan::add(const ElementPatch& patch)
     if (patch.length > 0 || dropped > 0) {
         patches_.add(patch);
     }
-}
-
-/// Adds the patch of one element; to the one before where it goes on from there.
-void LinearPlan::addOrJoin(const ElementPatch& patch, bool isScalar)
-{
-    if (patches_.count() > 0 && patch.length > 0) {
-        ElementPatch& last = patches_.data()[patches_.count() - 1];
-        if (last.length > 0 && patch.column == last.column && patch.row == last.row + last.length &&
-            patch.begin == last.end && (isScalar || patch.source == last.source + last.length)) {
-            last.end = patch.end;
-            ++last.length;
-            insertions_ += patch.begin == patch.end ? 1U : 0U;
-            return;
-        }
-    }
-    add(patch);
 }
 
 /// The capacity where each position is assigned once: in ascending order, or from the last to the first.
@@ -228,11 +216,7 @@ LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout
                     {place.column, slot.position, slot.position + (slot.stored ? 1U : 0U), stored ? 1U : 0U},
                     place.row,
                     values.source(t)};
-                if (mayRepeat) { // a list is seldom of neighbours, and has its capacity from `changes`
-                    plan.patches_.add(patch);
-                } else {
-                    plan.addOrJoin(patch, values.isScalar());
-                }
+                plan.add(patch);
             }
         });
     });
@@ -242,6 +226,27 @@ LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout
         plan.replay(ordered.isReversed(), positions[0]);
     }
     return plan;
+}
+
+PositionPlan::PositionPlan(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
+                           NumberView positions, const Ordered& ordered)
+    : layout_(layout),
+      values_(values),
+      positions_(positions),
+      ordered_(ordered),
+      count_(ordered.count()),
+      begins_(Block<unsigned>::make(count_)),
+      stored_(Block<unsigned char>::make(count_))
+{
+    unsigned insertions = 0;
+    findSlots(a, layout, positions, count_, [&, begins = begins_.get(), stored = stored_.get()](unsigned i, Slot slot) {
+        begins[i] = slot.position;
+        stored[i] = slot.stored ? 1 : 0;
+        insertions += slot.stored ? 0U : 1U;
+    });
+    CapacityReplay replay(a);
+    replay.insert(insertions, layout.m(), layout.n());
+    capacity_ = replay.capacity();
 }
 
 } // namespace zqsp

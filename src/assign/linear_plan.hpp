@@ -30,7 +30,8 @@ class LinearPlan
     /// Cost: entries of the target and of the matrix, and the matrix's columns.
     static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const Columns& b,
                                       const IndexRange& range);
-    /// Any positions. `positions`: in the order of the assignment, of which `ordered` has all.
+    /// Any positions, where values may be zero or the target may grow. `positions`: in the order of the assignment, of
+    /// which `ordered` has all.
     static LinearPlan forPositions(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
                                    NumberView positions, const Ordered& ordered);
 
@@ -41,13 +42,45 @@ class LinearPlan
     LinearPlan(const Columns& a, const LinearLayout& layout) : a_(a), layout_(layout), capacity_(a.nzmax) {}
 
     void add(const ElementPatch& patch);
-    void addOrJoin(const ElementPatch& patch, bool isScalar);
     void replay(bool isReversed, unsigned firstAssigned);
 
     const Columns& a_;
     const LinearLayout& layout_;
     GrowingList<ElementPatch> patches_;
     std::uint64_t insertions_ = 0;
+    unsigned capacity_;
+};
+
+/// The same for positions inside the target, each once, and values none of which is zero: a patch for each position,
+/// of which only the place among the entries is kept.
+class PositionPlan
+{
+  public:
+    /// `positions`: those of `ordered`, ascending. Both must outlive the plan, as must the rest.
+    PositionPlan(const Columns& a, const LinearLayout& layout, const AssignedValues& values, NumberView positions,
+                 const Ordered& ordered);
+
+    [[nodiscard]] std::size_t size() const { return count_; }
+    /// (Inlined by force: of most patches only a part is asked.)
+    [[nodiscard, gnu::always_inline]] ElementPatch operator[](std::size_t i) const
+    {
+        const Place place = layout_.placeOf(positions_[i]);
+        const unsigned begin = begins_[i];
+        return {{place.column, begin, begin + stored_[i], 1},
+                place.row,
+                values_.source(ordered_.source(static_cast<unsigned>(i)))};
+    }
+    [[nodiscard]] unsigned capacity() const { return capacity_; }
+    [[nodiscard]] const PositionPlan& patches() const { return *this; }
+
+  private:
+    LinearLayout layout_;
+    const AssignedValues& values_;
+    NumberView positions_;
+    const Ordered& ordered_;
+    unsigned count_;
+    Block<unsigned> begins_;
+    Block<unsigned char> stored_;
     unsigned capacity_;
 };
 

@@ -5,19 +5,20 @@
 namespace zqsp {
 
 RegionPatches::RegionPatches(const Columns& a, const Region& region, const RowFilter& filter, const RightSide& b)
-    : a_(a), region_(region), filter_(filter), b_(b), total_(a.nnz())
+    : a_(a), region_(region), filter_(filter), b_(b), rowsAreRun_(region.rows.isRun()), total_(a.nnz())
 {
     constexpr std::uint64_t kEntriesPerRow = 16; // from there on a search for each row beats looking at each entry
     const std::uint64_t rowCount = region.rows.count();
     patches_.reserve(static_cast<unsigned>(
         std::min<std::uint64_t>(region.columns.count(), a.nnz() + region.entriesOf(b)))); // mostly one for each
+    const bool isMatrix = b.kind == RightSide::Kind::kMatrix;
+    const unsigned ofEach = b.isScalar() ? region.rows.count() : 0; // entries of a column of what is no matrix
     region.columns.forEach([&](unsigned t, unsigned column) {
-        const bool isMatrix = b.kind == RightSide::Kind::kMatrix;
         const unsigned sourceBegin = isMatrix ? b.b.jc[t] : 0;
-        const unsigned sourceEnd = isMatrix ? b.b.jc[t + std::size_t{1}] : b.isScalar() ? region.rows.count() : 0;
+        const unsigned sourceEnd = isMatrix ? b.b.jc[t + std::size_t{1}] : ofEach;
         const EntrySpan span = filter.spanIn(a, column);
         inTargetColumns_ += column < a.n ? a.length(column) : 0;
-        if (!region.rows.isRun() && span.length() > kEntriesPerRow * rowCount) {
+        if (!rowsAreRun_ && span.length() > kEntriesPerRow * rowCount) {
             addRowByRow(column, span, sourceBegin, sourceEnd);
         } else {
             addColumn(column, span, sourceBegin, sourceEnd);
@@ -28,7 +29,7 @@ RegionPatches::RegionPatches(const Columns& a, const Region& region, const RowFi
 /// One patch from the lowest to the highest target row of the column.
 void RegionPatches::addColumn(unsigned column, EntrySpan span, unsigned sourceBegin, unsigned sourceEnd)
 {
-    const unsigned others = filter_.countOthers(a_, span);
+    const unsigned others = rowsAreRun_ ? 0 : filter_.countOthers(a_, span);
     const unsigned brought = sourceEnd - sourceBegin;
     if (brought > 0 || others < span.length()) {
         add({{column, span.begin, span.end, others + brought}, sourceBegin, sourceEnd, others > 0});

@@ -34,6 +34,7 @@ class RegionPatches
     const Region& region_;
     const RowFilter& filter_;
     const RightSide& b_;
+    bool rowsAreRun_;
     GrowingList<RegionPatch> patches_;
     std::uint64_t total_;
     std::uint64_t inTargetColumns_ = 0;

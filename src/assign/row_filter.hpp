@@ -62,12 +62,12 @@ class RowFilter
         // Most columns begin at or behind the lowest target row and end at or before the highest where many rows are
         // targets: two branches that are predicted, instead of two searches that wait for their probes.
         const bool beginsInside = begin == end || a.ir[begin] >= lowest_;
-        const unsigned first = beginsInside ? begin : lowerBoundOfSame(a.ir, begin, end, lowest_);
+        const unsigned first = beginsInside ? begin : firstNotBelow(a, begin, end, lowest_);
         if (lowest_ == highest_) {
             return {first, first + (first < end && a.ir[first] == lowest_ ? 1U : 0U)};
         }
         const bool endsInside = first == end || a.ir[end - 1] <= highest_;
-        return {first, endsInside ? end : lowerBoundOfSame(a.ir, first, end, highest_ + 1)};
+        return {first, endsInside ? end : firstNotBelow(a, first, end, highest_ + 1)};
     }
 
     /// f(isTarget), isTarget(row) telling whether a row within the span of the targets is one of them: how that is
@@ -108,6 +108,14 @@ class RowFilter
     }
 
   private:
+    /// In a short column the rows are compared at once: in which half the row lies, no branch foresees there.
+    static unsigned firstNotBelow(const Columns& a, unsigned begin, unsigned end, unsigned row)
+    {
+        return end - begin <= kComparedRows && begin + std::uint64_t{kComparedRows} <= a.nzmax
+                   ? begin + rankAmong(a.ir + begin, end - begin, row)
+                   : lowerBoundOfSame(a.ir, begin, end, row);
+    }
+
     const Ordered& rows_;
     unsigned lowest_;
     unsigned highest_;

@@ -35,7 +35,7 @@ struct Needs
 };
 
 /// One rewriting of one target, in two steps. The constructor obtains all memory and changes nothing; commit() cannot
-/// fail. `P`: Patch, or what derives from it.
+/// fail. `Patches`: size() of them, each by its index; Patch, or what derives from it.
 class Relay
 {
   public:
@@ -56,13 +56,12 @@ class Relay
     /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
     /// no second buffer is needed. Where, in place, no patch grows, each is written before what lies behind it moves:
     /// its new entries may be old ones of its own, moved to the front.
-    template <typename P, typename F>
-    void commit(std::span<const P> patches, F&& write)
+    template <typename Patches, typename F>
+    void commit(const Patches& patches, F&& write)
     {
         if (!inPlace_) {
             copyAll(patches, write);
-        } else if (std::all_of(patches.begin(), patches.end(),
-                               [](const P& p) { return p.length <= p.end - p.begin; })) {
+        } else if (!anyGrows(patches)) {
             closeUp(patches, write);
         } else {
             moveLeft(patches);
@@ -91,8 +90,19 @@ class Relay
   private:
     void installBlocks();
 
-    template <typename P, typename F>
-    void closeUp(std::span<const P> patches, F& write)
+    template <typename Patches>
+    static bool anyGrows(const Patches& patches)
+    {
+        for (std::size_t i = 0; i < patches.size(); ++i) {
+            if (const Patch patch = patches[i]; patch.length > patch.end - patch.begin) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    template <typename Patches, typename F>
+    void closeUp(const Patches& patches, F& write)
     {
         unsigned shift = 0;
         for (std::size_t i = 0; i < patches.size(); ++i) {
@@ -103,8 +113,8 @@ class Relay
         }
     }
 
-    template <typename P>
-    void moveLeft(std::span<const P> patches)
+    template <typename Patches>
+    void moveLeft(const Patches& patches)
     {
         unsigned shift = 0;
         for (std::size_t i = 0; i < patches.size(); ++i) {
@@ -116,12 +126,12 @@ class Relay
         }
     }
 
-    template <typename P>
-    void moveRight(std::span<const P> patches)
+    template <typename Patches>
+    void moveRight(const Patches& patches)
     {
         unsigned shift = 0;
-        for (const P& patch : patches) {
-            shift += patch.growth();
+        for (std::size_t i = 0; i < patches.size(); ++i) {
+            shift += patches[i].growth();
         }
         for (std::size_t i = patches.size(); i-- > 0; shift -= patches[i].growth()) {
             const unsigned from = patches[i].end;
@@ -131,49 +141,50 @@ class Relay
         }
     }
 
-    template <typename P, typename F>
-    void copyAll(std::span<const P> patches, F& write)
+    template <typename Patches, typename F>
+    void copyAll(const Patches& patches, F& write)
     {
         const Columns to = after();
         unsigned shift = 0;
-        appendEntries(to, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
+        appendEntries(to, 0, before_, 0, patches.size() == 0 ? entries_ : patches[0].begin);
         for (std::size_t i = 0; i < patches.size(); ++i) {
-            write(patches[i], patches[i].begin + shift);
-            shift += patches[i].growth();
-            const unsigned from = patches[i].end;
-            appendEntries(to, from + shift, before_, from, stretchEnd(patches, i) - from);
+            const auto patch = patches[i];
+            write(patch, patch.begin + shift);
+            shift += patch.growth();
+            if (const unsigned size = stretchEnd(patches, i) - patch.end; size > 0) {
+                appendEntries(to, patch.end + shift, before_, patch.end, size);
+            }
         }
     }
 
-    template <typename P, typename F>
-    static void writePatches(std::span<const P> patches, F& write)
+    template <typename Patches, typename F>
+    static void writePatches(const Patches& patches, F& write)
     {
         unsigned shift = 0;
-        for (const P& patch : patches) {
+        for (std::size_t i = 0; i < patches.size(); ++i) {
+            const auto patch = patches[i];
             write(patch, patch.begin + shift);
             shift += patch.growth();
         }
     }
 
     /// Where the stretch behind the i-th patch ends.
-    template <typename P>
-    [[nodiscard]] unsigned stretchEnd(std::span<const P> patches, std::size_t i) const
+    template <typename Patches>
+    [[nodiscard]] unsigned stretchEnd(const Patches& patches, std::size_t i) const
     {
         return i + 1 < patches.size() ? patches[i + 1].begin : entries_;
     }
 
-    template <typename P>
-    static void updateColumnStarts(const Columns& after, std::span<const P> patches)
+    template <typename Patches>
+    static void updateColumnStarts(const Columns& after, const Patches& patches)
     {
         unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
+        const std::size_t count = patches.size();
+        for (std::size_t i = 0, column = count > 0 ? patches[0].column : 0, next = 0; i < count; ++i, column = next) {
             shift += patches[i].growth();
-            if (shift == 0) {
-                continue;
-            }
-            unsigned* const end = after.jc + (i + 1 < patches.size() ? patches[i + 1].column : after.n) + 1;
-            for (unsigned* start = after.jc + patches[i].column + 1; start < end; ++start) {
-                *start += shift;
+            next = i + 1 < count ? patches[i + 1].column : after.n;
+            for (std::size_t j = column; j < next && shift != 0; ++j) {
+                after.jc[j + 1] += shift;
             }
         }
     }
