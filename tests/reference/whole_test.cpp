@@ -14,6 +14,7 @@ TEST(Reshape, LegalExactlyWhereTheElementCountsAgree)
     }
     EXPECT_TRUE(spReshapeOk(0xFFFFFFFF, 0xFFFFFFFE, 0xFFFFFFFE, 0xFFFFFFFF));
     EXPECT_FALSE(spReshapeOk(0x10000, 0x10000, 1, 0)); // equal in 32 bits only
+    EXPECT_FALSE(spReshapeOk(0x10000, 0x10001, 0x10000, 1));
     EXPECT_FALSE(spReshapeOk(0x80000000, 2, 0, 7));
     EXPECT_TRUE(spReshapeOk(0xC0000000, 2, 0x80000000, 3));
 }

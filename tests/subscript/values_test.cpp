@@ -72,7 +72,7 @@ TEST(SubscriptValues, OfEveryClass)
         }
     }
     for (const kxClassID id : kIntegerClasses) {
-        for (const double value : {0.0, 6.0, 4294967297.0}) {
+        for (const double value : {0.0, 6.0, 3e9, 4294967297.0}) {
             check(Subscript::list({5, value}).as(id));
         }
     }
