@@ -247,7 +247,7 @@ ArrayOwner gatherByMap(const Columns& a, const IndexList& rows, const RowSet& se
     const RowMap map = hasAll ? mapBy(rows, repeats, a.m, [](unsigned row) { return row; })
                               : mapBy(rows, repeats, selected.count(),
                                       [ranks = selected.ranked()](unsigned row) { return ranks.newRow(row); });
-    const unsigned longest = longestColumn(a, columns);
+    const unsigned longest = repeats ? 0 : longestColumn(a, columns); // repeats: no block is needed
     const NamedRows named(a, selected, hasAll || areGathered, columns, longest);
     const Tally tally =
         repeats ? tallyCopies(named, map.starts.get()) : Tally{countInRows(a, columns, selected), longest};
