@@ -241,15 +241,13 @@ void writeArranged(const NamedRows& named, const RowMap& map, const Tally& tally
 ArrayOwner gatherByMap(const Columns& a, const IndexList& rows, const RowSet& selected, const Subscript& columns)
 {
     const bool repeats = selected.count() < rows.count();
-    const auto* range = std::get_if<IndexRange>(&columns);
-    const bool scattered = range == nullptr || !range->isRun();
     const bool areGathered = selected.count() == a.m; // no others are there, whatever their numbers were
-    // Scattered columns are not gathered twice, to be counted and written: the map has all rows.
-    const bool hasAll = selected.hasAll() || (repeats && scattered && !areGathered);
+    // What repeats is looked at twice, to be counted and written: nothing is gathered for that, the map has all rows.
+    const bool hasAll = selected.hasAll() || (repeats && !areGathered);
     const RowMap map = hasAll ? mapBy(rows, repeats, a.m, [](unsigned row) { return row; })
                               : mapBy(rows, repeats, selected.count(),
                                       [ranks = selected.ranked()](unsigned row) { return ranks.newRow(row); });
-    const unsigned longest = longestColumn(a, columns);
+    const unsigned longest = repeats ? 0 : longestColumn(a, columns); // repeats: no block is needed
     const NamedRows named(a, selected, hasAll || areGathered, columns, longest);
     const Tally tally =
         repeats ? tallyCopies(named, map.starts.get()) : Tally{countInRows(a, columns, selected), longest};

@@ -70,26 +70,37 @@ bool areRanks(const Subscript& rows, const RowSet& selected)
     return orderOf(rows) == Order::kAscending && selected.count() == countOf(rows);
 }
 
+/// Rows that come in another order, or more than once, are arranged afterwards.
+ArrayOwner gatherOnce(const Columns& a, const Subscript& rows, const RowSet& selected, unsigned entries,
+                      const Subscript& columns)
+{
+    ArrayOwner gathered = gatherFewBySet(a, selected, entries, columns);
+    return areRanks(rows, selected) ? std::move(gathered)
+                                    : gatherByMap(Columns(gathered.get()), std::get<IndexList>(rows), selected,
+                                                  IndexRange::all(countOf(columns)));
+}
+
 } // namespace
 
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
     const RowSet selected = selectedOf(rows, a.m);
-    return areRanks(rows, selected) ? gatherBySet(a, selected, columns)
-                                    : gatherByMap(a, std::get<IndexList>(rows), selected, columns);
+    if (areRanks(rows, selected)) {
+        return gatherBySet(a, selected, columns);
+    }
+    const auto* range = std::get_if<IndexRange>(&columns);
+    if (range != nullptr && selected.count() < countOf(rows) && !selected.hasAll()) {
+        // What repeats is looked at twice, to be counted and placed.
+        return gatherOnce(a, rows, selected, static_cast<unsigned>(entriesIn(a, columns)), columns);
+    }
+    return gatherByMap(a, std::get<IndexList>(rows), selected, columns);
 }
 
 ArrayOwner gatherFewByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
     const std::uint64_t entries = entriesIn(a, columns);
-    if (entries > UINT32_MAX) {
-        return gatherByTable(a, rows, columns);
-    }
-    const RowSet selected = selectedOf(rows, a.m);
-    ArrayOwner gathered = gatherFewBySet(a, selected, static_cast<unsigned>(entries), columns);
-    return areRanks(rows, selected) ? std::move(gathered)
-                                    : gatherByMap(Columns(gathered.get()), std::get<IndexList>(rows), selected,
-                                                  IndexRange::all(countOf(columns)));
+    return entries > UINT32_MAX ? gatherByTable(a, rows, columns)
+                                : gatherOnce(a, rows, selectedOf(rows, a.m), static_cast<unsigned>(entries), columns);
 }
 
 } // namespace zqsp
