@@ -29,7 +29,7 @@ RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
     constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
     constexpr unsigned kRowsPerFew = 64;     // one row in so many: most entries are passed over
-    if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.selected) {
+    if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.listed) {
         return RowMethod::kSearch;
     }
     return counts.selected < counts.extent / kRowsPerFew ? RowMethod::kSift : RowMethod::kTable;
@@ -96,7 +96,7 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     if (range != nullptr && (range->isRun() || k == 0)) {
         return gatherByInterval(a, *range, columns, capacity);
     }
-    switch (chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, a.m})) {
+    switch (chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, range != nullptr ? 0 : k, a.m})) {
     case RowMethod::kSearch:
         return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
     case RowMethod::kSift:
