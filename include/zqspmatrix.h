@@ -117,7 +117,7 @@ ZQSP_EXPORT spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, cons
 ZQSP_EXPORT spStatus spDeleteColumns(kxArray* A, const kxArray* J);
 
 /* A(I,:) = []. Statuses 2, 4, 5, 10. Cost: n + k + nnz. Memory: m/4 bytes, none for neighbouring rows, and for few
- * entries in a high matrix a word for each listed row. */
+ * entries in a high matrix a word for each listed row, none for a range. */
 ZQSP_EXPORT spStatus spDeleteRows(kxArray* A, const kxArray* I);
 
 /* A(K) = []: a column stays a column, everything else becomes a row. Statuses 2, 4, 5, 7, 10. Cost: nnz + k, and the

@@ -33,11 +33,11 @@ struct UnlistedRows
     [[nodiscard]] unsigned newRank(unsigned row) const { return lowerBound(deleted, 0, count, row); }
 };
 
-/// Whether a set of all rows costs more than a search for each entry.
-bool searchesRows(const Columns& a, unsigned deleted)
+/// Whether a set of all rows costs more than a search for each entry among so many numbers, listed for it.
+bool searchesRows(const Columns& a, unsigned listed)
 {
     constexpr unsigned kRowsPerEntry = 1024; // cleared in the time that the search for one entry takes
-    return a.m / kRowsPerEntry > std::uint64_t{a.nnz()} + deleted;
+    return a.m / kRowsPerEntry > std::uint64_t{a.nnz()} + listed;
 }
 
 /// Removes the entries of some rows. Returns how many rows these are.
@@ -48,7 +48,7 @@ unsigned removeRows(const Columns& a, Subscript rows)
         moveSelected(a, 0, a.n, RowGap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
         return range->count();
     }
-    if (!searchesRows(a, countOf(rows))) {
+    if (!searchesRows(a, range != nullptr ? 0 : countOf(rows))) {
         const RowSet kept = othersThan(rows, a.m);
         moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
         return a.m - kept.count();

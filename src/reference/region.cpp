@@ -31,7 +31,7 @@ RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
     constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
     constexpr unsigned kRowsPerSifted = 64;  // one row in so many: most entries are passed over
     constexpr unsigned kRowsPerFew = 8; // one row in so many: what is found is copied in less than a look-up of all
-    if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.selected) {
+    if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.listed) {
         return RowMethod::kSearch;
     }
     if (counts.selected < counts.extent / kRowsPerSifted) {
@@ -104,7 +104,8 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     if (range != nullptr && (range->isRun() || k == 0)) {
         return gatherByInterval(a, *range, columns, capacity);
     }
-    const RowMethod method = chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, a.m});
+    const RowMethod method =
+        chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, range != nullptr ? 0 : k, a.m});
     noteMethod(method);
     switch (method) {
     case RowMethod::kSearch:

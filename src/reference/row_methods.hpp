@@ -38,6 +38,7 @@ struct RowCounts
 {
     std::uint64_t entries; ///< of the visited columns, about
     unsigned selected;
+    unsigned listed; ///< the same, where a range, which is not walked by the search, counts for none
     unsigned extent;
 };
 RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts);
