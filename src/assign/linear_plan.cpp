@@ -17,8 +17,7 @@ Slot findSlot(const Columns& a, Place place)
 }
 
 /// slotOf(i, slot) for ascending positions. Where they outnumber the entries, each is reached by a step or none from
-/// the one before; elsewhere their places are searched together, as a walk would have to wait for the one before
-/// (measured, even where columns are long and positions near each other, the one is no slower than the other).
+/// the one before; elsewhere their places are searched together, as a walk would have to wait for the one before.
 template <typename F>
 [[gnu::always_inline]] inline void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions,
                                              unsigned count, F&& slotOf)

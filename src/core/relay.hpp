@@ -183,8 +183,12 @@ class Relay
         for (std::size_t i = 0, column = count > 0 ? patches[0].column : 0, next = 0; i < count; ++i, column = next) {
             shift += patches[i].growth();
             next = i + 1 < count ? patches[i + 1].column : after.n;
-            for (std::size_t j = column; j < next && shift != 0; ++j) {
-                after.jc[j + 1] += shift;
+            if (shift == 0) {
+                continue;
+            }
+            unsigned* const end = after.jc + next + 1;
+            for (unsigned* start = after.jc + column + 1; start < end; ++start) {
+                *start += shift;
             }
         }
     }
