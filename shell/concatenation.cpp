@@ -105,18 +105,22 @@ void appendEntries(const Value& part, unsigned first, unsigned count, unsigned r
     }
 }
 
-/// Blocks of the whole height, one beside the other: each goes over at once.
+/// Blocks of the whole height, one beside the other: each goes over in large pieces.
 template <typename T>
 void putSideBySide(const std::vector<Block>& blocks, Value& whole)
 {
+    constexpr unsigned kPiece = 1U << 20;
     unsigned next = 0;
     for (const Block& block : blocks) {
-        pollInterrupt();
         const unsigned* from = block.value.starts();
-        appendEntries<T>(block.value, 0, block.value.entries(), 0, whole, next);
+        const unsigned count = block.value.entries();
+        for (unsigned first = 0; first < count; first += kPiece) {
+            pollInterrupt();
+            appendEntries<T>(block.value, first, std::min(kPiece, count - first), 0, whole, next + first);
+        }
         std::transform(from, from + block.value.columns(), whole.starts() + block.column,
                        [next](unsigned start) { return next + start; });
-        next += block.value.entries();
+        next += count;
     }
     whole.starts()[whole.columns()] = next;
 }
