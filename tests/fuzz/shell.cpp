@@ -34,8 +34,7 @@ bool isOneStatement(const std::string& text)
     try {
         const kxsh::Block block = kxsh::parse(text);
         return block.size() == 1 && !std::holds_alternative<kxsh::IfStatement>(block.front().action) &&
-               !std::holds_alternative<kxsh::ForStatement>(block.front().action) &&
-               !std::holds_alternative<kxsh::WhileStatement>(block.front().action);
+               !std::holds_alternative<kxsh::LoopStatement>(block.front().action);
     } catch (const std::exception&) {
         return false; // nothing of it is carried out then; the variables are looked at all the same
     }
