@@ -30,11 +30,12 @@ RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
     constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
     constexpr unsigned kRowsPerSifted = 64;  // one row in so many: most entries are passed over
+    constexpr unsigned kSmall = 512;         // rows and entries that are passed over before a table is made
     constexpr unsigned kRowsPerFew = 8; // one row in so many: what is found is copied in less than a look-up of all
     if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.listed) {
         return RowMethod::kSearch;
     }
-    if (counts.selected < counts.extent / kRowsPerSifted) {
+    if (counts.selected < counts.extent / kRowsPerSifted || counts.entries + counts.extent < kSmall) {
         return RowMethod::kSift;
     }
     return counts.selected < counts.extent / kRowsPerFew ? RowMethod::kFew : RowMethod::kTable;

@@ -111,10 +111,13 @@ class NamedRows
   public:
     /// `isAll`: whether every row stays. `longest`: the longest of the columns. Raises on exhausted memory.
     NamedRows(const Columns& a, const RowSet& named, bool isAll, const Subscript& columns, unsigned longest)
-        : a_(a), named_(named), columns_(columns), isAll_(isAll), most_(std::max(kMostEntries, longest))
+        : a_(a), named_(named), columns_(columns), isAll_(isAll)
     {
         if (!isAll_) {
-            block_ = createLike(a, named.count(), kMostColumns, most_);
+            const auto entries = std::min<std::uint64_t>(entriesIn(a, columns), kMostEntries);
+            mostEntries_ = std::max(static_cast<unsigned>(entries), longest);
+            mostColumns_ = std::min(countOf(columns), kMostColumns);
+            block_ = createLike(a, named.count(), mostColumns_, mostEntries_);
         }
     }
 
@@ -134,11 +137,11 @@ class NamedRows
             }
         };
         unsigned collected = 0; // short runs of columns, which are not worth a call each
-        forEachColumnBlock(a_, columns_, most_, kMostColumns, [&](unsigned first, unsigned count) {
+        forEachColumnBlock(a_, columns_, mostEntries_, mostColumns_, [&](unsigned first, unsigned count) {
             const unsigned begin = a_.jc[first];
             const unsigned size = a_.jc[first + count] - begin;
             const bool isShort = count <= kShortRun;
-            if (!isShort || collected + count > kMostColumns || size > most_ - block.jc[collected]) {
+            if (!isShort || collected + count > mostColumns_ || size > mostEntries_ - block.jc[collected]) {
                 select(block, 0, std::exchange(collected, 0));
             }
             if (!isShort) {
@@ -163,7 +166,8 @@ class NamedRows
     const RowSet& named_;
     const Subscript& columns_;
     bool isAll_;
-    unsigned most_; ///< entries of a block
+    unsigned mostEntries_ = 0; ///< of a block
+    unsigned mostColumns_ = 0; ///< the same
     ArrayOwner block_;
 };
 
@@ -240,9 +244,9 @@ void writeArranged(const NamedRows& named, const RowMap& map, const Tally& tally
 
 ArrayOwner gatherByMap(const Columns& a, const IndexList& rows, const RowSet& selected, const Subscript& columns)
 {
-    const bool repeats = selected.count() < rows.count();
     const bool areGathered = selected.count() == a.m; // no others are there, whatever their numbers were
     // What repeats is looked at twice, to be counted and written: nothing is gathered for that, the map has all rows.
+    const bool repeats = selected.count() < rows.count();
     const bool hasAll = selected.hasAll() || (repeats && !areGathered);
     const RowMap map = hasAll ? mapBy(rows, repeats, a.m, [](unsigned row) { return row; })
                               : mapBy(rows, repeats, selected.count(),
