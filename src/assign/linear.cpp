@@ -89,6 +89,7 @@ spStatus assignColonFill(Target& target, const kxArray* B)
     }
     Operand scalar(B);
     scalar.become(kxMustBe(B, id));
+    makeTruthsOne(scalar);
     return fillWithScalar(target, scalar.get());
 }
 
@@ -111,6 +112,7 @@ spStatus assignElements(Target& target, const kxArray* originalB, const kxArray*
     if (count == 0 && classOf(A) != kxUNKNOWN_CLASS) {
         return spOK;
     }
+    makeTruthsOne(B);
     ArrayOwner fresh(isUnset(A) ? kxCreateSparseNumericMatrix(0, 0, 1, id, kxREAL) : nullptr);
     kxArray* const changed = fresh.get() != nullptr ? fresh.get() : target.own();
     const auto* range = std::get_if<IndexRange>(&positions);

@@ -2,7 +2,10 @@
 
 #include "core/values.hpp"
 
+#include <algorithm>
 #include <array>
+#include <functional>
+#include <numeric>
 
 namespace zqsp {
 
@@ -34,6 +37,22 @@ kxClassID targetClass(const kxArray* A, const kxArray* B)
 {
     const kxClassID id = classOf(A);
     return id == kxUNKNOWN_CLASS ? classOf(B) : id;
+}
+
+void makeTruthsOne(Operand& B)
+{
+    if (classOf(B.get()) != kxLOGICAL_CLASS) {
+        return;
+    }
+    const std::size_t count = kxGetNumNonZeroEl(B.get());
+    const auto* const values = static_cast<const std::uint8_t*>(B->pr);
+    if (std::accumulate(values, values + count, 0U, std::bit_or<>()) <= 1) {
+        return;
+    }
+    ArrayOwner copy(kxCreateDeepCopy(B.get()));
+    auto* const truths = static_cast<std::uint8_t*>(copy->pr);
+    std::transform(truths, truths + count, truths, [](std::uint8_t byte) { return std::uint8_t{byte != 0}; });
+    B.become(copy.release());
 }
 
 bool isZeroScalar(const kxArray* B, const Columns& b)

@@ -17,6 +17,10 @@ ArrayOwner squeezeToMatrix(const kxArray* B);
 /// The class that the target has, or takes from B where it has none.
 kxClassID targetClass(const kxArray* A, const kxArray* B);
 
+/// Gives every true value of a logical operand the byte 1, where an element of it becomes a value of its own. Costs its
+/// bytes, and a copy where one of them is neither 0 nor 1. Raises on exhausted memory.
+void makeTruthsOne(Operand& B);
+
 /// Whether every value of a scalar, full or sparse, is zero. NaN is not. `b`: of B.
 bool isZeroScalar(const kxArray* B, const Columns& b);
 inline bool isZeroScalar(const kxArray* B)

@@ -49,6 +49,9 @@ spStatus assignColumns(Target& target, const kxArray* J, Operand& B)
                                              nullptr) == 0) {
         return spAssignDimMismatch;
     }
+    if (kxIsScalar(B.get())) {
+        makeTruthsOne(B);
+    }
     const Ordered columns(std::move(form), repeatsFor(B.get()));
     checkColumnGrowth(A, columns.highest());
     const std::uint64_t stored = kxGetNumNonZeroEl(B.get());

@@ -66,6 +66,30 @@ TEST(Assignment, WhatIsZero)
     }
 }
 
+/// A logical array that another program made holds any byte but 0 for true.
+TEST(Assignment, TrueIsStoredAsOne)
+{
+    const Model a = patterned(kLogical, 4, 3, false);
+    const auto toAll = [&](Subscript k, std::vector<Value> values) {
+        return toElements(a, std::move(k), row(std::move(values), kLogical));
+    };
+    const Model sparse = patterned(kLogical, 12, 1, false);
+    for (const Operation& op :
+         {toAll(at({3}), {1}), toAll(at({2}), {1}), toAll(at({1, 2, 3, 4}), {1, 0, 1, 1}), toAll(at({1, 3}), {1, 1}),
+          toAll(at({2, 2, 11}), {1, 1, 1}), toAll(Subscript::range(1, 1, 4), {1}), toAll(kColon, {1}),
+          toElements(a, Subscript::range(1, 1, 12), RightSide::of(sparse)),
+          toColumns(a, at({2, 4}), row({1}, kLogical))}) {
+        const Call call(op);
+        const kxArray* const b = call.unchanging(true).front();
+        auto* const bytes = static_cast<unsigned char*>(b->pr);
+        const unsigned stored = kxGetNumNonZeroEl(b);
+        std::transform(bytes, bytes + stored, bytes, [](unsigned char byte) { return byte != 0 ? 254 : 0; });
+        ASSERT_EQ(call.make(nullptr), spOK);
+        EXPECT_EQ("", diff(call.target(), predict(op).result));
+        EXPECT_TRUE(std::all_of(bytes, bytes + stored, [](unsigned char byte) { return byte == 0 || byte == 254; }));
+    }
+}
+
 TEST(ColonAssignment, ShapesAndSizes)
 {
     const Model a = patterned(kReal, 3, 4);
