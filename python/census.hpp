@@ -18,55 +18,86 @@ enum class Order
     unsorted ///< or with elements stored twice
 };
 
-/// Looks over an array piece by piece. Descents are counted without asking where columns begin, where alone they are
-/// allowed; that, and signs gathered instead of rows compared, lets the compiler look at several entries at a time.
+/// What entries show in the sign: rows outside the matrix; entries inside a column that do not ascend, if none is outside.
+struct Findings
+{
+    unsigned outside = 0;
+    unsigned descents = 0;
+};
+
+/// Looks at `count` entries and the one before them. `inside` has all bits set for an entry that begins no column.
+/// Nothing is branched on, so that the compiler looks at several entries at a time.
+[[gnu::always_inline]] inline Findings findingsAt(const unsigned* rows, const unsigned* inside, std::size_t count,
+                                                  unsigned top)
+{
+    Findings found;
+    const unsigned* before = rows - 1;
+    for (std::size_t e = 0; e < count; ++e) {
+        found.outside |= rows[e] | (top - rows[e]); // negative, as a signed word, or above the top
+        found.descents |= inside[e] & ~(before[e] - rows[e]);
+    }
+    return found;
+}
+
+#if defined(__x86_64__)
+[[gnu::target("avx2")]] inline Findings findingsAtByEight(const unsigned* rows, const unsigned* inside,
+                                                          std::size_t count, unsigned top)
+{
+    return findingsAt(rows, inside, count, top);
+}
+#endif
+
+inline Findings findings(const unsigned* rows, const unsigned* inside, std::size_t count, unsigned top)
+{
+#if defined(__x86_64__)
+    static const bool byEight = __builtin_cpu_supports("avx2") != 0;
+    if (byEight) {
+        return findingsAtByEight(rows, inside, count, top);
+    }
+#endif
+    return findingsAt(rows, inside, count, top);
+}
+
+/// Looks over an array piece by piece: where columns begin is marked, and entries are compared regardless of columns.
 class Census
 {
   public:
-    static constexpr std::size_t kPiece = 4096; ///< is in the cache when it is looked at again
+    static constexpr std::size_t kPiece = 2048; ///< is in the cache when it is looked at again
 
-    Census(const unsigned* starts, unsigned m, unsigned n) : starts_(starts), m_(m), n_(n), entries_(starts[n]) {}
+    Census(const unsigned* starts, unsigned m, unsigned n)
+        : start_(starts), starts_(starts), end_(starts + n), m_(m), entries_(starts[n])
+    {
+    }
 
-    /// The next entries, `first` to `last` (excluded) of `rows`; ValueError for broken arrays.
+    /// The next entries, `first` to `last` (excluded, at most kPiece later) of `rows`; ValueError for broken arrays.
     void add(const unsigned* rows, std::size_t first, std::size_t last)
     {
-        const unsigned top = m_ - 1U;
-        unsigned signs = 0; // of what is negative, as a signed word, or above the top
-        int descents = 0;
-        for (std::size_t e = first; e < last; ++e) {
-            signs |= rows[e] | (top - rows[e]);
-        }
-        for (std::size_t e = std::max<std::size_t>(first, 1); e < last; ++e) {
-            descents += static_cast<int>(rows[e]) <= static_cast<int>(rows[e - 1]) ? 1 : 0;
-        }
-        if (static_cast<int>(signs) < 0) {
-            throw py::value_error("broken matrix: an entry lies outside a size of " + std::to_string(m_));
-        }
-        descents_ += static_cast<unsigned>(descents);
-        const unsigned* start = starts_ + column_;
-        const unsigned* const end = starts_ + n_;
-        unsigned allowed = 0;
-        for (; start != end && *start < last; ++start) {
-            const unsigned e = *start;
-            if (e < first || e > start[1]) {
+        std::fill_n(inside_, last - first, ~0U);
+        const unsigned* start = start_;
+        for (; start != end_ && *start < last; ++start) {
+            if (start[1] < *start) { // so that none lies before `first`
                 raiseStarts(start);
             }
-            const unsigned isFirst = e == 0 ? 1U : 0U;
-            const unsigned isEmpty = e == start[1] ? 1U : 0U;
-            const unsigned descends = rows[e] <= rows[e - 1U + isFirst] ? 1U : 0U;
-            allowed += descends & (1U ^ isFirst) & (1U ^ isEmpty); // without branches, which nobody could foresee
+            inside_[*start - first] = 0;
         }
-        allowed_ += allowed;
-        column_ = static_cast<unsigned>(start - starts_);
+        start_ = start;
+        const unsigned top = m_ - 1U;
+        const std::size_t alone = first == 0 ? 1 : 0; // nothing stands before the first entry of all
+        Findings found = findings(rows + first + alone, inside_ + alone, last - first - alone, top);
+        found.outside |= rows[first] | (top - rows[first]);
+        if (static_cast<int>(found.outside) < 0) {
+            throw py::value_error("broken matrix: an entry lies outside a size of " + std::to_string(m_));
+        }
+        descents_ |= found.descents;
     }
     Order finish()
     {
-        for (const unsigned* start = starts_ + column_; start != starts_ + n_; ++start) {
+        for (const unsigned* start = start_; start != end_; ++start) {
             if (*start != entries_ || start[1] != entries_) { // only empty columns are left
                 raiseStarts(start);
             }
         }
-        return descents_ == allowed_ ? Order::sound : Order::unsorted;
+        return static_cast<int>(descents_) >= 0 ? Order::sound : Order::unsorted;
     }
 
   private:
@@ -77,13 +108,13 @@ class Census
                               std::to_string(entries_));
     }
 
+    const unsigned* start_; ///< of the first column that begins in no piece so far
     const unsigned* starts_;
+    const unsigned* end_;
     unsigned m_;
-    unsigned n_;
     unsigned entries_;
-    unsigned column_ = 0;
     unsigned descents_ = 0;
-    unsigned allowed_ = 0;
+    unsigned inside_[kPiece];
 };
 
 } // namespace zqsp::python

@@ -118,7 +118,11 @@ Order orderOf(const unsigned* rows, const unsigned* starts, unsigned m, unsigned
 /// Blocks of its own. `order`, if asked for, is that of the copy, which nobody else can change.
 Array copyOf(const Pieces& pieces, const Elements& elements, Order* order = nullptr)
 {
-    Array array(kx::kxCreateSparseNumericMatrix(pieces.m, pieces.n, pieces.entries, elements.id, elements.complexity));
+    Array array(kx::kxCreateSparseNumericMatrix(pieces.m, 0, pieces.entries, elements.id, elements.complexity));
+    auto* starts = static_cast<unsigned*>(kx::kxMalloc((std::size_t{pieces.n} + 1) * sizeof(unsigned))); // not zeroed
+    kx::kxFree(array->jc);
+    kx::kxSetJc(array.get(), starts);
+    kx::kxSetN(array.get(), pieces.n);
     std::memcpy(array->jc, pieces.starts.data(), (std::size_t{pieces.n} + 1) * sizeof(unsigned));
     if (array->jc[pieces.n] != pieces.entries) {
         throw py::value_error("broken matrix: another thread changes its arrays");
