@@ -118,3 +118,16 @@ TEST(HugeTargets, NewImaginaryPartsAreZeroToTheirEnd)
         EXPECT_EQ(readElement(a->pi, kxDOUBLE_CLASS, e), e + 1 == kxGetNumNonZeroEl(a.get()) ? 2 : 0);
     }
 }
+
+/// Three dimensions are no model's.
+TEST(FreshTargets, TakeTheRightSideWholeWhateverItsShape)
+{
+    const Array b = toArray(RightSide::full({2, 1, 3}, {1, 2, 3, 4, 5, 6}));
+    const Array all = toArray(Subscript::colon());
+    const Array a = toArray(Model::unset());
+    ASSERT_EQ(spAss6(a.get(), b.get(), all.get(), all.get()), spOK);
+    ASSERT_EQ(a->ndims, 3U);
+    EXPECT_EQ(a->get_dimensions()[2], 3U);
+    EXPECT_EQ(readElement(a->pr, kxDOUBLE_CLASS, 5), 6);
+    EXPECT_NE(a->pr, b->pr);
+}

@@ -189,6 +189,8 @@ def test_keys_of_all_kinds(M):
     assert np.array_equal(M[...].toarray(), DENSE) and np.array_equal(M.reshape(-1, 6).toarray(), DENSE.reshape(-1, 6))
     M.assign((5, [0, 3]), [7, 8], grow=True)
     assert M.shape == (6, 4) and M[5, 3] == 8
+    M.assign(([1, 2], [0, 5]), [7, 9], grow=True)
+    assert M.shape == (6, 6) and M[2, 5] == 9
 
 
 def test_pairs_beyond_one_subscript():

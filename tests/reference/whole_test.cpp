@@ -28,7 +28,9 @@ TEST(Reshape, BothMethodsGiveTheSame)
             return holds({.callee = Export::Reshape, .a = a, .newM = draw(5), .newN = 0});
         }
         const unsigned m = std::gcd(elements, 1 + draw(60)) * std::gcd(elements, 1 + draw(7));
-        RC_PRE(elements % m == 0);
+        if (elements % m != 0) {
+            return;
+        }
         const Operation op{.callee = Export::Reshape, .a = a, .newM = m, .newN = elements / m};
         holds(op);
         const MaxElements tiny(0); // no element count is representable: by division

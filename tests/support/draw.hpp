@@ -3,9 +3,13 @@
 #ifndef ZQSP_TESTS_SUPPORT_DRAW_HPP
 #define ZQSP_TESTS_SUPPORT_DRAW_HPP
 
+#ifndef ZQSP_TESTS_WITHOUT_RAPIDCHECK
 #include <rapidcheck.h>
+#endif
 
 #include <cstddef>
+#include <cstdint>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -29,14 +33,28 @@ class DrawSource
     DrawSource* outer_;
 };
 
+class SeededDraws : public DrawSource
+{
+  public:
+    explicit SeededDraws(std::uint64_t seed) : engine_(seed) {}
+    unsigned next(unsigned bound) override { return static_cast<unsigned>((engine_() >> 32) * bound >> 32); }
+
+  private:
+    std::mt19937_64 engine_;
+};
+
 /// One of 0 .. below-1, each as likely, whatever the size of the test case.
 inline unsigned draw(unsigned below)
 {
     if (below <= 1) {
         return 0;
     }
-    return DrawSource::current != nullptr ? DrawSource::current->next(below)
-                                          : *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below));
+#ifndef ZQSP_TESTS_WITHOUT_RAPIDCHECK
+    if (DrawSource::current == nullptr) {
+        return *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below));
+    }
+#endif
+    return DrawSource::current->next(below);
 }
 
 /// True once in so many times; shrinks to false.
@@ -54,10 +72,12 @@ T drawFrom(const std::vector<T>& choices)
 
 inline std::vector<unsigned> drawMany(std::size_t count, unsigned below)
 {
+#ifndef ZQSP_TESTS_WITHOUT_RAPIDCHECK
     if (DrawSource::current == nullptr) {
         const auto one = rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below));
         return *rc::gen::container<std::vector<unsigned>>(count, one);
     }
+#endif
     std::vector<unsigned> all(count);
     for (unsigned& each : all) {
         each = draw(below);

@@ -173,7 +173,7 @@ double drawBadValue(const Wanted& wanted)
 void spoilNumeric(Subscript& s, const Wanted& wanted)
 {
     if (s.form == Form::SparseNumeric && drawOneIn(2)) {
-        s.values.push_back(0); // not stored
+        s.values.push_back(0);
     } else if (drawOneIn(8) && isNumeric(s.classId)) {
         s.complex = true;
     } else {
@@ -183,6 +183,9 @@ void spoilNumeric(Subscript& s, const Wanted& wanted)
                         kept ? convertElement(bad, s.classId) : 0);
     }
     s = s.shaped(1, static_cast<unsigned>(s.values.size()));
+    if (s.form == Form::SparseNumeric && s.n > 0 && s.values.back() == 0 && drawOneIn(2)) {
+        s.store(s.n - 1U);
+    }
 }
 
 void spoil(Subscript& s, const Wanted& wanted)
@@ -264,8 +267,7 @@ Subscript drawSubscript(const Wanted& wanted, Form form)
 
 Subscript drawSubscript(const Wanted& wanted)
 {
-    const Form form = drawFrom<Form>({Form::Numeric, Form::Range, Form::Mask, Form::SparseMask, Form::Numeric,
-                                      Form::SparseNumeric, Form::Range, Form::Mask, Form::SparseMask, Form::Colon});
+    const Form form = kEveryForm[draw(std::size(kEveryForm))];
     return drawOneIn(20) ? drawEmpty() : drawSubscript(wanted, form);
 }
 

@@ -10,11 +10,15 @@ namespace {
 
 constexpr unsigned kVast = 10000; // more than a model lists
 
-Wanted growing(Wanted wanted, bool mayFail)
+bool isDeletion(Export callee)
 {
-    wanted.mayFail = mayFail;
-    wanted.growth = wanted.purpose == Purpose::Assignment && drawOneIn(5) ? 3 : 0;
-    return wanted;
+    return callee >= Export::DeleteColumns && callee <= Export::DeleteElements;
+}
+
+/// An extent of the target that a subscript leaves open: that of an empty square target comes from the right-hand side.
+unsigned openExtent(const Model& a, unsigned extent)
+{
+    return a.isEmpty() && a.m == a.n ? draw(4) : extent;
 }
 
 Subscript bareRange(unsigned extent)
@@ -55,12 +59,14 @@ void drawReshape(const Model& a, Operation& op)
     }
 }
 
-/// Now and then an operand of a small target is the target, or shares its data.
+/// Now and then an operand of a small target is the target, or shares its data, or both subscripts share theirs.
 void alias(Operation& op)
 {
     const bool assigns = isAssignment(op.callee);
-    const bool deletes = op.callee >= Export::DeleteColumns && op.callee <= Export::DeleteElements;
-    if (!op.a.sparse || op.a.numel() > 100 || !(assigns || deletes) || !drawOneIn(10)) {
+    if (op.callee == Export::Ref6 && drawOneIn(10)) {
+        op.jIs = Alias::SharesSubscript;
+    }
+    if (!op.a.sparse || op.a.numel() > 100 || !(assigns || isDeletion(op.callee)) || !drawOneIn(assigns ? 10 : 4)) {
         return;
     }
     Alias& operand = assigns && drawOneIn(2) ? op.bIs : op.iIs;
@@ -69,28 +75,36 @@ void alias(Operation& op)
 
 } // namespace
 
-Model drawTarget(Export callee)
+Model drawTarget(Export callee, Storage storage)
 {
-    const unsigned kind = isAssignment(callee) ? draw(12) : 0;
-    if (kind == 11) {
-        return Model::unset();
+    if (isAssignment(callee) && drawOneIn(6)) {
+        return drawUnmadeTarget(storage);
     }
-    Model a = kind == 10 ? Model::empty({kxSINGLE_CLASS, false}, draw(3), 0) : drawModel();
-    a.sparse = kind != 10;
+    if (isDeletion(callee) && drawOneIn(4)) {
+        return drawSelfSubscript(true);
+    }
+    const bool isFull = isDeletion(callee) && drawOneIn(8);
+    Model a = drawModel(storage, !isFull);
+    a.sparse = !isFull;
     return a;
 }
 
-Operation drawOperation(Export callee, const Model& a, bool mayFail)
+Operation drawOperation(Export callee, const Model& a, bool mayFail, unsigned most)
 {
-    const bool deletes = callee >= Export::DeleteColumns;
-    const Purpose purpose = isReference(callee) ? Purpose::Reference
-                            : deletes           ? Purpose::Deletion
-                                                : Purpose::Assignment;
-    const auto rows = [&] { return drawSubscript(growing(wantedRows(a, purpose), mayFail)); };
-    const auto columns = [&] { return drawSubscript(growing(wantedColumns(a, purpose), mayFail)); };
-    const auto elements = [&] { return drawSubscript(growing(wantedElements(a, purpose), mayFail)); };
-    const auto bareList = [&](unsigned extent) {
-        return drawBareList({.extent = extent, .purpose = purpose, .mayFail = mayFail});
+    const Purpose purpose = isReference(callee)               ? Purpose::Reference
+                            : callee >= Export::DeleteColumns ? Purpose::Deletion
+                                                              : Purpose::Assignment;
+    const auto adjusted = [&](Wanted wanted) {
+        wanted.mayFail = mayFail;
+        wanted.most = most;
+        wanted.growth = purpose == Purpose::Assignment && drawOneIn(5) ? 1 + draw(12) : 0;
+        return wanted;
+    };
+    const auto rows = [&] { return drawSubscript(adjusted(wantedRows(a, purpose))); };
+    const auto columns = [&] { return drawSubscript(adjusted(wantedColumns(a, purpose))); };
+    const auto elements = [&] { return drawSubscript(adjusted(wantedElements(a, purpose))); };
+    const auto bareList = [&](const Wanted& wanted) {
+        return drawOneIn(5) ? Subscript::colon() : drawBareList(adjusted(wanted));
     };
     Operation op{.callee = callee, .a = a};
     switch (callee) {
@@ -113,8 +127,8 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
         op.j = columns();
         break;
     case Export::ReferenceByLists:
-        op.i = drawOneIn(4) ? Subscript::colon() : bareList(a.m);
-        op.j = bareList(a.n);
+        op.i = bareList(wantedRows(a));
+        op.j = bareList(wantedColumns(a));
         break;
     case Export::ReferenceByRanges:
         op.i = bareRange(a.m);
@@ -126,11 +140,11 @@ Operation drawOperation(Export callee, const Model& a, bool mayFail)
         break;
     case Export::Ass4:
         op.i = columns();
-        op.b = deletionOr(a, drawRightSide(a.m, namedBy(op.i, a.n)));
+        op.b = deletionOr(a, drawRightSide(openExtent(a, a.m), namedBy(op.i, a.n)));
         break;
     case Export::Ass5:
         op.i = rows();
-        op.b = deletionOr(a, drawRightSide(namedBy(op.i, a.m), a.n));
+        op.b = deletionOr(a, drawRightSide(namedBy(op.i, a.m), openExtent(a, a.n)));
         break;
     case Export::Ass6:
         op.i = rows();

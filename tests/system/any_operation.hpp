@@ -6,11 +6,13 @@
 
 namespace zqsp::test {
 
-/// A target for this export: a matrix, for assignments also one without a class or without elements.
-Model drawTarget(Export callee);
+/// A target for this export: a matrix, for assignments also one without a class or without elements, for deletions also
+/// a full one or one that may be its own subscript.
+Model drawTarget(Export callee, Storage storage);
 
-/// A call of this export on `a`, drawn while a property runs; one subscript in eight fails if `mayFail`.
-Operation drawOperation(Export callee, const Model& a, bool mayFail);
+/// A call of this export on `a`, drawn while a property runs; one subscript in eight fails if `mayFail`. A subscript
+/// names up to `most` positions.
+Operation drawOperation(Export callee, const Model& a, bool mayFail, unsigned most = 8);
 
 /// A maximum number of elements about the size of the target, within which any operand of the call can be converted.
 unsigned drawMaximum(const Operation& operation);

@@ -28,7 +28,7 @@ void EvolvingMatrix::renew()
 {
     isAtLimits_ = drawOneIn(2);
     maximum_ = isAtLimits_ && drawOneIn(2) ? 0xFFFFFFFF : 0x7FFFFFFF;
-    model_ = isAtLimits_ ? drawModel(drawStorage(), Shape::AtLimit) : drawTarget(Export::Ass6);
+    model_ = isAtLimits_ ? drawModel(drawStorage(), Shape::AtLimit) : drawTarget(Export::Ass6, drawStorage());
     target_ = toArray(model_);
 }
 

@@ -165,6 +165,22 @@ TEST_P(ManyEntries, AlmostAllRows)
     }
 }
 
+/// More columns, and longer ones, than are put together at a time.
+TEST_P(ManyEntries, RowsAssigned)
+{
+    Random random(5);
+    for (const auto& [m, n] : {std::pair(5U, 3000U), std::pair(3001U, 4U)}) {
+        const Model a = scattered(random, GetParam(), m, n, m);
+        const Subscript odd = Subscript::range(1, 2, m);
+        for (const Storage storage : {GetParam(), Storage{GetParam().classId}}) {
+            const RightSide b = RightSide::of(scattered(random, storage, m / 2 + 1, n, m));
+            expectAllAsPredicted({.callee = Export::Ass5, .a = a, .b = b, .i = odd});
+        }
+        const Subscript most = Subscript::range(2, 1, n + 2);
+        expectAllAsPredicted({.callee = Export::Ass6, .a = a, .b = RightSide::scalar(1), .i = odd, .j = most});
+    }
+}
+
 TEST_P(ManyEntries, ZerosInRowsFarApart)
 {
     Random random(4);

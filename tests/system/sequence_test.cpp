@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <iostream>
 #include <map>
-#include <random>
 
 using namespace zqsp::test;
 
@@ -23,16 +22,6 @@ std::uint64_t setting(const char* name, std::uint64_t otherwise)
     const char* text = std::getenv(name);
     return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
 }
-
-class SeededDraws : public DrawSource
-{
-  public:
-    explicit SeededDraws(std::uint64_t seed) : engine_(seed) {}
-    unsigned next(unsigned bound) override { return static_cast<unsigned>((engine_() >> 32) * bound >> 32); }
-
-  private:
-    std::mt19937_64 engine_;
-};
 
 std::vector<const zqsp::Kernels*> tablesAskedFor()
 {
