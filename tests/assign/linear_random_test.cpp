@@ -80,14 +80,6 @@ TEST_P(RandomLinearAssignment, LongSubscripts)
     }
 }
 
-TEST_P(RandomLinearAssignment, MoreThanFourThousandMillionElements)
-{
-    property(25, [&] {
-        const Model a = drawModel(GetParam(), Shape::Huge, mayHoldZeros(GetParam()));
-        holds(drawAssignment(a, drawFrom<Form>({Form::Numeric, Form::SparseMask, Form::Range}), 8));
-    });
-}
-
 TEST_P(RandomLinearAssignment, RunsThatMixEverything)
 {
     // A full vector with little or no room: entries are overwritten, removed and stored anew, repeatedly at the same

@@ -90,17 +90,3 @@ TEST(RandomAssignment, LongSubscripts)
         holds(toRows(a, i, drawRightSide(namedBy(i, a.m), a.n)));
     });
 }
-
-TEST(RandomAssignment, MoreThanFourThousandMillionElements)
-{
-    property(300, [] {
-        const Model a = drawModel(drawStorage(), Shape::Huge);
-        const auto form = drawFrom<Form>({Form::Numeric, Form::Range, Form::SparseMask, Form::SparseNumeric});
-        const Subscript i = drawSubscript(rowsOf(a), form);
-        const Subscript j = drawSubscript(columnsOf(a), form);
-        holds(toRegion(a, i, j, drawRightSide(namedBy(i, a.m), namedBy(j, a.n))));
-        if (a.n < 100) {
-            holds(toRows(a, i, drawRightSide(namedBy(i, a.m), a.n)));
-        }
-    });
-}

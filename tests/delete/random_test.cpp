@@ -48,21 +48,6 @@ TEST_P(RandomDeletion, LongSubscripts)
     });
 }
 
-TEST_P(RandomDeletion, MoreThanFourThousandMillionElements)
-{
-    property(25, [&] {
-        const Model a = drawModel(GetParam(), Shape::Huge);
-        holds({.callee = Export::DeleteElements, .a = a, .i = drawDeleted(wantedElements(a, Purpose::Deletion))});
-        holds({.callee = Export::DeleteColumns, .a = a, .i = drawDeleted(wantedColumns(a, Purpose::Deletion))});
-        if (a.m < 100000) {
-            holds({.callee = Export::DeleteRows, .a = a, .i = drawDeleted(wantedRows(a, Purpose::Deletion))});
-        } else { // the rows of a run need no map, which would take 16 gigabytes
-            const unsigned first = draw(a.m / 2) + 1;
-            holds({.callee = Export::DeleteRows, .a = a, .i = Subscript::range(first, 1, first + draw(1000))});
-        }
-    });
-}
-
 INSTANTIATE_TEST_SUITE_P(Storages, RandomDeletion, testing::ValuesIn(sparseStorages()),
                          [](const auto& tested) { return testNameOf(tested.param); });
 

@@ -61,20 +61,6 @@ TEST_P(RandomReference, LongSubscripts)
     });
 }
 
-TEST_P(RandomReference, MoreThanFourThousandMillionElements)
-{
-    property(150, [&] {
-        const Model a = drawModel(GetParam(), Shape::Huge);
-        holds({.callee = Export::Ref3, .a = a, .i = drawSubscript(wantedElements(a))});
-        holds({.callee = Export::Ref4, .a = a, .i = drawSubscript(wantedColumns(a))});
-        const Subscript i = drawSubscript(wantedRows(a));
-        if (i.form != Form::Mask && a.n < 10) {
-            holds({.callee = Export::Ref5, .a = a, .i = i});
-            holds({.callee = Export::Ref6, .a = a, .i = i, .j = drawSubscript(wantedColumns(a))});
-        }
-    });
-}
-
 INSTANTIATE_TEST_SUITE_P(Storages, RandomReference, testing::ValuesIn(sparseStorages()),
                          [](const auto& tested) { return testNameOf(tested.param); });
 
