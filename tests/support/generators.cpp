@@ -98,17 +98,10 @@ Model drawModel(Storage storage, Shape shape, bool explicitZeros)
         a.m = 20 + draw(100);
         a.n = 1 + draw(3);
         break;
-    case Shape::Huge: {
-        constexpr unsigned kLong = 66000;
-        const bool wide = drawOneIn(3);
-        a.n = wide ? kLong + draw(1000) : 2 + draw(6);
-        a.m = wide ? kLong + draw(1000) : 0xF0000000U + draw(1000);
-        break;
-    }
     case Shape::AtLimit:
         const unsigned limit = drawFrom<unsigned>({0x7FFFFFFF, 0xFFFFFFFF});
-        a.n = drawOneIn(20) ? 65535 + draw(3) : 1 + draw(3);
-        const unsigned most = drawOneIn(3) || a.n > 3 ? limit / a.n : limit; // elements or rows are about so many
+        a.n = drawOneIn(20) ? 65535 + draw(3) : 1 + draw(6);
+        const unsigned most = drawOneIn(3) || a.n > 6 ? limit / a.n : limit; // elements or rows are about so many
         a.m = most - draw(3);
         a.m += a.m < 0xFFFFFFF0U ? draw(4) : 0;
         for (unsigned corners = draw(4), j = 0; j < corners; ++j) { // where rows and positions end

@@ -34,14 +34,13 @@ enum class Shape
     Small,  ///< up to 7 in each direction, empty ones, vectors and scalars included
     Tall,   ///< hundreds of rows, few entries: the search is chosen over the row map
     Dense,  ///< columns long enough for the search to pay
-    Huge,   ///< more than 2^32 elements
-    AtLimit ///< about 2^31 or 2^32 rows or elements, few entries, in one to three columns or, now and then, 65536
+    AtLimit ///< about 2^31 or 2^32 rows or elements, few entries, in one to six columns or, now and then, 65536
 };
 
 /// A matrix with some explicit zeros (where allowed), some spare capacity, some hidden class, and imaginary parts that
 /// are often all zero.
 Model drawModel(Storage storage, Shape shape, bool explicitZeros = true);
-Model drawModel(Storage storage, bool explicitZeros = true); ///< any shape but Huge
+Model drawModel(Storage storage, bool explicitZeros = true); ///< any shape but AtLimit
 Model drawModel();                                           ///< any storage
 
 /// A matrix of this very size.

@@ -40,10 +40,5 @@ TEST_P(Random, LongSubscripts)
     });
 }
 
-TEST_P(Random, MoreThanFourThousandMillionElements)
-{
-    check(isReference(GetParam()) ? 150 : 40, {8}, [](Storage storage) { return drawModel(storage, Shape::Huge); });
-}
-
 INSTANTIATE_TEST_SUITE_P(Exports, Random, testing::ValuesIn(everyExport()),
                          [](const auto& tested) { return nameOf(tested.param); });
