@@ -29,6 +29,8 @@ struct NumberMoves
     }
 };
 
+static_assert(EntryPositions::kBlock <= HitList::kRoom && PositionBlocks::kBlock <= HitList::kRoom);
+
 /// Each entry asks for its own position. `branches`: few of them find it.
 template <typename Members>
 void findByEntries(const Columns& a, const PositionSpan& span, Members members, bool branches, HitList& hits)
@@ -195,28 +197,32 @@ bool exceedsWords(const Subscript& positions)
 
 } // namespace
 
-HitList findHits(const Columns& a, const Subscript& positions)
+HitList findHits(const Columns& a, const Subscript& positions, Found found)
 {
-    HitList hits(countOf(positions), orderOf(positions) == Order::kDescending);
+    const bool areBytes = found == Found::kValues && a.elementSize == 1 && a.pi == nullptr;
+    HitList hits(countOf(positions), orderOf(positions) == Order::kDescending,
+                 areBytes ? reinterpret_cast<std::uint8_t*>(a.pr) : nullptr);
     if (countOf(positions) == 0 || a.nnz() == 0) {
         return hits; // A need not have rows and columns to divide by
     }
     if (countOf(positions) <= PlaceBatch::kSize || exceedsWords(positions)) { // so few are searched at once
         findBySearches(a, positions, nullptr, hits);
-        return hits;
+    } else {
+        const PositionSpan span = spanOf(a, positions);
+        const LookupMethod method =
+            chooseLookup({formOf(positions), countOf(positions), span.columns, span.entries()}, kernels().costs);
+        noteMethod(method);
+        find(method, a, span, positions, hits);
     }
-    const PositionSpan span = spanOf(a, positions);
-    const LookupMethod method =
-        chooseLookup({formOf(positions), countOf(positions), span.columns, span.entries()}, kernels().costs);
-    noteMethod(method);
-    find(method, a, span, positions, hits);
+    hits.finish();
     return hits;
 }
 
 HitList findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions)
 {
-    HitList hits(countOf(positions), orderOf(positions) == Order::kDescending);
+    HitList hits(countOf(positions), orderOf(positions) == Order::kDescending, nullptr);
     find(method, a, spanOf(a, positions), positions, hits);
+    hits.finish();
     return hits;
 }
 

@@ -17,6 +17,7 @@ class RunHits
     RunHits(const Columns& a, const IndexRange& run) : a_(a), span_(a, run.first, run.last), first_(run.first) {}
 
     [[nodiscard]] unsigned count() const { return span_.entries(); }
+    [[nodiscard]] static bool hasBytes() { return false; }
 
     template <typename F>
     void forEach(F&& f) const
@@ -35,9 +36,16 @@ class RunHits
     unsigned first_;
 };
 
+/// What is to be known of what is found.
+enum class Found
+{
+    kEntries,
+    kValues ///< where these are bytes; else the entries, too
+};
+
 /// The hits of a converted subscript, whose positions A must have; those of a sparse mask may exceed 32 bits. Raises on
 /// exhausted memory. Cost: the subscript's length and, for each position, a search of its column; or less.
-HitList findHits(const Columns& a, const Subscript& positions);
+HitList findHits(const Columns& a, const Subscript& positions, Found found = Found::kEntries);
 
 /// The same by a given method, which must be one for such a subscript. (For tests.)
 [[gnu::visibility("default")]] HitList findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions);

@@ -1,13 +1,16 @@
-// Which stored entries lie at selected positions: the plan of A(K), without values.
+// Which stored entries lie at selected positions: the plan of A(K).
 #ifndef ZQSP_LOOKUP_HIT_LIST_HPP
 #define ZQSP_LOOKUP_HIT_LIST_HPP
 
+#include "core/growing_list.hpp"
 #include "core/owners.hpp"
 #include "kernels/kernels.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <utility>
 
 namespace zqsp {
 
@@ -15,21 +18,31 @@ namespace zqsp {
 struct Hit
 {
     unsigned ordinal;
-    unsigned source;
+    unsigned source; ///< in a list of bytes the value of the entry instead
 };
 
 /// Hits in ascending order of the positions that were searched. The list grows with what is found, not with what is
-/// asked for: most positions of a sparse matrix hold nothing. It grows by pieces, a quarter of what is there at a time:
-/// nothing is copied, and ten bytes a hit are the most it takes, less than a result of doubles.
+/// asked for: most positions of a sparse matrix hold nothing. It takes less memory than the result that is made of it,
+/// six bytes a hit, or three where the value of an entry is a byte, and up to a quarter more: it grows by pieces, so
+/// that nothing is copied, and of an ordinal the upper half is kept once for all hits that share it.
 class HitList
 {
   public:
+    static constexpr unsigned kRoom = 1024;
+
     /// Of so many searched positions. `readBackwards`: the selected ones are these, but from the last to the first.
-    HitList(unsigned positions, bool readBackwards) : positions_(positions), readBackwards_(readBackwards) {}
+    /// `bytes`: the values of the entries, where these are to be remembered instead of the entries; or null.
+    HitList(unsigned positions, bool readBackwards, const std::uint8_t* bytes)
+        : positions_(positions), readBackwards_(readBackwards), bytes_(bytes)
+    {
+    }
     HitList(HitList&& other) noexcept
         : positions_(other.positions_),
           readBackwards_(other.readBackwards_),
+          bytes_(other.bytes_),
           count_(other.count_),
+          shares_(std::move(other.shares_)),
+          last_(other.last_),
           used_(std::exchange(other.used_, 0)),
           pieces_(other.pieces_)
     {
@@ -51,79 +64,152 @@ class HitList
         unsigned* sources;
     };
 
-    /// Room for `size` hits, or as many as positions are left, and for kKernelSlack more words behind. Raises on
-    /// exhausted memory.
+    /// Room for `size` hits, at most kRoom, and for kKernelSlack more words behind. Raises on exhausted memory.
     Room room(unsigned size)
     {
-        size = std::min(size, positions_ - count_); // no position is found twice
-        if (used_ == 0 || pieces_[used_ - 1].capacity - pieces_[used_ - 1].count < size) {
-            addPiece(size);
+        if (size > 2 * kRoom - waiting_) {
+            finish();
         }
-        const Piece& piece = pieces_[used_ - 1];
-        return {piece.ordinals + piece.count, piece.sources() + piece.count};
+        return {ordinals_.data() + waiting_, sources_.data() + waiting_};
     }
     /// The first `count` of what was written to the last room are hits.
-    void keep(unsigned count)
+    void keep(unsigned count) { waiting_ += count; }
+
+    /// To be called behind the last hit. Raises on exhausted memory.
+    void finish()
     {
-        pieces_[used_ - 1].count += count;
-        count_ += count;
+        for (unsigned done = 0; done < waiting_;) {
+            if (used_ == 0 || pieces_[used_ - 1].count == pieces_[used_ - 1].capacity) {
+                addPiece(waiting_ - done);
+            }
+            done += append(pieces_[used_ - 1], done);
+        }
+        waiting_ = 0;
     }
 
     [[nodiscard]] unsigned count() const { return count_; }
+    [[nodiscard]] bool hasBytes() const { return bytes_ != nullptr; }
 
     /// f(hit) for all of them, in the order of the selection.
     template <typename F>
     void forEach(F&& f) const
     {
-        if (readBackwards_) {
-            forEachBackwards(f);
-            return;
-        }
-        for (unsigned p = 0; p < used_; ++p) {
-            const Piece& piece = pieces_[p];
-            for (unsigned i = 0; i < piece.count; ++i) {
-                f(Hit{piece.ordinals[i], piece.sources()[i]});
-            }
+        if (hasBytes()) {
+            forEachOf<std::uint8_t>(f);
+        } else {
+            forEachOf<unsigned>(f);
         }
     }
 
   private:
-    struct Piece
-    {
-        unsigned* ordinals;
-        unsigned capacity;
-        unsigned count;
+    static constexpr unsigned kHalf = 16;       // bits
+    static constexpr unsigned kMostPieces = 96; // of kRoom at least, then growing by a quarter, up to 2^32
 
-        [[nodiscard]] unsigned* sources() const { return ordinals + capacity + kKernelSlack; }
+    /// Hits that share the upper half of their ordinals.
+    struct Share
+    {
+        unsigned upper;
+        unsigned count;
     };
 
-    template <typename F>
-    void forEachBackwards(F&& f) const
+    struct Piece
     {
-        for (unsigned p = used_; p-- > 0;) {
-            const Piece& piece = pieces_[p];
-            for (unsigned i = piece.count; i-- > 0;) {
-                f(Hit{positions_ - 1 - piece.ordinals[i], piece.sources()[i]});
+        std::uint16_t* ordinals; // the lower halves
+        unsigned capacity;       // even
+        unsigned count;
+
+        template <typename Source>
+        [[nodiscard]] Source* sources() const
+        {
+            return reinterpret_cast<Source*>(ordinals + capacity);
+        }
+    };
+
+    void addPiece(unsigned size)
+    {
+        const unsigned capacity = (std::max(size, std::min(positions_ - count_, count_ / 4)) + 1) / 2 * 2;
+        const std::size_t sourceSize = hasBytes() ? sizeof(std::uint8_t) : sizeof(unsigned);
+        const std::size_t halves = capacity + capacity * sourceSize / sizeof(std::uint16_t);
+        pieces_[used_++] = {Block<std::uint16_t>::make(halves).release(), capacity, 0};
+    }
+
+    /// Moves those that wait from `done` on to a piece, as far as they have room and share half an ordinal. Returns
+    /// their number.
+    unsigned append(Piece& piece, unsigned done)
+    {
+        const unsigned upper = ordinals_[done] >> kHalf;
+        if (upper != last_.upper) {
+            if (last_.count > 0) {
+                shares_.add(last_);
+            }
+            last_ = {upper, 0};
+        }
+        const unsigned* const begin = ordinals_.data() + done;
+        const unsigned* end = begin + std::min(waiting_ - done, piece.capacity - piece.count);
+        if (end[-1] >> kHalf != upper) {
+            end = std::partition_point(begin, end, [upper](unsigned ordinal) { return ordinal >> kHalf == upper; });
+        }
+        const auto size = static_cast<unsigned>(end - begin);
+        std::transform(begin, end, piece.ordinals + piece.count,
+                       [](unsigned ordinal) { return static_cast<std::uint16_t>(ordinal); });
+        const unsigned* const sources = sources_.data() + done;
+        if (hasBytes()) {
+            std::transform(sources, sources + size, piece.sources<std::uint8_t>() + piece.count,
+                           [this](unsigned source) { return bytes_[source]; });
+        } else {
+            std::copy_n(sources, size, piece.sources<unsigned>() + piece.count);
+        }
+        piece.count += size;
+        last_.count += size;
+        count_ += size;
+        return size;
+    }
+
+    template <typename Source, typename F>
+    void forEachOf(F& f) const
+    {
+        if (readBackwards_) {
+            walk<Source, true>(f);
+        } else {
+            walk<Source, false>(f);
+        }
+    }
+
+    template <typename Source, bool backwards, typename F>
+    void walk(F& f) const
+    {
+        unsigned seen = 0; // shares
+        Share share = {0, 0};
+        for (unsigned p = 0; p < used_; ++p) {
+            const Piece piece = pieces_[backwards ? used_ - 1 - p : p];
+            const Source* const sources = piece.sources<Source>();
+            for (unsigned done = 0, size = 0; done < piece.count; done += size, share.count -= size) {
+                if (share.count == 0) {
+                    const unsigned at = backwards ? shares_.count() - seen : seen;
+                    share = at < shares_.count() ? shares_.elements()[at] : last_;
+                    ++seen;
+                }
+                size = std::min(share.count, piece.count - done);
+                for (unsigned t = done; t < done + size; ++t) {
+                    const unsigned i = backwards ? piece.count - 1 - t : t;
+                    const unsigned ordinal = share.upper << kHalf | piece.ordinals[i];
+                    f(Hit{backwards ? positions_ - 1 - ordinal : ordinal, sources[i]});
+                }
             }
         }
     }
 
-    void addPiece(unsigned size)
-    {
-        constexpr unsigned kSmallest = 4096; // but for the first one: most calls find little
-        const unsigned capacity =
-            std::max(size, used_ == 0 ? 0 : std::min(positions_ - count_, std::max(count_ / 4, kSmallest)));
-        auto words = Block<unsigned>::make((std::size_t{capacity} + kKernelSlack) * 2);
-        pieces_[used_++] = {words.release(), capacity, 0};
-    }
-
-    static constexpr unsigned kMostPieces = 96; // of 4096, then growing by a fifth at least, up to 2^32
-
     unsigned positions_;
     bool readBackwards_;
+    const std::uint8_t* bytes_;
     unsigned count_ = 0;
+    unsigned waiting_ = 0;
+    GrowingList<Share> shares_; // but the last
+    Share last_ = {0, 0};
     unsigned used_ = 0;
     std::array<Piece, kMostPieces> pieces_;
+    std::array<unsigned, 2 * kRoom + kKernelSlack> ordinals_;
+    std::array<unsigned, 2 * kRoom + kKernelSlack> sources_;
 };
 
 } // namespace zqsp

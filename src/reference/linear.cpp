@@ -1,4 +1,4 @@
-// A(K): finds the stored entries at the selected linear positions (a plan without values), then builds the result.
+// A(K): finds the stored entries at the selected linear positions (a plan), then builds the result.
 #include "core/operand_check.hpp"
 #include "core/values.hpp"
 #include "lookup/find_hits.hpp"
@@ -21,6 +21,25 @@ struct Shape
     [[nodiscard]] bool isVector() const { return m == 1 || n == 1; }
 };
 
+/// Rows and column starts of an array of `rows` rows; copy(e, source) is to write the value of its entry e.
+template <typename Hits, typename Copy>
+void writeHits(const Columns& out, unsigned rows, const Hits& hits, Copy copy)
+{
+    unsigned written = 0;
+    unsigned column = 0;
+    unsigned columnStart = 0;
+    hits.forEach([&](Hit hit) {
+        while (hit.ordinal - columnStart >= rows) {
+            out.jc[++column] = written;
+            columnStart += rows;
+        }
+        out.ir[written] = hit.ordinal - columnStart;
+        copy(written, hit.source);
+        ++written;
+    });
+    std::fill(out.jc + column + 1, out.jc + out.n + 1, written);
+}
+
 /// The result of a given shape, the selected positions laid out in it in column-major order: in that order the rows of
 /// every column come out sorted, whatever the order of the subscript.
 template <typename Hits>
@@ -28,21 +47,14 @@ ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, const
 {
     ArrayOwner result = createLike(a, shape.m, shape.n, capacity);
     const Columns out(result.get());
+    if (hits.hasBytes()) {
+        writeHits(out, shape.m, hits,
+                  [pr = out.pr](unsigned e, unsigned value) { pr[e] = static_cast<std::byte>(value); });
+        return result;
+    }
     withStorage(a, [&](auto from) {
         const decltype(from) to(out);
-        unsigned written = 0;
-        unsigned column = 0;
-        unsigned columnStart = 0;
-        hits.forEach([&](Hit hit) {
-            while (hit.ordinal - columnStart >= shape.m) {
-                out.jc[++column] = written;
-                columnStart += shape.m;
-            }
-            out.ir[written] = hit.ordinal - columnStart;
-            to.copy(written, from, hit.source);
-            ++written;
-        });
-        std::fill(out.jc + column + 1, out.jc + shape.n + 1, written);
+        writeHits(out, shape.m, hits, [&](unsigned e, unsigned source) { to.copy(e, from, source); });
     });
     return result;
 }
@@ -91,7 +103,7 @@ ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, const 
         const RunHits hits(a, *range);
         return buildFromHits(a, shape, hits.count(), hits);
     }
-    const HitList hits = findHits(a, positions);
+    const HitList hits = findHits(a, positions, Found::kValues);
     return buildFromHits(a, shape, hits.count(), hits);
 }
 
@@ -108,7 +120,7 @@ spStatus referenceByLargeMask(const Columns& a, const kxArray* subscript, ArrayO
     if (mask.highest() >= std::uint64_t{a.m} * a.n) {
         return spIndexOutOfRange;
     }
-    const HitList hits = findHits(a, mask);
+    const HitList hits = findHits(a, mask, Found::kValues);
     result = buildFromHits(a, maskShape(a, subscript, selected), std::min(selected, a.nnz()), hits);
     return spOK;
 }

@@ -84,6 +84,22 @@ Subscript fromTheEnd(const Subscript& subscript)
 
 } // namespace
 
+ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows, const Subscript& columns,
+                    Capacity capacity)
+{
+    switch (method) {
+    case RowMethod::kSearch:
+        return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
+    case RowMethod::kSift:
+        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
+    case RowMethod::kFew:
+        return gatherFewByTable(a, rows, columns);
+    case RowMethod::kTable:
+        break;
+    }
+    return gatherByTable(a, rows, columns);
+}
+
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
     const auto* range = std::get_if<IndexRange>(&rows);
@@ -108,17 +124,7 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     const RowMethod method =
         chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, range != nullptr ? 0 : k, a.m});
     noteMethod(method);
-    switch (method) {
-    case RowMethod::kSearch:
-        return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
-    case RowMethod::kSift:
-        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
-    case RowMethod::kFew:
-        return gatherFewByTable(a, rows, columns);
-    case RowMethod::kTable:
-        break;
-    }
-    return gatherByTable(a, rows, columns);
+    return gatherBy(method, a, rows, columns, capacity);
 }
 
 } // namespace zqsp

@@ -41,7 +41,11 @@ struct RowCounts
     unsigned listed; ///< the same, where a range, which is not walked by the search, counts for none
     unsigned extent;
 };
-RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts);
+[[gnu::visibility("default")]] RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts);
+
+/// By a given method; of these only the search leaves a choice of the capacity.
+[[gnu::visibility("default")]] ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows,
+                                                   const Subscript& columns, Capacity capacity);
 
 /// Neighbouring rows (an ascending run, or none): what a column holds of them is one block, found by two searches. No
 /// workspace.

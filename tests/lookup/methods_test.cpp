@@ -1,7 +1,8 @@
-// Every method finds the same entries, and deletes the same ones, wherever it is allowed; the choice between them is a
-// function of counts.
+// Every method finds the same entries, takes the same ones out of rows and deletes the same ones, wherever it is
+// allowed; the choice between them is a function of counts.
 #include "delete/delete_positions.hpp"
 #include "lookup/find_hits.hpp"
+#include "reference/row_methods.hpp"
 #include "support/model.hpp"
 #include "support/tables.hpp"
 
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <random>
+#include <tuple>
 
 using namespace zqsp;
 using zqsp::test::Array;
@@ -146,6 +148,34 @@ void expectDeletes(const Model& a, const Named& named, const Subscript& form,
     }
 }
 
+void expectTakesRows(const Model& a, const Named& named, const Subscript& form, const std::vector<unsigned>& columns)
+{
+    using enum RowMethod;
+    using Entry = std::tuple<unsigned, unsigned, double>;
+    std::vector<Entry> expected;
+    for (unsigned j = 0; j < columns.size(); ++j) {
+        for (unsigned t = 0; t < named.count(); ++t) {
+            if (const auto at = a.entries.find({columns[j], named.positions[t]}); at != a.entries.end()) {
+                expected.emplace_back(j, t, at->second.real());
+            }
+        }
+    }
+    const Array array = toArray(a);
+    const Subscript list = IndexList(columns.data(), static_cast<unsigned>(columns.size()), Order::kUnsorted);
+    for (const RowMethod method : {kSearch, kSift, kFew, kTable}) {
+        const ArrayOwner made = gatherBy(method, Columns(array.get()), form, list, Capacity::kExact);
+        const Columns out(made.get());
+        std::vector<Entry> found;
+        for (unsigned j = 0; j < out.n; ++j) {
+            for (unsigned e = out.jc[j]; e < out.jc[j + 1]; ++e) {
+                found.emplace_back(j, out.ir[e], reinterpret_cast<const double*>(out.pr)[e]);
+            }
+        }
+        EXPECT_EQ(found, expected) << static_cast<int>(method) << " of " << named.count();
+        EXPECT_EQ(out.nzmax, expected.size());
+    }
+}
+
 } // namespace
 
 TEST(Lookup, EveryMethodGivesOneAnswer)
@@ -176,6 +206,29 @@ TEST(Lookup, EveryMethodGivesOneAnswer)
                     std::reverse(steps.positions.begin(), steps.positions.end());
                     expectFinds(a, steps, steps.range(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
                 }
+            }
+        }
+    });
+}
+
+TEST(Rows, EveryMethodGivesOneAnswer)
+{
+    test::forEachTable([&](const Kernels& table) {
+        SCOPED_TRACE(table.name);
+        for (const unsigned each : {1U, 5U, 400U}) {
+            const Model a = randomMatrix(600, 40, each);
+            const std::vector<unsigned> columns = {3, 39, 3, 0, 1, 2, 20};
+            for (const unsigned count : {2U, 9U, 70U, 2000U}) {
+                for (const Order order : {Order::kAscending, Order::kUnsorted}) {
+                    const Named rows = drawn(count, 500, order);
+                    expectTakesRows(a, rows, rows.list(), columns);
+                }
+                Named once = withoutRepeats(drawn(count, 600, Order::kAscending));
+                expectTakesRows(a, once, once.mask(), columns);
+            }
+            for (const unsigned stride : {2U, 150U}) {
+                const Named steps = strided(1, stride, 600);
+                expectTakesRows(a, steps, steps.range(), columns);
             }
         }
     });
@@ -246,4 +299,18 @@ TEST(Lookup, TheChoice)
         EXPECT_EQ(chooseDeletion(IndexRange(0, kHuge, 1, kHuge), 3, costs), DeletionMethod::kByPositions); // one block
         EXPECT_EQ(chooseDeletion(IndexRange(0, 20, 2, 10), kHuge, costs), DeletionMethod::kByPositions);
     }
+}
+
+/// By the rows selected of all; tables are worth making only where there is something to look up in them.
+TEST(Rows, TheChoice)
+{
+    using enum RowMethod;
+    constexpr unsigned kRows = 1000000;
+    EXPECT_EQ(chooseRowMethod(Capacity::kSearched, {kRows, kRows / 2, kRows / 2, kRows}), kSearch);
+    EXPECT_EQ(chooseRowMethod(Capacity::kExact, {10, 10, 10, kRows}), kSearch);
+    EXPECT_EQ(chooseRowMethod(Capacity::kExact, {10, kRows / 2, 0, kRows}), kSearch); // a range, not gone through
+    EXPECT_EQ(chooseRowMethod(Capacity::kExact, {10, kRows / 2, kRows / 2, kRows}), kTable);
+    EXPECT_EQ(chooseRowMethod(Capacity::kExact, {kRows, 10, 10, kRows}), kSift);
+    EXPECT_EQ(chooseRowMethod(Capacity::kExact, {kRows, kRows / 10, kRows / 10, kRows}), kFew);
+    EXPECT_EQ(chooseRowMethod(Capacity::kExact, {kRows, kRows / 2, kRows / 2, kRows}), kTable);
 }

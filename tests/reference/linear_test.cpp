@@ -1,8 +1,10 @@
-// A(K): masks of matrices with more elements than 32 bits count, limits.
-#include "support/operation.hpp"
+// A(K): masks of matrices with more elements than 32 bits count, limits, memory.
+#include "support/call.hpp"
 #include "support/patterns.hpp"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 using namespace zqsp::test;
 
@@ -63,4 +65,41 @@ TEST(LinearReference, MatricesPastTheMaximum)
     expectEnds(linear(a, Subscript::list({11}).as(kxINT8_CLASS)), spIndexOutOfRange);
     expectEnds(linear(a, Subscript::range(9, 1, 11)), kMaxSizeError);
     expectEnds(linear(a, Subscript::range(11, 1, 11)), spIndexOutOfRange);
+}
+
+/// What a call takes beside its result and the converted list of positions, which is four bytes for each.
+TEST(LinearReference, ExtraMemoryStaysBelowTheResult)
+{
+    constexpr unsigned kRows = 300;
+    constexpr unsigned kColumns = 300; // more positions than share half an ordinal
+    std::vector<double> listed;
+    std::vector<double> mask(std::size_t{kRows} * kColumns);
+    for (unsigned p = 0; p < mask.size(); ++p) {
+        if (p % 5 != 2) {
+            listed.push_back(p + 1.0);
+            mask[p] = 1;
+        }
+    }
+    std::vector<double> unsorted = listed;
+    std::ranges::rotate(unsorted, unsorted.begin() + 40000);
+    const std::vector<double> descending(listed.rbegin(), listed.rend());
+    for (const Storage storage : {kLogical, kReal, kComplex}) {
+        const Model a = patterned(storage, kRows, kColumns);
+        for (const Subscript& k : {Subscript::list(listed), Subscript::list(unsorted), Subscript::list(descending),
+                                   Subscript::mask(mask), Subscript::range(90000, -2, 2)}) {
+            const Operation op = linear(a, k);
+            expectEnds(op, spOK);
+            const Call call(op);
+            kxArray* made = nullptr;
+            const std::size_t before = kxrt::bytes_requested();
+            ASSERT_EQ(call.make(&made), spOK);
+            const std::size_t taken = kxrt::bytes_requested() - before;
+            const Array result(made);
+            const std::size_t element = kxGetElementSize(made) * (storage.complex ? 2U : 1U);
+            const std::size_t size = result->nzmax * (sizeof(unsigned) + element);
+            const std::size_t converted = k.form == Form::Numeric ? k.numel() * sizeof(unsigned) : 0;
+            EXPECT_GT(taken, size);
+            EXPECT_LT(taken, 2 * size + (kxGetN(made) + std::size_t{1}) * sizeof(unsigned) + converted) << op.i;
+        }
+    }
 }
