@@ -28,8 +28,12 @@ void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigne
         withStorage(before, before, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
         return;
     }
-    const bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
-    Relay relay(A, {.capacity = isFull ? grownCapacity : before.nzmax,
+    bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
+    if (isFull && before.nzmax > 0 && n <= before.n && !becomesComplex) { // the relay obtains nothing then
+        raiseCapacity(A, grownCapacity);
+        isFull = false;
+    }
+    Relay relay(A, {.capacity = isFull ? grownCapacity : A->nzmax,
                     .columns = std::max(n, before.n),
                     .imaginaryPart = becomesComplex});
     const Patch patch = {column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};

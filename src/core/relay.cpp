@@ -1,6 +1,7 @@
 #include "core/relay.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace zqsp {
@@ -17,6 +18,22 @@ void exchange(Block<T>& owned, void* installed, Setter install)
 }
 
 } // namespace
+
+void raiseCapacity(kxArray* target, unsigned capacity)
+{
+    const Columns a(target);
+    auto ir = Block<unsigned>(kxMalloc(kxCheckMN(capacity, sizeof(unsigned), 1)));
+    const unsigned bytes = kxCheckMN(capacity, a.elementSize, 1);
+    auto pi = a.pi != nullptr ? Block<std::byte>(kxMalloc(bytes)) : Block<std::byte>();
+    kxSetData(target, kxReallocExCheck(a.pr, bytes)); // the last thing that can fail
+    std::copy_n(a.ir, a.nnz(), ir.get());
+    exchange(ir, a.ir, [=](unsigned* rows) { kxSetIr(target, rows); });
+    if (pi) {
+        std::memcpy(pi.get(), a.pi, a.nnz() * std::size_t{a.elementSize});
+        exchange(pi, a.pi, [=](std::byte* values) { kxSetImagData(target, values); });
+    }
+    target->nzmax = capacity;
+}
 
 Relay::Relay(kxArray* target, const Needs& needs)
     : target_(target),

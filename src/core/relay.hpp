@@ -204,6 +204,10 @@ class Relay
     Block<unsigned> jc_;
 };
 
+/// Gives a target with a capacity a larger one. Its largest block is resized, which costs nothing where there is room
+/// behind it, the others are copied. The target is unchanged where this raises.
+void raiseCapacity(kxArray* target, unsigned capacity);
+
 /// Grows the target to at least n columns; the new ones are empty. The target is unchanged where this raises.
 inline void growColumns(kxArray* target, unsigned n)
 {

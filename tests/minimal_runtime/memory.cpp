@@ -52,6 +52,15 @@ void* kxCallocExCheck(std::size_t count, std::size_t size)
     return kxCalloc(count, size);
 }
 
+void* kxReallocExCheck(void* block, std::size_t size)
+{
+    void* resized = size <= kLargest ? std::realloc(static_cast<char*>(block) - kHeader, size + kHeader) : nullptr;
+    if (resized == nullptr) {
+        throw std::bad_alloc();
+    }
+    return static_cast<char*>(resized) + kHeader;
+}
+
 void kxFree(void* block)
 {
     if (block != nullptr) {
