@@ -18,7 +18,7 @@ enum class Order
     unsorted ///< or with elements stored twice
 };
 
-/// What entries show in the sign: rows outside the matrix; entries inside a column that do not ascend, if none is outside.
+/// What entries show by a sign: a row outside the matrix; where there is none, entries in a column that do not ascend.
 struct Findings
 {
     unsigned outside = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 #include <utility>
 
 namespace zqsp::python {
@@ -21,11 +22,16 @@ namespace {
         " is no subscript: integers, slices, masks and arrays of integers of up to two dimensions are");
 }
 
+/// What no index may reach.
+std::int64_t reachOf(const Axis& axis)
+{
+    return axis.use == Use::growing ? std::int64_t{kx::kxGetMaxNumberOfElements()} : axis.extent;
+}
+
 /// From the front, 0-based.
 std::int64_t inBounds(std::int64_t index, const Axis& axis)
 {
-    const std::int64_t most = axis.use == Use::growing ? std::int64_t{kx::kxGetMaxNumberOfElements()} : axis.extent;
-    if (index >= most || index < -axis.extent) {
+    if (index >= reachOf(axis) || index < -axis.extent) {
         raiseOutside(std::to_string(index), axis);
     }
     return index < 0 ? index + axis.extent : index;
@@ -108,20 +114,24 @@ Index fromMask(const py::array& key, const Axis& axis)
     return index;
 }
 
+/// One pass over what lies inside; another one only to name what does not.
 template <typename Integer>
 void storeWords(const Integer* values, py::ssize_t count, const Axis& axis, unsigned* to)
 {
-    Integer least = 0;
-    Integer most = 0;
-    for (py::ssize_t k = 0; k < count; ++k) {
-        least = std::min(least, values[k]);
-        most = std::max(most, values[k]);
-    }
-    inBounds(least, axis);
-    inBounds(count == 0 ? -1 - least : most, axis);
+    using Unsigned = std::make_unsigned_t<Integer>;
     const auto extent = static_cast<Integer>(axis.extent);
+    const auto limit = static_cast<Unsigned>(reachOf(axis));
+    bool outside = false;
     for (py::ssize_t k = 0; k < count; ++k) {
-        to[k] = static_cast<unsigned>(values[k] + (values[k] < 0 ? extent : 0)) + 1U;
+        // What is still negative is large.
+        const auto front = static_cast<Unsigned>(values[k] + (values[k] < 0 ? extent : 0));
+        outside |= front >= limit;
+        to[k] = static_cast<unsigned>(front) + 1U;
+    }
+    if (outside) {
+        const auto [least, most] = std::minmax_element(values, values + count);
+        inBounds(*least, axis);
+        inBounds(*most, axis);
     }
 }
 

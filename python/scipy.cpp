@@ -300,7 +300,7 @@ py::object denseRow(Array vector, const Elements& elements, bool forArray, const
     const unsigned count = entriesOf(vector.get());
     const unsigned size = isRow ? columnsOf(vector.get()) : rowsOf(vector.get());
     static const auto* zeros = new py::object(py::module_::import("numpy").attr("zeros"));
-    py::array made = (*zeros)(size, elements.dtype);
+    py::array made = forArray ? (*zeros)(size, elements.dtype) : (*zeros)(py::make_tuple(1, size), elements.dtype);
     const kxArray* held = vector.get();
     const py::array values = valuesOf(held, count, elements, py::none(), numbered);
     const auto width = static_cast<std::size_t>(elements.dtype.itemsize());
@@ -315,8 +315,8 @@ py::object denseRow(Array vector, const Elements& elements, bool forArray, const
     if (forArray) {
         return made;
     }
-    static const auto* asmatrix = new py::object(py::module_::import("numpy").attr("asmatrix"));
-    return (*asmatrix)(made);
+    static const auto* matrix = new py::object(py::module_::import("numpy").attr("matrix"));
+    return made.attr("view")(*matrix);
 }
 
 bool isArrayType(py::handle type)

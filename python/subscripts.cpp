@@ -62,21 +62,29 @@ Array placesOf(const Selection& selection, unsigned storedRows, bool byRows)
     const std::pair rowSteps = stepsOf(selection.row);
     const std::pair columnSteps = stepsOf(selection.column);
     unsigned* to = wordsOf(places);
-    const auto place = [&](py::ssize_t i, py::ssize_t j) {
-        const unsigned row = rows[i * rowSteps.first + j * rowSteps.second];
-        const unsigned column = columns[i * columnSteps.first + j * columnSteps.second];
+    const auto place = [=](unsigned row, unsigned column) {
         return byRows ? column + (row - 1) * storedRows : row + (column - 1) * storedRows;
+    };
+    if (selection.rows == 1 && rowSteps.second == 1 && columnSteps.second == 1) { // list by list
+        for (py::ssize_t j = 0; j < count; ++j) {
+            to[j] = place(rows[j], columns[j]);
+        }
+        return places;
+    }
+    const auto placeAt = [&](py::ssize_t i, py::ssize_t j) {
+        return place(rows[i * rowSteps.first + j * rowSteps.second],
+                     columns[i * columnSteps.first + j * columnSteps.second]);
     };
     if (byRows) {
         for (py::ssize_t i = 0; i < selection.rows; ++i) {
             for (py::ssize_t j = 0; j < selection.columns; ++j) {
-                *to++ = place(i, j);
+                *to++ = placeAt(i, j);
             }
         }
     } else {
         for (py::ssize_t j = 0; j < selection.columns; ++j) {
             for (py::ssize_t i = 0; i < selection.rows; ++i) {
-                *to++ = place(i, j);
+                *to++ = placeAt(i, j);
             }
         }
     }

@@ -61,6 +61,19 @@ pkg_config)
 installed_shell)
     [ "$("$prefix/bin/kxsh" -e 'nnz(speye(3))')" = "ans = 3" ] || fail "the installed shell does not answer"
     ;;
+installed_python)
+    package=$(find "$prefix" -path '*/python3*/zqspmatrix')
+    PYTHONPATH=${package%/*} PYTHONDONTWRITEBYTECODE=1 "$PYTHON" - "$prefix" <<'CHECKS'
+import os, sys
+import scipy.sparse as sp, zqspmatrix
+
+S = zqspmatrix.Matrix(sp.eye(9, format="csc"))
+del S[:, [1, 2]]
+loaded = {line.split()[-1] for line in open("/proc/self/maps") if "libkx" in line or "libzq" in line}
+assert S.nnz == 7 and len(loaded) == 3
+assert all(path.startswith(os.path.realpath(sys.argv[1]) + "/") for path in loaded), loaded
+CHECKS
+    ;;
 subdirectory)
     cmake -S "$here/subdirectory" -B . -G Ninja -DZQSP_BUILD_STATIC=ON
     ninja -t commands consumer | grep 'src/core' | grep -q -- ' -O3' || fail "without a build type, nothing is optimised"
