@@ -142,7 +142,9 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
     LinearPlan plan(a, layout);
     const bool isReversed = range.stride < 0;
     const IndexRange ascending = range.ascending();
-    const HitList hits = findHits(a, ascending.below(std::uint64_t{a.m} * a.n));
+    const Subscript present = ascending.below(std::uint64_t{a.m} * a.n);
+    HitList hits(present);
+    findHits(a, present, hits);
     withStorage(b, [&](auto values) {
         unsigned column = isReversed ? b.n - 1 : 0;
         unsigned read = 0; // entries of b

@@ -46,7 +46,8 @@ bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValu
 void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& positions)
 {
     const Columns a(A);
-    const HitList hits = findHits(a, positions);
+    HitList hits(positions);
+    findHits(a, positions, hits);
     auto entries = Block<unsigned>::make(hits.count());
     unsigned count = 0;
     hits.forEach([&](Hit hit) { entries[count++] = hit.source; });

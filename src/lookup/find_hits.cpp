@@ -197,13 +197,10 @@ bool exceedsWords(const Subscript& positions)
 
 } // namespace
 
-HitList findHits(const Columns& a, const Subscript& positions, Found found)
+void findHits(const Columns& a, const Subscript& positions, HitList& hits)
 {
-    const bool areBytes = found == Found::kValues && a.elementSize == 1 && a.pi == nullptr;
-    HitList hits(countOf(positions), orderOf(positions) == Order::kDescending,
-                 areBytes ? reinterpret_cast<std::uint8_t*>(a.pr) : nullptr);
     if (countOf(positions) == 0 || a.nnz() == 0) {
-        return hits; // A need not have rows and columns to divide by
+        return; // A need not have rows and columns to divide by
     }
     if (countOf(positions) <= PlaceBatch::kSize || exceedsWords(positions)) { // so few are searched at once
         findBySearches(a, positions, nullptr, hits);
@@ -215,15 +212,12 @@ HitList findHits(const Columns& a, const Subscript& positions, Found found)
         find(method, a, span, positions, hits);
     }
     hits.finish();
-    return hits;
 }
 
-HitList findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions)
+void findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions, HitList& hits)
 {
-    HitList hits(countOf(positions), orderOf(positions) == Order::kDescending, nullptr);
     find(method, a, spanOf(a, positions), positions, hits);
     hits.finish();
-    return hits;
 }
 
 } // namespace zqsp

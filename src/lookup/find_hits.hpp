@@ -36,19 +36,14 @@ class RunHits
     unsigned first_;
 };
 
-/// What is to be known of what is found.
-enum class Found
-{
-    kEntries,
-    kValues ///< where these are bytes; else the entries, too
-};
-
-/// The hits of a converted subscript, whose positions A must have; those of a sparse mask may exceed 32 bits. Raises on
-/// exhausted memory. Cost: the subscript's length and, for each position, a search of its column; or less.
-HitList findHits(const Columns& a, const Subscript& positions, Found found = Found::kEntries);
+/// Fills a list with the hits of a converted subscript, whose positions A must have; those of a sparse mask may exceed
+/// 32 bits. Raises on exhausted memory. Cost: the subscript's length and, for each position, a search of its column; or
+/// less.
+void findHits(const Columns& a, const Subscript& positions, HitList& hits);
 
 /// The same by a given method, which must be one for such a subscript. (For tests.)
-[[gnu::visibility("default")]] HitList findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions);
+[[gnu::visibility("default")]] void findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions,
+                                               HitList& hits);
 
 } // namespace zqsp
 

@@ -5,12 +5,12 @@
 #include "core/growing_list.hpp"
 #include "core/owners.hpp"
 #include "kernels/kernels.hpp"
+#include "subscript/forms.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 
 namespace zqsp {
 
@@ -30,25 +30,13 @@ class HitList
   public:
     static constexpr unsigned kRoom = 1024;
 
-    /// Of so many searched positions. `readBackwards`: the selected ones are these, but from the last to the first.
-    /// `bytes`: the values of the entries, where these are to be remembered instead of the entries; or null.
-    HitList(unsigned positions, bool readBackwards, const std::uint8_t* bytes)
-        : positions_(positions), readBackwards_(readBackwards), bytes_(bytes)
+    /// Of the positions of a subscript. Where these descend, they are searched, and numbered, from the last to the
+    /// first. `bytes`: the values of the entries, where these are to be remembered instead of the entries; or null.
+    explicit HitList(const Subscript& positions, const std::uint8_t* bytes = nullptr)
+        : positions_(countOf(positions)), readBackwards_(orderOf(positions) == Order::kDescending), bytes_(bytes)
     {
     }
-    HitList(HitList&& other) noexcept
-        : positions_(other.positions_),
-          readBackwards_(other.readBackwards_),
-          bytes_(other.bytes_),
-          count_(other.count_),
-          shares_(std::move(other.shares_)),
-          last_(other.last_),
-          used_(std::exchange(other.used_, 0)),
-          pieces_(other.pieces_)
-    {
-    }
-    HitList& operator=(HitList&&) = delete;
-    HitList(const HitList&) = delete;
+    HitList(const HitList&) = delete; // nor moved: most of it is room
     HitList& operator=(const HitList&) = delete;
     ~HitList()
     {
@@ -130,7 +118,8 @@ class HitList
         const unsigned capacity = (std::max(size, std::min(positions_ - count_, count_ / 4)) + 1) / 2 * 2;
         const std::size_t sourceSize = hasBytes() ? sizeof(std::uint8_t) : sizeof(unsigned);
         const std::size_t halves = capacity + capacity * sourceSize / sizeof(std::uint16_t);
-        pieces_[used_++] = {Block<std::uint16_t>::make(halves).release(), capacity, 0};
+        std::uint16_t* const ordinals = Block<std::uint16_t>::make(halves).release(); // may raise
+        pieces_[used_++] = {ordinals, capacity, 0};
     }
 
     /// Moves those that wait from `done` on to a piece, as far as they have room and share half an ordinal. Returns

@@ -59,6 +59,12 @@ ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, const
     return result;
 }
 
+/// What A's values are, where an entry has one byte.
+const std::uint8_t* bytesOf(const Columns& a)
+{
+    return a.elementSize == 1 && a.pi == nullptr ? reinterpret_cast<const std::uint8_t*>(a.pr) : nullptr;
+}
+
 /// The shape a mask stands for: a row where it has one row, else a column.
 Shape maskShape(const Columns& a, const kxArray* mask, unsigned selected)
 {
@@ -103,7 +109,8 @@ ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, const 
         const RunHits hits(a, *range);
         return buildFromHits(a, shape, hits.count(), hits);
     }
-    const HitList hits = findHits(a, positions, Found::kValues);
+    HitList hits(positions, bytesOf(a));
+    findHits(a, positions, hits);
     return buildFromHits(a, shape, hits.count(), hits);
 }
 
@@ -120,7 +127,8 @@ spStatus referenceByLargeMask(const Columns& a, const kxArray* subscript, ArrayO
     if (mask.highest() >= std::uint64_t{a.m} * a.n) {
         return spIndexOutOfRange;
     }
-    const HitList hits = findHits(a, mask, Found::kValues);
+    HitList hits(mask, bytesOf(a));
+    findHits(a, mask, hits);
     result = buildFromHits(a, maskShape(a, subscript, selected), std::min(selected, a.nnz()), hits);
     return spOK;
 }

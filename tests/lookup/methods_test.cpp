@@ -118,7 +118,8 @@ void expectFinds(const Model& a, const Named& named, const Subscript& form, std:
     }
     for (const LookupMethod method : methods) {
         std::vector<std::pair<unsigned, unsigned>> found;
-        const HitList hits = findHitsBy(method, columns, form);
+        HitList hits(form);
+        findHitsBy(method, columns, form, hits);
         hits.forEach([&](Hit hit) { found.emplace_back(hit.ordinal, hit.source); });
         EXPECT_EQ(found, expected) << static_cast<int>(method) << " of " << named.count();
         EXPECT_EQ(hits.count(), expected.size());
@@ -271,9 +272,9 @@ TEST(Lookup, FindsThatComeOneByOne)
     for (const IndexRange& positions : {range, IndexRange(range.last, range.first, -range.stride, kFound)}) {
         unsigned next = 0;
         unsigned wrong = 0;
-        findHitsBy(LookupMethod::kByEntries, Columns(column.get()), positions).forEach([&](Hit hit) {
-            wrong += hit.ordinal == next++ ? 0U : 1U;
-        });
+        HitList hits(positions);
+        findHitsBy(LookupMethod::kByEntries, Columns(column.get()), positions, hits);
+        hits.forEach([&](Hit hit) { wrong += hit.ordinal == next++ ? 0U : 1U; });
         EXPECT_EQ(std::pair(next, wrong), std::pair(kFound, 0U));
     }
 }

@@ -81,7 +81,7 @@ TEST(LinearReference, ExtraMemoryStaysBelowTheResult)
         }
     }
     std::vector<double> unsorted = listed;
-    std::ranges::rotate(unsorted, unsorted.begin() + 40000);
+    std::rotate(unsorted.begin(), unsorted.begin() + 40000, unsorted.end());
     const std::vector<double> descending(listed.rbegin(), listed.rend());
     for (const Storage storage : {kLogical, kReal, kComplex}) {
         const Model a = patterned(storage, kRows, kColumns);
