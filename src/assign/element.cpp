@@ -1,27 +1,18 @@
 #include "assign/element.hpp"
 
 #include "core/relay.hpp"
-#include "core/search.hpp"
 #include "core/values.hpp"
+#include "lookup/place_search.hpp"
 
 #include <algorithm>
 
 namespace zqsp {
 
-namespace {
-
-Slot findSlot(const Columns& a, unsigned row, unsigned column)
-{
-    return column < a.n ? findRow(a.ir, a.jc[column], a.jc[column + 1], row) : Slot{a.nnz(), false};
-}
-
-} // namespace
-
 void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const Columns& b, bool isZero,
                   unsigned grownCapacity)
 {
     const Columns before(A);
-    const Slot slot = findSlot(before, row, column);
+    const Slot slot = findSlot(before, {row, column});
     const unsigned at = slot.position;
     const bool becomesComplex = !isZero && b.pi != nullptr && before.pi == nullptr;
     if (slot.stored && !isZero && !becomesComplex) { // overwritten where it lies, within the present shape

@@ -10,12 +10,6 @@ namespace zqsp {
 
 namespace {
 
-Slot findSlot(const Columns& a, Place place)
-{
-    return place.column < a.n ? findRow(a.ir, a.jc[place.column], a.jc[place.column + std::size_t{1}], place.row)
-                              : Slot{a.nnz(), false};
-}
-
 /// slotOf(i, slot) for ascending positions. Where they outnumber the entries, each is reached by a step or none from
 /// the one before; elsewhere their places are searched together, as a walk would have to wait for the one before.
 template <typename F>

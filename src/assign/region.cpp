@@ -61,31 +61,12 @@ void fillThroughScratch(Relay& relay, NumberView rows, const RightSide& b, const
 }
 
 /// The patches are written to their places: from the old blocks into fresh ones, or, in place, where they keep nothing
-/// of what was there.
+/// of what was there, or nothing comes.
 void fillDirectly(Relay& relay, NumberView rows, const RightSide& b, const RowFilter& filter,
                   const RegionPatches& patches)
 {
     withRegionMerge(relay.before(), relay.after(), b, filter, rows, [&](const auto& merge) {
         relay.commit(patches.list(), [&](const RegionPatch& patch, unsigned place) { merge.write(patch, place); });
-    });
-}
-
-/// The patches keep what stays, in place: nothing comes, so that none grows. An entry is written before it is known to
-/// stay; at worst it is written over by the next one.
-void clear(Relay& relay, const RowFilter& filter, const RegionPatches& patches)
-{
-    const Columns& a = relay.before();
-    withStorage(a, [&](auto values) {
-        filter.withTest([&, ir = a.ir](auto isTarget) {
-            relay.commit(patches.list(), [=](const RegionPatch& patch, unsigned at) {
-                for (unsigned e = patch.keepsOthers ? patch.begin : patch.end; e < patch.end; ++e) {
-                    const unsigned row = ir[e];
-                    ir[at] = row;
-                    values.copy(at, values, e);
-                    at += isTarget(row) ? 0U : 1U;
-                }
-            });
-        });
     });
 }
 
@@ -130,13 +111,29 @@ void clearInOnePass(const Columns& a, const Ordered& columns, const RowSet* othe
     keepUpTo(a.n);
 }
 
-/// Fills columns that are a run by a rebuild, where it pays: most entries lie in them, and are looked at one by one in
-/// any case. Unless most of the blocks would be spare, writing once into fresh ones beats a merge aside.
+/// What the target needs in order to hold `total` entries, in fresh blocks or where it can in its own.
+Needs needsOf(const Columns& a, const Region& region, const RightSide& b, const FillLimits& limits, unsigned total,
+              bool freshBlocks)
+{
+    return {.capacity = limits.capacity != 0 ? limits.capacity : std::max(total, a.nzmax),
+            .columns = std::max(region.n, a.n),
+            .imaginaryPart = b.isComplex(),
+            .freshBlocks = freshBlocks};
+}
+
+/// Whether writing most of `total` entries anew, once, into fresh blocks beats putting them together aside: unless most
+/// of the blocks would be spare.
+bool freshBlocksPay(const Columns& a, unsigned total)
+{
+    return a.nzmax / 2 <= total;
+}
+
+/// Fills columns that are a run by a rebuild, where it pays.
 bool rebuild(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter, const FillLimits& limits)
 {
     const Columns a(A);
-    if (b.isNothing() || filter.others() == nullptr || !region.columns.isRun() || filter.looks() <= a.nnz() / 2 ||
-        !clearsInOnePass(filter.looks(), region.rows.count(), region.columns.count())) {
+    if (b.isNothing() || filter.others() == nullptr || !region.columns.isRun() ||
+        !rebuildPays(a.nnz(), filter.looks(), region.rows.count(), region.columns.count())) {
         return false;
     }
     const unsigned begin = a.jc[std::min(region.columns.lowest(), a.n)];
@@ -144,16 +141,13 @@ bool rebuild(kxArray* A, const Region& region, const RightSide& b, const RowFilt
     const std::uint64_t inColumns =
         std::uint64_t{countSelected(a, begin, end, filter.others()->unmoved())} + region.entriesOf(b);
     const unsigned total = checkedCount(inColumns + (a.nnz() - (end - begin)));
-    if (a.nzmax / 2 > total) {
+    if (!freshBlocksPay(a, total)) {
         return false;
     }
     if (inColumns > limits.mostEntries) {
         raiseMaxSize();
     }
-    Relay relay(A, {.capacity = limits.capacity != 0 ? limits.capacity : std::max(total, a.nzmax),
-                    .columns = std::max(region.n, a.n),
-                    .imaginaryPart = b.isComplex(),
-                    .freshBlocks = true});
+    Relay relay(A, needsOf(a, region, b, limits, total, true));
     rebuildColumns(relay, region, b, *filter.others());
     kxSetM(A, region.m);
     return true;
@@ -181,23 +175,14 @@ void fillRegion(kxArray* A, const Region& region, const RightSide& b, const Fill
     if (patches.inTargetColumns() > limits.mostEntries) {
         raiseMaxSize();
     }
-    // Where most entries are merged anew, writing them once into fresh blocks beats putting them together aside; unless
-    // most of the blocks would be spare.
-    const bool mergesMost = patches.keepsOthers() && patches.rewritten() > total / 2 && a.nzmax / 2 <= total;
-    Relay relay(A, {.capacity = limits.capacity != 0 ? limits.capacity : std::max(total, a.nzmax),
-                    .columns = std::max(region.n, a.n),
-                    .imaginaryPart = b.isComplex(),
-                    .freshBlocks = mergesMost && !b.isNothing()});
-    if (b.isNothing()) {
-        clear(relay, filter, patches);
+    const bool mergesMost = patches.keepsOthers() && patches.rewritten() > total / 2 && !b.isNothing();
+    Relay relay(A, needsOf(a, region, b, limits, total, mergesMost && freshBlocksPay(a, total)));
+    const Numbers rows = b.isNothing() ? Numbers() : Numbers(region.rows.form());
+    if (relay.inPlace() && patches.keepsOthers() && !b.isNothing()) {
+        const Scratch scratch(checkedCount(patches.rewritten()), a.elementSize, a.pi != nullptr || b.isComplex());
+        fillThroughScratch(relay, rows, b, filter, patches, scratch);
     } else {
-        const Numbers rows(region.rows.form());
-        if (relay.inPlace() && patches.keepsOthers()) {
-            const Scratch scratch(checkedCount(patches.rewritten()), a.elementSize, a.pi != nullptr || b.isComplex());
-            fillThroughScratch(relay, rows, b, filter, patches, scratch);
-        } else {
-            fillDirectly(relay, rows, b, filter, patches);
-        }
+        fillDirectly(relay, rows, b, filter, patches);
     }
     kxSetM(A, region.m);
 }

@@ -39,6 +39,13 @@ constexpr bool clearsInOnePass(std::uint64_t looks, std::uint64_t rows, std::uin
     return looks / columns < std::max<std::uint64_t>(kShortColumn, kEntriesPerRow * rows);
 }
 
+/// Whether columns that are a run are best filled by a rebuild: where most of `entries` lie in them, and are looked at
+/// one by one in any case.
+constexpr bool rebuildPays(std::uint64_t entries, std::uint64_t looks, std::uint64_t rows, std::uint64_t columns)
+{
+    return looks > entries / 2 && clearsInOnePass(looks, rows, columns);
+}
+
 /// Tells the rows of a column that are targets from those that are not.
 class RowFilter
 {

@@ -19,6 +19,13 @@ struct Place
     unsigned column;
 };
 
+/// The slot of a place; that of a column which A does not have lies behind all entries.
+inline Slot findSlot(const Columns& a, Place place)
+{
+    return place.column < a.n ? findRow(a.ir, a.jc[place.column], a.jc[place.column + std::size_t{1}], place.row)
+                              : Slot{a.nnz(), false};
+}
+
 /// A batch of searches that advance together: the cache lines of all are asked for before the first is read, and long
 /// columns are halved in turn, one probe of each after the other. No search depends on another, so that the processor
 /// waits for their cache misses at the same time, and no branch depends on what is found.

@@ -85,6 +85,10 @@ TEST(HugeTargets, TheSetOfRowsMayBeRefused)
     EXPECT_FALSE(zqsp::setOfRowsPays(kHigh, 2, 1000, 16));
     EXPECT_FALSE(zqsp::setOfRowsPays(1000, 500, 60, 8));
     EXPECT_TRUE(zqsp::setOfRowsPays(1000000, 10, 2000, 16));
+    EXPECT_TRUE(zqsp::rebuildPays(1000, 600, 3, 20));
+    EXPECT_FALSE(zqsp::rebuildPays(1000, 500, 3, 20));   // most entries lie elsewhere
+    EXPECT_FALSE(zqsp::rebuildPays(9000, 9000, 3, 20));  // few rows of long columns are searched
+    EXPECT_TRUE(zqsp::rebuildPays(9000, 9000, 100, 20)); // many are not
     Model a = Model::empty(kReal, 1000000, 1);
     for (unsigned i = 0; i < 2000; ++i) {
         a.entries[{0, i * 500}] = 1;
