@@ -17,10 +17,9 @@ export CMAKE_ARGS="-DCMAKE_CXX_FLAGS_RELEASE=-O0 -DZQSP_LTO=OFF"
 mkdir -p "$work/sources"
 tar -xzf "$work"/fresh/zqspmatrix-*.tar.gz -C "$work/fresh"
 cp -ru "$work"/fresh/zqspmatrix-*/. "$work/sources"
-"$python" -m pip wheel -q --no-build-isolation --no-deps --no-index -w "$work/fresh" "$work/sources"
-
 cd "$work/fresh"
-"$python" -m venv --system-site-packages environment # for NumPy and SciPy, which Debian has no wheels of
+"$python" -m venv --system-site-packages environment # with what Debian has packages of, and nothing else
+environment/bin/python -m pip wheel -q --no-build-isolation --no-deps --no-index -w . "$work/sources"
 environment/bin/python -m pip install -q --no-index --no-deps zqspmatrix-*.whl
 environment/bin/python - <<'CHECKS'
 import importlib.metadata, pathlib
