@@ -15,13 +15,13 @@ constexpr bool kChecksAtStart = true;
 #else
 constexpr bool kChecksAtStart = false;
 #endif
-constinit std::atomic<bool> checksOperands{kChecksAtStart};
+constinit std::atomic<int> checksOperands{kChecksAtStart}; // a word: not every processor exchanges bytes
 
 } // namespace
 
 bool check_operands(bool check)
 {
-    return checksOperands.exchange(check, std::memory_order_relaxed);
+    return checksOperands.exchange(check, std::memory_order_relaxed) != 0;
 }
 
 } // namespace kxrt
@@ -112,7 +112,7 @@ std::string kxCheckSparse(const kxArray* array)
 
 void kxCheckOperand(const kxArray* array)
 {
-    if (!checksOperands.load(std::memory_order_relaxed)) {
+    if (checksOperands.load(std::memory_order_relaxed) == 0) {
         return;
     }
     const std::string violation = isSparse(array) ? kxCheckSparse(array) : std::string();
