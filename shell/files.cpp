@@ -44,11 +44,12 @@ std::string readFile(const fs::path& path)
     constexpr unsigned kChunk = 1U << 22;
     ::gzbuffer(file, 1U << 17);
     std::string bytes;
-    bytes.reserve(fs::is_regular_file(path, ignored) ? fs::file_size(path, ignored) + 1 : 0);
+    constexpr std::size_t kLeastRoom = 4096; // behind the last byte of a plain file, so that its end moves nothing
+    bytes.reserve(fs::is_regular_file(path, ignored) ? fs::file_size(path, ignored) + kLeastRoom : 0);
     for (;;) {
         pollInterrupt();
         const std::size_t used = bytes.size();
-        const std::size_t room = std::max<std::size_t>(bytes.capacity() - used, 4096);
+        const std::size_t room = std::max(bytes.capacity() - used, kLeastRoom);
         const auto chunk = static_cast<unsigned>(std::min<std::size_t>(kChunk, room));
         bytes.resize(used + chunk);
         const int got = ::gzread(file, bytes.data() + used, chunk);

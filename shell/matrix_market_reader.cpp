@@ -8,9 +8,16 @@
 
 #include <fmt/format.h>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cmath>
+#include <cstdint>
+#include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace kxsh {
 
@@ -53,7 +60,10 @@ struct Entry
 class Reader
 {
   public:
-    Reader(const std::filesystem::path& path, std::string_view text) : path_(path), lines_(path.string(), text) {}
+    Reader(const std::filesystem::path& path, std::string text)
+        : path_(path), text_(std::move(text)), lines_(path.string(), text_)
+    {
+    }
 
     Value read()
     {
@@ -263,7 +273,24 @@ class Reader
 
     [[nodiscard]] kxComplexity complexity() const { return header_.field == Field::kComplex ? kxCOMPLEX : kxREAL; }
 
-    /// Reads the entries twice: their places tell how much room each column needs.
+    /// Gives the memory of the lines that have been read back, every so often.
+    void releaseText(std::uint64_t done)
+    {
+        constexpr std::uint64_t kInterval = 1U << 16;
+        if (done % kInterval == 0) {
+            static const auto kPage = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+            char* const read = text_.data() + (text_.size() - lines_.bytesLeft());
+            const auto pageFrom = [](char* p) { return p + (-reinterpret_cast<std::uintptr_t>(p) & (kPage - 1)); };
+            char* const first = pageFrom(text_.data() + released_);
+            if (read > first + kPage) {
+                char* const stop = pageFrom(read - kPage + 1); // the page that `read` lies in stays
+                static_cast<void>(::madvise(first, static_cast<std::size_t>(stop - first), MADV_DONTNEED));
+                released_ = static_cast<std::size_t>(stop - text_.data());
+            }
+        }
+    }
+
+    /// Keeps the entries between counting and placing: until then the text makes room for them, then it is freed.
     template <typename T>
     Value readCoordinates()
     {
@@ -271,36 +298,57 @@ class Reader
         lines_.endOfLine();
         checkCount(count);
         const bool mirrors = header_.symmetry != Symmetry::kGeneral;
+        const bool pattern = header_.field == Field::kPattern;
+        const bool complex = header_.field == Field::kComplex;
         const Progress progress("reading", path_, 2 * count);
         Assembly assembly(rows_, columns_, classOf(), complexity());
-        const TextLines first = lines_;
+        std::vector<std::pair<unsigned, unsigned>> places;
+        std::vector<T> values;
+        places.reserve(count);
+        values.reserve(pattern ? 0 : complex ? 2 * count : count);
         for (std::uint64_t done = 0; done < count; ++done) {
             progress.step(done);
-            nextEntryLine(done, count);
-            const unsigned row = index("row", rows_);
-            const unsigned column = index("column", columns_);
-            assembly.count(column);
-            if (mirrors && row != column) {
-                assembly.count(row);
-            }
-        }
-        checkEnd(count);
-        assembly.startPlacing();
-        lines_ = first;
-        for (std::uint64_t done = 0; done < count; ++done) {
-            progress.step(count + done);
+            releaseText(done);
             nextEntryLine(done, count);
             Entry<T> entry{};
             entry.row = index("row", rows_);
             entry.column = index("column", columns_);
             readValue(entry);
             checkTriangle(entry);
-            assembly.place(entry.row, entry.column, entry.re, entry.im);
+            places.emplace_back(entry.row, entry.column);
+            if (!pattern) {
+                values.push_back(entry.re);
+            }
+            if (complex) {
+                values.push_back(entry.im);
+            }
+            assembly.count(entry.column);
             if (mirrors && entry.row != entry.column) {
+                assembly.count(entry.row);
+            }
+        }
+        checkEnd(count);
+        std::string().swap(text_);
+        assembly.startPlacing();
+        auto next = values.cbegin();
+        for (std::uint64_t done = 0; done < count; ++done) {
+            progress.step(count + done);
+            const auto [row, column] = places[done];
+            Entry<T> entry{row, column, T{1}, T{}};
+            if (!pattern) {
+                entry.re = *next++;
+            }
+            if (complex) {
+                entry.im = *next++;
+            }
+            assembly.place(row, column, entry.re, entry.im);
+            if (mirrors && row != column) {
                 const Entry<T> other = mirrored(entry);
                 assembly.place(other.row, other.column, other.re, other.im);
             }
         }
+        places = std::vector<std::pair<unsigned, unsigned>>();
+        values = std::vector<T>();
         return assembly.finish();
     }
 
@@ -345,6 +393,8 @@ class Reader
     }
 
     const std::filesystem::path& path_;
+    std::string text_;
+    std::size_t released_ = 0; ///< bytes of the text whose memory has been given back
     TextLines lines_;
     Header header_{};
     unsigned rows_ = 0;
@@ -358,9 +408,9 @@ Value readMatrixMarket(const std::filesystem::path& path)
     return parseMatrixMarket(path, readFile(path));
 }
 
-Value parseMatrixMarket(const std::filesystem::path& path, std::string_view text)
+Value parseMatrixMarket(const std::filesystem::path& path, std::string text)
 {
-    return Reader(path, text).read();
+    return Reader(path, std::move(text)).read();
 }
 
 } // namespace kxsh

@@ -15,7 +15,7 @@ void parse(std::string_view text)
 {
     std::string complaint;
     const auto read = [&] {
-        const kxsh::Value array = kxsh::parseMatrixMarket("fuzzed", text);
+        const kxsh::Value array = kxsh::parseMatrixMarket("fuzzed", std::string(text));
         complaint = array.isSparse() ? kxCheckSparse(array.get()) : "";
     };
     kxsh::reportingErrors(read, [&](const kxsh::ErrorReport& report) {
