@@ -53,7 +53,7 @@ def headline(rows, tables):
         summary = Summary(rows, table)
         text += f"| `{table}` ({LOOPS[table]}) | {summary.rows} | {summary.mean:.2f} | {summary.twice} "
         text += f"| {summary.near_copy} | {summary.slower} |\n"
-    slower = [f"`{row.name}`" for row in rows
+    slower = [row.name for row in rows
               if row.ratio(tables[0]) < 1 and not row.is_against_copy_alone()]
     text += f"\nSlower than a peer with `{tables[0]}`: {', '.join(slower) or 'none'}.\n\n"
     ascending, permuting = ([row.of_copy(tables[0]) for row in rows if row.copies == copies] for copies in (4, 10))

@@ -172,13 +172,13 @@ TEST(MatrixMarket, WideFilesTakeTheMemoryOfTheirMatrix)
     const TestFolder folder;
     TestShell shell;
     const std::string wide = folder.file("wide.mtx", "%%MatrixMarket matrix coordinate real general\n1 20000000 0\n");
-    std::string rows = "%%MatrixMarket matrix coordinate pattern symmetric\n100000 100000 600000\n";
-    for (int k = 0; k < 600000; ++k) {
-        const int i = 100000 - k / 6;
-        rows += std::to_string(i) + ' ' + std::to_string(i * (k % 6 + 1) / 7 + 1) + '\n';
+    std::string rows = "%%MatrixMarket matrix coordinate pattern symmetric\n400000 400000 2400000\n";
+    for (int k = 0; k < 2400000; ++k) {
+        const int i = 400000 - k / 6;
+        rows += std::to_string(i) + ' ' + std::to_string(i * (k % 6 + 1L) / 7 + 1) + '\n';
     }
     const std::string pattern = folder.file("pattern.mtx", rows);
-    for (const auto& [path, most] : {std::pair(wide, 81 << 20), std::pair(pattern, 13 << 20)}) {
+    for (const auto& [path, most] : {std::pair(wide, 81 << 20), std::pair(pattern, 50 << 20)}) {
         const auto peak = [] {
             std::istringstream status(contentOf("/proc/self/status"));
             for (std::string word; status >> word;) {
