@@ -88,7 +88,9 @@ TEST(LinearReference, ExtraMemoryStaysBelowTheResult)
         for (const Subscript& k : {Subscript::list(listed), Subscript::list(unsorted), Subscript::list(descending),
                                    Subscript::mask(mask), Subscript::range(90000, -2, 2)}) {
             const Operation op = linear(a, k);
-            expectEnds(op, spOK);
+            if (storage.complex) {
+                EXPECT_EQ("", checkOperation(op)); // the longest lists, once against the model
+            }
             const Call call(op);
             kxArray* made = nullptr;
             const std::size_t before = kxrt::bytes_requested();

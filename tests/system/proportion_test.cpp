@@ -26,7 +26,7 @@ Model with(unsigned m, unsigned n, const std::vector<Place>& places)
 }
 
 constexpr unsigned kHigh = 0x7FFFFFFE;
-constexpr unsigned kWide = 1000000;
+constexpr unsigned kWide = 200000;
 const Model kColumn = with(kHigh, 1, {{0, 1}, {0, 8}, {0, 1000}, {0, kHigh / 2}, {0, kHigh - 2}});
 const Model kTall = with(kHigh, 3, {{0, 1}, {0, 8}, {1, 2000000}, {1, kHigh - 2}, {2, 0}});
 const Model kFlat = with(3, kWide, {{1, 1}, {8, 0}, {kWide / 2, 2}, {kWide - 2, 1}});
