@@ -170,7 +170,7 @@ bool intersects(unsigned column, unsigned timesAsMany)
     const Subscript list = IndexList(positions.data(), static_cast<unsigned>(positions.size()), Order::kAscending);
     const auto by = [&](LookupMethod method) {
         return Work{[&, method] {
-            HitList hits(list);
+            HitList hits(countOf(list));
             findHitsBy(method, Columns(array.get()), list, hits);
         }};
     };
