@@ -90,9 +90,9 @@ template <typename Choice, typename Moves>
     return at;
 }
 
-/// By blocks of entries, whichever columns they lie in: where a short column ends, nobody can foresee. Where the entries
-/// of a block went tells the ends of the columns in it. (What the loop reads of records is copied out of them first: its
-/// stores might change these, as far as the compiler knows.)
+/// By blocks of entries, whichever columns they lie in: where a short column ends, nobody can foresee. Where the
+/// entries of a block went tells the ends of the columns in it. (What the loop reads of records is copied out of them
+/// first: its stores might change these, as far as the compiler knows.)
 template <typename Choice, typename Moves>
 [[gnu::always_inline]] inline unsigned selectColumnsBy(const Entries& from, const unsigned* jc, unsigned columns,
                                                        Choice choice, const Entries& to, Moves source, Moves target,

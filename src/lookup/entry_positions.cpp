@@ -12,8 +12,9 @@ void cutIntoColumns(unsigned* positions, unsigned count, unsigned m, unsigned n,
         std::fill_n(positions, count, 0U);
         return;
     }
-    if (count == 0) {
-        return; // m may be 0
+    if (n == 1 || count == 0) { // without elements m may be 0
+        std::fill_n(starts + 1, n, count);
+        return;
     }
     // The last entry of a column leaves its end behind it. Where a short column ends, nobody can foresee: a division
     // takes less than the branch that is mispredicted.

@@ -92,9 +92,7 @@ Hits HitList::next(Place& place)
     const std::uint16_t* const ordinals = piece.ordinals + place.done;
     std::transform(ordinals, ordinals + size, ordinals_.begin(),
                    [upper = share.upper << kHalf](std::uint16_t ordinal) { return upper | ordinal; });
-    const auto copySources = [&](const auto* sources) {
-        std::copy_n(sources + place.done, size, sources_.begin());
-    };
+    const auto copySources = [&](const auto* sources) { std::copy_n(sources + place.done, size, sources_.begin()); };
     if (hasBytes()) {
         copySources(sourcesBehind<std::uint8_t>(piece.ordinals, piece.capacity));
     } else {

@@ -52,17 +52,26 @@ class [[gnu::visibility("default")]] HitList
         return {ordinals_.data() + waiting_, sources_.data() + waiting_};
     }
     /// The first `count` of what was written to the last room are hits.
-    void keep(unsigned count) { waiting_ += count; }
+    void keep(unsigned count)
+    {
+        waiting_ += count;
+    }
 
     /// To be called behind the last hit. Raises on exhausted memory.
     void finish();
 
-    [[nodiscard]] unsigned count() const { return count_; }
-    [[nodiscard]] bool hasBytes() const { return bytes_ != nullptr; }
+    [[nodiscard]] unsigned count() const
+    {
+        return count_;
+    }
+    [[nodiscard]] bool hasBytes() const
+    {
+        return bytes_ != nullptr;
+    }
 
     /// f(hits) for all of them, some at a time.
     template <typename F>
-    void forEachPart(F&& f)
+    void forEachPart(F && f)
     {
         Place place;
         for (Hits hits = next(place); hits.count > 0; hits = next(place)) {
@@ -99,8 +108,8 @@ class [[gnu::visibility("default")]] HitList
     };
 
     void addPiece(unsigned size);
-    unsigned append(Piece& piece, unsigned done);
-    Hits next(Place& place);
+    unsigned append(Piece & piece, unsigned done);
+    Hits next(Place & place);
 
     unsigned most_;
     const std::uint8_t* bytes_;
