@@ -137,7 +137,7 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
     const bool isReversed = range.stride < 0;
     const IndexRange ascending = range.ascending();
     const Subscript present = ascending.below(std::uint64_t{a.m} * a.n);
-    HitList hits(present);
+    HitList hits(countOf(present));
     findHits(a, present, hits);
     withStorage(b, [&](auto values) {
         unsigned column = isReversed ? b.n - 1 : 0;
@@ -166,9 +166,11 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
                 assign(i, findSlot(a, layout.placeOf(ascending[i])).position, false, true);
             }
         };
-        hits.forEach([&](Hit hit) {
-            insertBelow(hit.ordinal);
-            assign(hit.ordinal, hit.source, true, left() && ordinal() == hit.ordinal);
+        hits.forEachPart([&](const Hits& some) {
+            for (unsigned h = 0; h < some.count; ++h) {
+                insertBelow(some.ordinals[h]);
+                assign(some.ordinals[h], some.sources[h], true, left() && ordinal() == some.ordinals[h]);
+            }
         });
         insertBelow(range.size);
     });

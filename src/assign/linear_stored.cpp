@@ -46,12 +46,17 @@ bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValu
 void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& positions)
 {
     const Columns a(A);
-    HitList hits(positions);
+    HitList hits(countOf(positions));
     findHits(a, positions, hits);
     auto entries = Block<unsigned>::make(hits.count());
     unsigned count = 0;
-    hits.forEach([&](Hit hit) { entries[count++] = hit.source; });
-    const Ordered removed(IndexList(std::move(entries), count, orderOf(positions)), Repeats::kNone);
+    hits.forEachPart([&](const Hits& some) {
+        std::copy_n(some.sources, some.count, entries.get() + count);
+        count += some.count;
+    });
+    const bool areSorted = orderOf(positions) != Order::kUnsorted; // they come from the lowest position on
+    const Ordered removed(IndexList(std::move(entries), count, areSorted ? Order::kAscending : Order::kUnsorted),
+                          Repeats::kNone);
     const auto patches = Block<Patch>::make(count);
     std::size_t size = 0;
     unsigned column = 0;

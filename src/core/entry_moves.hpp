@@ -112,15 +112,15 @@ inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std:
     }
 }
 
-/// Copies `count` entries between two arrays of one class; imaginary zeros where only the target is complex.
-inline void copyEntries(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
-                        std::size_t count)
+/// Copies the values of `count` entries between two arrays of one class; imaginary zeros where only the target is
+/// complex.
+inline void copyValues(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
+                       std::size_t count)
 {
     if (count == 0) {
-        return;
+        return; // arrays without capacity may lack the blocks
     }
     const std::size_t size = target.elementSize;
-    std::memcpy(target.ir + to, source.ir + from, count * sizeof *target.ir);
     std::memcpy(target.pr + to * size, source.pr + from * size, count * size);
     if (target.pi != nullptr) {
         if (source.pi != nullptr) {
@@ -128,6 +128,16 @@ inline void copyEntries(const Columns& target, std::size_t to, const Columns& so
         } else {
             std::memset(target.pi + to * size, 0, count * size);
         }
+    }
+}
+
+/// The same with their rows.
+inline void copyEntries(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
+                        std::size_t count)
+{
+    if (count > 0) {
+        std::memcpy(target.ir + to, source.ir + from, count * sizeof *target.ir);
+        copyValues(target, to, source, from, count);
     }
 }
 

@@ -2,6 +2,7 @@
 #include "core/operand_check.hpp"
 #include "core/target.hpp"
 #include "delete/delete_positions.hpp"
+#include "lookup/entry_positions.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
 
@@ -26,13 +27,6 @@ unsigned compact(const Columns& a, const Subscript& deleted)
     const DeletionMethod method = chooseDeletion(deleted, a.nnz(), kernels().costs);
     noteMethod(method);
     return deletePositions(method, a, deleted);
-}
-
-/// The column starts of a row vector of `length` columns, whose entries' ir are their columns; these become row 0.
-void columnToRow(const Columns& a, unsigned count, unsigned length, unsigned* newJc)
-{
-    kernels().writeStarts(a.ir, count, length, newJc);
-    std::fill_n(a.ir, count, 0U);
 }
 
 spStatus deleteElements(Target& target, const kxArray* K)
@@ -61,7 +55,7 @@ spStatus deleteElements(Target& target, const kxArray* K)
     }
     // The last thing that can fail. (A scalar's has two words still.)
     auto newJc = Block<unsigned>::make(std::max(std::size_t{left} + 1, std::size_t{2}));
-    columnToRow(a, compact(a, deleted.form()), left, newJc.get());
+    cutIntoColumns(a.ir, compact(a, deleted.form()), 1, left, newJc.get());
     kxFree(a.jc);
     kxSetJc(A, newJc.release());
     kxSetN(A, left);

@@ -26,6 +26,8 @@ struct PositionSpan
           end(placeOf(a, highest / a.m, highest % a.m + std::uint64_t{1}))
     {
     }
+    /// All of A, which need have no elements.
+    explicit PositionSpan(const Columns& a) : column(0), columns(a.n), begin(0), end(a.nnz()) {}
     [[nodiscard]] unsigned entries() const { return end - begin; }
 
   private:
@@ -42,10 +44,11 @@ struct PositionSpan
 class EntryWalk
 {
   public:
-    /// Over all entries, or from `begin` on, which lies in `column` or behind it.
+    /// Over all entries, or from `begin` on, which lies in `column` or behind it. Positions are counted from `first`
+    /// on.
     explicit EntryWalk(const Columns& a) : EntryWalk(a, 0, 0) {}
-    EntryWalk(const Columns& a, unsigned column, unsigned begin)
-        : ir_(a.ir), columnEnd_(a.jc + column + 1), m_(a.m), nzmax_(a.nzmax), next_(begin), start_(column * a.m)
+    EntryWalk(const Columns& a, unsigned column, unsigned begin, unsigned first = 0)
+        : ir_(a.ir), columnEnd_(a.jc + column + 1), m_(a.m), nzmax_(a.nzmax), next_(begin), start_(column * a.m - first)
     {
     }
 
@@ -106,6 +109,10 @@ class EntryWalk
     unsigned next_;
     unsigned start_; // position of row 0 of the column that ends at *columnEnd_
 };
+
+/// The way back: linear positions, ascending, become rows where they are, and `starts` the n + 1 column starts of an
+/// array of m rows. Words of `starts` that it is given are 0. Cost: count + n.
+void cutIntoColumns(unsigned* positions, unsigned count, unsigned m, unsigned n, unsigned* starts);
 
 /// The linear positions of the entries of a span, a block at a time.
 class EntryPositions

@@ -1,6 +1,9 @@
-// A(K): finds the stored entries at the selected linear positions (a plan), then builds the result.
+// A(:) and A(K): finds the stored entries at the selected linear positions (a plan), then builds the result.
+#include "core/entry_moves.hpp"
+#include "core/errors.hpp"
 #include "core/operand_check.hpp"
 #include "core/values.hpp"
+#include "lookup/entry_positions.hpp"
 #include "lookup/find_hits.hpp"
 #include "reference/gather.hpp"
 #include "subscript/convert.hpp"
@@ -21,41 +24,45 @@ struct Shape
     [[nodiscard]] bool isVector() const { return m == 1 || n == 1; }
 };
 
-/// Rows and column starts of an array of `rows` rows; copy(e, source) is to write the value of its entry e.
-template <typename Hits, typename Copy>
-void writeHits(const Columns& out, unsigned rows, const Hits& hits, Copy copy)
+/// The entries at neighbouring positions from `first` on, all from the first to the last.
+ArrayOwner gatherSpan(const Columns& a, const PositionSpan& span, unsigned first, Shape shape)
 {
-    unsigned written = 0;
-    unsigned column = 0;
-    unsigned columnStart = 0;
-    hits.forEach([&](Hit hit) {
-        while (hit.ordinal - columnStart >= rows) {
-            out.jc[++column] = written;
-            columnStart += rows;
-        }
-        out.ir[written] = hit.ordinal - columnStart;
-        copy(written, hit.source);
-        ++written;
-    });
-    std::fill(out.jc + column + 1, out.jc + out.n + 1, written);
+    const unsigned count = span.entries();
+    ArrayOwner result = createLike(a, shape.m, shape.n, count);
+    const Columns out(result.get());
+    copyValues(out, 0, a, span.begin, count);
+    EntryWalk(a, span.column, span.begin, first).write(span.end, out.ir, count);
+    cutIntoColumns(out.ir, count, shape.m, shape.n, out.jc);
+    return result;
 }
 
 /// The result of a given shape, the selected positions laid out in it in column-major order: in that order the rows of
-/// every column come out sorted, whatever the order of the subscript.
-template <typename Hits>
-ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, const Hits& hits)
+/// every column come out sorted, whatever the order of the subscript. The hits of one that descends are written from
+/// the last to the first.
+ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitList& hits, bool descends)
 {
     ArrayOwner result = createLike(a, shape.m, shape.n, capacity);
     const Columns out(result.get());
+    const unsigned last = shape.m * shape.n - 1; // position
+    unsigned written = descends ? hits.count() - 1 : 0;
+    const auto write = [&](auto copy) {
+        hits.forEachPart([&](const Hits& some) {
+            for (unsigned i = 0; i < some.count; ++i) {
+                out.ir[written] = descends ? last - some.ordinals[i] : some.ordinals[i];
+                copy(written, some.sources[i]);
+                written += descends ? ~0U : 1U;
+            }
+        });
+    };
     if (hits.hasBytes()) {
-        writeHits(out, shape.m, hits,
-                  [pr = out.pr](unsigned e, unsigned value) { pr[e] = static_cast<std::byte>(value); });
-        return result;
+        write([pr = out.pr](unsigned e, unsigned value) { pr[e] = static_cast<std::byte>(value); });
+    } else {
+        withStorage(a, [&](auto from) {
+            const decltype(from) to(out);
+            write([&](unsigned e, unsigned source) { to.copy(e, from, source); });
+        });
     }
-    withStorage(a, [&](auto from) {
-        const decltype(from) to(out);
-        writeHits(out, shape.m, hits, [&](unsigned e, unsigned source) { to.copy(e, from, source); });
-    });
+    cutIntoColumns(out.ir, hits.count(), shape.m, shape.n, out.jc);
     return result;
 }
 
@@ -106,12 +113,11 @@ ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, const 
     }
     const auto* range = std::get_if<IndexRange>(&positions);
     if (range != nullptr && range->isRun() && a.nnz() > 0) {
-        const RunHits hits(a, *range);
-        return buildFromHits(a, shape, hits.count(), hits);
+        return gatherSpan(a, {a, range->first, range->last}, range->first, shape);
     }
-    HitList hits(positions, bytesOf(a));
+    HitList hits(k, bytesOf(a));
     findHits(a, positions, hits);
-    return buildFromHits(a, shape, hits.count(), hits);
+    return buildFromHits(a, shape, hits.count(), hits, orderOf(positions) == Order::kDescending);
 }
 
 /// A sparse mask over a matrix with more elements than a linear position can number. The capacity is the lesser of the
@@ -127,15 +133,28 @@ spStatus referenceByLargeMask(const Columns& a, const kxArray* subscript, ArrayO
     if (mask.highest() >= std::uint64_t{a.m} * a.n) {
         return spIndexOutOfRange;
     }
-    HitList hits(mask, bytesOf(a));
+    HitList hits(selected, bytesOf(a));
     findHits(a, mask, hits);
-    result = buildFromHits(a, maskShape(a, subscript, selected), std::min(selected, a.nnz()), hits);
+    result = buildFromHits(a, maskShape(a, subscript, selected), std::min(selected, a.nnz()), hits, false);
     return spOK;
 }
 
 } // namespace
 
 } // namespace zqsp
+
+spStatus spRef2(const kxArray* A, kxArray** result)
+{
+    using namespace zqsp;
+    checkOperands(A);
+    const Columns a(A);
+    unsigned length = 0;
+    if (!kxCheckMNForIndexing_nothrow(a.m, a.n, &length)) {
+        raiseMessage<ZENTAR::sparse::tooLargeForLinearIndex>();
+    }
+    *result = gatherSpan(a, PositionSpan(a), 0, {length, 1}).release();
+    return spOK;
+}
 
 spStatus spRef3(const kxArray* A, const kxArray* K, kxArray** result)
 {

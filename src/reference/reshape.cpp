@@ -5,7 +5,6 @@
 
 #include <zqspmatrix.h>
 
-#include <algorithm>
 #include <numeric>
 
 namespace zqsp {
@@ -24,23 +23,6 @@ WrappedRow addModulo(unsigned x, unsigned y, unsigned m)
 {
     const unsigned room = m - x;
     return y < room ? WrappedRow{x + y, 0} : WrappedRow{y - room, 1};
-}
-
-/// Every row index becomes a linear position, which the new columns then cut into pieces. For countable matrices.
-void reshapeByPositions(const Columns& a, unsigned newM, unsigned newN, unsigned* newJc)
-{
-    const unsigned nnz = a.nnz();
-    EntryWalk(a).replaceRows(nnz);
-    unsigned column = 0;
-    unsigned offset = 0; // linear position at which the column starts
-    for (unsigned e = 0; e < nnz; ++e) {
-        while (a.ir[e] - offset >= newM) {
-            newJc[++column] = e;
-            offset += newM;
-        }
-        a.ir[e] -= offset;
-    }
-    std::fill(newJc + column + 1, newJc + newN + 1, nnz);
 }
 
 /// Each old column covers q whole new columns and r rows more; the place where it starts is kept as a new column and
@@ -89,7 +71,8 @@ void spReshape(kxArray* A, unsigned newM, unsigned newN)
     Block<unsigned> newJc(kxCallocExCheck(static_cast<std::size_t>(newN) + 1, sizeof(unsigned)));
     if (a.nnz() > 0) {
         if (kxCheckMN_nothrow(a.m, a.n, 1, nullptr)) {
-            reshapeByPositions(a, newM, newN, newJc.get());
+            EntryWalk(a).replaceRows(a.nnz());
+            cutIntoColumns(a.ir, a.nnz(), newM, newN, newJc.get());
         } else {
             reshapeByDivision(a, newM, newN, newJc.get());
         }

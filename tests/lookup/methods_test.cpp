@@ -118,9 +118,17 @@ void expectFinds(const Model& a, const Named& named, const Subscript& form, std:
     }
     for (const LookupMethod method : methods) {
         std::vector<std::pair<unsigned, unsigned>> found;
-        HitList hits(form);
+        HitList hits(named.count());
         findHitsBy(method, columns, form, hits);
-        hits.forEach([&](Hit hit) { found.emplace_back(hit.ordinal, hit.source); });
+        hits.forEachPart([&](const Hits& some) {
+            for (unsigned i = 0; i < some.count; ++i) {
+                found.emplace_back(some.ordinals[i], some.sources[i]);
+            }
+        });
+        if (orderOf(form) == Order::kDescending) { // positions are counted from the lowest
+            std::reverse(found.begin(), found.end());
+            std::ranges::for_each(found, [last = named.count() - 1](auto& hit) { hit.first = last - hit.first; });
+        }
         EXPECT_EQ(found, expected) << static_cast<int>(method) << " of " << named.count();
         EXPECT_EQ(hits.count(), expected.size());
     }
@@ -272,9 +280,12 @@ TEST(Lookup, FindsThatComeOneByOne)
     for (const IndexRange& positions : {range, IndexRange(range.last, range.first, -range.stride, kFound)}) {
         unsigned next = 0;
         unsigned wrong = 0;
-        HitList hits(positions);
+        HitList hits(kFound);
         findHitsBy(LookupMethod::kByEntries, Columns(column.get()), positions, hits);
-        hits.forEach([&](Hit hit) { wrong += hit.ordinal == next++ ? 0U : 1U; });
+        hits.forEachPart([&](const Hits& some) {
+            wrong += static_cast<unsigned>(std::count_if(some.ordinals, some.ordinals + some.count,
+                                                         [&](unsigned ordinal) { return ordinal != next++; }));
+        });
         EXPECT_EQ(std::pair(next, wrong), std::pair(kFound, 0U));
     }
 }
