@@ -6,78 +6,81 @@
 #include "reference/row_methods.hpp"
 #include "subscript/row_sets.hpp"
 
-namespace zqsp {
+#include <optional>
 
-std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowSet& rows)
-{
-    if (rows.count() == a.m) {
-        return entriesIn(a, columns); // nothing has to be looked up
-    }
-    std::uint64_t total = 0;
-    forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
-        total += countSelected(a, a.jc[first], a.jc[first + length], rows.ranked());
-    });
-    return total;
-}
+namespace zqsp {
 
 namespace {
 
-/// Rows that ascend and do not repeat: the new row is the rank.
-ArrayOwner gatherBySet(const Columns& a, const RowSet& rows, const Subscript& columns)
+/// Gives the blocks of a result another size. Raises on exhausted memory.
+void setCapacity(kxArray* array, unsigned capacity)
 {
-    ArrayOwner result = createLike(a, rows.count(), countOf(columns), checkedCount(countInRows(a, columns, rows)));
-    const Columns out(result.get());
-    unsigned written = 0;
-    unsigned* ends = out.jc + 1;
-    forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
-        written = moveSelected(a, first, length, rows.ranked(), out, written, ends);
-        ends += length;
-    });
-    return result;
+    if (capacity == array->nzmax) {
+        return;
+    }
+    const Columns a(array);
+    const std::size_t bytes = std::size_t{capacity} * a.elementSize;
+    kxSetIr(array, static_cast<unsigned*>(kxRealloc(a.ir, std::size_t{capacity} * sizeof *a.ir)));
+    kxSetData(array, kxRealloc(a.pr, bytes));
+    if (a.pi != nullptr) {
+        kxSetImagData(array, kxRealloc(a.pi, bytes));
+    }
+    array->nzmax = capacity;
 }
 
-/// The same where few of the `entries` of the columns are selected: they are put aside as they are found, and copied
-/// once it is known how many they are. That is one pass instead of two.
-ArrayOwner gatherFewBySet(const Columns& a, const RowSet& rows, unsigned entries, const Subscript& columns)
+/// The entries in the rows of a set, which get their ranks for new rows, or from there those that an order gives them.
+/// One pass: the result is given the room that so many rows will need if they are like all others, and brought to its
+/// size in the end.
+ArrayOwner selectRows(const Columns& a, const RowSet& rows, const Subscript& columns, std::optional<RowOrder> order)
 {
-    constexpr unsigned kBlock = 1U << 14U; // entries that are moved at a time
-    const auto expected = static_cast<unsigned>(std::uint64_t{entries} * rows.count() / std::max(a.m, 1U));
-    ArrayOwner aside = createLike(a, rows.count(), 0, std::min(entries, expected + expected / 4 + kBlock));
-    const auto ends = Block<unsigned>::make(countOf(columns));
-    unsigned written = 0;
+    constexpr unsigned kBlock = 4096; // entries that are moved at a time, and put in order while a cache has them
+    const std::uint64_t all = entriesIn(a, columns);
+    const std::uint64_t entries = rows.hasAll() ? checkedCount(all) : std::min<std::uint64_t>(all, UINT32_MAX);
+    const std::uint64_t expected = entries * rows.count() / std::max(a.m, 1U);
+    const auto room = static_cast<unsigned>(std::min(entries, expected + expected / 4 + kBlock));
+    ArrayOwner result = createLike(a, rows.count(), countOf(columns), room);
+    Columns out(result.get());
     unsigned visited = 0;
-    forEachColumnBlock(a, columns, kBlock, UINT32_MAX, [&](unsigned first, unsigned count) {
-        const std::uint64_t needed = std::uint64_t{a.jc[first + count] - a.jc[first]} + written;
-        if (const Columns full(aside.get()); needed > full.nzmax) {
-            const std::uint64_t room = std::max(needed, std::uint64_t{full.nzmax} * 2);
-            ArrayOwner larger = createLike(a, full.m, 0, static_cast<unsigned>(std::min<std::uint64_t>(entries, room)));
-            copyEntries(Columns(larger.get()), 0, full, 0, written);
-            aside = std::move(larger);
+    unsigned ordered = 0;
+    unsigned written = 0;
+    const auto select = [&](unsigned first, unsigned count) {
+        const unsigned begin = a.jc[first];
+        const unsigned size = a.jc[first + count] - begin;
+        if (size > out.nzmax - written) {
+            const std::uint64_t found = countSelected(a, begin, begin + size, rows.ranked());
+            if (const unsigned needed = checkedCount(found + written); needed > out.nzmax) {
+                const std::uint64_t twice = std::min(entries, std::uint64_t{out.nzmax} * 2);
+                setCapacity(result.get(), std::max(needed, static_cast<unsigned>(twice)));
+                out = Columns(result.get());
+            }
         }
-        written = moveSelected(a, first, count, rows.ranked(), Columns(aside.get()), written, ends.get() + visited);
+        written = moveSelected(a, first, count, rows.ranked(), out, written, out.jc + visited + 1);
+    };
+    const auto copy = [&](unsigned first, unsigned count) {
+        const unsigned begin = a.jc[first];
+        appendEntries(out, written, a, begin, a.jc[first + count] - begin);
+        for (unsigned i = 1; i <= count; ++i) {
+            out.jc[visited + i] = a.jc[first + i] - begin + written;
+        }
+        written = out.jc[visited + count];
+    };
+    forEachColumnBlock(a, columns, kBlock, UINT32_MAX, [&](unsigned first, unsigned count) {
+        if (rows.hasAll()) {
+            copy(first, count);
+        } else {
+            select(first, count);
+        }
         visited += count;
+        if (order && written - out.jc[ordered] >= kBlock) {
+            order->apply(out, ordered, visited - ordered);
+            ordered = visited;
+        }
     });
-    ArrayOwner result = createLike(a, rows.count(), visited, written);
-    const Columns out(result.get());
-    std::copy_n(ends.get(), visited, out.jc + 1);
-    copyEntries(out, 0, Columns(aside.get()), 0, written);
+    if (order) {
+        order->apply(out, ordered, visited - ordered);
+    }
+    setCapacity(result.get(), written);
     return result;
-}
-
-/// Whether new rows are ranks among the old ones.
-bool areRanks(const Subscript& rows, const RowSet& selected)
-{
-    return orderOf(rows) == Order::kAscending && selected.count() == countOf(rows);
-}
-
-/// Rows that come in another order, or more than once, are arranged afterwards.
-ArrayOwner gatherOnce(const Columns& a, const Subscript& rows, const RowSet& selected, unsigned entries,
-                      const Subscript& columns)
-{
-    ArrayOwner gathered = gatherFewBySet(a, selected, entries, columns);
-    return areRanks(rows, selected) ? std::move(gathered)
-                                    : gatherByMap(Columns(gathered.get()), std::get<IndexList>(rows), selected,
-                                                  IndexRange::all(countOf(columns)));
 }
 
 } // namespace
@@ -85,22 +88,14 @@ ArrayOwner gatherOnce(const Columns& a, const Subscript& rows, const RowSet& sel
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
     const RowSet selected = selectedOf(rows, a.m);
-    if (areRanks(rows, selected)) {
-        return gatherBySet(a, selected, columns);
+    const auto* list = std::get_if<IndexList>(&rows);
+    if (selected.count() < countOf(rows)) {
+        const ArrayOwner once = selectRows(a, selected, columns, {});
+        return repeatRows(Columns(once.get()), *list, selected);
     }
-    const auto* range = std::get_if<IndexRange>(&columns);
-    if (range != nullptr && selected.count() < countOf(rows) && !selected.hasAll()) {
-        // What repeats is looked at twice, to be counted and placed.
-        return gatherOnce(a, rows, selected, static_cast<unsigned>(entriesIn(a, columns)), columns);
-    }
-    return gatherByMap(a, std::get<IndexList>(rows), selected, columns);
-}
-
-ArrayOwner gatherFewByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
-{
-    const std::uint64_t entries = entriesIn(a, columns);
-    return entries > UINT32_MAX ? gatherByTable(a, rows, columns)
-                                : gatherOnce(a, rows, selectedOf(rows, a.m), static_cast<unsigned>(entries), columns);
+    const bool ascend = orderOf(rows) == Order::kAscending; // new rows are ranks among the old ones
+    return selectRows(a, selected, columns,
+                      ascend ? std::nullopt : std::optional<RowOrder>(std::in_place, *list, selected));
 }
 
 } // namespace zqsp
