@@ -2,22 +2,19 @@
 
 #include "core/entry_moves.hpp"
 #include "core/values.hpp"
-#include "kernels/kernels.hpp"
 #include "reference/gather.hpp"
 
 #include <algorithm>
 
 namespace zqsp {
 
-ColumnSorter::ColumnSorter() : mostRanked_(std::min(kernels().costs.mostRanked, kMostRanked)) {}
-
 void ColumnSorter::makeRoom(const Columns& a, unsigned longest)
 {
     if (longest <= room_) {
         return;
     }
-    copy_ = createLike(a, 1, 0, longest + kKernelSlack);
-    if (longest > mostRanked_) {
+    copy_ = createLike(a, 1, 0, std::max<unsigned>(longest, kRound));
+    if (longest > kernels_.costs.mostRanked) {
         keys_ = Block<Key>::make(longest);
         sorter_.emplace(longest, a.m);
     }
@@ -39,16 +36,16 @@ void ColumnSorter::sortColumn(const Columns& a, Values values, unsigned column)
         copyRun(rows, a.ir + begin, count);
         copied.copyRun(0, values, begin, count);
     }
-    const auto place = [&](unsigned at, unsigned source, unsigned row) {
-        a.ir[begin + at] = row;
+    const auto place = [=, to = a.ir + begin](unsigned at, unsigned source, unsigned row) {
+        to[at] = row;
         values.copy(begin + at, copied, source);
     };
     if (count == 2) {
         const unsigned falls = rows[0] > rows[1] ? 1 : 0;
         place(falls, 0, rows[0]);
         place(1 - falls, 1, rows[1]);
-    } else if (count <= mostRanked_) {
-        kernels().rankRows(rows, count, ranks_.data());
+    } else if (count <= kernels_.costs.mostRanked) {
+        kernels_.rankRows(a.ir + begin, count, ranks_.data()); // which were written long ago, other than the copy
         for (unsigned i = 0; i < count; ++i) {
             place(ranks_[i], i, rows[i]);
         }

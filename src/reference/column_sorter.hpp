@@ -4,6 +4,7 @@
 
 #include "core/columns.hpp"
 #include "core/sort.hpp"
+#include "kernels/kernels.hpp"
 
 #include <array>
 #include <optional>
@@ -16,20 +17,16 @@ namespace zqsp {
 class ColumnSorter
 {
   public:
-    ColumnSorter();
-
     /// Puts the columns first .. first+count-1 into ascending order; always of the same array, or of its like. Raises
     /// on exhausted memory. Workspace: the longest column, twice where it is sorted.
     void sort(const Columns& a, unsigned first, unsigned count);
 
   private:
-    static constexpr unsigned kMostRanked = 128; // beyond, sorting is faster with any registers
-
     void makeRoom(const Columns& a, unsigned longest);
     template <typename Values>
     void sortColumn(const Columns& a, Values values, unsigned column);
 
-    unsigned mostRanked_;
+    const Kernels& kernels_ = kernels();
     unsigned room_ = 0; // entries
     ArrayOwner copy_;
     std::array<unsigned, kMostRanked> ranks_;

@@ -90,11 +90,10 @@ ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows, c
     case RowMethod::kSearch:
         return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
     case RowMethod::kSift:
-        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
     case RowMethod::kTable:
         break;
     }
-    return gatherByTable(a, rows, columns);
+    return gatherByTable(a, rows, columns, method == RowMethod::kSift);
 }
 
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)

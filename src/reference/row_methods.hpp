@@ -55,13 +55,10 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subs
 /// two words for each row (four while it is sorted), for a mask one; nothing in proportion to m.
 ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity);
 
-/// Few rows of many: one pass over the entries finds all that will be written, and a search among the rows places it.
-/// Workspace: m / 4 bytes, two words for each row of an unsorted list and each entry of the result.
-ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscript& columns);
-
 /// Each entry looked up in a set of the rows, of m / 4 bytes, in which the new row is the rank: all that is to be done
-/// where rows ascend and do not repeat. Others are brought into order, or repeated, afterwards.
-ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
+/// where rows ascend and do not repeat. Others are brought into order, or repeated, afterwards. `sifts`: whether few
+/// entries lie in the rows; their values are looked at when they are found.
+ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns, bool sifts);
 
 /// Puts the rows of an array into the opposite order.
 void turnRows(const Columns& a);
