@@ -169,7 +169,10 @@ bool intersects(unsigned column, unsigned timesAsMany)
     std::ranges::sort(positions);
     const Subscript list = IndexList(positions.data(), static_cast<unsigned>(positions.size()), Order::kAscending);
     const auto by = [&](LookupMethod method) {
-        return Work{[&, method] { findHitsBy(method, Columns(array.get()), list); }};
+        return Work{[&, method] {
+            HitList hits(list);
+            findHitsBy(method, Columns(array.get()), list, hits);
+        }};
     };
     return isFaster(by(LookupMethod::kIntersection), by(LookupMethod::kSearches));
 }

@@ -6,7 +6,6 @@
 #include "core/owners.hpp"
 #include "kernels/row_choice.hpp"
 
-#include <bit>
 #include <cstdint>
 #include <optional>
 #include <utility>
@@ -63,7 +62,7 @@ class RowSet
             const std::uint32_t known = w < last ? ~0U : (1U << extent_ % RowWord::kBits) - 1;
             words_[w].members = (words_[w].members ^ flipped) & known;
             words_[w].before = count_;
-            count_ += static_cast<unsigned>(std::popcount(words_[w].members));
+            count_ += countOnes(words_[w].members);
         }
     }
 

@@ -58,6 +58,37 @@ inline unsigned whichAmong(const unsigned* rows, unsigned length, unsigned row)
 #endif
 }
 
+/// So many numbers of one list are compared with as many of another.
+constexpr unsigned kCompared = 8;
+
+/// Whether kCompared numbers and kCompared others have any in common.
+inline bool haveCommon(const unsigned* numbers, const unsigned* others)
+{
+#ifdef __SSE2__
+    const auto load = [](const unsigned* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); };
+    const __m128i low = load(numbers);
+    const __m128i high = load(numbers + kCompared / 2);
+    const auto isAmong = [low, high](__m128i turned) {
+        return _mm_or_si128(_mm_cmpeq_epi32(low, turned), _mm_cmpeq_epi32(high, turned));
+    };
+    const auto areAmong = [&isAmong](__m128i four) {
+        const __m128i ends = _mm_or_si128(isAmong(four), isAmong(_mm_shuffle_epi32(four, _MM_SHUFFLE(2, 1, 0, 3))));
+        const __m128i middle = _mm_or_si128(isAmong(_mm_shuffle_epi32(four, _MM_SHUFFLE(1, 0, 3, 2))),
+                                            isAmong(_mm_shuffle_epi32(four, _MM_SHUFFLE(0, 3, 2, 1))));
+        return _mm_or_si128(ends, middle);
+    };
+    return _mm_movemask_epi8(_mm_or_si128(areAmong(load(others)), areAmong(load(others + kCompared / 2)))) != 0;
+#else
+    bool any = false;
+    for (unsigned i = 0; i < kCompared; ++i) {
+        for (unsigned other = 0; other < kCompared; ++other) {
+            any |= numbers[i] == others[other];
+        }
+    }
+    return any;
+#endif
+}
+
 } // namespace zqsp
 
 #endif

@@ -4,7 +4,6 @@
 
 #include "kernels/branch_free.hpp"
 
-#include <bit>
 #include <cstdint>
 #include <variant>
 
@@ -22,7 +21,7 @@ struct alignas(8) RowWord
     /// (Inlined by force, so that callers that may count ones by an instruction do.)
     [[nodiscard, gnu::always_inline]] unsigned rankOf(unsigned number) const
     {
-        return before + static_cast<unsigned>(std::popcount(members & ((1U << number % kBits) - 1)));
+        return before + countOnes(members & ((1U << number % kBits) - 1));
     }
 };
 

@@ -5,6 +5,8 @@
 
 #include "kernels/kernels.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace zqsp {
@@ -88,23 +90,42 @@ template <typename Choice, typename Moves>
     return at;
 }
 
-/// What the loop reads of records is copied out of them first: its stores might change these, as far as the compiler
-/// knows.
+/// By blocks of entries, whichever columns they lie in: where a short column ends, nobody can foresee. Where the entries
+/// of a block went tells the ends of the columns in it. (What the loop reads of records is copied out of them first: its
+/// stores might change these, as far as the compiler knows.)
 template <typename Choice, typename Moves>
 [[gnu::always_inline]] inline unsigned selectColumnsBy(const Entries& from, const unsigned* jc, unsigned columns,
                                                        Choice choice, const Entries& to, Moves source, Moves target,
                                                        unsigned at, unsigned* ends)
 {
+    constexpr unsigned kBlock = 1024;
+    std::array<unsigned, kBlock> places;
     const unsigned* const rows = from.ir;
     unsigned* const newRows = to.ir;
-    const unsigned capacity = to.capacity;
-    unsigned begin = jc[0];
-    for (unsigned i = 0; i < columns; ++i) {
-        const unsigned end = jc[i + 1];
-        at = selectEntries(rows, source, begin, end, choice, capacity - at >= end - begin, newRows, target, at);
-        ends[i] = at;
-        begin = end;
+    const unsigned last = jc[columns];
+    unsigned column = 0;
+    for (unsigned begin = jc[0], size = 0; begin < last; begin += size) {
+        size = std::min(kBlock, last - begin);
+        if (to.capacity - at >= size) {
+            for (unsigned i = 0; i < size; ++i) {
+                const unsigned row = rows[begin + i];
+                const bool selected = choice.selects(row);
+                newRows[at] = choice.newRow(row);
+                target.copy(at, source, begin + i);
+                places[i] = at;
+                at += selected ? 1U : 0U;
+            }
+        } else {
+            for (unsigned i = 0; i < size; ++i) {
+                places[i] = at;
+                at = selectEntries(rows, source, begin + i, begin + i + 1, choice, false, newRows, target, at);
+            }
+        }
+        for (; column < columns && jc[column + 1] - begin < size; ++column) {
+            ends[column] = places[jc[column + 1] - begin];
+        }
     }
+    std::fill(ends + column, ends + columns, at);
     return at;
 }
 
