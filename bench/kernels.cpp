@@ -136,8 +136,7 @@ void addClosing(std::vector<Loop>& loops)
 void addSearches(std::vector<Loop>& loops)
 {
     for (const unsigned length : {4U, 10U, 16U, 40U, 100U}) { // columns one after the other
-        Words rows = draws(length, kRows);
-        rows.resize(length + kKernelSlack);
+        const Words rows = draws(length, kRows);
         loops.push_back({fmt::format("rankRows/{}", length), [] {},
                          [rows, length, ranks = Words(length)](const Kernels& with) mutable {
                              for (unsigned done = 0; done < kEntries; done += length) {

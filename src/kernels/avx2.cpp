@@ -45,7 +45,7 @@ unsigned moveSelected(const Entries& from, const unsigned* jc, unsigned columns,
                              : portable::moveSelected(from, jc, columns, choice, to, at, ends);
 }
 
-ZQSP_AVX2 void rankRows(unsigned* rows, unsigned count, unsigned* ranks)
+ZQSP_AVX2 void rankRows(const unsigned* rows, unsigned count, unsigned* ranks)
 {
     constexpr unsigned kFewRows = 4; // the rows, just written, reach narrower registers sooner: measured, half the time
     if (count <= kFewRows) {

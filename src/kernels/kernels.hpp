@@ -18,6 +18,9 @@ namespace zqsp {
 /// Words, or entries, that a kernel may write behind its results where its contract says so.
 inline constexpr unsigned kKernelSlack = 16;
 
+/// Rows that are ranked at most: beyond, sorting is faster with any registers.
+inline constexpr unsigned kMostRanked = 128;
+
 /// The parallel arrays of stored entries. `pi` is null for real ones. Elements have 1, 2, 4 or 8 bytes.
 struct Entries
 {
@@ -123,9 +126,9 @@ struct Kernels
     /// up to `end`.
     unsigned (*closeUp)(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept);
 
-    /// ranks[i] = how many of `count` rows are below rows[i]. Rows are distinct. Written: the ranks, and kKernelSlack
-    /// words behind the rows.
-    void (*rankRows)(unsigned* rows, unsigned count, unsigned* ranks);
+    /// ranks[i] = how many of `count` rows are below rows[i], of at most kMostRanked. Rows are distinct. Written: the
+    /// ranks.
+    void (*rankRows)(const unsigned* rows, unsigned count, unsigned* ranks);
 
     /// Of the entries begin .. end-1, those in rows of the set, which are also in `few` if that is not null: their
     /// positions, ascending. Returns their number. Written: kKernelSlack words behind the last one at most, and no more

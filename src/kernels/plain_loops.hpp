@@ -6,6 +6,7 @@
 #include "kernels/kernels.hpp"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 namespace zqsp {
@@ -36,17 +37,20 @@ template <typename Choice>
 
 /// Whole registers. Those of the baseline compare signed words: the order of the rows is kept by turning their highest
 /// bits. (Of a loop over one register within another, g++ 12 makes sixteen comparisons one by one.)
-[[gnu::always_inline]] inline void rankLoop(unsigned* rows, unsigned count, unsigned* ranks)
+[[gnu::always_inline]] inline void rankLoop(const unsigned* rows, unsigned count, unsigned* ranks)
 {
     constexpr unsigned kSign = 0x80000000U;
-    std::fill_n(rows + count, kKernelSlack, std::numeric_limits<unsigned>::max());
-    const auto ordered = [](unsigned row) { return static_cast<std::int32_t>(row ^ kSign); };
-    const unsigned end = (count + kKernelSlack - 1) / kKernelSlack * kKernelSlack;
+    constexpr unsigned kRegisters = 16; // words: whole registers of any width
+    std::array<std::int32_t, kMostRanked> ordered;
+    const unsigned end = (count + kRegisters - 1) / kRegisters * kRegisters;
+    std::transform(rows, rows + count, ordered.begin(),
+                   [](unsigned row) { return static_cast<std::int32_t>(row ^ kSign); });
+    std::fill(ordered.begin() + count, ordered.begin() + end, std::numeric_limits<std::int32_t>::max());
     for (unsigned i = 0; i < count; ++i) {
-        const std::int32_t own = ordered(rows[i]);
+        const std::int32_t own = ordered[i];
         int before = 0;
         for (unsigned other = 0; other < end; ++other) {
-            before += ordered(rows[other]) < own ? 1 : 0;
+            before += ordered[other] < own ? 1 : 0;
         }
         ranks[i] = static_cast<unsigned>(before);
     }

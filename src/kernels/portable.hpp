@@ -12,7 +12,7 @@ unsigned countSelected(const unsigned* rows, unsigned count, const RowChoice& ch
 unsigned moveSelected(const Entries& from, const unsigned* jc, unsigned columns, const RowChoice& choice,
                       const Entries& to, unsigned at, unsigned* ends);
 unsigned closeUp(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept);
-void rankRows(unsigned* rows, unsigned count, unsigned* ranks);
+void rankRows(const unsigned* rows, unsigned count, unsigned* ranks);
 unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
                   unsigned* found);
 Common intersect(const unsigned* first, unsigned firstCount, const unsigned* second, unsigned secondCount,

@@ -3,7 +3,7 @@
 
 namespace zqsp::portable {
 
-void rankRows(unsigned* rows, unsigned count, unsigned* ranks)
+void rankRows(const unsigned* rows, unsigned count, unsigned* ranks)
 {
     rankLoop(rows, count, ranks);
 }

@@ -1,4 +1,5 @@
 #include "kernels/avx512.hpp"
+#include "kernels/choice_avx512.hpp"
 #include "kernels/lanes_avx512.hpp"
 #include "kernels/portable.hpp"
 
@@ -6,12 +7,25 @@ namespace zqsp::avx512 {
 
 namespace {
 
+ZQSP_AVX512 unsigned siftByTable(const RowWord* rows, const unsigned* ir, unsigned begin, unsigned end, unsigned* found)
+{
+    __m512i positions = _mm512_add_epi32(laneNumbers(), _mm512_set1_epi32(static_cast<int>(begin)));
+    unsigned count = 0;
+    for (; end - begin >= kLanes; begin += kLanes) {
+        const __mmask16 selected = choose(ir + begin, RankedRows{rows}).selected;
+        _mm512_storeu_si512(found + count, _mm512_maskz_compress_epi32(selected, positions));
+        positions = _mm512_add_epi32(positions, _mm512_set1_epi32(kLanes));
+        count += ones(selected);
+    }
+    return count + portable::siftRows(rows, nullptr, ir, begin, end, found + count);
+}
+
 /// Measured: with a filter of few rows half the time of looking rows up in a table.
 ZQSP_AVX512 unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
                               unsigned* found)
 {
     if (few == nullptr) {
-        return portable::siftRows(rows, few, ir, begin, end, found);
+        return siftByTable(rows, ir, begin, end, found);
     }
     const __m512i multiplier = _mm512_set1_epi32(static_cast<int>(kHashMultiplier));
     const __m512i one = _mm512_set1_epi32(1);

@@ -31,14 +31,13 @@ RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
     constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
     constexpr unsigned kRowsPerSifted = 64;  // one row in so many: most entries are passed over
     constexpr unsigned kSmall = 512;         // rows and entries that are passed over before a table is made
-    constexpr unsigned kRowsPerFew = 8; // one row in so many: what is found is copied in less than a look-up of all
     if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.listed) {
         return RowMethod::kSearch;
     }
     if (counts.selected < counts.extent / kRowsPerSifted || counts.entries + counts.extent < kSmall) {
         return RowMethod::kSift;
     }
-    return counts.selected < counts.extent / kRowsPerFew ? RowMethod::kFew : RowMethod::kTable;
+    return RowMethod::kTable;
 }
 
 unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, unsigned repeats)
@@ -91,13 +90,10 @@ ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows, c
     case RowMethod::kSearch:
         return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
     case RowMethod::kSift:
-        return gatherBySifting(a, Ordered(borrowed(rows), Repeats::kAll), columns);
-    case RowMethod::kFew:
-        return gatherFewByTable(a, rows, columns);
     case RowMethod::kTable:
         break;
     }
-    return gatherByTable(a, rows, columns);
+    return gatherByTable(a, rows, columns, method == RowMethod::kSift);
 }
 
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)

@@ -6,6 +6,7 @@
 #include "core/columns.hpp"
 #include "core/owners.hpp"
 #include "core/row_set.hpp"
+#include "reference/column_sorter.hpp"
 #include "subscript/forms.hpp"
 #include "subscript/ordered.hpp"
 
@@ -29,8 +30,7 @@ enum class RowMethod
 {
     kSearch, ///< search each column for them, or them for each entry: whichever are fewer
     kSift,   ///< pass over all entries, few of which lie in them
-    kFew,    ///< look each entry up in a table, and put aside what lies in them: uniform/rows.mask5
-    kTable   ///< look each entry up in a table, to count what lies in them, and again to place it
+    kTable   ///< look each entry up in a table
 };
 
 /// What the choice of a method looks at.
@@ -55,28 +55,33 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subs
 /// two words for each row (four while it is sorted), for a mask one; nothing in proportion to m.
 ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity);
 
-/// Few rows of many: one pass over the entries finds all that will be written, and a search among the rows places it.
-/// Workspace: m / 4 bytes, two words for each row of an unsorted list and each entry of the result.
-ArrayOwner gatherBySifting(const Columns& a, const Ordered& rows, const Subscript& columns);
-
 /// Each entry looked up in a set of the rows, of m / 4 bytes, in which the new row is the rank: all that is to be done
-/// where rows ascend and do not repeat; else gatherByMap() follows.
-ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
-
-/// The same where few entries are selected. Workspace: these, up to twice, or some thousand more.
-ArrayOwner gatherFewByTable(const Columns& a, const Subscript& rows, const Subscript& columns);
-
-/// The entries of the visited columns that lie in `rows`, each as often as its column is visited. Neighbouring columns
-/// are counted as one.
-std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowSet& rows);
+/// where rows ascend and do not repeat. Others are brought into order, or repeated, afterwards. `sifts`: whether few
+/// entries lie in the rows; their values are looked at when they are found.
+ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns, bool sifts);
 
 /// Puts the rows of an array into the opposite order.
 void turnRows(const Columns& a);
 
-/// Rows in any order, `selected` being the set of them: what is selected of a few columns at a time is looked up in a
-/// map from ranks to new rows, and sorted. Workspace: a word or two for each row, and one column, or some thousand
-/// entries.
-ArrayOwner gatherByMap(const Columns& a, const IndexList& rows, const RowSet& selected, const Subscript& columns);
+/// Rows in any order, none of them twice: the new rows of what has its rank among the selected rows.
+class RowOrder
+{
+  public:
+    /// Raises on exhausted memory. Workspace: a word for each row.
+    RowOrder(const IndexList& rows, const RowSet& selected);
+
+    /// Gives the entries of the columns first .. first+count-1 their new rows, and puts them into order; always of the
+    /// same array, or of its like. Raises on exhausted memory. Workspace: the longest column, up to three times.
+    void apply(const Columns& a, unsigned first, unsigned count);
+
+  private:
+    Block<unsigned> places_;
+    ColumnSorter sorter_;
+};
+
+/// Rows in any order, some of them repeated, of an array that has the `selected` ones. Workspace: up to two words for
+/// each row and one for each entry; and that of RowOrder.
+ArrayOwner repeatRows(const Columns& a, const IndexList& rows, const RowSet& selected);
 
 } // namespace zqsp
 

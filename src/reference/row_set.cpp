@@ -1,106 +1,257 @@
 #include "core/counts.hpp"
 #include "core/entry_moves.hpp"
 #include "core/row_selection.hpp"
+#include "core/search.hpp"
+#include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
 #include "subscript/row_sets.hpp"
 
-namespace zqsp {
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <optional>
 
-std::uint64_t countInRows(const Columns& a, const Subscript& columns, const RowSet& rows)
-{
-    if (rows.count() == a.m) {
-        return entriesIn(a, columns); // nothing has to be looked up
-    }
-    std::uint64_t total = 0;
-    forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
-        total += countSelected(a, a.jc[first], a.jc[first + length], rows.ranked());
-    });
-    return total;
-}
+namespace zqsp {
 
 namespace {
 
-/// Rows that ascend and do not repeat: the new row is the rank.
-ArrayOwner gatherBySet(const Columns& a, const RowSet& rows, const Subscript& columns)
+/// Gives the blocks of a result another size. Raises on exhausted memory.
+void setCapacity(kxArray* array, unsigned capacity)
 {
-    ArrayOwner result = createLike(a, rows.count(), countOf(columns), checkedCount(countInRows(a, columns, rows)));
-    const Columns out(result.get());
-    unsigned written = 0;
-    unsigned* ends = out.jc + 1;
-    forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
-        written = moveSelected(a, first, length, rows.ranked(), out, written, ends);
-        ends += length;
-    });
-    return result;
+    if (capacity == array->nzmax) {
+        return;
+    }
+    const Columns a(array);
+    const std::size_t bytes = std::size_t{capacity} * a.elementSize;
+    kxSetIr(array, static_cast<unsigned*>(kxRealloc(a.ir, std::size_t{capacity} * sizeof *a.ir)));
+    kxSetData(array, kxRealloc(a.pr, bytes));
+    if (a.pi != nullptr) {
+        kxSetImagData(array, kxRealloc(a.pi, bytes));
+    }
+    array->nzmax = capacity;
 }
 
-/// The same where few of the `entries` of the columns are selected: they are put aside as they are found, and copied
-/// once it is known how many they are. That is one pass instead of two.
-ArrayOwner gatherFewBySet(const Columns& a, const RowSet& rows, unsigned entries, const Subscript& columns)
+constexpr unsigned kBlock = 4096; // entries that are looked at together, and put in order while a cache has them
+
+/// Finds the entries in rows of a set, where these are few.
+class Sieve
 {
-    constexpr unsigned kBlock = 1U << 14U; // entries that are moved at a time
-    const auto expected = static_cast<unsigned>(std::uint64_t{entries} * rows.count() / std::max(a.m, 1U));
-    ArrayOwner aside = createLike(a, rows.count(), 0, std::min(entries, expected + expected / 4 + kBlock));
-    const auto ends = Block<unsigned>::make(countOf(columns));
-    unsigned written = 0;
-    unsigned visited = 0;
-    forEachColumnBlock(a, columns, kBlock, UINT32_MAX, [&](unsigned first, unsigned count) {
-        const std::uint64_t needed = std::uint64_t{a.jc[first + count] - a.jc[first]} + written;
-        if (const Columns full(aside.get()); needed > full.nzmax) {
-            const std::uint64_t room = std::max(needed, std::uint64_t{full.nzmax} * 2);
-            ArrayOwner larger = createLike(a, full.m, 0, static_cast<unsigned>(std::min<std::uint64_t>(entries, room)));
-            copyEntries(Columns(larger.get()), 0, full, 0, written);
-            aside = std::move(larger);
+  public:
+    /// About so many entries are to be sifted.
+    Sieve(const RowSet& set, const Subscript& rows, std::uint64_t entries)
+        : set_(set), filters_(entries >= kPaysForFilter && set.count() <= kernels().costs.mostFewRows)
+    {
+        if (filters_) {
+            std::visit([this](const auto& form) { form.forEach([this](unsigned row) { few_.add(row); }); }, rows);
         }
-        written = moveSelected(a, first, count, rows.ranked(), Columns(aside.get()), written, ends.get() + visited);
+    }
+
+    /// Looks at a block of entries, and returns how many it found.
+    unsigned find(const unsigned* ir, unsigned begin, unsigned end)
+    {
+        begin_ = begin;
+        size_ = end - begin;
+        count_ = kernels().siftRows(set_.words(), filters_ ? &few_ : nullptr, ir, begin, end, found_.data());
+        return count_;
+    }
+    /// The positions of what was found.
+    [[nodiscard]] const unsigned* found() const { return found_.data(); }
+
+    /// ends[i] = `before` and how many were found before from[i], for ascending positions in the block.
+    void countBefore(const unsigned* from, unsigned count, unsigned before, unsigned* ends) const
+    {
+        constexpr unsigned kFew = 16; // one in so many: what lies between two that were found is filled
+        if (count_ < count / kFew) {
+            unsigned i = 0;
+            for (unsigned found = 0; found < count_; ++found) {
+                const unsigned next = gallop(from, i, count, found_[found] + 1);
+                std::fill(ends + i, ends + next, before + found);
+                i = next;
+            }
+            std::fill(ends + i, ends + count, before + count_);
+            return;
+        }
+        std::array<RowWord, kBlock / RowWord::kBits> marks;
+        std::fill_n(marks.begin(), (size_ - 1) / RowWord::kBits + 1, RowWord{0, 0});
+        for (unsigned found = count_; found-- > 0;) {
+            RowWord& word = marks[(found_[found] - begin_) / RowWord::kBits];
+            word.members |= 1U << (found_[found] - begin_) % RowWord::kBits;
+        }
+        unsigned sum = before;
+        for (unsigned w = 0; w <= (size_ - 1) / RowWord::kBits; ++w) {
+            marks[w].before = sum;
+            sum += static_cast<unsigned>(std::popcount(marks[w].members));
+        }
+        for (unsigned i = 0; i < count; ++i) {
+            ends[i] = RankedRows{marks.data()}.newRow(from[i] - begin_);
+        }
+    }
+
+  private:
+    static constexpr std::uint64_t kPaysForFilter = 4096; // entries
+
+    const RowSet& set_;
+    FewRows few_;
+    bool filters_;
+    unsigned begin_ = 0;
+    unsigned size_ = 0;
+    unsigned count_ = 0;
+    std::array<unsigned, kBlock + kKernelSlack> found_;
+};
+
+/// A result that takes up columns one after the other. In the beginning it has the room that its rows need if they are
+/// like all others, and in the end its size.
+class RowsOf
+{
+  public:
+    /// `entries`: all of the columns to come. Raises on exhausted memory, as the others do.
+    RowsOf(const Columns& a, const RowSet& rows, unsigned columns, std::uint64_t entries)
+        : a_(a),
+          rows_(rows),
+          entries_(entries),
+          result_(createLike(a, rows.count(), columns, guess())),
+          out(result_.get())
+    {
+    }
+
+    /// What lies in the rows, with their ranks for new rows.
+    void select(unsigned first, unsigned count)
+    {
+        const unsigned begin = a_.jc[first];
+        const unsigned size = a_.jc[first + count] - begin;
+        if (size > out.nzmax - written) {
+            makeRoom(countSelected(a_, begin, begin + size, rows_.ranked()));
+        }
+        written = moveSelected(a_, first, count, rows_.ranked(), out, written, out.jc + visited + 1);
         visited += count;
+    }
+
+    /// The same where that is little: values are looked at only of what is found.
+    void sift(Sieve& sieve, unsigned first, unsigned count)
+    {
+        const unsigned* end = a_.jc + first + 1;
+        const unsigned* const last = end + count;
+        unsigned* newEnd = out.jc + visited + 1;
+        for (unsigned begin = end[-1], size = 0; begin < last[-1]; begin += size) { // a long column may need several
+            size = std::min(kBlock, last[-1] - begin);
+            const unsigned found = sieve.find(a_.ir, begin, begin + size);
+            makeRoom(found);
+            take(sieve.found(), found);
+            const auto inside = static_cast<unsigned>(std::lower_bound(end, last, begin + size) - end);
+            sieve.countBefore(end, inside, written, newEnd);
+            end += inside;
+            newEnd += inside;
+            written += found;
+        }
+        std::fill_n(newEnd, last - end, written);
+        visited += count;
+    }
+
+    /// All rows.
+    void copy(unsigned first, unsigned count)
+    {
+        const unsigned begin = a_.jc[first];
+        appendEntries(out, written, a_, begin, a_.jc[first + count] - begin);
+        for (unsigned i = 1; i <= count; ++i) {
+            out.jc[visited + i] = a_.jc[first + i] - begin + written;
+        }
+        visited += count;
+        written = out.jc[visited];
+    }
+
+    ArrayOwner finish()
+    {
+        setCapacity(result_.get(), written);
+        return std::move(result_);
+    }
+
+  private:
+    unsigned guess() const
+    {
+        if (rows_.hasAll()) {
+            return checkedCount(entries_);
+        }
+        const std::uint64_t known = std::min<std::uint64_t>(entries_, UINT32_MAX);
+        const std::uint64_t expected = known * rows_.count() / a_.m;
+        return static_cast<unsigned>(std::min(known, expected + expected / 4 + kBlock));
+    }
+
+    void makeRoom(unsigned count)
+    {
+        if (const unsigned needed = checkedCount(std::uint64_t{written} + count); needed > out.nzmax) {
+            const std::uint64_t twice = std::min(entries_, std::uint64_t{out.nzmax} * 2);
+            setCapacity(result_.get(),
+                        std::max(needed, static_cast<unsigned>(std::min<std::uint64_t>(twice, UINT32_MAX))));
+            out = Columns(result_.get());
+        }
+    }
+
+    void take(const unsigned* entries, unsigned count)
+    {
+        withStorage(a_, [&](auto from) {
+            const decltype(from) to(out);
+            for (unsigned i = 0; i < count; ++i) {
+                out.ir[written + i] = rows_.ranked().newRow(a_.ir[entries[i]]);
+                to.copy(written + i, from, entries[i]);
+            }
+        });
+    }
+
+    const Columns& a_;
+    const RowSet& rows_;
+    std::uint64_t entries_;
+    ArrayOwner result_;
+
+  public:
+    Columns out;
+    unsigned visited = 0;
+    unsigned written = 0;
+};
+
+ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& selected, const Subscript& columns,
+                      bool sifts, std::optional<RowOrder> order)
+{
+    const std::uint64_t entries = entriesIn(a, columns);
+    RowsOf result(a, selected, countOf(columns), entries);
+    std::optional<Sieve> sieve;
+    if (sifts) {
+        sieve.emplace(selected, rows, entries);
+    }
+    unsigned ordered = 0;
+    forEachColumnBlock(a, columns, kBlock, UINT32_MAX, [&](unsigned first, unsigned count) {
+        if (selected.hasAll()) {
+            result.copy(first, count);
+        } else if (sieve) {
+            result.sift(*sieve, first, count);
+        } else {
+            result.select(first, count);
+        }
+        if (order && result.written - result.out.jc[ordered] >= kBlock) {
+            order->apply(result.out, ordered, result.visited - ordered);
+            ordered = result.visited;
+        }
     });
-    ArrayOwner result = createLike(a, rows.count(), visited, written);
-    const Columns out(result.get());
-    std::copy_n(ends.get(), visited, out.jc + 1);
-    copyEntries(out, 0, Columns(aside.get()), 0, written);
-    return result;
-}
-
-/// Whether new rows are ranks among the old ones.
-bool areRanks(const Subscript& rows, const RowSet& selected)
-{
-    return orderOf(rows) == Order::kAscending && selected.count() == countOf(rows);
-}
-
-/// Rows that come in another order, or more than once, are arranged afterwards.
-ArrayOwner gatherOnce(const Columns& a, const Subscript& rows, const RowSet& selected, unsigned entries,
-                      const Subscript& columns)
-{
-    ArrayOwner gathered = gatherFewBySet(a, selected, entries, columns);
-    return areRanks(rows, selected) ? std::move(gathered)
-                                    : gatherByMap(Columns(gathered.get()), std::get<IndexList>(rows), selected,
-                                                  IndexRange::all(countOf(columns)));
+    if (order) {
+        order->apply(result.out, ordered, result.visited - ordered);
+    }
+    return result.finish();
 }
 
 } // namespace
 
-ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
+ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns, bool sifts)
 {
     const RowSet selected = selectedOf(rows, a.m);
-    if (areRanks(rows, selected)) {
-        return gatherBySet(a, selected, columns);
+    const auto* list = std::get_if<IndexList>(&rows);
+    if (selected.count() < countOf(rows)) {
+        const ArrayOwner once = selectRows(a, rows, selected, columns, sifts, {});
+        return repeatRows(Columns(once.get()), *list, selected);
     }
-    const auto* range = std::get_if<IndexRange>(&columns);
-    if (range != nullptr && selected.count() < countOf(rows) && !selected.hasAll()) {
-        // What repeats is looked at twice, to be counted and placed.
-        return gatherOnce(a, rows, selected, static_cast<unsigned>(entriesIn(a, columns)), columns);
-    }
-    return gatherByMap(a, std::get<IndexList>(rows), selected, columns);
-}
-
-ArrayOwner gatherFewByTable(const Columns& a, const Subscript& rows, const Subscript& columns)
-{
-    const std::uint64_t entries = entriesIn(a, columns);
-    return entries > UINT32_MAX ? gatherByTable(a, rows, columns)
-                                : gatherOnce(a, rows, selectedOf(rows, a.m), static_cast<unsigned>(entries), columns);
+    const bool ascend = orderOf(rows) == Order::kAscending; // new rows are ranks among the old ones
+    return selectRows(a, rows, selected, columns, sifts,
+                      ascend ? std::nullopt : std::optional<RowOrder>(std::in_place, *list, selected));
 }
 
 } // namespace zqsp

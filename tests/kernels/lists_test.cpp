@@ -59,18 +59,16 @@ TEST_P(KernelTable, LearnsSteps)
 
 TEST_P(KernelTable, RanksRows)
 {
-    for (unsigned length = 0; length < 300; length += length < 66 ? 1 : 39) {
+    for (unsigned length = 0; length <= zqsp::kMostRanked; length += length < 66 ? 1 : 31) {
         Words rows(length);
         std::iota(rows.begin(), rows.end(), anyWord()); // past the highest word, too
         std::ranges::for_each(rows, [](unsigned& row) { row *= kHashMultiplier; });
-        rows.resize(length + kKernelSlack);
         const Guarded from(rows, edge());
         const Guarded ranks(Words(length), edge());
         Words expected(length);
         portable().rankRows(rows.data(), length, expected.data());
         table().rankRows(from.data(), length, ranks.data());
         EXPECT_EQ(ranks.values(), expected);
-        EXPECT_TRUE(std::equal(rows.begin(), rows.end() - kKernelSlack, from.data()));
     }
 }
 

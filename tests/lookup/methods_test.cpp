@@ -171,7 +171,7 @@ void expectTakesRows(const Model& a, const Named& named, const Subscript& form, 
     }
     const Array array = toArray(a);
     const Subscript list = IndexList(columns.data(), static_cast<unsigned>(columns.size()), Order::kUnsorted);
-    for (const RowMethod method : {kSearch, kSift, kFew, kTable}) {
+    for (const RowMethod method : {kSearch, kSift, kTable}) {
         const ArrayOwner made = gatherBy(method, Columns(array.get()), form, list, Capacity::kExact);
         const Columns out(made.get());
         std::vector<Entry> found;
@@ -323,6 +323,4 @@ TEST(Rows, TheChoice)
     EXPECT_EQ(chooseRowMethod(Capacity::kExact, {10, kRows / 2, 0, kRows}), kSearch); // a range, not gone through
     EXPECT_EQ(chooseRowMethod(Capacity::kExact, {10, kRows / 2, kRows / 2, kRows}), kTable);
     EXPECT_EQ(chooseRowMethod(Capacity::kExact, {kRows, 10, 10, kRows}), kSift);
-    EXPECT_EQ(chooseRowMethod(Capacity::kExact, {kRows, kRows / 10, kRows / 10, kRows}), kFew);
-    EXPECT_EQ(chooseRowMethod(Capacity::kExact, {kRows, kRows / 2, kRows / 2, kRows}), kTable);
 }
