@@ -217,39 +217,52 @@ PositionPlan::PositionPlan(const Columns& a, const LinearLayout& layout, const A
       changes_(Block<unsigned char>::make(count_)),
       capacity_(a.nzmax)
 {
-    const bool mayGrow = !isPlain && a.nnz() + std::uint64_t{count_} > a.nzmax;
-    const auto steps = mayGrow ? Block<signed char>::zeroed(count_) : Block<signed char>();
+    if (isPlain) {
+        insertOrOverwrite(a);
+    } else {
+        changeInTurn(a, positions);
+    }
+}
+
+// Loops over bytes may change anything, as far as the compiler knows: what they need of records is copied first.
+
+void PositionPlan::insertOrOverwrite(const Columns& a)
+{
     unsigned insertions = 0;
+    findSlots(a, layout_, ascending_, count_,
+              [&insertions, begins = begins_.get(), changes = changes_.get()](unsigned i, Slot slot) {
+                  begins[i] = slot.position;
+                  changes[i] = slot.stored ? kComes + kDrops : kComes;
+                  insertions += slot.stored ? 0U : 1U;
+              });
+    CapacityReplay replay(a);
+    replay.insert(insertions, layout_);
+    capacity_ = replay.capacity();
+}
+
+void PositionPlan::changeInTurn(const Columns& a, NumberView positions)
+{
+    const bool mayGrow = a.nnz() + std::uint64_t{count_} > a.nzmax;
+    const auto steps = mayGrow ? Block<signed char>::zeroed(count_) : Block<signed char>();
     bool stored = false; // whether the present position is, after the assignments seen so far
-    const auto change = [](bool comes, bool drops) {
-        return static_cast<unsigned char>((comes ? kComes : 0U) + (drops ? kDrops : 0U));
-    };
-    findSlots(a, layout, ascending, count_, [&](unsigned i, Slot slot) {
-        begins_[i] = slot.position;
-        if (isPlain) {
-            changes_[i] = change(true, slot.stored);
-            insertions += slot.stored ? 0U : 1U;
-            return;
-        }
-        const unsigned position = ascending[i];
-        const unsigned t = ordered.source(i);
-        if (i == 0 || ascending[i - std::size_t{1}] != position) {
-            stored = slot.stored;
-        }
-        const bool comes = !values.isZero(t);
-        if (mayGrow) {
-            steps[t] = static_cast<signed char>(static_cast<int>(comes) - static_cast<int>(stored));
-        }
-        stored = comes;
-        const bool isLast = i + 1 == count_ || ascending[i + std::size_t{1}] != position;
-        changes_[i] = change(isLast && comes, isLast && slot.stored);
-    });
+    findSlots(a, layout_, ascending_, count_,
+              [&, this, begins = begins_.get(), changes = changes_.get()](unsigned i, Slot slot) {
+                  const unsigned position = ascending_[i];
+                  const unsigned t = ordered_.source(i);
+                  if (i == 0 || ascending_[i - std::size_t{1}] != position) {
+                      stored = slot.stored;
+                  }
+                  const bool comes = !values_.isZero(t);
+                  if (mayGrow) {
+                      steps[t] = static_cast<signed char>(static_cast<int>(comes) - static_cast<int>(stored));
+                  }
+                  stored = comes;
+                  const bool isLast = i + 1 == count_ || ascending_[i + std::size_t{1}] != position;
+                  begins[i] = slot.position;
+                  changes[i] = isLast ? (comes ? kComes : 0) | (slot.stored ? kDrops : 0) : 0;
+              });
     if (mayGrow) {
-        capacity_ = replaySteps(a, layout, positions, {steps.get(), count_});
-    } else if (isPlain) {
-        CapacityReplay replay(a);
-        replay.insert(insertions, layout);
-        capacity_ = replay.capacity();
+        capacity_ = replaySteps(a, layout_, positions, {steps.get(), count_});
     }
 }
 

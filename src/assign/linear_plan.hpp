@@ -64,7 +64,8 @@ class PositionPlan
     {
         const Place place = layout_.placeOf(ascending_[i]);
         const unsigned begin = begins_[i];
-        return {{place.column, begin, begin + (changes_[i] & kDrops), changes_[i] / kComes},
+        const unsigned change = changes_[i];
+        return {{place.column, begin, begin + (change & kDrops), change / kComes},
                 place.row,
                 values_.source(ordered_.source(static_cast<unsigned>(i)))};
     }
@@ -72,8 +73,11 @@ class PositionPlan
     [[nodiscard]] unsigned capacity() const { return capacity_; }
 
   private:
-    static constexpr unsigned kDrops = 1; ///< what is stored goes
-    static constexpr unsigned kComes = 2; ///< an entry comes
+    static constexpr unsigned char kDrops = 1; ///< what is stored goes
+    static constexpr unsigned char kComes = 2; ///< an entry comes
+
+    void insertOrOverwrite(const Columns& a);
+    void changeInTurn(const Columns& a, NumberView positions);
 
     LinearLayout layout_;
     const AssignedValues& values_;

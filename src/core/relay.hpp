@@ -81,15 +81,18 @@ class Relay
     template <typename T, typename F>
     void commit(std::span<const T> patches, F&& write)
     {
-        move(PatchList(patches), writerFor<const Patch, const T>(write));
+        move(PatchList(patches),
+             Writer{&write, [](void* function, const Patch& patch, unsigned at) {
+                        (*static_cast<std::remove_reference_t<F>*>(function))(static_cast<const T&>(patch), at);
+                    }});
     }
 
-    /// The same for what has size() patches, and makes one when it is asked for it by its index.
+    /// The same for many patches of one entry: the plan has size() of them, and makes each when asked for it by its
+    /// index.
     template <typename Plan, typename F>
     void commit(const Plan& plan, F&& write)
     {
-        using Made = std::remove_reference_t<decltype(plan[0])>;
-        move(plan, writerFor<const Made, const Made>(write));
+        move(plan, write);
     }
 
     /// For a target that is written anew: write(after) gives the fresh blocks their entries, and the column starts of
@@ -108,23 +111,14 @@ class Relay
     }
 
   private:
-    /// A function of any type, so that the loops over patches are there once for all of them.
-    template <typename P>
+    /// A function of any type, so that the loops over lists of patches are there once for all of them.
     struct Writer
     {
         void* function;
-        void (*call)(void* function, P& patch, unsigned at);
+        void (*call)(void* function, const Patch& patch, unsigned at);
 
-        void operator()(P& patch, unsigned at) const { call(function, patch, at); }
+        void operator()(const Patch& patch, unsigned at) const { call(function, patch, at); }
     };
-
-    template <typename P, typename T, typename F>
-    static Writer<P> writerFor(F& write)
-    {
-        return {&write, [](void* function, P& patch, unsigned at) {
-                    (*static_cast<F*>(function))(static_cast<T&>(patch), at);
-                }};
-    }
 
     void installBlocks();
 
