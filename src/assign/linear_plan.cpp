@@ -217,50 +217,44 @@ PositionPlan::PositionPlan(const Columns& a, const LinearLayout& layout, const A
       changes_(Block<unsigned char>::make(count_)),
       capacity_(a.nzmax)
 {
+    unsigned insertions = 0;
+    findSlots(a, layout_, ascending_, count_, // what it needs is copied: bytes that are written may be anything
+              [&insertions, begins = begins_.get(), changes = changes_.get()](unsigned i, Slot slot) {
+                  begins[i] = slot.position;
+                  changes[i] = slot.stored ? kComes | kDrops : kComes;
+                  insertions += slot.stored ? 0U : 1U;
+              });
     if (isPlain) {
-        insertOrOverwrite(a);
+        CapacityReplay replay(a);
+        replay.insert(insertions, layout_);
+        capacity_ = replay.capacity();
     } else {
         changeInTurn(a, positions);
     }
 }
 
-// Loops over bytes may change anything, as far as the compiler knows: what they need of records is copied first.
-
-void PositionPlan::insertOrOverwrite(const Columns& a)
-{
-    unsigned insertions = 0;
-    findSlots(a, layout_, ascending_, count_,
-              [&insertions, begins = begins_.get(), changes = changes_.get()](unsigned i, Slot slot) {
-                  begins[i] = slot.position;
-                  changes[i] = slot.stored ? kComes + kDrops : kComes;
-                  insertions += slot.stored ? 0U : 1U;
-              });
-    CapacityReplay replay(a);
-    replay.insert(insertions, layout_);
-    capacity_ = replay.capacity();
-}
-
+/// Lets zeros remove what is stored, and the last of repeated positions win; the capacity follows the changes in the
+/// order of the assignment.
 void PositionPlan::changeInTurn(const Columns& a, NumberView positions)
 {
     const bool mayGrow = a.nnz() + std::uint64_t{count_} > a.nzmax;
-    const auto steps = mayGrow ? Block<signed char>::zeroed(count_) : Block<signed char>();
+    const auto steps = mayGrow ? Block<signed char>::make(count_) : Block<signed char>();
     bool stored = false; // whether the present position is, after the assignments seen so far
-    findSlots(a, layout_, ascending_, count_,
-              [&, this, begins = begins_.get(), changes = changes_.get()](unsigned i, Slot slot) {
-                  const unsigned position = ascending_[i];
-                  const unsigned t = ordered_.source(i);
-                  if (i == 0 || ascending_[i - std::size_t{1}] != position) {
-                      stored = slot.stored;
-                  }
-                  const bool comes = !values_.isZero(t);
-                  if (mayGrow) {
-                      steps[t] = static_cast<signed char>(static_cast<int>(comes) - static_cast<int>(stored));
-                  }
-                  stored = comes;
-                  const bool isLast = i + 1 == count_ || ascending_[i + std::size_t{1}] != position;
-                  begins[i] = slot.position;
-                  changes[i] = isLast ? (comes ? kComes : 0) | (slot.stored ? kDrops : 0) : 0;
-              });
+    for (unsigned i = 0; i < count_; ++i) {
+        const unsigned position = ascending_[i];
+        const unsigned char drops = changes_[i] & kDrops;
+        if (i == 0 || ascending_[i - std::size_t{1}] != position) {
+            stored = drops != 0;
+        }
+        const unsigned t = ordered_.source(i);
+        const bool comes = !values_.isZero(t);
+        if (mayGrow) {
+            steps[t] = static_cast<signed char>(static_cast<int>(comes) - static_cast<int>(stored));
+        }
+        stored = comes;
+        const bool isLast = i + 1 == count_ || ascending_[i + std::size_t{1}] != position;
+        changes_[i] = isLast ? (comes ? kComes : 0) | drops : 0;
+    }
     if (mayGrow) {
         capacity_ = replaySteps(a, layout_, positions, {steps.get(), count_});
     }

@@ -76,7 +76,6 @@ class PositionPlan
     static constexpr unsigned char kDrops = 1; ///< what is stored goes
     static constexpr unsigned char kComes = 2; ///< an entry comes
 
-    void insertOrOverwrite(const Columns& a);
     void changeInTurn(const Columns& a, NumberView positions);
 
     LinearLayout layout_;

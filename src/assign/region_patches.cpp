@@ -140,7 +140,7 @@ class RegionMerge
     }
 
     /// Writes the new entries of a patch from position `at` of the output on.
-    void write(const RegionPatch& patch, unsigned at) const
+    [[gnu::noinline]] void write(const RegionPatch& patch, unsigned at) const
     {
         if (patch.keepsOthers) {
             merge(patch, at);

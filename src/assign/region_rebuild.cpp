@@ -80,8 +80,8 @@ class Rebuild
 
     /// Appends `kept` entries that stay, and between them what comes into the columns of a block. The column starts,
     /// which count what stays, are those of the result then.
-    template <typename Values, typename Rows>
-    void setIn(unsigned column, unsigned endColumn, unsigned kept, Values to, Values from, Rows rows)
+    template <typename Values>
+    void setIn(unsigned column, unsigned endColumn, unsigned kept, Values to, Values from, NumberView rows)
     {
         const unsigned* const asideRows = aside_.ir;
         const unsigned* const bStarts = b_.isScalar() ? nullptr : b_.b.jc - first_;
