@@ -87,8 +87,8 @@ class Relay
                     }});
     }
 
-    /// The same for many patches of one entry: the plan has size() of them, and makes each when asked for it by its
-    /// index.
+    /// The same by loops of their own, for patches whose number or whose shape is known, or that are made when they are
+    /// asked for: size() of them, each by its index.
     template <typename Plan, typename F>
     void commit(const Plan& plan, F&& write)
     {
@@ -127,26 +127,37 @@ class Relay
     {
         if (!inPlace_) {
             copyAll(patches, write);
-        } else if (!anyGrows(patches)) {
+        } else if (const Survey survey = surveyOf(patches); !survey.anyGrows) {
             closeUp(patches, write);
         } else {
-            moveLeft(patches);
-            moveRight(patches);
+            if (survey.anyShrinks) {
+                moveLeft(patches);
+            }
+            moveRight(patches, survey.growth);
             writePatches(patches, write);
         }
         installBlocks();
         updateColumnStarts(Columns(target_), patches);
     }
 
-    template <typename Patches>
-    static bool anyGrows(const Patches& patches)
+    struct Survey
     {
+        bool anyGrows = false;
+        bool anyShrinks = false;
+        unsigned growth = 0; ///< of all
+    };
+
+    template <typename Patches>
+    static Survey surveyOf(const Patches& patches)
+    {
+        Survey survey;
         for (std::size_t i = 0; i < patches.size(); ++i) {
-            if (const Patch& patch = patches[i]; patch.length > patch.end - patch.begin) {
-                return true;
-            }
+            const Patch& patch = patches[i];
+            survey.anyGrows |= patch.length > patch.end - patch.begin;
+            survey.anyShrinks |= patch.length < patch.end - patch.begin;
+            survey.growth += patch.growth();
         }
-        return false;
+        return survey;
     }
 
     template <typename Patches, typename W>
@@ -174,13 +185,10 @@ class Relay
         }
     }
 
+    /// `shift`: the growth of all patches.
     template <typename Patches>
-    void moveRight(const Patches& patches)
+    void moveRight(const Patches& patches, unsigned shift)
     {
-        unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            shift += patches[i].growth();
-        }
         for (std::size_t i = patches.size(); i-- > 0; shift -= patches[i].growth()) {
             const unsigned from = patches[i].end;
             if (from + shift > from) {
