@@ -5,6 +5,7 @@
 #include "lookup/place_search.hpp"
 
 #include <algorithm>
+#include <array>
 
 namespace zqsp {
 
@@ -29,7 +30,7 @@ void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigne
                     .imaginaryPart = becomesComplex});
     const Patch patch = {column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};
     const Columns after = relay.after();
-    relay.commit(std::span(&patch, 1), [&](const Patch&, unsigned) {
+    relay.commit(std::array{patch}, [&](const Patch&, unsigned) {
         if (!isZero) {
             after.ir[at] = row;
             withStorage(after, after, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });

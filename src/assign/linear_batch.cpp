@@ -1,9 +1,9 @@
 #include "assign/linear_batch.hpp"
 
 #include "assign/element.hpp"
-#include "assign/linear_capacity.hpp"
 #include "assign/linear_plan.hpp"
-#include "assign/linear_stored.hpp"
+#include "core/search.hpp"
+#include "lookup/find_hits.hpp"
 #include "subscript/runs.hpp"
 
 #include <algorithm>
@@ -51,15 +51,81 @@ void assignListed(kxArray* A, const LinearLayout& initial, const LinearLayout& g
     const bool isInside = grown.m() == a.m && grown.n() == a.n;
     const bool isPlain = isInside && !values.anyZero(countOf(positions));
     const Ordered ordered(borrowed(positions), isPlain ? Repeats::kLast : Repeats::kAll);
-    if (!isPlain) {
-        carryOut(A, grown, values, LinearPlan::forPositions(a, initial, values, numbers, ordered));
-        return;
-    }
     const bool isMask = !std::holds_alternative<IndexList>(ordered.form()) &&
                         !std::holds_alternative<IndexRange>(ordered.form()); // is written out by now
     const Numbers ascending = isMask ? Numbers() : Numbers(ordered.form());
     carryOut(A, grown, values,
-             PositionPlan(a, initial, values, isMask ? NumberView(numbers) : NumberView(ascending), ordered));
+             PositionPlan(a, initial, values, numbers, isMask ? NumberView(numbers) : NumberView(ascending), ordered,
+                          isPlain));
+}
+
+/// Where every position is stored and no value is zero, the entries are overwritten in the order of the assignments:
+/// nothing is sorted, and the last of repeated positions wins by being last. `numbers`: those of `positions`. False,
+/// with nothing changed, elsewhere.
+bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValues& values, NumberView numbers,
+                      const Subscript& positions)
+{
+    constexpr unsigned kBlock = 256; // a miss ends the search
+    const Columns a(A);
+    const unsigned count = countOf(positions);
+    if (layout.placeOf(highestOf(positions)).column >= a.n || values.anyZero(count)) {
+        return false;
+    }
+    const auto entries = Block<unsigned>::make(count);
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        size = std::min(kBlock, count - done);
+        bool allStored = true;
+        searchPlaces(
+            a, size, [&](unsigned t) { return layout.placeOf(numbers[std::size_t{done} + t]); },
+            [&](unsigned t, Slot slot) {
+                entries[done + t] = slot.position;
+                allStored &= slot.stored;
+            });
+        if (!allStored) {
+            return false;
+        }
+    }
+    Relay relay(A, {.capacity = a.nzmax, .columns = a.n, .imaginaryPart = values.areComplex()});
+    relay.commitGrowth();
+    const Columns after(A);
+    withStorage(after, after, values.b, [&](auto to, auto, auto from) {
+        for (unsigned t = 0; t < count; ++t) {
+            to.copy(entries[t], from, values.source(t));
+        }
+    });
+    return true;
+}
+
+/// A(K) = 0: what is stored at the positions, all inside of A, goes, nothing comes; A becomes as large as `grown`. No
+/// position is sorted, only the entries that are found; and where positions outnumber the entries, it is these that are
+/// looked for.
+void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& positions)
+{
+    const Columns a(A);
+    HitList hits(countOf(positions));
+    findHits(a, positions, hits);
+    auto entries = Block<unsigned>::make(hits.count());
+    unsigned count = 0;
+    hits.forEachPart([&](const Hits& some) {
+        std::copy_n(some.sources, some.count, entries.get() + count);
+        count += some.count;
+    });
+    const bool areSorted = orderOf(positions) != Order::kUnsorted; // they come from the lowest position on
+    const Ordered removed(IndexList(std::move(entries), count, areSorted ? Order::kAscending : Order::kUnsorted),
+                          Repeats::kNone);
+    const auto patches = Block<Patch>::make(count);
+    std::size_t size = 0;
+    unsigned column = 0;
+    forEachRun(removed.form(), [&](unsigned first, unsigned length) {
+        for (unsigned e = first, end = first + length; e < end; e = patches[size++].end) {
+            column = gallop(a.jc, column + 1, a.n, e + 1) - 1;
+            patches[size] = {column, e, std::min(end, a.jc[column + std::size_t{1}]), 0};
+        }
+    });
+    Relay relay(A, {.capacity = a.nzmax, .columns = std::max(grown.n(), a.n)});
+    relay.commit(std::span<const Patch>(patches.get(), size), [](const Patch&, unsigned) {});
+    kxSetM(A, grown.m());
+    kxSetN(A, grown.n());
 }
 
 } // namespace
@@ -99,7 +165,8 @@ void assignSparse(kxArray* A, unsigned m, unsigned n, const Columns& b, const In
     LinearLayout grown = initial;
     grown.cover(range.highest());
     const Columns a(A);
-    carryOut(A, grown, AssignedValues(b, false), LinearPlan::forSparseValues(a, initial, b, range));
+    const AssignedValues values(b, false);
+    carryOut(A, grown, values, LinearPlan::forSparseValues(a, initial, values, range));
 }
 
 } // namespace zqsp

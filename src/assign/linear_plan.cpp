@@ -1,6 +1,5 @@
 #include "assign/linear_plan.hpp"
 
-#include "assign/linear_capacity.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
 
@@ -44,20 +43,64 @@ template <typename F>
 }
 
 /// The capacity after the insertions (+1) and removals (-1) that the assignments make one after another.
-unsigned replayChanges(const Columns& a, LinearLayout layout, NumberView positions, unsigned count,
-                       const signed char* changes)
+unsigned replaySteps(const Columns& a, LinearLayout layout, NumberView positions, std::span<const signed char> steps)
 {
     CapacityReplay replay(a);
-    for (unsigned t = 0; t < count; ++t) {
+    for (std::size_t t = 0; t < steps.size(); ++t) {
         layout.cover(positions[t]);
-        if (changes[t] > 0) {
-            replay.insert(1, layout.m(), layout.n());
-        } else if (changes[t] < 0) {
+        if (steps[t] > 0) {
+            replay.insert(1, layout);
+        } else if (steps[t] < 0) {
             replay.remove(1);
         }
     }
     return replay.capacity();
 }
+
+/// The entries of a sparse matrix, in the order of the ascending positions to which a progression assigns them.
+class ValueWalk
+{
+  public:
+    ValueWalk(const Columns& b, const IndexRange& range)
+        : b_(b), positions_(range.size), isReversed_(range.stride < 0), column_(isReversed_ ? b.n - 1 : 0)
+    {
+        find();
+    }
+
+    /// The next entry of the matrix, of those that are left.
+    [[nodiscard]] unsigned entry() const { return isReversed_ ? b_.nnz() - 1 - read_ : read_; }
+    /// Its position, by rank; the number of positions where none is left.
+    [[nodiscard]] unsigned ordinal() const { return ordinal_; }
+
+    void advance()
+    {
+        ++read_;
+        find();
+    }
+
+  private:
+    void find()
+    {
+        if (read_ == b_.nnz()) {
+            ordinal_ = positions_;
+            return;
+        }
+        const unsigned e = entry();
+        for (; isReversed_ && b_.jc[column_] > e; --column_) {
+        }
+        for (; !isReversed_ && b_.jc[column_ + std::size_t{1}] <= e; ++column_) {
+        }
+        const unsigned t = column_ * b_.m + b_.ir[e];
+        ordinal_ = isReversed_ ? positions_ - 1 - t : t;
+    }
+
+    const Columns& b_;
+    unsigned positions_;
+    bool isReversed_;
+    unsigned column_;
+    unsigned read_ = 0;
+    unsigned ordinal_ = 0;
+};
 
 } // namespace
 
@@ -91,15 +134,15 @@ void LinearPlan::replay(bool isReversed, unsigned firstAssigned)
         }
         const unsigned inserted = patch.length - dropped;
         if (isReversed) { // the first one has made the target as large as it becomes
-            replay.insert(inserted, layout.m(), layout.n());
+            replay.insert(inserted, layout);
             continue;
         }
         const unsigned reach = patch.row + patch.length; // what lies beyond the target is not stored
         const unsigned beyond = patch.column >= n ? patch.length : std::min(patch.length, reach - std::min(reach, m));
-        replay.insert(inserted - beyond, layout.m(), layout.n());
+        replay.insert(inserted - beyond, layout);
         for (unsigned left = beyond; left > 0; --left) {
             layout.cover(Place{reach - left, patch.column});
-            replay.insert(1, layout.m(), layout.n());
+            replay.insert(1, layout);
         }
     }
     capacity_ = replay.capacity();
@@ -130,120 +173,94 @@ LinearPlan LinearPlan::forRun(const Columns& a, const LinearLayout& layout, cons
     return plan;
 }
 
-LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& layout, const Columns& b,
+LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
                                        const IndexRange& range)
 {
     LinearPlan plan(a, layout);
-    const bool isReversed = range.stride < 0;
     const IndexRange ascending = range.ascending();
     const Subscript present = ascending.below(std::uint64_t{a.m} * a.n);
     HitList hits(countOf(present));
     findHits(a, present, hits);
-    withStorage(b, [&](auto values) {
-        unsigned column = isReversed ? b.n - 1 : 0;
-        unsigned read = 0; // entries of b
-        const auto left = [&] { return read < b.nnz(); };
-        const auto next = [&] { return isReversed ? b.nnz() - 1 - read : read; };
-        const auto ordinal = [&] { // of the next one among the ascending positions
-            const unsigned e = next();
-            for (; isReversed && b.jc[column] > e; --column) {
-            }
-            for (; !isReversed && b.jc[column + std::size_t{1}] <= e; ++column) {
-            }
-            const unsigned t = column * b.m + b.ir[e];
-            return isReversed ? range.size - 1 - t : t;
-        };
-        const auto assign = [&](unsigned i, unsigned at, bool isStored, bool comes) {
+    ValueWalk next(values.b, range);
+    const auto assign = [&](unsigned ordinal, Place place, Slot slot) {
+        const bool comes = next.ordinal() == ordinal;
+        const unsigned source = comes ? next.entry() : 0;
+        const unsigned length = comes && !values.isZero(source) ? 1 : 0;
+        plan.add({{place.column, slot.position, slot.position + (slot.stored ? 1U : 0U), length}, place.row, source});
+        if (comes) {
+            next.advance();
+        }
+    };
+    const auto insertBelow = [&](unsigned end) {
+        for (unsigned i = next.ordinal(); i < end; i = next.ordinal()) {
             const Place place = layout.placeOf(ascending[i]);
-            const unsigned source = comes ? next() : 0;
-            plan.add({{place.column, at, at + (isStored ? 1U : 0U), comes && !values.isZero(source) ? 1U : 0U},
-                      place.row,
-                      source});
-            read += comes ? 1U : 0U;
-        };
-        const auto insertBelow = [&](unsigned end) {
-            for (unsigned i = 0; left() && (i = ordinal()) < end;) {
-                assign(i, findSlot(a, layout.placeOf(ascending[i])).position, false, true);
-            }
-        };
-        hits.forEachPart([&](const Hits& some) {
-            for (unsigned h = 0; h < some.count; ++h) {
-                insertBelow(some.ordinals[h]);
-                assign(some.ordinals[h], some.sources[h], true, left() && ordinal() == some.ordinals[h]);
-            }
-        });
-        insertBelow(range.size);
+            assign(i, place, findSlot(a, place));
+        }
+    };
+    hits.forEachPart([&](const Hits& some) {
+        for (unsigned h = 0; h < some.count; ++h) {
+            const unsigned ordinal = some.ordinals[h];
+            insertBelow(ordinal);
+            assign(ordinal, layout.placeOf(ascending[ordinal]), {some.sources[h], true});
+        }
     });
-    plan.replay(isReversed, range.first);
-    return plan;
-}
-
-LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
-                                    NumberView positions, const Ordered& ordered)
-{
-    LinearPlan plan(a, layout);
-    const unsigned count = ordered.count();
-    const bool mayRepeat = std::holds_alternative<IndexList>(ordered.form());
-    const bool isRange = std::holds_alternative<IndexRange>(ordered.form());
-    const Numbers looked = mayRepeat || isRange ? Numbers(ordered.form()) : Numbers();
-    const NumberView sorted =
-        mayRepeat || isRange ? NumberView(looked) : positions; // masks ascend, and are written out by now
-    const bool mayGrow = mayRepeat && a.nnz() + std::uint64_t{count} > a.nzmax;
-    const auto changes = mayGrow ? Block<signed char>::zeroed(count) : Block<signed char>();
-    if (!isRange) {
-        plan.patches_.reserve(count);
-    }
-    values.withZeroTest([&](auto isZero) {
-        bool stored = false; // whether the present position is, after the assignments seen so far
-        findSlots(a, layout, sorted, count, [&](unsigned i, Slot slot) {
-            const unsigned position = sorted[i];
-            const unsigned t = ordered.source(i);
-            if (i == 0 || sorted[i - std::size_t{1}] != position) {
-                stored = slot.stored;
-            }
-            const bool stays = !isZero(t);
-            if (mayGrow) {
-                changes[t] = static_cast<signed char>(static_cast<int>(stays) - static_cast<int>(stored));
-            }
-            stored = stays;
-            const bool isLast = i + 1 == count || sorted[i + std::size_t{1}] != position;
-            if (isLast && (stored || slot.stored)) {
-                const Place place = layout.placeOf(position);
-                const ElementPatch patch = {
-                    {place.column, slot.position, slot.position + (slot.stored ? 1U : 0U), stored ? 1U : 0U},
-                    place.row,
-                    values.source(t)};
-                plan.add(patch);
-            }
-        });
-    });
-    if (mayGrow) {
-        plan.capacity_ = replayChanges(a, layout, positions, count, changes.get());
-    } else {
-        plan.replay(ordered.isReversed(), positions[0]);
-    }
+    insertBelow(range.size);
+    plan.replay(range.stride < 0, range.first);
     return plan;
 }
 
 PositionPlan::PositionPlan(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
-                           NumberView positions, const Ordered& ordered)
+                           NumberView positions, NumberView ascending, const Ordered& ordered, bool isPlain)
     : layout_(layout),
       values_(values),
-      positions_(positions),
+      ascending_(ascending),
       ordered_(ordered),
       count_(ordered.count()),
       begins_(Block<unsigned>::make(count_)),
-      stored_(Block<unsigned char>::make(count_))
+      changes_(Block<unsigned char>::make(count_)),
+      capacity_(a.nzmax)
 {
     unsigned insertions = 0;
-    findSlots(a, layout, positions, count_, [&, begins = begins_.get(), stored = stored_.get()](unsigned i, Slot slot) {
-        begins[i] = slot.position;
-        stored[i] = slot.stored ? 1 : 0;
-        insertions += slot.stored ? 0U : 1U;
-    });
-    CapacityReplay replay(a);
-    replay.insert(insertions, layout.m(), layout.n());
-    capacity_ = replay.capacity();
+    findSlots(a, layout_, ascending_, count_, // what it needs is copied: bytes that are written may be anything
+              [&insertions, begins = begins_.get(), changes = changes_.get()](unsigned i, Slot slot) {
+                  begins[i] = slot.position;
+                  changes[i] = slot.stored ? kComes | kDrops : kComes;
+                  insertions += slot.stored ? 0U : 1U;
+              });
+    if (isPlain) {
+        CapacityReplay replay(a);
+        replay.insert(insertions, layout_);
+        capacity_ = replay.capacity();
+    } else {
+        changeInTurn(a, positions);
+    }
+}
+
+/// Lets zeros remove what is stored, and the last of repeated positions win; the capacity follows the changes in the
+/// order of the assignment.
+void PositionPlan::changeInTurn(const Columns& a, NumberView positions)
+{
+    const bool mayGrow = a.nnz() + std::uint64_t{count_} > a.nzmax;
+    const auto steps = mayGrow ? Block<signed char>::make(count_) : Block<signed char>();
+    bool stored = false; // whether the present position is, after the assignments seen so far
+    for (unsigned i = 0; i < count_; ++i) {
+        const unsigned position = ascending_[i];
+        const unsigned char drops = changes_[i] & kDrops;
+        if (i == 0 || ascending_[i - std::size_t{1}] != position) {
+            stored = drops != 0;
+        }
+        const unsigned t = ordered_.source(i);
+        const bool comes = !values_.isZero(t);
+        if (mayGrow) {
+            steps[t] = static_cast<signed char>(static_cast<int>(comes) - static_cast<int>(stored));
+        }
+        stored = comes;
+        const bool isLast = i + 1 == count_ || ascending_[i + std::size_t{1}] != position;
+        changes_[i] = isLast ? (comes ? kComes : 0) | drops : 0;
+    }
+    if (mayGrow) {
+        capacity_ = replaySteps(a, layout_, positions, {steps.get(), count_});
+    }
 }
 
 } // namespace zqsp

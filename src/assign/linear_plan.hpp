@@ -2,7 +2,7 @@
 #ifndef ZQSP_ASSIGN_LINEAR_PLAN_HPP
 #define ZQSP_ASSIGN_LINEAR_PLAN_HPP
 
-#include "assign/linear_layout.hpp"
+#include "assign/linear_growth.hpp"
 #include "assign/linear_values.hpp"
 #include "core/growing_list.hpp"
 #include "core/relay.hpp"
@@ -18,7 +18,7 @@ struct ElementPatch : Patch
     unsigned source; ///< its value of b; the others take those behind it, or a scalar's all the same
 };
 
-/// The patches of an assignment, in ascending order, and the capacity that it leaves.
+/// The patches of a progression of positions, in ascending order, and the capacity that their assignment leaves.
 class LinearPlan
 {
   public:
@@ -26,14 +26,10 @@ class LinearPlan
     /// column, whatever is stored there.
     static LinearPlan forRun(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
                              const IndexRange& range);
-    /// A progression, and values that are the entries of a sparse matrix, read column by column; all others are zero.
-    /// Cost: entries of the target and of the matrix, and the matrix's columns.
-    static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const Columns& b,
+    /// Values that are the entries of a sparse matrix, read column by column; all others are zero. Cost: entries of the
+    /// target and of the matrix, and the matrix's columns.
+    static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
                                       const IndexRange& range);
-    /// Any positions, where values may be zero or the target may grow. `positions`: in the order of the assignment, of
-    /// which `ordered` has all.
-    static LinearPlan forPositions(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
-                                   NumberView positions, const Ordered& ordered);
 
     [[nodiscard]] std::span<const ElementPatch> patches() const { return patches_.elements(); }
     [[nodiscard]] unsigned capacity() const { return capacity_; }
@@ -51,36 +47,44 @@ class LinearPlan
     unsigned capacity_;
 };
 
-/// The same for positions inside the target, each once, and values none of which is zero: a patch for each position,
-/// of which only the place among the entries is kept.
+/// The same for any positions: a patch for each, of which only the place among the entries and what happens there is
+/// kept. (Of a repeated position, all but the last patch change nothing.)
 class PositionPlan
 {
   public:
-    /// `positions`: those of `ordered`, ascending. Both must outlive the plan, as must the rest.
+    /// `positions`: in the order of the assignment; `ascending`: the numbers of `ordered`, which has them all unless
+    /// the assignment only inserts and overwrites (`isPlain`): no value is zero then, and all positions lie inside of
+    /// the target. What is given must outlive the plan. Raises on exhausted memory.
     PositionPlan(const Columns& a, const LinearLayout& layout, const AssignedValues& values, NumberView positions,
-                 const Ordered& ordered);
+                 NumberView ascending, const Ordered& ordered, bool isPlain);
 
     [[nodiscard]] std::size_t size() const { return count_; }
     /// (Inlined by force: of most patches only a part is asked.)
     [[nodiscard, gnu::always_inline]] ElementPatch operator[](std::size_t i) const
     {
-        const Place place = layout_.placeOf(positions_[i]);
+        const Place place = layout_.placeOf(ascending_[i]);
         const unsigned begin = begins_[i];
-        return {{place.column, begin, begin + stored_[i], 1},
+        const unsigned change = changes_[i];
+        return {{place.column, begin, begin + (change & kDrops), change / kComes},
                 place.row,
                 values_.source(ordered_.source(static_cast<unsigned>(i)))};
     }
-    [[nodiscard]] unsigned capacity() const { return capacity_; }
     [[nodiscard]] const PositionPlan& patches() const { return *this; }
+    [[nodiscard]] unsigned capacity() const { return capacity_; }
 
   private:
+    static constexpr unsigned char kDrops = 1; ///< what is stored goes
+    static constexpr unsigned char kComes = 2; ///< an entry comes
+
+    void changeInTurn(const Columns& a, NumberView positions);
+
     LinearLayout layout_;
     const AssignedValues& values_;
-    NumberView positions_;
+    NumberView ascending_;
     const Ordered& ordered_;
     unsigned count_;
     Block<unsigned> begins_;
-    Block<unsigned char> stored_;
+    Block<unsigned char> changes_;
     unsigned capacity_;
 };
 

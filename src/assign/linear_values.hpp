@@ -23,13 +23,10 @@ class AssignedValues
     /// Which value of b goes to position t.
     [[nodiscard]] unsigned source(unsigned t) const { return isScalar_ ? 0 : t; }
 
-    /// f(isZero) with the zero test of b's storage, by t.
-    template <typename F>
-    decltype(auto) withZeroTest(F&& f) const
+    /// Whether position t is assigned a zero.
+    [[nodiscard]] bool isZero(unsigned t) const
     {
-        return withStorage(b, [&](auto values) {
-            return f([&, values](unsigned t) { return isScalar_ ? scalarIsZero_ : values.isZero(t); });
-        });
+        return isScalar_ ? scalarIsZero_ : withStorage(b, [t](auto values) { return values.isZero(t); });
     }
 
     [[nodiscard]] bool areAllZero() const { return scalarIsZero_; } // of a scalar; values are not looked through
@@ -39,12 +36,12 @@ class AssignedValues
         if (isScalar_) {
             return scalarIsZero_;
         }
-        return withZeroTest([count](auto isZero) {
-            bool any = false;
-            for (unsigned t = 0; t < count && !any; ++t) {
-                any = isZero(t);
+        return withStorage(b, [count](auto values) {
+            unsigned t = 0;
+            while (t < count && !values.isZero(t)) {
+                ++t;
             }
-            return any;
+            return t < count;
         });
     }
 

@@ -1,11 +1,10 @@
-#include "assign/region_rebuild.hpp"
-
+#include "assign/region_methods.hpp"
+#include "core/counts.hpp"
 #include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
 
 #include <algorithm>
-#include <array>
 
 namespace zqsp {
 
@@ -13,45 +12,14 @@ namespace {
 
 constexpr unsigned kBlock = 1024; // entries, and columns, at a time: these stay in the nearest caches
 
-/// What stays of some columns, before what comes is set in.
-class Aside
+std::uint64_t longestColumn(const Columns& a)
 {
-  public:
-    explicit Aside(const Columns& a)
-        : capacity_(longestColumn(a) + kKernelSlack),
-          ir_(Block<unsigned>::make(capacity_)),
-          pr_(Block<std::byte>::make(capacity_ * std::size_t{a.elementSize}))
-    {
-        if (a.pi != nullptr) {
-            pi_ = Block<std::byte>::make(capacity_ * std::size_t{a.elementSize});
-        }
+    unsigned longest = 0;
+    for (unsigned j = 0; j < a.n; ++j) {
+        longest = std::max(longest, a.length(j));
     }
-
-    /// As columns of the kind of `a`; the column starts mean nothing.
-    [[nodiscard]] Columns viewLike(Columns a) const
-    {
-        a.nzmax = static_cast<unsigned>(std::min<std::uint64_t>(capacity_, std::numeric_limits<unsigned>::max()));
-        a.ir = ir_.get();
-        a.pr = pr_.get();
-        a.pi = pi_.get();
-        return a;
-    }
-
-  private:
-    static std::uint64_t longestColumn(const Columns& a)
-    {
-        unsigned longest = kBlock;
-        for (unsigned j = 0; j < a.n; ++j) {
-            longest = std::max(longest, a.length(j));
-        }
-        return longest;
-    }
-
-    std::uint64_t capacity_;
-    Block<unsigned> ir_;
-    Block<std::byte> pr_;
-    Block<std::byte> pi_;
-};
+    return longest;
+}
 
 /// Where `row` belongs among the rows from..end-1, behind which kComparedRows more can be read.
 unsigned placeAmong(const unsigned* rows, unsigned from, unsigned end, unsigned row)
@@ -90,9 +58,8 @@ class Rebuild
             const unsigned kept = kernels().moveSelected(entriesOf(before_), jc + column, end - column, others_,
                                                          entriesOf(aside_), 0, jc + column + 1);
             jc[column] = at_;
-            withStorage(after_, before_, b_.b, [&](auto to, auto, auto from) {
-                rows.visit([&](auto known) { setIn(column, end, kept, to, from, known); });
-            });
+            withStorage(after_, before_, b_.b,
+                        [&](auto to, auto, auto from) { setIn(column, end, kept, to, from, rows); });
         }
         copyEntries(after_, at_, before_, next, entries - next);
         for (unsigned j = end_; j < after_.n; ++j) {
@@ -113,8 +80,8 @@ class Rebuild
 
     /// Appends `kept` entries that stay, and between them what comes into the columns of a block. The column starts,
     /// which count what stays, are those of the result then.
-    template <typename To, typename From, typename Rows>
-    void setIn(unsigned column, unsigned endColumn, unsigned kept, To to, From from, Rows rows)
+    template <typename Values>
+    void setIn(unsigned column, unsigned endColumn, unsigned kept, Values to, Values from, NumberView rows)
     {
         const unsigned* const asideRows = aside_.ir;
         const unsigned* const bStarts = b_.isScalar() ? nullptr : b_.b.jc - first_;
@@ -160,11 +127,32 @@ class Rebuild
 
 } // namespace
 
-void rebuildColumns(Relay& relay, const Region& region, const RightSide& b, const RowSet& others)
+bool fillByRebuild(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter,
+                   const FillLimits& limits)
 {
-    const Aside aside(relay.before());
+    const Columns a(A);
+    if (filter.others() == nullptr || !region.columns.isRun() ||
+        !rebuildPays(a.nnz(), filter.looks(), region.rows.count(), region.columns.count())) {
+        return false;
+    }
+    const unsigned begin = a.jc[std::min(region.columns.lowest(), a.n)];
+    const unsigned end = a.jc[std::min(region.columns.highest() + 1, a.n)];
+    const std::uint64_t inColumns =
+        std::uint64_t{countSelected(a, begin, end, filter.others()->unmoved())} + region.entriesOf(b);
+    const unsigned total = checkedCount(inColumns + (a.nnz() - (end - begin)));
+    if (!freshBlocksPay(a, total)) {
+        return false;
+    }
+    if (inColumns > limits.mostEntries) {
+        raiseMaxSize();
+    }
+    Relay relay(A, needsOf(a, region, b, limits, total, true));
+    const std::uint64_t longest = std::max<std::uint64_t>(longestColumn(a), kBlock);
+    const Aside aside(longest + kKernelSlack, a.elementSize, a.pi != nullptr);
     const Numbers rows(region.rows.form());
-    relay.commitAnew([&](const Columns& after) { Rebuild(relay.before(), after, region, b, others, aside).run(rows); });
+    relay.commitAnew(
+        [&](const Columns& after) { Rebuild(relay.before(), after, region, b, *filter.others(), aside).run(rows); });
+    return true;
 }
 
 } // namespace zqsp

@@ -30,21 +30,17 @@ constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, un
     return std::uint64_t{m} / kRowsCleared + marks <= looks * costOfLook;
 }
 
-/// Whether clearing `rows` rows of `columns` columns with `looks` entries is best done in one pass over these: not
-/// where the columns are so long, and the rows so few, that each is searched.
-constexpr bool clearsInOnePass(std::uint64_t looks, std::uint64_t rows, std::uint64_t columns)
+/// The rows of a region that are no run, asked one by one: a set of the others, where there is one, or a search.
+struct TargetRows
 {
-    constexpr unsigned kShortColumn = 64; // passed over as fast as searched for the outermost rows
-    constexpr unsigned kEntriesPerRow = 16;
-    return looks / columns < std::max<std::uint64_t>(kShortColumn, kEntriesPerRow * rows);
-}
+    const RowWord* others;
+    const Ordered& rows;
 
-/// Whether columns that are a run are best filled by a rebuild: where most of `entries` lie in them, and are looked at
-/// one by one in any case.
-constexpr bool rebuildPays(std::uint64_t entries, std::uint64_t looks, std::uint64_t rows, std::uint64_t columns)
-{
-    return looks > entries / 2 && clearsInOnePass(looks, rows, columns);
-}
+    [[nodiscard]] bool has(unsigned row) const
+    {
+        return others != nullptr ? !others[row / RowWord::kBits].has(row) : rows.has(row);
+    }
+};
 
 /// Tells the rows of a column that are targets from those that are not.
 class RowFilter
@@ -77,20 +73,8 @@ class RowFilter
         return {first, endsInside ? end : firstNotBelow(a, first, end, highest_ + 1)};
     }
 
-    /// f(isTarget), isTarget(row) telling whether a row within the span of the targets is one of them: how that is
-    /// found out is decided once for the loops of f.
-    template <typename F>
-    [[gnu::always_inline]] auto withTest(F&& f) const
-    {
-        if (rows_.isRun()) {
-            return f([](unsigned) { return true; });
-        }
-        if (others_) {
-            return f([others = others_->words()](unsigned row) { return !others[row / RowWord::kBits].has(row); });
-        }
-        return f([this](unsigned row) { return rows_.has(row); });
-    }
-
+    /// Meaningful where the target rows are no run.
+    [[nodiscard]] TargetRows targets() const { return {others_ ? others_->words() : nullptr, rows_}; }
     /// Whether every row is a target.
     [[nodiscard]] bool coversAll() const { return coversAll_; }
     /// Entries of the target columns; not counted for a run of rows.
@@ -98,20 +82,19 @@ class RowFilter
     /// The set of all other rows; null where there is none.
     [[nodiscard]] const RowSet* others() const { return others_ ? &*others_ : nullptr; }
 
-    /// Entries of a span that do not lie in target rows.
+    /// Entries of a span that do not lie in target rows, which are no run.
     [[nodiscard]] unsigned countOthers(const Columns& a, EntrySpan span) const
     {
         constexpr unsigned kLong = 64; // worth a call
         if (others_ && span.length() >= kLong) {
             return countSelected(a, span.begin, span.end, others_->unmoved());
         }
-        return withTest([ir = a.ir, span](auto isTarget) {
-            unsigned others = 0;
-            for (unsigned e = span.begin; e < span.end; ++e) {
-                others += isTarget(ir[e]) ? 0U : 1U;
-            }
-            return others;
-        });
+        const TargetRows targets = this->targets();
+        unsigned others = 0;
+        for (unsigned e = span.begin; e < span.end; ++e) {
+            others += targets.has(a.ir[e]) ? 0U : 1U;
+        }
+        return others;
     }
 
   private:

@@ -8,6 +8,7 @@
 #include "core/owners.hpp"
 
 #include <span>
+#include <type_traits>
 
 namespace zqsp {
 
@@ -25,6 +26,27 @@ struct Patch
     [[nodiscard]] unsigned growth() const { return length - (end - begin); }
 };
 
+/// Patches in a block, seen as what all of them derive from.
+class PatchList
+{
+  public:
+    template <typename T>
+    explicit PatchList(std::span<const T> patches)
+        : first_(reinterpret_cast<const std::byte*>(static_cast<const Patch*>(patches.data()))),
+          stride_(sizeof(T)),
+          size_(patches.size())
+    {
+    }
+
+    [[nodiscard]] std::size_t size() const { return size_; }
+    const Patch& operator[](std::size_t i) const { return *reinterpret_cast<const Patch*>(first_ + i * stride_); }
+
+  private:
+    const std::byte* first_;
+    std::size_t stride_;
+    std::size_t size_;
+};
+
 /// What the target must be able to hold after the rewriting.
 struct Needs
 {
@@ -35,7 +57,7 @@ struct Needs
 };
 
 /// One rewriting of one target, in two steps. The constructor obtains all memory and changes nothing; commit() cannot
-/// fail. `Patches`: size() of them, each by its index; Patch, or what derives from it.
+/// fail.
 class Relay
 {
   public:
@@ -56,20 +78,21 @@ class Relay
     /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
     /// no second buffer is needed. Where, in place, no patch grows, each is written before what lies behind it moves:
     /// its new entries may be old ones of its own, moved to the front.
-    template <typename Patches, typename F>
-    void commit(const Patches& patches, F&& write)
+    template <typename T, typename F>
+    void commit(std::span<const T> patches, F&& write)
     {
-        if (!inPlace_) {
-            copyAll(patches, write);
-        } else if (!anyGrows(patches)) {
-            closeUp(patches, write);
-        } else {
-            moveLeft(patches);
-            moveRight(patches);
-            writePatches(patches, write);
-        }
-        installBlocks();
-        updateColumnStarts(Columns(target_), patches);
+        move(PatchList(patches),
+             Writer{&write, [](void* function, const Patch& patch, unsigned at) {
+                        (*static_cast<std::remove_reference_t<F>*>(function))(static_cast<const T&>(patch), at);
+                    }});
+    }
+
+    /// The same by loops of their own, for patches whose number or whose shape is known, or that are made when they are
+    /// asked for: size() of them, each by its index.
+    template <typename Plan, typename F>
+    void commit(const Plan& plan, F&& write)
+    {
+        move(plan, write);
     }
 
     /// For a target that is written anew: write(after) gives the fresh blocks their entries, and the column starts of
@@ -88,21 +111,57 @@ class Relay
     }
 
   private:
+    /// A function of any type, so that the loops over lists of patches are there once for all of them.
+    struct Writer
+    {
+        void* function;
+        void (*call)(void* function, const Patch& patch, unsigned at);
+
+        void operator()(const Patch& patch, unsigned at) const { call(function, patch, at); }
+    };
+
     void installBlocks();
 
-    template <typename Patches>
-    static bool anyGrows(const Patches& patches)
+    template <typename Patches, typename W>
+    [[gnu::noinline]] void move(const Patches& patches, const W& write)
     {
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            if (const Patch patch = patches[i]; patch.length > patch.end - patch.begin) {
-                return true;
+        if (!inPlace_) {
+            copyAll(patches, write);
+        } else if (const Survey survey = surveyOf(patches); !survey.anyGrows) {
+            closeUp(patches, write);
+        } else {
+            if (survey.anyShrinks) {
+                moveLeft(patches);
             }
+            moveRight(patches, survey.growth);
+            writePatches(patches, write);
         }
-        return false;
+        installBlocks();
+        updateColumnStarts(Columns(target_), patches);
     }
 
-    template <typename Patches, typename F>
-    void closeUp(const Patches& patches, F& write)
+    struct Survey
+    {
+        bool anyGrows = false;
+        bool anyShrinks = false;
+        unsigned growth = 0; ///< of all
+    };
+
+    template <typename Patches>
+    static Survey surveyOf(const Patches& patches)
+    {
+        Survey survey;
+        for (std::size_t i = 0; i < patches.size(); ++i) {
+            const Patch& patch = patches[i];
+            survey.anyGrows |= patch.length > patch.end - patch.begin;
+            survey.anyShrinks |= patch.length < patch.end - patch.begin;
+            survey.growth += patch.growth();
+        }
+        return survey;
+    }
+
+    template <typename Patches, typename W>
+    void closeUp(const Patches& patches, const W& write)
     {
         unsigned shift = 0;
         for (std::size_t i = 0; i < patches.size(); ++i) {
@@ -126,13 +185,10 @@ class Relay
         }
     }
 
+    /// `shift`: the growth of all patches.
     template <typename Patches>
-    void moveRight(const Patches& patches)
+    void moveRight(const Patches& patches, unsigned shift)
     {
-        unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            shift += patches[i].growth();
-        }
         for (std::size_t i = patches.size(); i-- > 0; shift -= patches[i].growth()) {
             const unsigned from = patches[i].end;
             if (from + shift > from) {
@@ -141,14 +197,14 @@ class Relay
         }
     }
 
-    template <typename Patches, typename F>
-    void copyAll(const Patches& patches, F& write)
+    template <typename Patches, typename W>
+    void copyAll(const Patches& patches, const W& write)
     {
         const Columns to = after();
         unsigned shift = 0;
         appendEntries(to, 0, before_, 0, patches.size() == 0 ? entries_ : patches[0].begin);
         for (std::size_t i = 0; i < patches.size(); ++i) {
-            const auto patch = patches[i];
+            const auto& patch = patches[i];
             write(patch, patch.begin + shift);
             shift += patch.growth();
             if (const unsigned size = stretchEnd(patches, i) - patch.end; size > 0) {
@@ -157,12 +213,12 @@ class Relay
         }
     }
 
-    template <typename Patches, typename F>
-    static void writePatches(const Patches& patches, F& write)
+    template <typename Patches, typename W>
+    static void writePatches(const Patches& patches, const W& write)
     {
         unsigned shift = 0;
         for (std::size_t i = 0; i < patches.size(); ++i) {
-            const auto patch = patches[i];
+            const auto& patch = patches[i];
             write(patch, patch.begin + shift);
             shift += patch.growth();
         }

@@ -54,7 +54,7 @@ struct PlainValues
 using LogicalValues = PlainValues<std::uint8_t>;
 using RealValues = PlainValues<double>;
 
-/// Real and imaginary doubles in two arrays. A real source gives imaginary zeros.
+/// Real and imaginary doubles in two arrays. A source may lack the latter, and then gives imaginary zeros.
 struct ComplexValues
 {
     double* pr;
@@ -67,34 +67,26 @@ struct ComplexValues
     void copy(std::size_t to, const ComplexValues& from, std::size_t source) const
     {
         pr[to] = from.pr[source];
-        pi[to] = from.pi[source];
-    }
-    void copy(std::size_t to, const RealValues& from, std::size_t source) const
-    {
-        pr[to] = from.pr[source];
-        pi[to] = 0.0;
+        pi[to] = from.imaginary(source);
     }
     void copyRun(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
     {
         zqsp::copyRun(pr + to, from.pr + source, count);
-        zqsp::copyRun(pi + to, from.pi + source, count);
-    }
-    void copyRun(std::size_t to, const RealValues& from, std::size_t source, std::size_t count) const
-    {
-        zqsp::copyRun(pr + to, from.pr + source, count);
-        std::fill_n(pi + to, count, 0.0);
+        if (from.pi != nullptr) {
+            zqsp::copyRun(pi + to, from.pi + source, count);
+        } else {
+            std::fill_n(pi + to, count, 0.0);
+        }
     }
     void fill(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
     {
         std::fill_n(pr + to, count, from.pr[source]);
-        std::fill_n(pi + to, count, from.pi[source]);
+        std::fill_n(pi + to, count, from.imaginary(source));
     }
-    void fill(std::size_t to, const RealValues& from, std::size_t source, std::size_t count) const
-    {
-        std::fill_n(pr + to, count, from.pr[source]);
-        std::fill_n(pi + to, count, 0.0);
-    }
-    [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == 0.0 && pi[at] == 0.0; }
+    [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == 0.0 && imaginary(at) == 0.0; }
+
+  private:
+    [[nodiscard]] double imaginary(std::size_t at) const { return pi != nullptr ? pi[at] : 0.0; }
 };
 
 /// Any other class: elements of a size known at run time, real or complex.
@@ -171,27 +163,12 @@ decltype(auto) withStorage(const Columns& a, F&& f)
     }
 }
 
-/// Calls f(outValues, aValues, bValues) for an output that is filled from two sources of its class; it must be complex
-/// where a source is.
+/// Calls f(outValues, aValues, bValues) with one policy for an output that is filled from two sources of its class; it
+/// must be complex where a source is.
 template <typename F>
 decltype(auto) withStorage(const Columns& out, const Columns& a, const Columns& b, F&& f)
 {
-    switch (out.classId) {
-    case kxLOGICAL_CLASS:
-        return f(LogicalValues(out), LogicalValues(a), LogicalValues(b));
-    case kxDOUBLE_CLASS:
-        if (out.pi == nullptr) {
-            return f(RealValues(out), RealValues(a), RealValues(b));
-        }
-        if (a.pi == nullptr) {
-            return b.pi == nullptr ? f(ComplexValues(out), RealValues(a), RealValues(b))
-                                   : f(ComplexValues(out), RealValues(a), ComplexValues(b));
-        }
-        return b.pi == nullptr ? f(ComplexValues(out), ComplexValues(a), RealValues(b))
-                               : f(ComplexValues(out), ComplexValues(a), ComplexValues(b));
-    default:
-        return f(GenericValues(out), GenericValues(a), GenericValues(b));
-    }
+    return withStorage(out, [&](auto values) { return f(values, decltype(values)(a), decltype(values)(b)); });
 }
 
 } // namespace zqsp

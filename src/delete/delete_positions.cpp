@@ -36,14 +36,19 @@ unsigned deleteByPositions(const Columns& a, unsigned nnz, const Subscript& dele
     return kept;
 }
 
-/// Positions but for some, lowered by those below them.
+/// Positions but for some, lowered by those below them. These are counted first: that passes over where the answer is.
 template <typename Members>
 struct OtherPositions
 {
     Members deleted;
+    unsigned below = 0;
 
-    [[nodiscard]] bool selects(unsigned position) const { return !deleted.selects(position); }
-    unsigned newRow(unsigned position) { return position - deleted.newRow(position); }
+    bool selects(unsigned position)
+    {
+        below = deleted.newRow(position);
+        return !deleted.selects(position);
+    }
+    [[nodiscard]] unsigned newRow(unsigned position) const { return position - below; }
 };
 
 template <typename Members>

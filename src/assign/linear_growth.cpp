@@ -1,8 +1,7 @@
-#include "assign/linear_capacity.hpp"
+#include "assign/linear_growth.hpp"
 
 #include "core/counts.hpp"
 
-#include <algorithm>
 #include <limits>
 
 namespace zqsp {
@@ -25,11 +24,11 @@ unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n)
     return cap;
 }
 
-void CapacityReplay::insert(unsigned count, unsigned m, unsigned n)
+void CapacityReplay::insert(unsigned count, const LinearLayout& layout)
 {
     while (count > 0) {
         if (stored_ == capacity_) {
-            capacity_ = growCapacity(capacity_, m, n);
+            capacity_ = growCapacity(capacity_, layout.m(), layout.n());
         }
         const unsigned fitting = std::min(count, capacity_ - stored_);
         stored_ += fitting;

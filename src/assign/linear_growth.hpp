@@ -1,6 +1,6 @@
-// Where linear positions lie in a target that grows while they are assigned.
-#ifndef ZQSP_ASSIGN_LINEAR_LAYOUT_HPP
-#define ZQSP_ASSIGN_LINEAR_LAYOUT_HPP
+// What becomes of the dimensions and of the capacity of a target while linear positions are assigned.
+#ifndef ZQSP_ASSIGN_LINEAR_GROWTH_HPP
+#define ZQSP_ASSIGN_LINEAR_GROWTH_HPP
 
 #include "core/fast_divisor.hpp"
 #include "lookup/place_search.hpp"
@@ -57,6 +57,26 @@ class LinearLayout
     unsigned m_;
     unsigned n_;
     FastDivisor byRows_;
+};
+
+/// The capacity that a full m-by-n target is given for one more entry: a step more, as far as the matrix and the
+/// signed 32-bit range go, else one more. Raises the out-of-memory error where there is none.
+unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n);
+
+/// The capacity that insertions and removals, one after another, leave.
+class CapacityReplay
+{
+  public:
+    explicit CapacityReplay(const Columns& a) : stored_(a.nnz()), capacity_(a.nzmax) {}
+
+    /// So many insertions into a target of these dimensions.
+    void insert(unsigned count, const LinearLayout& layout);
+    void remove(unsigned count) { stored_ -= count; }
+    [[nodiscard]] unsigned capacity() const { return capacity_; }
+
+  private:
+    unsigned stored_;
+    unsigned capacity_;
 };
 
 } // namespace zqsp
