@@ -121,13 +121,6 @@ Needs needsOf(const Columns& a, const Region& region, const RightSide& b, const 
             .freshBlocks = freshBlocks};
 }
 
-/// Whether writing most of `total` entries anew, once, into fresh blocks beats putting them together aside: unless most
-/// of the blocks would be spare.
-bool freshBlocksPay(const Columns& a, unsigned total)
-{
-    return a.nzmax / 2 <= total;
-}
-
 /// Fills columns that are a run by a rebuild, where it pays.
 bool rebuild(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter, const FillLimits& limits)
 {
@@ -141,7 +134,7 @@ bool rebuild(kxArray* A, const Region& region, const RightSide& b, const RowFilt
     const std::uint64_t inColumns =
         std::uint64_t{countSelected(a, begin, end, filter.others()->unmoved())} + region.entriesOf(b);
     const unsigned total = checkedCount(inColumns + (a.nnz() - (end - begin)));
-    if (!freshBlocksPay(a, total)) {
+    if (!freshBlocksPay(a.nzmax, a.elementSize, total)) {
         return false;
     }
     if (inColumns > limits.mostEntries) {
@@ -176,7 +169,7 @@ void fillRegion(kxArray* A, const Region& region, const RightSide& b, const Fill
         raiseMaxSize();
     }
     const bool mergesMost = patches.keepsOthers() && patches.rewritten() > total / 2 && !b.isNothing();
-    Relay relay(A, needsOf(a, region, b, limits, total, mergesMost && freshBlocksPay(a, total)));
+    Relay relay(A, needsOf(a, region, b, limits, total, mergesMost && freshBlocksPay(a.nzmax, a.elementSize, total)));
     const Numbers rows = b.isNothing() ? Numbers() : Numbers(region.rows.form());
     if (relay.inPlace() && patches.keepsOthers() && !b.isNothing()) {
         const Scratch scratch(checkedCount(patches.rewritten()), a.elementSize, a.pi != nullptr || b.isComplex());

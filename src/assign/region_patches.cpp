@@ -40,9 +40,13 @@ void RegionPatches::addColumn(unsigned column, EntrySpan span, unsigned sourceBe
 /// alone.
 void RegionPatches::addRowByRow(unsigned column, EntrySpan span, unsigned sourceBegin, unsigned sourceEnd)
 {
+    if (!rows_) { // a mask is not walked for each column
+        rows_.emplace(region_.rows.form());
+    }
     unsigned at = span.begin;
     unsigned source = sourceBegin;
-    region_.rows.forEach([&](unsigned i, unsigned row) {
+    for (unsigned i = 0; i < region_.rows.count(); ++i) {
+        const unsigned row = (*rows_)[i];
         at = gallop(a_.ir, at, span.end, row);
         const bool stored = at < span.end && a_.ir[at] == row;
         const bool comes = source < sourceEnd && (b_.isScalar() || b_.b.ir[source] == i);
@@ -51,7 +55,7 @@ void RegionPatches::addRowByRow(unsigned column, EntrySpan span, unsigned source
         }
         at += stored ? 1U : 0U;
         source += comes ? 1U : 0U;
-    });
+    }
 }
 
 void RegionPatches::add(const RegionPatch& patch)

@@ -5,6 +5,8 @@
 #include "assign/region_merge.hpp"
 #include "core/growing_list.hpp"
 
+#include <optional>
+
 namespace zqsp {
 
 /// The patches of a region fill, in ascending order. What neither loses nor gains an entry has no patch and belongs to
@@ -35,6 +37,7 @@ class RegionPatches
     const RowFilter& filter_;
     const RightSide& b_;
     bool rowsAreRun_;
+    std::optional<Numbers> rows_; // once they are searched
     GrowingList<RegionPatch> patches_;
     std::uint64_t total_;
     std::uint64_t inTargetColumns_ = 0;

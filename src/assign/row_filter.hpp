@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 namespace zqsp {
@@ -44,6 +45,14 @@ constexpr bool clearsInOnePass(std::uint64_t looks, std::uint64_t rows, std::uin
 constexpr bool rebuildPays(std::uint64_t entries, std::uint64_t looks, std::uint64_t rows, std::uint64_t columns)
 {
     return looks > entries / 2 && clearsInOnePass(looks, rows, columns);
+}
+
+/// Whether writing most of `total` entries anew, once, into fresh blocks of the present capacity beats putting them
+/// together aside: unless most of the blocks would be spare, or their bytes, which 32 bits are to count, too many.
+constexpr bool freshBlocksPay(unsigned capacity, unsigned elementSize, unsigned total)
+{
+    const std::uint64_t bytes = std::uint64_t{capacity} * std::max<std::size_t>(elementSize, sizeof(unsigned));
+    return capacity / 2 <= total && bytes <= std::numeric_limits<std::uint32_t>::max();
 }
 
 /// Tells the rows of a column that are targets from those that are not.
