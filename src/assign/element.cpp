@@ -10,7 +10,7 @@
 namespace zqsp {
 
 void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const Columns& b, bool isZero,
-                  unsigned grownCapacity)
+                  unsigned (*grown)(unsigned nzmax, unsigned m, unsigned n))
 {
     const Columns before(A);
     const Slot slot = findSlot(before, {row, column});
@@ -20,14 +20,12 @@ void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigne
         withStorage(before, before, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
         return;
     }
-    bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
+    const bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
+    const unsigned capacity = isFull ? grown(before.nzmax, m, n) : before.nzmax;
     if (isFull && before.nzmax > 0 && n <= before.n && !becomesComplex) { // the relay obtains nothing then
-        raiseCapacity(A, grownCapacity);
-        isFull = false;
+        raiseCapacity(A, capacity);
     }
-    Relay relay(A, {.capacity = isFull ? grownCapacity : A->nzmax,
-                    .columns = std::max(n, before.n),
-                    .imaginaryPart = becomesComplex});
+    Relay relay(A, {.capacity = capacity, .columns = std::max(n, before.n), .imaginaryPart = becomesComplex});
     const Patch patch = {column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};
     const Columns after = relay.after();
     relay.commit(std::array{patch}, [&](const Patch&, unsigned) {

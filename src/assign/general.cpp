@@ -40,6 +40,11 @@ spStatus convertScalarSubscript(const kxArray* subscript, unsigned& index)
     return spOK;
 }
 
+unsigned oneStepMore(unsigned nzmax, unsigned /*m*/, unsigned /*n*/)
+{
+    return checkedCount(std::uint64_t{nzmax} + kCapacityStep);
+}
+
 /// Stores a scalar at one element, growing the target to m rows and to cover the column.
 void assignElement(Target& target, unsigned row, unsigned column, unsigned m, const kxArray* B)
 {
@@ -49,12 +54,11 @@ void assignElement(Target& target, unsigned row, unsigned column, unsigned m, co
     if (!isUnset(target.get())) {
         kxArray* const A = target.own();
         const unsigned* const dims = A->get_dimensions();
-        storeElement(A, row, column, std::max(m, dims[0]), std::max(column + 1, dims[1]), b, isZero,
-                     checkedCount(std::uint64_t{A->nzmax} + kCapacityStep));
+        storeElement(A, row, column, std::max(m, dims[0]), std::max(column + 1, dims[1]), b, isZero, oneStepMore);
         return;
     }
     ArrayOwner fresh(kxCreateSparseNumericMatrix(m, column + 1, 1, classOf(B), kxREAL));
-    storeElement(fresh.get(), row, column, m, column + 1, b, isZero, 1);
+    storeElement(fresh.get(), row, column, m, column + 1, b, isZero, oneStepMore);
     target.become(std::move(fresh));
 }
 

@@ -35,12 +35,8 @@ void carryOut(kxArray* A, const LinearLayout& grown, const AssignedValues& value
 
 void assignOne(kxArray* A, const LinearLayout& grown, const AssignedValues& values, unsigned position)
 {
-    const Columns a(A);
     const Place place = grown.placeOf(position);
-    const bool isZero = values.anyZero(1);
-    const bool mayGrow = !isZero && a.nnz() == a.nzmax;
-    storeElement(A, place.row, place.column, grown.m(), grown.n(), values.b, isZero,
-                 mayGrow ? growCapacity(a.nzmax, grown.m(), grown.n()) : a.nzmax);
+    storeElement(A, place.row, place.column, grown.m(), grown.n(), values.b, values.anyZero(1), growCapacity);
 }
 
 /// Values for any positions, whose numbers are known.

@@ -8,6 +8,8 @@
 #include "core/relay.hpp"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 namespace zqsp {
 
@@ -27,11 +29,12 @@ constexpr bool rebuildPays(std::uint64_t entries, std::uint64_t looks, std::uint
     return looks > entries / 2 && clearsInOnePass(looks, rows, columns);
 }
 
-/// Whether writing most of `total` entries anew, once, into fresh blocks beats putting them together aside: unless most
-/// of the blocks would be spare.
-inline bool freshBlocksPay(const Columns& a, unsigned total)
+/// Whether writing most of `total` entries anew, once, into fresh blocks of the present capacity beats putting them
+/// together aside: unless most of the blocks would be spare, or their bytes, which 32 bits are to count, too many.
+constexpr bool freshBlocksPay(unsigned capacity, unsigned elementSize, unsigned total)
 {
-    return a.nzmax / 2 <= total;
+    const std::uint64_t bytes = std::uint64_t{capacity} * std::max<std::size_t>(elementSize, sizeof(unsigned));
+    return capacity / 2 <= total && bytes <= std::numeric_limits<std::uint32_t>::max();
 }
 
 /// What the target needs in order to hold `total` entries, in fresh blocks or where it can in its own.

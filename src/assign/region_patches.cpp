@@ -3,6 +3,8 @@
 #include "core/growing_list.hpp"
 #include "core/values.hpp"
 
+#include <optional>
+
 namespace zqsp {
 
 namespace {
@@ -70,9 +72,13 @@ class RegionPatches
     /// alone.
     void addRowByRow(unsigned column, EntrySpan span, unsigned sourceBegin, unsigned sourceEnd)
     {
+        if (!rows_) { // a mask is not walked for each column
+            rows_.emplace(region_.rows.form());
+        }
         unsigned at = span.begin;
         unsigned source = sourceBegin;
-        region_.rows.forEach([&](unsigned i, unsigned row) __attribute__((noinline)) {
+        for (unsigned i = 0; i < region_.rows.count(); ++i) {
+            const unsigned row = (*rows_)[i];
             at = gallop(a_.ir, at, span.end, row);
             const unsigned stored = at < span.end && a_.ir[at] == row ? 1 : 0;
             const unsigned comes = source < sourceEnd && (b_.isScalar() || b_.b.ir[source] == i) ? 1 : 0;
@@ -81,7 +87,7 @@ class RegionPatches
             }
             at += stored;
             source += comes;
-        });
+        }
     }
 
     void add(const RegionPatch& patch)
@@ -101,6 +107,7 @@ class RegionPatches
     const RowFilter& filter_;
     const RightSide& b_;
     bool rowsAreRun_;
+    std::optional<Numbers> rows_; // once they are searched
     GrowingList<RegionPatch> patches_;
     std::uint64_t total_;
     std::uint64_t inTargetColumns_ = 0;
@@ -207,7 +214,7 @@ void fillByPatches(kxArray* A, const Region& region, const RightSide& b, const R
     }
     const bool merges = patches.keepsOthers() && !b.isNothing();
     const bool mergesMost = merges && patches.rewritten() > total / 2;
-    Relay relay(A, needsOf(a, region, b, limits, total, mergesMost && freshBlocksPay(a, total)));
+    Relay relay(A, needsOf(a, region, b, limits, total, mergesMost && freshBlocksPay(a.nzmax, a.elementSize, total)));
     const Numbers rows = b.isNothing() ? Numbers() : Numbers(region.rows.form());
     // Entries that stay in place may be written over before they are read: the patches are put together aside then.
     const bool isApart = merges && relay.inPlace();

@@ -140,7 +140,7 @@ bool fillByRebuild(kxArray* A, const Region& region, const RightSide& b, const R
     const std::uint64_t inColumns =
         std::uint64_t{countSelected(a, begin, end, filter.others()->unmoved())} + region.entriesOf(b);
     const unsigned total = checkedCount(inColumns + (a.nnz() - (end - begin)));
-    if (!freshBlocksPay(a, total)) {
+    if (!freshBlocksPay(a.nzmax, a.elementSize, total)) {
         return false;
     }
     if (inColumns > limits.mostEntries) {

@@ -99,10 +99,11 @@ spStatus prepareAndAssign(Target& target, const kxArray* originalB, const kxArra
         }
         B.become(squeezed.release());
     }
-    if (!kxIsScalar(B.get())) {
+    const bool takesAll = classOf(A) == kxUNKNOWN_CLASS && isColon(subscript);
+    if (!kxIsScalar(B.get()) && (takesAll || !kxIsEmpty(B.get()))) { // column starts of what is empty serve nobody
         B.become(kxMustBeSparse(B.get()));
     }
-    if (classOf(A) == kxUNKNOWN_CLASS && isColon(subscript)) {
+    if (takesAll) {
         target.become(ArrayOwner(kxDuplicateArray(B.get())));
         return spOK;
     }

@@ -41,8 +41,8 @@ ArrayOwner gatherColumns(const Columns& a, const Subscript& columns)
             const unsigned begin = a.jc[first];
             const unsigned size = a.jc[first + length] - begin;
             const unsigned shift = written - begin;
-            for (unsigned j = 1; j <= length; ++j) {
-                *columnEnd++ = a.jc[first + j] + shift;
+            for (unsigned j = 0; j < length; ++j) {
+                *columnEnd++ = a.jc[first + j + 1] + shift;
             }
             copyRun(out.ir + written, a.ir + begin, size);
             to.copyRun(written, from, begin, size);

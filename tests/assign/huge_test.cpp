@@ -3,6 +3,8 @@
 #include "assign/region_methods.hpp"
 #include "support/call.hpp"
 
+#include <chrono>
+
 using namespace zqsp::test;
 
 namespace {
@@ -80,6 +82,47 @@ TEST(HugeTargets, SpareCapacityIsNotTakenAnew)
     EXPECT_EQ(A->nzmax, kSpare);
 }
 
+TEST(HugeTargets, AnElementIsOverwrittenWhateverTheCapacity)
+{
+    const Array A(kxCreateSparseNumericMatrix(1, 1, 0xFFFFFFFFU, kxLOGICAL_CLASS, kxREAL));
+    static_cast<char*>(A->pr)[0] = 1;
+    A->ir[0] = 0;
+    A->jc[1] = 1;
+    const Array one = toArray(at({1}));
+    EXPECT_EQ(run([&] { return spAss6(A.get(), one.get(), one.get(), one.get()); }), Ended());
+    EXPECT_EQ(A->jc[1], 1U);
+}
+
+TEST(HugeTargets, ARightSideOfNothingIsNotWrittenOut)
+{
+    const Array A = toArray(patterned(kReal, 3, 3));
+    const Array B(kxCreateDoubleMatrix(0, 700000000, kxREAL));
+    const Array none = toArray(at({}));
+    const LargestBlock small(1U << 14);
+    EXPECT_EQ(run([&] { return spAss4(A.get(), B.get(), none.get()); }), Ended());
+}
+
+/// Not for each column, which would take half a minute.
+TEST(HugeTargets, AMaskOfRowsIsWalkedOnce)
+{
+    constexpr unsigned kRows = 10000000;
+    constexpr unsigned kEach = 100;
+    const Array A(kxCreateSparseNumericMatrix(kRows, 2000, 2000 * kEach, kxDOUBLE_CLASS, kxREAL));
+    for (unsigned j = 0; j < 2000; ++j) {
+        A->jc[j + 1] = (j + 1) * kEach;
+        for (unsigned e = 0; e < kEach; ++e) {
+            A->ir[A->jc[j] + e] = e * (kRows / kEach);
+            static_cast<double*>(A->pr)[A->jc[j] + e] = 1;
+        }
+    }
+    const Array rows = toArray(Subscript::sparseMask(1, kRows, {{kRows / kEach, 0}, {kRows - 1, 0}}));
+    const Array zero = toArray(at({0}));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(spAss5(A.get(), zero.get(), rows.get()), spOK);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+    EXPECT_EQ(kxGetNumNonZeroEl(A.get()), 2000 * (kEach - 1));
+}
+
 TEST(HugeTargets, TheSetOfRowsMayBeRefused)
 {
     EXPECT_FALSE(zqsp::setOfRowsPays(kHigh, 2, 1000, 16));
@@ -89,6 +132,9 @@ TEST(HugeTargets, TheSetOfRowsMayBeRefused)
     EXPECT_FALSE(zqsp::rebuildPays(1000, 500, 3, 20));   // most entries lie elsewhere
     EXPECT_FALSE(zqsp::rebuildPays(9000, 9000, 3, 20));  // few rows of long columns are searched
     EXPECT_TRUE(zqsp::rebuildPays(9000, 9000, 100, 20)); // many are not
+    EXPECT_TRUE(zqsp::freshBlocksPay(100, 8, 60));
+    EXPECT_FALSE(zqsp::freshBlocksPay(100, 8, 40));
+    EXPECT_FALSE(zqsp::freshBlocksPay(0x20000000, 8, 0x20000000)); // 32 bits do not count the bytes
     Model a = Model::empty(kReal, 1000000, 1);
     for (unsigned i = 0; i < 2000; ++i) {
         a.entries[{0, i * 500}] = 1;
