@@ -154,6 +154,10 @@ std::string closestName(const Session& session, std::string_view name)
     std::string best;
     std::size_t bestDistance = std::max<std::size_t>(1, name.size() / 3) + 1;
     const auto consider = [&](std::string_view candidate) {
+        const auto [shorter, longer] = std::minmax({name.size(), candidate.size()});
+        if (longer - shorter >= bestDistance) {
+            return;
+        }
         const std::size_t distance = distanceOf(name, candidate);
         if (distance < bestDistance) {
             bestDistance = distance;

@@ -72,6 +72,10 @@ Flow Interpreter::execute(const Statement&, const LoopStatement& action)
     const bool isRow = values && values.rows() == 1 && !values.isSparse();
     Value subscripts[] = {Value(kx::kxCreateColon()), Value()};
     for (unsigned k = 0; values ? k < values.columns() && values.rows() != 0 : holds(evaluate(*action.control)); ++k) {
+        if (session_.rounds == 0) {
+            raiseInterrupted();
+        }
+        --session_.rounds;
         if (values) {
             subscripts[1] = Value::number(k + 1.0);
             Value column = reference(values, std::span(subscripts).subspan(isRow ? 1 : 0), action.name);
