@@ -1,16 +1,12 @@
 #include "interpreter.hpp"
 
-#include "concatenation.hpp"
 #include "error.hpp"
 #include "functions.hpp"
 #include "indexing.hpp"
 #include "interrupt.hpp"
 #include "memory_limit.hpp"
-#include "numbers.hpp"
 #include "operators.hpp"
 #include "printing.hpp"
-
-#include <fmt/format.h>
 
 #include <sstream>
 #include <utility>
@@ -186,8 +182,8 @@ const Value* Interpreter::variable(const std::string& name) const
 void Interpreter::undefined(const std::string& name) const
 {
     const std::string close = closestName(session_, name);
-    throw Error("kxsh:undefined", fmt::format("there is no variable or function '{}'{}", name,
-                                              close.empty() ? "" : fmt::format("; did you mean '{}'?", close)));
+    fail("kxsh:undefined", "there is no variable or function '{}'{}", name,
+         close.empty() ? "" : fmt::format("; did you mean '{}'?", close));
 }
 
 const Function& Interpreter::function(const std::string& name) const
@@ -213,7 +209,7 @@ std::vector<Value> Interpreter::severalResults(const Expression& expression, std
     const auto* apply = std::get_if<ApplyNode>(&expression.node);
     const auto* name = std::get_if<NameNode>(apply != nullptr ? &apply->target->node : &expression.node);
     if (name == nullptr || variable(name->name) != nullptr) {
-        throw Error("kxsh:operand", fmt::format("{} results are taken from a call of a function only", count));
+        fail("kxsh:operand", "{} results are taken from a call of a function only", count);
     }
     const Function& called = function(name->name);
     return callForSeveral(called, session_, apply != nullptr ? values(apply->arguments) : std::vector<Value>(), count);
@@ -245,9 +241,7 @@ Value Interpreter::result(const Expression& expression)
 Value Interpreter::evaluate(const Expression& expression)
 {
     Value value = result(expression);
-    if (!value) {
-        throw Error("kxsh:noValue", "a function that gives no value is used in an expression");
-    }
+    require(static_cast<bool>(value), "kxsh:noValue", "a function that gives no value is used in an expression");
     return value;
 }
 
@@ -264,9 +258,7 @@ Value Interpreter::evaluate(const NameNode& node)
 
 Value Interpreter::evaluate(const EndNode&)
 {
-    if (extents_.empty()) {
-        throw Error("kxsh:syntax", "'end' stands outside a subscript");
-    }
+    require(!extents_.empty(), "kxsh:syntax", "'end' stands outside a subscript");
     const Extent& extent = extents_.back();
     return Value::number(extent.array == nullptr ? 0 : extentOf(*extent.array, extent.count, extent.position));
 }
@@ -287,9 +279,8 @@ Value Interpreter::evaluate(const RangeNode& node)
     const double stop = realScalar(evaluate(*node.stop), "the end of a range");
     const double most = kx::kxGetMaxNumberOfElements();
     if (step != 0 && (stop - start) / step > most) {
-        throw Error("kx:sizeLimit",
-                    fmt::format("the range {}{}:{} is longer than the limit of {}", shortNumber(start, 10),
-                                node.step ? ':' + shortNumber(step, 10) : "", shortNumber(stop, 10), most));
+        fail("kx:sizeLimit", "the range {}{}:{} is longer than the limit of {}", shortNumber(start, 10),
+             node.step ? ':' + shortNumber(step, 10) : "", shortNumber(stop, 10), most);
     }
     return Value::range(start, step, stop);
 }

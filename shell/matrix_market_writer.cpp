@@ -162,9 +162,7 @@ void writeMatrixMarket(const std::filesystem::path& path, const Value& array)
 {
     const Value value = elementsOf(array);
     const kxClassID id = value.classId();
-    if (id == kxCHAR_CLASS) {
-        throw Error("kxsh:arguments", "mmwrite writes numbers, not strings");
-    }
+    require(id != kxCHAR_CLASS, "kxsh:arguments", "mmwrite writes numbers, not strings");
     const std::string_view symmetry = symmetryOf(value);
     const std::size_t count = entriesWritten(value, symmetry);
     OutputFile file(path);

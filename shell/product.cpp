@@ -4,8 +4,6 @@
 #include "elementwise.hpp"
 #include "error.hpp"
 
-#include <fmt/format.h>
-
 #include <vector>
 
 namespace kxsh {
@@ -134,11 +132,8 @@ Value fullProduct(const Value& left, const Value& right)
 
 Value product(const Value& left, const Value& right)
 {
-    if (left.columns() != right.rows()) {
-        throw Error("kxsh:operand",
-                    fmt::format("'*' cannot multiply {}-by-{} by {}-by-{}: {} columns, but {} rows", left.rows(),
-                                left.columns(), right.rows(), right.columns(), left.columns(), right.rows()));
-    }
+    require(left.columns() == right.rows(), "kxsh:operand", "'*' cannot multiply {} by {}: {} columns, but {} rows",
+            shapeText(left), shapeText(right), left.columns(), right.rows());
     const Value a = converted(left, kxDOUBLE_CLASS);
     const Value b = converted(right, kxDOUBLE_CLASS);
     const bool complex = a.isComplex() || b.isComplex();

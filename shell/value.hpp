@@ -115,6 +115,11 @@ unsigned entryCount(std::uint64_t count);
 /// Takes or gives up room for entries of a sparse array that is not shared; from now on it is `count`.
 void setCapacity(Value& sparse, unsigned count);
 Value asSparse(const Value& value);
+/// Copies elements, or stored values, to an array of the same class with room for them; a complex one gets imaginary
+/// zeros from a real one.
+void copyValues(const Value& from, std::size_t first, std::size_t count, Value& to, std::size_t next);
+/// "3-by-4"
+std::string shapeText(const Value& value);
 
 /// Calls f(std::type_identity<T>{}) with the element type of a class.
 template <typename F>
