@@ -42,7 +42,7 @@ class SyntaxError : public Error
 
 /// Raises an error; `text` is a format of its parts.
 template <typename... Parts>
-[[noreturn]] void fail(const char* identifier, fmt::format_string<Parts...> text, Parts&&... parts)
+[[noreturn, gnu::cold]] void fail(const char* identifier, fmt::format_string<Parts...> text, Parts&&... parts)
 {
     throw Error(identifier, fmt::format(text, std::forward<Parts>(parts)...));
 }
