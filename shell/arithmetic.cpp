@@ -3,8 +3,6 @@
 #include "elementwise.hpp"
 #include "error.hpp"
 
-#include <fmt/format.h>
-
 #include <cmath>
 #include <functional>
 #include <optional>
@@ -104,10 +102,8 @@ bool covers(const Value& wide, const Value& other)
 /// Trues where a sparse logical matrix stores none.
 Value complement(BinaryOperator op, const Value& mask)
 {
-    if (mask.count() > kx::kxGetMaxNumberOfElements()) {
-        throw Error("kx:sizeLimit", fmt::format("'{}' is true for the zeros too; {}-by-{} true entries are too many",
-                                                symbolOf(op), mask.rows(), mask.columns()));
-    }
+    require(mask.count() <= kx::kxGetMaxNumberOfElements(), "kx:sizeLimit",
+            "'{}' is true for the zeros too; {} true entries are too many", symbolOf(op), shapeText(mask));
     SparseResult<bool> result(mask.rows(), mask.columns(), mask.count() - mask.entries());
     for (unsigned j = 0; j < mask.columns(); ++j) {
         unsigned k = mask.starts()[j];
@@ -241,7 +237,7 @@ Value elementwise(BinaryOperator op, const Value& left, const Value& right)
     const Value a = operandOf(op, left, right);
     const Value b = operandOf(op, right, left);
     if (op == BinaryOperator::kDivideEach && a.isSparse() && b.isScalar() && firstNumber(b) == 0 && !b.isComplex()) {
-        throw Error("kxsh:operand", "a sparse array cannot be divided by 0");
+        fail("kxsh:operand", "a sparse array cannot be divided by 0");
     }
     const bool complex =
         a.isComplex() || b.isComplex() || (op == BinaryOperator::kPowerEach && needsComplexPower(a, b));

@@ -15,37 +15,7 @@ namespace kxsh {
 
 struct Expression;
 using ExpressionPtr = std::unique_ptr<Expression>;
-
-/// A number, a string, or the bare colon of a subscript.
-struct LiteralNode
-{
-    Value value;
-};
-
-/// A variable, or a function called without arguments.
-struct NameNode
-{
-    std::string name;
-};
-
-/// `end` inside a subscript.
-struct EndNode
-{
-};
-
-/// [a, b; c, d]; no rows for [].
-struct MatrixNode
-{
-    std::vector<std::vector<ExpressionPtr>> rows;
-};
-
-/// start:stop (step is null) or start:step:stop.
-struct RangeNode
-{
-    ExpressionPtr start;
-    ExpressionPtr step;
-    ExpressionPtr stop;
-};
+using Expressions = std::vector<ExpressionPtr>;
 
 enum class BinaryOperator
 {
@@ -96,32 +66,31 @@ constexpr Infix kInfixes[] = {{"|", BinaryOperator::kOr, 0},
                               {"^", BinaryOperator::kPower, kPowerLevel},
                               {".^", BinaryOperator::kPowerEach, kPowerLevel}};
 
-struct BinaryNode
+/// What an expression is, and what its parts are.
+enum class Kind : unsigned char
 {
-    BinaryOperator op;
-    ExpressionPtr left;
-    ExpressionPtr right;
-};
-
-struct TransposeNode
-{
-    ExpressionPtr operand;
-    bool conjugates;
-};
-
-/// target(arguments): a subscripted reference or a function call.
-struct ApplyNode
-{
-    ExpressionPtr target;
-    std::vector<ExpressionPtr> arguments;
-    bool command = false; ///< a function, whatever variables there are
+    kLiteral,   ///< `value`: a number, a string, or the bare colon of a subscript
+    kName,      ///< a variable, or a function called without arguments
+    kEnd,       ///< `end` inside a subscript
+    kMatrix,    ///< [a, b; c, d]: rows; none for []
+    kRow,       ///< of a matrix: its elements
+    kRange,     ///< start:stop, or start:step:stop
+    kBinary,    ///< two operands of `op`
+    kTranspose, ///< the operand
+    kConjugate, ///< the same, of the conjugate transpose
+    kApply,     ///< the arguments of `name`, a variable or function; without a name, behind what they are applied to
+    kCommand    ///< the arguments of the function `name`, whatever variables there are
 };
 
 struct Expression
 {
-    std::variant<LiteralNode, NameNode, EndNode, MatrixNode, RangeNode, BinaryNode, TransposeNode, ApplyNode> node;
+    Kind kind;
     std::size_t offset; ///< the byte of the source that an error of this node points at
-    int height;         ///< nodes on the longest way down to a leaf
+    Expressions parts;
+    Value value{};
+    std::string name{};
+    BinaryOperator op{};
+    int height = 1; ///< nodes on the longest way down to a leaf
 };
 
 struct ExpressionStatement
@@ -134,7 +103,7 @@ struct Target
 {
     std::string name;
     bool subscripted = false;
-    std::vector<ExpressionPtr> subscripts;
+    Expressions subscripts;
 };
 
 /// target = value, or [target, target] = value with as many results; `deletes` for name(subscripts) = [].

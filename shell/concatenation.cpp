@@ -1,29 +1,28 @@
-#include "concatenation.hpp"
+// [a, b; c, d]
+#include "operators.hpp"
 
 #include "error.hpp"
 #include "interrupt.hpp"
 
-#include <fmt/format.h>
-
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace kxsh {
 
 namespace {
 
-struct Block
+/// A value between the brackets.
+struct Part
 {
     Value value;
     unsigned row; ///< 0-based place of its upper left corner
     unsigned column;
 };
 
-/// Blocks with their places, and the size of the whole.
+/// Parts with their places, and the size of the whole.
 struct Layout
 {
-    std::vector<Block> blocks;
+    std::vector<Part> parts;
     unsigned m = 0;
     unsigned n = 0;
 };
@@ -31,9 +30,7 @@ struct Layout
 unsigned added(unsigned a, unsigned b)
 {
     unsigned sum = 0;
-    if (__builtin_add_overflow(a, b, &sum)) {
-        throw Error("kx:sizeLimit", "the array between the brackets is too large");
-    }
+    require(!__builtin_add_overflow(a, b, &sum), "kx:sizeLimit", "the array between the brackets is too large");
     return sum;
 }
 
@@ -41,154 +38,125 @@ Layout layOut(const std::vector<std::vector<Value>>& rows)
 {
     Layout layout;
     for (const auto& row : rows) {
+        const std::size_t before = layout.parts.size();
         unsigned height = 0;
         unsigned width = 0;
-        bool first = true;
         for (const Value& value : row) {
             if (value.rows() == 0 && value.columns() == 0) {
                 continue;
             }
-            if (!first && value.rows() != height) {
-                throw Error("kxsh:operand",
-                            fmt::format("blocks of {} and {} rows cannot stand side by side", height, value.rows()));
-            }
-            first = false;
+            const bool first = layout.parts.size() == before;
+            require(first || value.rows() == height, "kxsh:operand",
+                    "blocks of {} and {} rows cannot stand side by side", height, value.rows());
             height = value.rows();
-            layout.blocks.push_back({elementsOf(value), layout.m, width});
+            layout.parts.push_back({elementsOf(value), layout.m, width});
             width = added(width, value.columns());
         }
-        if (first) {
-            continue;
+        if (layout.parts.size() != before) {
+            require(before == 0 || width == layout.n, "kxsh:operand",
+                    "rows of {} and {} columns cannot stand on each other", layout.n, width);
+            layout.n = width;
+            layout.m = added(layout.m, height);
         }
-        if (layout.blocks.front().row != layout.m && width != layout.n) {
-            throw Error("kxsh:operand",
-                        fmt::format("rows of {} and {} columns cannot stand on each other", layout.n, width));
-        }
-        layout.n = width;
-        layout.m = added(layout.m, height);
     }
     return layout;
 }
 
-kxClassID commonClass(const std::vector<Block>& blocks)
+/// The first of the highest rank.
+kxClassID commonClass(const std::vector<Part>& parts)
 {
-    const auto has = [&](auto test) {
-        return std::find_if(blocks.begin(), blocks.end(),
-                            [&](const Block& block) { return test(block.value.classId()); });
+    const auto rank = [](kxClassID id) {
+        return isIntegerClass(id)     ? 4
+               : id == kxCHAR_CLASS   ? 3
+               : id == kxSINGLE_CLASS ? 2
+               : id == kxDOUBLE_CLASS ? 1
+                                      : 0;
     };
-    const auto integer = has(isIntegerClass);
-    if (integer != blocks.end()) {
-        return integer->value.classId();
+    kxClassID common = kxLOGICAL_CLASS;
+    for (const Part& part : parts) {
+        common = rank(part.value.classId()) > rank(common) ? part.value.classId() : common;
     }
-    for (const kxClassID id : {kxCHAR_CLASS, kxSINGLE_CLASS}) {
-        if (has([id](kxClassID other) { return other == id; }) != blocks.end()) {
-            return id;
-        }
-    }
-    return has([](kxClassID id) { return id != kxLOGICAL_CLASS; }) == blocks.end() ? kxLOGICAL_CLASS : kxDOUBLE_CLASS;
+    return common;
 }
 
-/// Copies entries of a block to where `next` stands in the whole.
-template <typename T>
-void appendEntries(const Value& part, unsigned first, unsigned count, unsigned rowOffset, Value& whole, unsigned next)
+/// Copies entries of a part to where `next` stands in the whole.
+void appendEntries(const Part& part, unsigned first, unsigned count, Value& whole, unsigned next)
 {
-    const unsigned* from = part.rowIndices() + first;
-    unsigned* to = whole.rowIndices() + next;
-    for (unsigned k = 0; k < count; ++k) {
-        to[k] = from[k] + rowOffset;
-    }
-    std::copy_n(part.data<T>() + first, count, whole.data<T>() + next);
-    if (const T* im = part.imagData<T>()) {
-        std::copy_n(im + first, count, whole.imagData<T>() + next);
-    } else if (whole.isComplex()) {
-        std::fill_n(whole.imagData<T>() + next, count, T{});
-    }
+    const unsigned* from = part.value.rowIndices() + first;
+    std::transform(from, from + count, whole.rowIndices() + next, [&](unsigned row) { return row + part.row; });
+    copyValues(part.value, first, count, whole, next);
 }
 
-/// Blocks of the whole height, one beside the other: each goes over in large pieces.
-template <typename T>
-void putSideBySide(const std::vector<Block>& blocks, Value& whole)
+/// Parts of the whole height, one beside the other: each goes over in large pieces.
+void putSideBySide(const std::vector<Part>& parts, Value& whole)
 {
     constexpr unsigned kPiece = 1U << 20;
     unsigned next = 0;
-    for (const Block& block : blocks) {
-        const unsigned* from = block.value.starts();
-        const unsigned count = block.value.entries();
+    for (const Part& part : parts) {
+        const unsigned* from = part.value.starts();
+        const unsigned count = part.value.entries();
         for (unsigned first = 0; first < count; first += kPiece) {
             pollInterrupt();
-            appendEntries<T>(block.value, first, std::min(kPiece, count - first), 0, whole, next + first);
+            appendEntries(part, first, std::min(kPiece, count - first), whole, next + first);
         }
-        std::transform(from, from + block.value.columns(), whole.starts() + block.column,
+        std::transform(from, from + part.value.columns(), whole.starts() + part.column,
                        [next](unsigned start) { return next + start; });
         next += count;
     }
     whole.starts()[whole.columns()] = next;
 }
 
-/// Column by column, from the uppermost block down.
-template <typename T>
-void stack(const std::vector<Block>& blocks, Value& whole)
+/// Column by column, from the uppermost part down.
+void stack(const std::vector<Part>& parts, Value& whole)
 {
     unsigned* starts = whole.starts();
     const unsigned n = whole.columns();
-    for (const Block& block : blocks) {
-        for (unsigned j = 0; j < block.value.columns(); ++j) {
-            starts[block.column + j + 1] += block.value.starts()[j + 1] - block.value.starts()[j];
+    for (const Part& part : parts) {
+        for (unsigned j = 0; j < part.value.columns(); ++j) {
+            starts[part.column + j + 1] += part.value.starts()[j + 1] - part.value.starts()[j];
         }
     }
     unsigned first = 0;
     for (unsigned j = 0; j < n; ++j) {
         starts[j] = std::exchange(first, first + starts[j + 1]);
     }
-    for (const Block& block : blocks) { // now starts[j] is where column j goes on
-        const unsigned* from = block.value.starts();
-        for (unsigned j = 0; j < block.value.columns(); ++j) {
+    for (const Part& part : parts) { // now starts[j] is where column j goes on
+        const unsigned* from = part.value.starts();
+        for (unsigned j = 0; j < part.value.columns(); ++j) {
             pollInterrupt();
-            unsigned& next = starts[block.column + j];
             const unsigned count = from[j + 1] - from[j];
-            appendEntries<T>(block.value, from[j], count, block.row, whole, next);
-            next += count;
+            appendEntries(part, from[j], count, whole,
+                          std::exchange(starts[part.column + j], starts[part.column + j] + count));
         }
     }
     std::copy_backward(starts, starts + n, starts + n + 1);
     starts[0] = 0;
 }
 
-Value sparseWhole(Layout layout, kxClassID id, bool complex)
+Value sparseWhole(const Layout& layout, kxClassID id, kxComplexity complexity)
 {
     std::uint64_t entries = 0;
-    for (Block& block : layout.blocks) {
-        block.value = converted(asSparse(block.value), id);
-        entries += block.value.entries();
+    bool sideBySide = true;
+    std::vector<Part> parts = layout.parts;
+    for (Part& part : parts) {
+        part.value = converted(asSparse(part.value), id);
+        entries += part.value.entries();
+        sideBySide = sideBySide && part.value.rows() == layout.m;
     }
-    Value whole = Value::sparse(layout.m, layout.n, entryCount(entries), id, complex ? kxCOMPLEX : kxREAL);
-    const bool sideBySide = std::all_of(layout.blocks.begin(), layout.blocks.end(),
-                                        [&](const Block& block) { return block.value.rows() == layout.m; });
-    withElementType(id, [&]<typename T>(std::type_identity<T>) {
-        sideBySide ? putSideBySide<T>(layout.blocks, whole) : stack<T>(layout.blocks, whole);
-    });
+    Value whole = Value::sparse(layout.m, layout.n, entryCount(entries), id, complexity);
+    sideBySide ? putSideBySide(parts, whole) : stack(parts, whole);
     return whole;
 }
 
-void copyBlock(void* whole, const void* part, const Block& block, unsigned m, std::size_t size)
+Value fullWhole(const Layout& layout, kxClassID id, kxComplexity complexity)
 {
-    const std::size_t height = block.value.rows();
-    for (std::size_t j = 0; j < block.value.columns() && height != 0; ++j) {
-        pollInterrupt();
-        std::memcpy(static_cast<char*>(whole) + ((block.column + j) * m + block.row) * size,
-                    static_cast<const char*>(part) + j * height * size, height * size);
-    }
-}
-
-Value fullWhole(const Layout& layout, kxClassID id, bool complex)
-{
-    Value whole = Value::full(layout.m, layout.n, id, complex ? kxCOMPLEX : kxREAL);
-    const std::size_t size = kx::kxGetElementSize(whole.get());
-    for (const Block& block : layout.blocks) {
-        const Value part = converted(block.value, id);
-        copyBlock(whole.get()->pr, part.get()->pr, block, layout.m, size);
-        if (part.isComplex()) {
-            copyBlock(whole.get()->pi, part.get()->pi, block, layout.m, size);
+    Value whole = Value::full(layout.m, layout.n, id, complexity);
+    for (const Part& part : layout.parts) {
+        const Value value = converted(part.value, id);
+        const std::size_t height = value.rows();
+        for (std::size_t j = 0; j < value.columns(); ++j) {
+            pollInterrupt();
+            copyValues(value, j * height, height, whole, (part.column + j) * layout.m + part.row);
         }
     }
     return whole;
@@ -200,17 +168,16 @@ Value concatenate(const std::vector<std::vector<Value>>& rows)
 {
     pollInterrupt();
     const Layout layout = layOut(rows);
-    if (layout.blocks.empty()) {
+    if (layout.parts.empty()) {
         return Value::full(0, 0);
     }
-    const auto any = [&](auto test) {
-        return std::any_of(layout.blocks.begin(), layout.blocks.end(),
-                           [&](const Block& block) { return test(block.value); });
-    };
-    const bool complex = any([](const Value& value) { return value.isComplex(); });
-    const kxClassID id = commonClass(layout.blocks);
-    return any([](const Value& value) { return value.isSparse(); }) ? sparseWhole(layout, id, complex)
-                                                                    : fullWhole(layout, id, complex);
+    bool complex = false;
+    bool sparse = false;
+    for (const Part& part : layout.parts) {
+        complex = complex || part.value.isComplex();
+        sparse = sparse || part.value.isSparse();
+    }
+    return (sparse ? sparseWhole : fullWhole)(layout, commonClass(layout.parts), complex ? kxCOMPLEX : kxREAL);
 }
 
 } // namespace kxsh

@@ -2,10 +2,13 @@
 #ifndef KXSH_ERROR_HPP
 #define KXSH_ERROR_HPP
 
+#include <fmt/format.h>
+
 #include <cstddef>
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace kxsh {
 
@@ -28,14 +31,30 @@ class Error : public std::runtime_error
 class SyntaxError : public Error
 {
   public:
+    /// `offset` is where in the source the fault lies, in bytes.
     SyntaxError(const std::string& text, std::size_t offset) : Error("kxsh:syntax", text), offset_(offset) {}
 
-    /// Where in the source the fault lies, in bytes.
     [[nodiscard]] std::size_t offset() const noexcept { return offset_; }
 
   private:
     std::size_t offset_;
 };
+
+/// Raises an error; `text` is a format of its parts.
+template <typename... Parts>
+[[noreturn, gnu::cold]] void fail(const char* identifier, fmt::format_string<Parts...> text, Parts&&... parts)
+{
+    throw Error(identifier, fmt::format(text, std::forward<Parts>(parts)...));
+}
+
+/// Raises the error unless a condition holds. The parts are evaluated all the same.
+template <typename... Parts>
+void require(bool holds, const char* identifier, fmt::format_string<Parts...> text, Parts&&... parts)
+{
+    if (!holds) {
+        fail(identifier, text, std::forward<Parts>(parts)...);
+    }
+}
 
 /// An error reduced to what is shown of it.
 struct ErrorReport

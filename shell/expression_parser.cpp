@@ -1,6 +1,7 @@
 #include "expression_parser.hpp"
 
-#include <fmt/format.h>
+#include <algorithm>
+#include <utility>
 
 namespace kxsh {
 
@@ -8,7 +9,43 @@ namespace {
 
 constexpr int kMaxDepth = 250;
 
+ExpressionPtr makeBinary(std::size_t offset, BinaryOperator op, ExpressionPtr left, ExpressionPtr right)
+{
+    Expressions operands;
+    operands.push_back(std::move(left));
+    operands.push_back(std::move(right));
+    ExpressionPtr result = makeNode(Kind::kBinary, offset, std::move(operands));
+    result->op = op;
+    return result;
+}
+
 } // namespace
+
+ExpressionPtr makeNode(Kind kind, std::size_t offset, Expressions parts)
+{
+    auto result = std::make_unique<Expression>(Expression{kind, offset, std::move(parts)});
+    for (const ExpressionPtr& part : result->parts) {
+        result->height = std::max(result->height, part->height + 1);
+    }
+    if (result->height > kMaxHeight) {
+        throw SyntaxError("the expression is too long", offset);
+    }
+    return result;
+}
+
+ExpressionPtr makeLiteral(std::size_t offset, Value value)
+{
+    ExpressionPtr result = makeNode(Kind::kLiteral, offset);
+    result->value = std::move(value);
+    return result;
+}
+
+ExpressionPtr makeCall(Kind kind, std::size_t offset, std::string name, Expressions arguments)
+{
+    ExpressionPtr result = makeNode(kind, offset, std::move(arguments));
+    result->name = std::move(name);
+    return result;
+}
 
 ExpressionParser::Nesting::Nesting(ExpressionParser& parser) : parser_(parser)
 {
@@ -82,7 +119,7 @@ ExpressionPtr ExpressionParser::binary(int level)
     while (const Infix* infix = acceptInfix(level)) {
         const std::size_t offset = previous().offset;
         ExpressionPtr right = binary(level + 1);
-        left = makeExpression<BinaryNode>(offset, infix->op, std::move(left), std::move(right));
+        left = makeBinary(offset, infix->op, std::move(left), std::move(right));
     }
     return left;
 }
@@ -94,13 +131,12 @@ ExpressionPtr ExpressionParser::range()
         return start;
     }
     const std::size_t offset = current().offset;
-    ++at_;
-    ExpressionPtr stop = binary(kRangeLevel + 1);
-    ExpressionPtr step;
-    if (accept(":")) {
-        step = std::exchange(stop, binary(kRangeLevel + 1));
+    Expressions parts;
+    parts.push_back(std::move(start));
+    while (parts.size() < 3 && accept(":")) {
+        parts.push_back(binary(kRangeLevel + 1));
     }
-    return makeExpression<RangeNode>(offset, std::move(start), std::move(step), std::move(stop));
+    return makeNode(Kind::kRange, offset, std::move(parts));
 }
 
 /// Signs, and ~, before an operand: -x is -1 * x, and ~x is x == 0.
@@ -108,12 +144,12 @@ ExpressionPtr ExpressionParser::signedBy(ExpressionPtr (ExpressionParser::*opera
 {
     const Nesting nesting(*this);
     const std::size_t offset = current().offset;
-    const auto literal = [offset](double number) { return makeExpression<LiteralNode>(offset, Value::number(number)); };
+    const auto literal = [offset](double number) { return makeLiteral(offset, Value::number(number)); };
     if (accept("-")) {
-        return makeExpression<BinaryNode>(offset, BinaryOperator::kMultiply, literal(-1), signedBy(operand));
+        return makeBinary(offset, BinaryOperator::kMultiply, literal(-1), signedBy(operand));
     }
     if (operand == &ExpressionParser::postfix && accept("~")) {
-        return makeExpression<BinaryNode>(offset, BinaryOperator::kEqual, signedBy(operand), literal(0));
+        return makeBinary(offset, BinaryOperator::kEqual, signedBy(operand), literal(0));
     }
     return accept("+") ? signedBy(operand) : (this->*operand)();
 }
@@ -125,12 +161,14 @@ ExpressionPtr ExpressionParser::postfix()
     for (;;) {
         const std::size_t offset = current().offset;
         if (current().is("'") || current().is(".'")) {
-            const bool conjugates = current().is("'");
+            const Kind kind = current().is("'") ? Kind::kConjugate : Kind::kTranspose;
             ++at_;
-            result = called(makeExpression<TransposeNode>(offset, std::move(result), conjugates));
+            Expressions operand;
+            operand.push_back(std::move(result));
+            result = called(makeNode(kind, offset, std::move(operand)));
         } else if (const Infix* power = acceptInfix(kPowerLevel)) {
             ExpressionPtr exponent = signedBy(&ExpressionParser::exponent);
-            result = makeExpression<BinaryNode>(offset, power->op, std::move(result), std::move(exponent));
+            result = makeBinary(offset, power->op, std::move(result), std::move(exponent));
         } else {
             return result;
         }
@@ -143,30 +181,33 @@ ExpressionPtr ExpressionParser::called(ExpressionPtr result)
     while (current().is("(") && !(inMatrix_ && current().spaceBefore)) {
         ++at_;
         const std::size_t offset = result->offset;
-        std::vector<ExpressionPtr> inner = arguments();
-        result = makeExpression<ApplyNode>(offset, std::move(result), std::move(inner));
+        std::string name = result->kind == Kind::kName ? result->name : "";
+        Expressions parts;
+        if (name.empty()) {
+            parts.push_back(std::move(result));
+        }
+        arguments(parts);
+        result = makeCall(Kind::kApply, offset, std::move(name), std::move(parts));
     }
     return result;
 }
 
-std::vector<ExpressionPtr> ExpressionParser::arguments()
+void ExpressionParser::arguments(Expressions& parts)
 {
     const bool outer = std::exchange(inMatrix_, false);
-    std::vector<ExpressionPtr> result;
     if (!current().is(")")) {
         do {
-            result.push_back(argument());
+            parts.push_back(argument());
         } while (accept(","));
     }
     expect(")");
     inMatrix_ = outer;
-    return result;
 }
 
 ExpressionPtr ExpressionParser::argument()
 {
     if (current().is(":") && (next().is(",") || next().is(")"))) {
-        return makeExpression<LiteralNode>(tokens_[at_++].offset, Value(kx::kxCreateColon()));
+        return makeLiteral(tokens_[at_++].offset, Value(kx::kxCreateColon()));
     }
     return expression();
 }
@@ -177,19 +218,19 @@ ExpressionPtr ExpressionParser::primary()
     switch (token.kind) {
     case TokenKind::kNumber:
         ++at_;
-        return makeExpression<LiteralNode>(token.offset, Value::number(token.number));
+        return makeLiteral(token.offset, Value::number(token.number));
     case TokenKind::kImaginary:
         ++at_;
-        return makeExpression<LiteralNode>(token.offset, Value::complexNumber(0, token.number));
+        return makeLiteral(token.offset, Value::complexNumber(0, token.number));
     case TokenKind::kString:
         ++at_;
-        return makeExpression<LiteralNode>(token.offset, Value::text(token.text));
+        return makeLiteral(token.offset, Value::text(token.text));
     case TokenKind::kName:
         ++at_;
-        return makeExpression<NameNode>(token.offset, token.text);
+        return makeCall(Kind::kName, token.offset, token.text, {});
     case TokenKind::kEnd:
         ++at_;
-        return makeExpression<EndNode>(token.offset);
+        return makeNode(Kind::kEnd, token.offset);
     default:
         break;
     }
@@ -210,27 +251,29 @@ ExpressionPtr ExpressionParser::matrix()
 {
     const bool outer = std::exchange(inMatrix_, true);
     const std::size_t offset = previous().offset;
-    std::vector<std::vector<ExpressionPtr>> rows;
-    bool rowOpen = false;
+    Expressions rows;
+    Expressions row;
+    const auto closeRow = [&] {
+        if (!row.empty()) {
+            rows.push_back(makeNode(Kind::kRow, offset, std::exchange(row, {})));
+        }
+    };
     while (!accept("]")) {
         if (current().kind == TokenKind::kSemicolon || current().kind == TokenKind::kNewline) {
-            rowOpen = false;
+            closeRow();
             ++at_;
-            continue;
-        }
-        if (!rowOpen) {
-            rows.emplace_back();
-            rowOpen = true;
         } else {
-            accept(",");
-            if (current().is("]") || current().kind == TokenKind::kNewline) {
-                continue;
+            if (!row.empty()) {
+                accept(",");
+            }
+            if (!current().is("]") && current().kind != TokenKind::kNewline) {
+                row.push_back(expression());
             }
         }
-        rows.back().push_back(expression());
     }
+    closeRow();
     inMatrix_ = outer;
-    return makeExpression<MatrixNode>(offset, std::move(rows));
+    return makeNode(Kind::kMatrix, offset, std::move(rows));
 }
 
 } // namespace kxsh

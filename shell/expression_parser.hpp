@@ -6,9 +6,8 @@
 #include "error.hpp"
 #include "lexer.hpp"
 
-#include <algorithm>
+#include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace kxsh {
@@ -17,35 +16,11 @@ namespace kxsh {
 /// forgetting it alike.
 constexpr int kMaxHeight = 1500;
 
-template <typename Part>
-int heightOf(const Part&)
-{
-    return 0;
-}
-inline int heightOf(const ExpressionPtr& operand)
-{
-    return operand ? operand->height : 0;
-}
-template <typename Part>
-int heightOf(const std::vector<Part>& parts)
-{
-    int height = 0;
-    for (const Part& part : parts) {
-        height = std::max(height, heightOf(part));
-    }
-    return height;
-}
-
 /// A node at `offset` of these parts. Raises SyntaxError when it gets too high.
-template <typename Node, typename... Parts>
-ExpressionPtr makeExpression(std::size_t offset, Parts... parts)
-{
-    const int highest = std::max({0, heightOf(parts)...});
-    if (highest >= kMaxHeight) {
-        throw SyntaxError("the expression is too long", offset);
-    }
-    return std::make_unique<Expression>(Expression{Node{std::move(parts)...}, offset, highest + 1});
-}
+ExpressionPtr makeNode(Kind kind, std::size_t offset, Expressions parts = {});
+ExpressionPtr makeLiteral(std::size_t offset, Value value);
+/// name(arguments), as a call or a command.
+ExpressionPtr makeCall(Kind kind, std::size_t offset, std::string name, Expressions arguments);
 
 /// Walks the tokens of a source text and reads expressions off them, by recursive descent; loosest first: |, &,
 /// comparison, range, sum, product, sign and ~, postfix (call, transpose, power), primary. An expression may be as high
@@ -79,7 +54,7 @@ class ExpressionParser
     ExpressionPtr postfix();
     ExpressionPtr called(ExpressionPtr result);
     ExpressionPtr exponent() { return called(primary()); }
-    std::vector<ExpressionPtr> arguments();
+    void arguments(Expressions& parts);
     ExpressionPtr argument();
     ExpressionPtr primary();
     ExpressionPtr matrix();

@@ -3,8 +3,6 @@
 #include "error.hpp"
 #include "interrupt.hpp"
 
-#include <fmt/format.h>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,8 +22,7 @@ namespace {
 
 [[noreturn]] void raiseFileError(std::string_view verb, const fs::path& path, int reason)
 {
-    throw Error("kxsh:file",
-                fmt::format("cannot {} {}: {}", verb, path.string(), std::generic_category().message(reason)));
+    fail("kxsh:file", "cannot {} {}: {}", verb, path.string(), std::generic_category().message(reason));
 }
 
 } // namespace
@@ -65,9 +62,7 @@ std::string readFile(const fs::path& path)
         pollInterrupt();
         raiseFileError("read", path, number);
     }
-    if (status != Z_OK && status != Z_STREAM_END) {
-        throw Error("kxsh:file", fmt::format("cannot read {}: {}", path.string(), reason));
-    }
+    require(status == Z_OK || status == Z_STREAM_END, "kxsh:file", "cannot read {}: {}", path.string(), reason);
     return bytes;
 }
 
@@ -82,9 +77,7 @@ OutputFile::OutputFile(fs::path path) : path_(std::move(path))
         return;
     }
     if (fs::is_symlink(path_, ignored)) {
-        if (!fs::exists(path_, ignored)) {
-            throw Error("kxsh:file", fmt::format("cannot write {}: it is a link to nothing", path_.string()));
-        }
+        require(fs::exists(path_, ignored), "kxsh:file", "cannot write {}: it is a link to nothing", path_.string());
         path_ = fs::canonical(path_, ignored);
     }
     const auto status = fs::status(path_, ignored);

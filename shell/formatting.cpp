@@ -1,10 +1,9 @@
-#include "formatting.hpp"
+// Text by a format, as printf knows it.
 
 #include "error.hpp"
 #include "interrupt.hpp"
-#include "numbers.hpp"
+#include "printing.hpp"
 
-#include <fmt/format.h>
 #include <fmt/printf.h>
 
 #include <algorithm>
@@ -28,9 +27,7 @@ char escaped(char c)
 {
     constexpr std::string_view kLetters = "ntr\\";
     const std::size_t known = kLetters.find(c);
-    if (known == std::string_view::npos) {
-        throw Error("kxsh:arguments", fmt::format("the format has an unknown escape '\\{}'", c));
-    }
+    require(known != std::string_view::npos, "kxsh:arguments", "the format has an unknown escape '\\{}'", c);
     return "\n\t\r\\"[known];
 }
 
@@ -54,9 +51,8 @@ std::vector<Piece> piecesOf(const std::string& format)
             const auto first = format.begin() + static_cast<std::ptrdiff_t>(at);
             if (!std::regex_search(first, format.end(), found, kConversion, std::regex_constants::match_continuous)) {
                 const std::size_t stop = std::min(format.find_first_not_of("+-0 #123456789.", at + 1), at + 12);
-                throw Error("kxsh:arguments",
-                            fmt::format("the format has a conversion that is unknown or too wide, '{}'",
-                                        format.substr(at, stop - at + 1)));
+                fail("kxsh:arguments", "the format has a conversion that is unknown or too wide, '{}'",
+                     format.substr(at, stop - at + 1));
             }
             at += static_cast<std::size_t>(found.length()) - 1;
             pieces.back().flags = found.str();

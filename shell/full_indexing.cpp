@@ -1,7 +1,7 @@
 #include "full_indexing.hpp"
 
-#include "concatenation.hpp"
 #include "interrupt.hpp"
+#include "operators.hpp"
 
 #include <zqspmatrix.h>
 

@@ -1,9 +1,7 @@
 #include "functions.hpp"
 
 #include "error.hpp"
-#include "numbers.hpp"
-
-#include <fmt/format.h>
+#include "printing.hpp"
 
 #include <algorithm>
 #include <array>
@@ -54,13 +52,11 @@ constexpr std::string_view kLanguage =
 void requireCount(const Function& function, Arguments arguments)
 {
     if (arguments.size() < function.leastArguments || arguments.size() > function.mostArguments) {
-        throw Error("kxsh:arguments", fmt::format("{} does not take {} argument{}; usage: {}", function.name,
-                                                  arguments.size(), arguments.size() == 1 ? "" : "s", function.usage));
+        fail("kxsh:arguments", "{} does not take {} argument{}; usage: {}", function.name, arguments.size(),
+             arguments.size() == 1 ? "" : "s", function.usage);
     }
     for (const Value& argument : arguments) {
-        if (argument.isColon()) {
-            throw Error("kxsh:arguments", fmt::format("{} takes no ':'; usage: {}", function.name, function.usage));
-        }
+        require(!argument.isColon(), "kxsh:arguments", "{} takes no ':'; usage: {}", function.name, function.usage);
     }
 }
 
@@ -69,16 +65,11 @@ std::string topicText(const Session& session, std::string_view topic)
     const Function* function = findFunction(topic);
     if (function == nullptr) {
         const std::string close = closestName(session, topic);
-        throw Error("kxsh:undefined",
-                    fmt::format("there is no function '{}'{}", topic,
-                                findFunction(close) == nullptr ? std::string("; help lists them all")
-                                                               : fmt::format("; did you mean '{}'?", close)));
+        fail("kxsh:undefined", "there is no function '{}'{}", topic,
+             findFunction(close) == nullptr ? "; help lists them all" : fmt::format("; did you mean '{}'?", close));
     }
-    std::string text = fmt::format("{}\n  {}.\n", function->usage, function->summary);
-    if (!function->details.empty()) {
-        text += fmt::format("  {}\n", function->details);
-    }
-    return text + fmt::format("  Example: {}\n", function->example);
+    const std::string details = function->details.empty() ? "" : fmt::format("  {}\n", function->details);
+    return fmt::format("{}\n  {}.\n{}  Example: {}\n", function->usage, function->summary, details, function->example);
 }
 
 std::string overview()
@@ -96,28 +87,24 @@ std::string overview()
 std::string replaced(std::string_view text, std::string_view from, std::string_view to)
 {
     std::string result;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t next = std::min(text.find(from, at), text.size());
-        result.append(text, at, next - at);
-        if (next < text.size()) {
-            result.append(to);
-        }
-        at = next + from.size();
+    for (std::size_t at = text.find(from); at != std::string_view::npos; at = text.find(from)) {
+        result.append(text.substr(0, at)).append(to);
+        text.remove_prefix(at + from.size());
     }
-    return result;
+    return result.append(text);
 }
 
 } // namespace
 
 std::span<const Topic> topics()
 {
-    static const std::array<Topic, 7> all = {{{"Making arrays", creationFunctions()},
-                                              {"Classes and parts", conversionFunctions()},
-                                              {"Looking at arrays", inspectionFunctions()},
-                                              {"Parts of matrices", partFunctions()},
-                                              {"Along a dimension", reductionFunctions()},
-                                              {"Files and pictures", fileFunctions()},
-                                              {"The session", sessionFunctions()}}};
+    static const std::array<Topic, 7> all = {{{"Making arrays", creationFunctions},
+                                              {"Classes and parts", conversionFunctions},
+                                              {"Looking at arrays", inspectionFunctions},
+                                              {"Parts of matrices", partFunctions},
+                                              {"Along a dimension", reductionFunctions},
+                                              {"Files and pictures", fileFunctions},
+                                              {"The session", sessionFunctions}}};
     return all;
 }
 
@@ -142,10 +129,8 @@ Value callFunction(const Function& function, Session& session, Arguments argumen
 std::vector<Value> callForSeveral(const Function& function, Session& session, Arguments arguments, std::size_t results)
 {
     requireCount(function, arguments);
-    if (results > function.mostResults) {
-        throw Error("kxsh:arguments", fmt::format("{} gives {} result{} at most, not {}", function.name,
-                                                  function.mostResults, function.mostResults == 1 ? "" : "s", results));
-    }
+    require(results <= function.mostResults, "kxsh:arguments", "{} gives {} result{} at most, not {}", function.name,
+            function.mostResults, function.mostResults == 1 ? "" : "s", results);
     return function.callForSeveral(session, arguments, results);
 }
 
@@ -154,6 +139,10 @@ std::string closestName(const Session& session, std::string_view name)
     std::string best;
     std::size_t bestDistance = std::max<std::size_t>(1, name.size() / 3) + 1;
     const auto consider = [&](std::string_view candidate) {
+        const auto [shorter, longer] = std::minmax({name.size(), candidate.size()});
+        if (longer - shorter >= bestDistance) {
+            return;
+        }
         const std::size_t distance = distanceOf(name, candidate);
         if (distance < bestDistance) {
             bestDistance = distance;
@@ -205,40 +194,33 @@ std::string functionPage(PageFormat format)
 
 double realScalar(const Value& value, std::string_view what)
 {
-    if (!value.isScalar() || value.isComplex()) {
-        throw Error("kxsh:arguments", fmt::format("{} must be one real number", what));
-    }
+    require(value.isScalar() && !value.isComplex(), "kxsh:arguments", "{} must be one real number", what);
     return firstNumber(value);
 }
 
 unsigned sizeArgument(const Value& value, std::string_view what)
 {
     const double number = realScalar(value, what);
+    const unsigned most = kx::kxGetMaxNumberOfElements();
     if (!(number >= 0) || number != std::floor(number)) {
-        throw Error("kxsh:arguments",
-                    fmt::format("{} must be a whole number from 0 up, not {}", what, shortNumber(number, 10)));
+        fail("kxsh:arguments", "{} must be a whole number from 0 up, not {}", what, shortNumber(number, 10));
     }
-    if (number > kx::kxGetMaxNumberOfElements()) {
-        throw Error("kx:sizeLimit", fmt::format("{}, {}, is above the limit of {}", what, shortNumber(number, 10),
-                                                kx::kxGetMaxNumberOfElements()));
+    if (number > most) {
+        fail("kx:sizeLimit", "{}, {}, is above the limit of {}", what, shortNumber(number, 10), most);
     }
     return static_cast<unsigned>(number);
 }
 
 std::string textArgument(const Value& value, std::string_view what)
 {
-    if (!value.isText()) {
-        throw Error("kxsh:arguments", fmt::format("{} must be a string, such as 'name'", what));
-    }
+    require(value.isText(), "kxsh:arguments", "{} must be a string, such as 'name'", what);
     return textOf(value);
 }
 
 std::string fileArgument(const Value& value)
 {
     std::string name = textArgument(value, "the file name");
-    if (name.find('\0') != std::string::npos) {
-        throw Error("kxsh:arguments", "the file name holds a NUL");
-    }
+    require(name.find('\0') == std::string::npos, "kxsh:arguments", "the file name holds a NUL");
     return name;
 }
 

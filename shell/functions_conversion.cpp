@@ -1,6 +1,5 @@
 #include "functions.hpp"
 
-#include "elementwise.hpp"
 #include "error.hpp"
 #include "operators.hpp"
 
@@ -18,18 +17,10 @@ Value complex(Session&, Arguments arguments)
 {
     const Value& re = arguments[0];
     const Value& im = arguments[1];
-    if (re.isComplex() || im.isComplex()) {
-        throw Error("kxsh:arguments", "complex takes two real arrays");
-    }
-    if (!re.isScalar() && !im.isScalar() && !re.sameShape(im)) {
-        throw Error("kxsh:arguments", "complex takes two arrays of one shape, or a number and an array");
-    }
-    const Value a = converted(re, kxDOUBLE_CLASS);
-    const Value b = converted(im, kxDOUBLE_CLASS);
-    using Complex = std::complex<double>;
-    const auto join = [](Complex x, Complex y) { return Complex(x.real(), y.real()); };
-    return a.isSparse() && b.isSparse() && a.sameShape(b) ? sparseMerge<Complex>(a, b, join, false)
-                                                          : fullElementwise<Complex>(asFull(a), asFull(b), join);
+    require(!re.isComplex() && !im.isComplex(), "kxsh:arguments", "complex takes two real arrays");
+    require(re.isScalar() || im.isScalar() || re.sameShape(im), "kxsh:arguments",
+            "complex takes two arrays of one shape, or a number and an array");
+    return complexOf(re, im);
 }
 
 #define KXSH_INTEGER_CLASS(name, id, range)                                                                            \
@@ -66,9 +57,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> conversionFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> conversionFunctions = kFunctions;
 
 } // namespace kxsh

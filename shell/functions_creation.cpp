@@ -5,10 +5,8 @@
 #include "error.hpp"
 #include "indexing.hpp"
 #include "interrupt.hpp"
-#include "numbers.hpp"
+#include "printing.hpp"
 #include "sampling.hpp"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
@@ -52,12 +50,11 @@ struct Subscripts
     {
         const double v = numbers.data<double>()[k * step];
         if (numbers.isComplex() || !(v >= 1) || v != std::floor(v)) {
-            throw Error("kx:subscript:notPositiveInteger",
-                        fmt::format("{} {} is no positive whole number", what, shortNumber(v, 10)));
+            fail("kx:subscript:notPositiveInteger", "{} {} is no positive whole number", what, shortNumber(v, 10));
         }
         const unsigned most = limit == 0 ? kx::kxGetMaxNumberOfElements() : limit;
         if (v > most) {
-            throw Error("kx:subscript:outOfRange", fmt::format("{} {} is above {}", what, shortNumber(v, 10), most));
+            fail("kx:subscript:outOfRange", "{} {} is above {}", what, shortNumber(v, 10), most);
         }
         return static_cast<unsigned>(v) - 1;
     }
@@ -78,9 +75,8 @@ Value sparseFromEntries(Arguments arguments)
         count = each->isScalar() ? count : each->count();
     }
     for (const Value* each : {&i.numbers, &j.numbers, &v}) {
-        if (!each->isScalar() && each->count() != count) {
-            throw Error("kxsh:arguments", "sparse takes as many rows as columns and values, or one number for all");
-        }
+        require(each->isScalar() || each->count() == count, "kxsh:arguments",
+                "sparse takes as many rows as columns and values, or one number for all");
     }
     const bool sized = arguments.size() == 5;
     Shape shape = sized ? shapeOf(arguments.subspan(3)) : Shape{0, 0};
@@ -92,9 +88,7 @@ Value sparseFromEntries(Arguments arguments)
             shape = {std::max(shape.m, row + 1), std::max(shape.n, column + 1)};
         }
     }
-    if (count != 0 && (shape.m == 0 || shape.n == 0)) {
-        throw Error("kx:subscript:outOfRange", "an empty array holds no entries");
-    }
+    require(count == 0 || (shape.m != 0 && shape.n != 0), "kx:subscript:outOfRange", "an empty array holds no entries");
     Assembly assembly(shape.m, shape.n, kxDOUBLE_CLASS, v.isComplex() ? kxCOMPLEX : kxREAL);
     for (std::size_t k = 0; k < count; ++k) {
         pollAtStep(k);
@@ -116,9 +110,7 @@ Value sparse(Session&, Arguments arguments)
     if (arguments.size() == 1) {
         return asSparse(arguments[0]);
     }
-    if (arguments.size() == 4) {
-        throw Error("kxsh:arguments", "sparse takes m and n together: sparse(i,j,v,m,n)");
-    }
+    require(arguments.size() != 4, "kxsh:arguments", "sparse takes m and n together: sparse(i,j,v,m,n)");
     if (arguments.size() == 2) {
         const auto [m, n] = shapeOf(arguments);
         return Value::sparse(m, n, 1);
@@ -130,13 +122,10 @@ Value sprand(Session&, Arguments arguments)
 {
     const auto [m, n] = shapeOf(arguments);
     const double density = realScalar(arguments[2], "the density");
-    if (!(density >= 0 && density <= 1)) {
-        throw Error("kxsh:arguments", fmt::format("the density must lie between 0 and 1, not {}", density));
-    }
+    require(density >= 0 && density <= 1, "kxsh:arguments", "the density must lie between 0 and 1, not {}", density);
     const double expected = std::round(density * static_cast<double>(std::uint64_t{m} * n));
-    if (expected > kx::kxGetMaxNumberOfElements()) {
-        throw Error("kx:sizeLimit", fmt::format("{} entries are too many for one sparse array", expected));
-    }
+    require(expected <= kx::kxGetMaxNumberOfElements(), "kx:sizeLimit", "{} entries are too many for one sparse array",
+            expected);
     Sampler sampler(seedOf(arguments, 3));
     const std::vector<std::uint64_t> places =
         sampler.choose(static_cast<std::uint64_t>(expected), std::uint64_t{m} * n);
@@ -241,9 +230,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> creationFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> creationFunctions = kFunctions;
 
 } // namespace kxsh

@@ -1,11 +1,9 @@
 #include "functions.hpp"
 
-#include "equality.hpp"
 #include "error.hpp"
 #include "indexing.hpp"
 #include "interrupt.hpp"
-
-#include <fmt/format.h>
+#include "operators.hpp"
 
 #include <algorithm>
 
@@ -18,9 +16,7 @@ Value size(Session&, Arguments arguments)
     const Value& array = arguments[0];
     if (arguments.size() == 2) {
         const unsigned dimension = sizeArgument(arguments[1], "the dimension");
-        if (dimension != 1 && dimension != 2) {
-            throw Error("kxsh:arguments", "the dimension is 1 (rows) or 2 (columns)");
-        }
+        require(dimension == 1 || dimension == 2, "kxsh:arguments", "the dimension is 1 (rows) or 2 (columns)");
         return Value::number(dimension == 1 ? array.rows() : array.columns());
     }
     Value result = Value::full(1, 2);
@@ -31,109 +27,69 @@ Value size(Session&, Arguments arguments)
 
 std::vector<Value> sizes(Session&, Arguments arguments, std::size_t)
 {
-    if (arguments.size() == 2) {
-        throw Error("kxsh:arguments", "size(A,dimension) gives one result");
-    }
+    require(arguments.size() == 1, "kxsh:arguments", "size(A,dimension) gives one result");
     return {Value::number(arguments[0].rows()), Value::number(arguments[0].columns())};
 }
 
-/// Calls visit(k, re, im) for each stored value of a sparse array, or each element of a full one, as doubles.
-template <typename Visit>
-void forEachValue(const Value& array, Visit visit)
+/// The elements of an array that are not zero, in column order.
+class Found
 {
-    const std::size_t count = array.isSparse() ? array.entries() : array.count();
-    withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
-        const T* re = array.data<T>();
-        const T* im = array.imagData<T>();
-        for (std::size_t k = 0; k < count; ++k) {
-            pollAtStep(k);
-            visit(k, static_cast<double>(re[k]), im != nullptr ? static_cast<double>(im[k]) : 0.0);
-        }
-    });
-}
-
-std::size_t nonZeros(const Value& array)
-{
-    std::size_t count = 0;
-    forEachValue(array, [&count](std::size_t, double re, double im) { count += re != 0 || im != 0 ? 1 : 0; });
-    return count;
-}
-
-/// What find and its like give: a row for a row, else a column.
-Value foundIn(const Value& array, kxClassID id, kxComplexity complexity)
-{
-    const std::size_t count = nonZeros(array);
-    if (count > kx::kxGetMaxNumberOfElements()) {
-        throw Error("kx:sizeLimit", "too many elements are found");
+  public:
+    explicit Found(const Value& array)
+        : array_(array),
+          entries_(asSparse(array.isSparse() ? array : reshaped(array, static_cast<unsigned>(array.count()), 1)))
+    {
     }
-    const auto length = static_cast<unsigned>(count);
-    return array.rows() == 1 && array.columns() != 1 ? Value::full(1, length, id, complexity)
-                                                     : Value::full(length, 1, id, complexity);
-}
 
-/// Calls visit(k, row, column) for the stored values and elements that are not zero, 0-based.
-template <typename Visit>
-void forEachNonZero(const Value& array, Visit visit)
-{
-    unsigned column = 0;
-    forEachValue(array, [&](std::size_t k, double re, double im) {
-        if (re == 0 && im == 0) {
-            return;
+    /// placeOf(row, column) of each, 0-based, counted from 1.
+    template <typename PlaceOf>
+    [[nodiscard]] Value places(PlaceOf placeOf) const
+    {
+        Value result = list(kxDOUBLE_CLASS, kxREAL);
+        const std::uint64_t m = array_.rows();
+        for (unsigned j = 0; j < entries_.columns(); ++j) {
+            forEachInColumn(entries_, j, [&](std::uint64_t row, std::size_t k) {
+                pollAtStep(k);
+                const std::uint64_t place = array_.isSparse() ? placeOf(row, j) : placeOf(row % m, row / m);
+                result.data<double>()[k] = static_cast<double>(place + 1);
+            });
         }
-        if (!array.isSparse()) {
-            visit(k, k % array.rows(), k / array.rows());
-            return;
-        }
-        while (array.starts()[column + 1] <= k) {
-            ++column;
-        }
-        visit(k, std::size_t{array.rowIndices()[k]}, std::size_t{column});
-    });
-}
+        return result;
+    }
 
-/// placeOf(row, column) of each element that is not zero, counted from 1.
-template <typename PlaceOf>
-Value placesFound(const Value& array, PlaceOf placeOf)
-{
-    Value result = foundIn(array, kxDOUBLE_CLASS, kxREAL);
-    auto* out = result.data<double>();
-    forEachNonZero(array, [&](std::size_t, std::size_t row, std::size_t column) {
-        *out++ = static_cast<double>(placeOf(row, column) + 1);
-    });
-    return result;
-}
+    [[nodiscard]] Value values() const
+    {
+        Value result = list(entries_.classId(), entries_.isComplex() ? kxCOMPLEX : kxREAL);
+        copyValues(entries_, 0, entries_.entries(), result, 0);
+        return result;
+    }
 
-/// In column order.
+  private:
+    /// A row for a row, else a column.
+    [[nodiscard]] Value list(kxClassID id, kxComplexity complexity) const
+    {
+        const bool row = array_.rows() == 1 && array_.columns() != 1;
+        const unsigned count = entries_.entries();
+        return Value::full(row ? 1 : count, row ? count : 1, id, complexity);
+    }
+
+    const Value& array_;
+    Value entries_; ///< of a full array, in one column
+};
+
 Value find(Session&, Arguments arguments)
 {
-    const Value array = elementsOf(arguments[0]);
-    return placesFound(array, [m = std::size_t{array.rows()}](std::size_t i, std::size_t j) { return j * m + i; });
-}
-
-/// The values of the elements that are not zero.
-Value valuesFound(const Value& array)
-{
-    Value result = foundIn(array, array.classId(), array.isComplex() ? kxCOMPLEX : kxREAL);
-    withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
-        std::size_t next = 0;
-        forEachNonZero(array, [&](std::size_t k, std::size_t, std::size_t) {
-            result.data<T>()[next] = array.data<T>()[k];
-            if (array.isComplex()) {
-                result.imagData<T>()[next] = array.imagData<T>()[k];
-            }
-            ++next;
-        });
-    });
-    return result;
+    const std::uint64_t m = arguments[0].rows();
+    return Found(arguments[0]).places([m](std::uint64_t i, std::uint64_t j) { return j * m + i; });
 }
 
 std::vector<Value> findParts(Session&, Arguments arguments, std::size_t results)
 {
-    const Value array = elementsOf(arguments[0]);
-    std::vector<Value> parts = {placesFound(array, [](std::size_t i, std::size_t) { return i; }),
-                                placesFound(array, [](std::size_t, std::size_t j) { return j; })};
+    const Found found(arguments[0]);
+    std::vector<Value> parts = {found.places([](std::uint64_t i, std::uint64_t) { return i; }),
+                                found.places([](std::uint64_t, std::uint64_t j) { return j; })};
     if (results == 3) {
-        parts.push_back(valuesFound(array));
+        parts.push_back(found.values());
     }
     return parts;
 }
@@ -151,7 +107,7 @@ constexpr Function kFunctions[] = {
     {"numel", 1, 1, "numel(A)", "Number of elements, stored or not", "", "numel(speye(4))",
      [](Session&, Arguments a) { return Value::number(static_cast<double>(a[0].count())); }},
     {"nnz", 1, 1, "nnz(A)", "Number of elements that are not zero", "", "nnz(speye(4))",
-     [](Session&, Arguments a) { return Value::number(static_cast<double>(nonZeros(elementsOf(a[0])))); }},
+     [](Session&, Arguments a) { return Value::number(static_cast<double>(nonZeros(a[0]))); }},
     {"nzmax", 1, 1, "nzmax(A)", "Number of entries that a sparse array has room for", "", "nzmax(sparse(3,3))",
      [](Session&, Arguments a) {
          return Value::number(a[0].isSparse() ? a[0].get()->nzmax : static_cast<double>(a[0].count()));
@@ -161,7 +117,7 @@ constexpr Function kFunctions[] = {
      "[i,j,v] = find([0 5; 7 0]);", find, findParts, 3},
     {"nonzeros", 1, 1, "nonzeros(A)", "The elements that are not zero, as a column", "", "nonzeros([0 5; 7 0])",
      [](Session&, Arguments a) {
-         const Value found = valuesFound(elementsOf(a[0]));
+         const Value found = Found(a[0]).values();
          return reshaped(found, static_cast<unsigned>(found.count()), 1);
      }},
     {"class", 1, 1, "class(A)", "Name of the class of the elements", "", "class(speye(2) > 0)",
@@ -175,9 +131,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> inspectionFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> inspectionFunctions = kFunctions;
 
 } // namespace kxsh

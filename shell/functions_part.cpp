@@ -43,9 +43,7 @@ Value filtered(const Value& array, Keep keep)
 double diagonalOf(Arguments arguments)
 {
     const double k = arguments.size() > 1 ? realScalar(arguments[1], "the number of the diagonal") : 0;
-    if (k != std::floor(k)) {
-        throw Error("kxsh:arguments", "the number of the diagonal must be a whole number");
-    }
+    require(k == std::floor(k), "kxsh:arguments", "the number of the diagonal must be a whole number");
     return k;
 }
 
@@ -80,12 +78,7 @@ Value diag(Session& session, Arguments arguments)
     const Value kept = filtered(array, [](unsigned i, unsigned j) { return i == j; });
     Value result = Value::sparse(count, 1, kept.entries(), kept.classId(), kept.isComplex() ? kxCOMPLEX : kxREAL);
     std::copy_n(kept.rowIndices(), kept.entries(), result.rowIndices());
-    withElementType(kept.classId(), [&]<typename T>(std::type_identity<T>) {
-        std::copy_n(kept.data<T>(), kept.entries(), result.data<T>());
-        if (kept.isComplex()) {
-            std::copy_n(kept.imagData<T>(), kept.entries(), result.imagData<T>());
-        }
-    });
+    copyValues(kept, 0, kept.entries(), result, 0);
     result.starts()[1] = kept.entries();
     return result;
 }
@@ -126,9 +119,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> partFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> partFunctions = kFunctions;
 
 } // namespace kxsh

@@ -5,8 +5,6 @@
 #include "interrupt.hpp"
 #include "operators.hpp"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -32,16 +30,13 @@ Direction directionOf(Arguments arguments)
         return {false, !whole && array.rows() != 1};
     }
     if (arguments[1].isText()) {
-        if (textOf(arguments[1]) != "all") {
-            throw Error("kxsh:arguments",
-                        fmt::format("the dimension is 1, 2 or 'all', not '{}'", textOf(arguments[1])));
-        }
+        const std::string word = textOf(arguments[1]);
+        require(word == "all", "kxsh:arguments", "the dimension is 1, 2 or 'all', not '{}'", word);
         return {false, false};
     }
     const unsigned dimension = sizeArgument(arguments[1], "the dimension");
-    if (dimension != 1 && dimension != 2) {
-        throw Error("kxsh:arguments", "the dimension is 1 (down the columns), 2 (along the rows) or 'all'");
-    }
+    require(dimension == 1 || dimension == 2, "kxsh:arguments",
+            "the dimension is 1 (down the columns), 2 (along the rows) or 'all'");
     return {dimension == 2, dimension == 1};
 }
 
@@ -106,12 +101,7 @@ Value sum(Session&, Arguments arguments)
     const Direction direction = directionOf(arguments);
     Value result = folded(array, direction, 0, std::plus<double>());
     if (array.isComplex()) {
-        const Value re = std::move(result);
-        const Value im = folded(array, direction, 0, std::plus<double>(), true);
-        result = Value::full(re.rows(), re.columns(), kxDOUBLE_CLASS, kxCOMPLEX);
-        std::copy_n(re.data<double>(), re.count(), result.data<double>());
-        std::copy_n(im.data<double>(), im.count(), result.imagData<double>());
-        kx::kxFreeImagIfZero(result.get());
+        result = complexOf(result, folded(array, direction, 0, std::plus<double>(), true));
     }
     return array.classId() == kxSINGLE_CLASS ? converted(result, kxSINGLE_CLASS) : result;
 }
@@ -132,9 +122,7 @@ template <bool Greatest>
 Value extremes(Session&, Arguments arguments)
 {
     const Value array = elementsOf(arguments[0]);
-    if (array.isComplex()) {
-        throw Error("kxsh:operand", "complex numbers have no order");
-    }
+    require(!array.isComplex(), "kxsh:operand", "complex numbers have no order");
     const Direction direction = directionOf(arguments);
     if ((array.rows() == 0 && !direction.keepsRows) || (array.columns() == 0 && !direction.keepsColumns)) {
         return Value::full(0, 0, array.classId());
@@ -162,9 +150,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> reductionFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> reductionFunctions = kFunctions;
 
 } // namespace kxsh

@@ -1,11 +1,9 @@
 #include "functions.hpp"
 
 #include "error.hpp"
-#include "formatting.hpp"
 #include "printing.hpp"
 
 #include <fast_float/fast_float.h>
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <chrono>
@@ -23,15 +21,11 @@ double seconds()
 
 Value print(Session& session, Arguments arguments)
 {
-    std::string line;
+    std::vector<std::string> texts;
     for (const Value& argument : arguments) {
-        line += inlineText(argument);
-        line += ' ';
+        texts.push_back(inlineText(argument));
     }
-    if (!line.empty()) {
-        line.pop_back();
-    }
-    session.print(line + '\n');
+    session.print(fmt::format("{}\n", fmt::join(texts, " ")));
     return Value();
 }
 
@@ -55,9 +49,7 @@ Value clear(Session& session, Arguments arguments)
     std::vector<std::string> names;
     for (const Value& argument : arguments) {
         names.push_back(textArgument(argument, "the name"));
-        if (!session.variables.contains(names.back())) {
-            throw Error("kxsh:undefined", fmt::format("there is no variable '{}'", names.back()));
-        }
+        require(session.variables.contains(names.back()), "kxsh:undefined", "there is no variable '{}'", names.back());
     }
     for (const std::string& name : names) {
         session.variables.erase(name);
@@ -75,10 +67,8 @@ Value argument(Session& session, Arguments arguments)
         return Value::number(static_cast<double>(session.arguments.size()));
     }
     const unsigned k = sizeArgument(arguments[0], "the place of the argument");
-    if (k < 1 || k > session.arguments.size()) {
-        throw Error("kxsh:arguments",
-                    fmt::format("there is no argument {}; the script has been given {}", k, session.arguments.size()));
-    }
+    require(k >= 1 && k <= session.arguments.size(), "kxsh:arguments",
+            "there is no argument {}; the script has been given {}", k, session.arguments.size());
     const std::string& text = session.arguments[k - 1];
     double number = 0;
     const auto [stop, status] = fast_float::from_chars(text.data(), text.data() + text.size(), number);
@@ -127,9 +117,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> sessionFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> sessionFunctions = kFunctions;
 
 } // namespace kxsh

@@ -2,9 +2,8 @@
 
 #include "error.hpp"
 #include "full_indexing.hpp"
-#include "numbers.hpp"
+#include "printing.hpp"
 
-#include <fmt/format.h>
 #include <zqspmatrix.h>
 
 #include <cmath>
@@ -94,7 +93,7 @@ void withDetails(const std::function<void()>& call, const std::function<std::str
 
 [[noreturn]] void wrongSubscriptCount(std::size_t count, std::string_view name)
 {
-    throw Error("kxsh:subscript", fmt::format("{} takes one or two subscripts, not {}", name, count));
+    fail("kxsh:subscript", "{} takes one or two subscripts, not {}", name, count);
 }
 
 Value referSparse(const Value& array, std::span<const Value> subscripts)
@@ -193,8 +192,7 @@ void assign(Value& target, const Value& value, std::span<const Value> subscripts
 Value reshaped(const Value& array, unsigned m, unsigned n)
 {
     if (!spReshapeOk(array.rows(), array.columns(), m, n)) {
-        throw Error("kxsh:reshape", fmt::format("{}-by-{} cannot become {}-by-{}: the element counts differ",
-                                                array.rows(), array.columns(), m, n));
+        fail("kxsh:reshape", "{} cannot become {}-by-{}: the element counts differ", shapeText(array), m, n);
     }
     Value result = elementsOf(array);
     if (result.isSparse()) {

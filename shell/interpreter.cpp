@@ -1,16 +1,12 @@
 #include "interpreter.hpp"
 
-#include "concatenation.hpp"
 #include "error.hpp"
 #include "functions.hpp"
 #include "indexing.hpp"
 #include "interrupt.hpp"
 #include "memory_limit.hpp"
-#include "numbers.hpp"
 #include "operators.hpp"
 #include "printing.hpp"
-
-#include <fmt/format.h>
 
 #include <sstream>
 #include <utility>
@@ -72,6 +68,10 @@ Flow Interpreter::execute(const Statement&, const LoopStatement& action)
     const bool isRow = values && values.rows() == 1 && !values.isSparse();
     Value subscripts[] = {Value(kx::kxCreateColon()), Value()};
     for (unsigned k = 0; values ? k < values.columns() && values.rows() != 0 : holds(evaluate(*action.control)); ++k) {
+        if (session_.rounds == 0) {
+            raiseInterrupted();
+        }
+        --session_.rounds;
         if (values) {
             subscripts[1] = Value::number(k + 1.0);
             Value column = reference(values, std::span(subscripts).subspan(isRow ? 1 : 0), action.name);
@@ -101,14 +101,14 @@ void Interpreter::keep(const Statement& statement, const std::string& name, Valu
 /// The result of anything but a plain variable is kept as `ans`.
 Flow Interpreter::execute(const Statement& statement, const ExpressionStatement& action)
 {
-    const auto* name = std::get_if<NameNode>(&action.expression->node);
-    const Value* known = name != nullptr ? variable(name->name) : nullptr;
+    const Expression& expression = *action.expression;
+    const Value* known = expression.kind == Kind::kName ? variable(expression.name) : nullptr;
     if (known != nullptr) {
         pollInterrupt();
         if (statement.prints) {
-            printValue(session_.out, name->name, *known, session_.width);
+            printValue(session_.out, expression.name, *known, session_.width);
         }
-    } else if (Value value = result(*action.expression)) {
+    } else if (Value value = result(expression)) {
         keep(statement, "ans", std::move(value));
     }
     return Flow::kOn;
@@ -182,8 +182,8 @@ const Value* Interpreter::variable(const std::string& name) const
 void Interpreter::undefined(const std::string& name) const
 {
     const std::string close = closestName(session_, name);
-    throw Error("kxsh:undefined", fmt::format("there is no variable or function '{}'{}", name,
-                                              close.empty() ? "" : fmt::format("; did you mean '{}'?", close)));
+    fail("kxsh:undefined", "there is no variable or function '{}'{}", name,
+         close.empty() ? "" : fmt::format("; did you mean '{}'?", close));
 }
 
 const Function& Interpreter::function(const std::string& name) const
@@ -195,7 +195,7 @@ const Function& Interpreter::function(const std::string& name) const
     return *function;
 }
 
-std::vector<Value> Interpreter::values(const std::vector<ExpressionPtr>& expressions)
+std::vector<Value> Interpreter::values(const Expressions& expressions)
 {
     std::vector<Value> values;
     for (const ExpressionPtr& expression : expressions) {
@@ -206,16 +206,14 @@ std::vector<Value> Interpreter::values(const std::vector<ExpressionPtr>& express
 
 std::vector<Value> Interpreter::severalResults(const Expression& expression, std::size_t count)
 {
-    const auto* apply = std::get_if<ApplyNode>(&expression.node);
-    const auto* name = std::get_if<NameNode>(apply != nullptr ? &apply->target->node : &expression.node);
-    if (name == nullptr || variable(name->name) != nullptr) {
-        throw Error("kxsh:operand", fmt::format("{} results are taken from a call of a function only", count));
+    const bool calls = expression.kind == Kind::kName || expression.kind == Kind::kApply;
+    if (!calls || expression.name.empty() || variable(expression.name) != nullptr) {
+        fail("kxsh:operand", "{} results are taken from a call of a function only", count);
     }
-    const Function& called = function(name->name);
-    return callForSeveral(called, session_, apply != nullptr ? values(apply->arguments) : std::vector<Value>(), count);
+    return callForSeveral(function(expression.name), session_, values(expression.parts), count);
 }
 
-std::vector<Value> Interpreter::subscripts(const Value* array, const std::vector<ExpressionPtr>& arguments)
+std::vector<Value> Interpreter::subscripts(const Value* array, std::span<const ExpressionPtr> arguments)
 {
     std::vector<Value> values;
     extents_.push_back({array, arguments.size(), 0});
@@ -231,7 +229,7 @@ Value Interpreter::result(const Expression& expression)
 {
     pollInterrupt();
     try {
-        return std::visit([this](const auto& node) { return evaluate(node); }, expression.node);
+        return resultOf(expression);
     } catch (...) {
         fault_.offset = fault_.offset.value_or(expression.offset);
         throw;
@@ -241,79 +239,79 @@ Value Interpreter::result(const Expression& expression)
 Value Interpreter::evaluate(const Expression& expression)
 {
     Value value = result(expression);
-    if (!value) {
-        throw Error("kxsh:noValue", "a function that gives no value is used in an expression");
-    }
+    require(static_cast<bool>(value), "kxsh:noValue", "a function that gives no value is used in an expression");
     return value;
 }
 
-Value Interpreter::evaluate(const LiteralNode& node)
+Value Interpreter::resultOf(const Expression& expression)
 {
-    return node.value;
-}
-
-Value Interpreter::evaluate(const NameNode& node)
-{
-    const Value* value = variable(node.name);
-    return value != nullptr ? *value : callFunction(function(node.name), session_, {});
-}
-
-Value Interpreter::evaluate(const EndNode&)
-{
-    if (extents_.empty()) {
-        throw Error("kxsh:syntax", "'end' stands outside a subscript");
+    const Expressions& parts = expression.parts;
+    switch (expression.kind) {
+    case Kind::kLiteral:
+        return expression.value;
+    case Kind::kEnd:
+        return end();
+    case Kind::kMatrix:
+    case Kind::kRow:
+        return matrix(expression);
+    case Kind::kRange:
+        return range(expression);
+    case Kind::kBinary: {
+        const Value left = evaluate(*parts[0]);
+        return operate(expression.op, left, evaluate(*parts[1]));
     }
+    case Kind::kTranspose:
+    case Kind::kConjugate:
+        return transposed(evaluate(*parts[0]), expression.kind == Kind::kConjugate);
+    default:
+        return apply(expression);
+    }
+}
+
+Value Interpreter::end() const
+{
+    require(!extents_.empty(), "kxsh:syntax", "'end' stands outside a subscript");
     const Extent& extent = extents_.back();
     return Value::number(extent.array == nullptr ? 0 : extentOf(*extent.array, extent.count, extent.position));
 }
 
-Value Interpreter::evaluate(const MatrixNode& node)
+Value Interpreter::matrix(const Expression& expression)
 {
     std::vector<std::vector<Value>> rows;
-    for (const auto& row : node.rows) {
-        rows.push_back(values(row));
+    for (const ExpressionPtr& row : expression.parts) {
+        rows.push_back(values(row->parts));
     }
     return concatenate(rows);
 }
 
-Value Interpreter::evaluate(const RangeNode& node)
+Value Interpreter::range(const Expression& expression)
 {
-    const double start = realScalar(evaluate(*node.start), "the start of a range");
-    const double step = node.step ? realScalar(evaluate(*node.step), "the step of a range") : 1;
-    const double stop = realScalar(evaluate(*node.stop), "the end of a range");
+    const Expressions& parts = expression.parts;
+    const bool stepped = parts.size() == 3;
+    const double start = realScalar(evaluate(*parts.front()), "the start of a range");
+    const double step = stepped ? realScalar(evaluate(*parts[1]), "the step of a range") : 1;
+    const double stop = realScalar(evaluate(*parts.back()), "the end of a range");
     const double most = kx::kxGetMaxNumberOfElements();
     if (step != 0 && (stop - start) / step > most) {
-        throw Error("kx:sizeLimit",
-                    fmt::format("the range {}{}:{} is longer than the limit of {}", shortNumber(start, 10),
-                                node.step ? ':' + shortNumber(step, 10) : "", shortNumber(stop, 10), most));
+        fail("kx:sizeLimit", "the range {}{}:{} is longer than the limit of {}", shortNumber(start, 10),
+             stepped ? ':' + shortNumber(step, 10) : "", shortNumber(stop, 10), most);
     }
     return Value::range(start, step, stop);
 }
 
-Value Interpreter::evaluate(const BinaryNode& node)
+/// A name, a subscripted reference or a call of a function.
+Value Interpreter::apply(const Expression& expression)
 {
-    const Value left = evaluate(*node.left);
-    const Value right = evaluate(*node.right);
-    return operate(node.op, left, right);
-}
-
-Value Interpreter::evaluate(const TransposeNode& node)
-{
-    return transposed(evaluate(*node.operand), node.conjugates);
-}
-
-Value Interpreter::evaluate(const ApplyNode& node)
-{
-    const auto* name = std::get_if<NameNode>(&node.target->node);
-    if (name != nullptr) {
-        const Value* array = node.command ? nullptr : variable(name->name);
-        if (array != nullptr) {
-            return reference(*array, subscripts(array, node.arguments), name->name);
-        }
-        return callFunction(function(name->name), session_, values(node.arguments));
+    const std::string& name = expression.name;
+    if (name.empty()) {
+        const Value array = evaluate(*expression.parts.front());
+        return reference(array, subscripts(&array, std::span(expression.parts).subspan(1)), "the value");
     }
-    const Value array = evaluate(*node.target);
-    return reference(array, subscripts(&array, node.arguments), "the value");
+    const Value* array = expression.kind == Kind::kCommand ? nullptr : variable(name);
+    if (array == nullptr) {
+        return callFunction(function(name), session_, values(expression.parts));
+    }
+    return expression.kind == Kind::kName ? *array : reference(*array, subscripts(array, expression.parts), name);
 }
 
 } // namespace kxsh

@@ -7,6 +7,7 @@
 #include "session.hpp"
 
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace kxsh {
@@ -52,22 +53,19 @@ class Interpreter
     [[nodiscard]] const Value* variable(const std::string& name) const;
     [[noreturn]] void undefined(const std::string& name) const;
     const Function& function(const std::string& name) const;
-    std::vector<Value> values(const std::vector<ExpressionPtr>& expressions);
-    std::vector<Value> subscripts(const Value* array, const std::vector<ExpressionPtr>& arguments);
+    std::vector<Value> values(const Expressions& expressions);
+    std::vector<Value> subscripts(const Value* array, std::span<const ExpressionPtr> arguments);
     std::vector<Value> severalResults(const Expression& expression, std::size_t count);
 
     /// The value of an expression; the empty handle for a call that gives none.
     Value result(const Expression& expression);
     /// As result(), raising kxsh:noValue where there is none.
     Value evaluate(const Expression& expression);
-    Value evaluate(const LiteralNode& node);
-    Value evaluate(const NameNode& node);
-    Value evaluate(const EndNode& node);
-    Value evaluate(const MatrixNode& node);
-    Value evaluate(const RangeNode& node);
-    Value evaluate(const BinaryNode& node);
-    Value evaluate(const TransposeNode& node);
-    Value evaluate(const ApplyNode& node);
+    Value resultOf(const Expression& expression);
+    [[nodiscard]] Value end() const;
+    Value matrix(const Expression& expression);
+    Value range(const Expression& expression);
+    Value apply(const Expression& expression);
 
     Session& session_;
     std::vector<Extent> extents_;

@@ -6,8 +6,6 @@
 #include "progress.hpp"
 #include "text_lines.hpp"
 
-#include <fmt/format.h>
-
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -69,15 +67,13 @@ class Reader
     {
         readHeader();
         skipComments();
-        const bool array = !header_.coordinate;
         rows_ = sizeField("number of rows");
         columns_ = sizeField("number of columns");
-        if (header_.symmetry != Symmetry::kGeneral && rows_ != columns_) {
-            lines_.fail(fmt::format("a symmetric matrix must be square, not {}-by-{}", rows_, columns_));
-        }
+        lines_.require(header_.symmetry == Symmetry::kGeneral || rows_ == columns_,
+                       "a symmetric matrix must be square, not {}-by-{}", rows_, columns_);
         return withElementType(classOf(), [&]<typename T>(std::type_identity<T>) {
             using Element = std::conditional_t<std::is_same_v<T, char16_t>, double, T>; // no file holds text
-            return array ? readArray<Element>() : readCoordinates<Element>();
+            return header_.coordinate ? readCoordinates<Element>() : readArray<Element>();
         });
     }
 
@@ -93,14 +89,13 @@ class Reader
             }
             known += fmt::format("{}{}", known.empty() ? "" : ", ", name);
         }
-        lines_.fail(fmt::format("the {} is '{}', not one of {}", what, found, known));
+        lines_.fail("the {} is '{}', not one of {}", what, found, known);
     }
 
     void readHeader()
     {
-        if (!lines_.nextLine() || lines_.word() != "%%matrixmarket" || lines_.word() != "matrix") {
-            lines_.fail("no Matrix Market file: it does not begin with '%%MatrixMarket matrix'");
-        }
+        lines_.require(lines_.nextLine() && lines_.word() == "%%matrixmarket" && lines_.word() == "matrix",
+                       "no Matrix Market file: it does not begin with '%%MatrixMarket matrix'");
         header_.coordinate = choice<bool>("format", {{"coordinate", true}, {"array", false}});
         header_.field = choice<Field>("field", {{"real", Field::kReal},
                                                 {"double", Field::kReal},
@@ -112,23 +107,18 @@ class Reader
                                                          {"skew-symmetric", Symmetry::kSkewSymmetric},
                                                          {"hermitian", Symmetry::kHermitian}});
         lines_.endOfLine();
-        const bool pattern = header_.field == Field::kPattern;
-        if (pattern && (!header_.coordinate || header_.symmetry == Symmetry::kSkewSymmetric ||
-                        header_.symmetry == Symmetry::kHermitian)) {
-            lines_.fail("a pattern goes with coordinate format, general or symmetric");
-        }
-        if (header_.symmetry == Symmetry::kHermitian && header_.field != Field::kComplex) {
-            lines_.fail("a hermitian matrix has the field complex");
-        }
+        const bool signless = header_.symmetry == Symmetry::kGeneral || header_.symmetry == Symmetry::kSymmetric;
+        lines_.require(header_.field != Field::kPattern || (header_.coordinate && signless),
+                       "a pattern goes with coordinate format, general or symmetric");
+        lines_.require(header_.symmetry != Symmetry::kHermitian || header_.field == Field::kComplex,
+                       "a hermitian matrix has the field complex");
     }
 
     /// Leaves the scanner on the line of sizes.
     void skipComments()
     {
         for (;;) {
-            if (!lines_.nextFilledLine()) {
-                lines_.fail("the file ends before the line of sizes");
-            }
+            lines_.require(lines_.nextFilledLine(), "the file ends before the line of sizes");
             if (!lines_.at('%')) {
                 return;
             }
@@ -156,61 +146,41 @@ class Reader
     unsigned sizeField(std::string_view what)
     {
         const auto value = lines_.wholeNumber<std::uint64_t>(what);
-        if (value > kx::kxGetMaxNumberOfElements()) {
-            lines_.fail(
-                fmt::format("the {}, {}, is above the limit of {}", what, value, kx::kxGetMaxNumberOfElements()));
-        }
+        const unsigned most = kx::kxGetMaxNumberOfElements();
+        lines_.require(value <= most, "the {}, {}, is above the limit of {}", what, value, most);
         return static_cast<unsigned>(value);
     }
 
     unsigned index(std::string_view what, unsigned limit)
     {
         const auto value = lines_.wholeNumber<std::int64_t>(what);
-        if (value < 1 || value > limit) {
-            lines_.fail(fmt::format("the {} {} lies outside 1 to {}", what, value, limit));
-        }
+        lines_.require(value >= 1 && value <= limit, "the {} {} lies outside 1 to {}", what, value, limit);
         return static_cast<unsigned>(value - 1);
-    }
-
-    /// Bytes of the shortest possible entry, line end included.
-    [[nodiscard]] std::size_t leastBytesPerEntry() const
-    {
-        const std::size_t places = header_.coordinate ? 4 : 0;
-        switch (header_.field) {
-        case Field::kPattern:
-            return 4; // always in coordinate format
-        case Field::kComplex:
-            return places + 4;
-        default:
-            return places + 2;
-        }
     }
 
     /// Refuses a count that the rest of the file cannot hold, before anything is allocated for it.
     void checkCount(std::uint64_t count) const
     {
-        const std::uint64_t room = (lines_.bytesLeft() + 1) / leastBytesPerEntry();
-        if (count > room) {
-            lines_.fail(fmt::format("the file cannot hold the {} entries announced: only {} bytes follow", count,
-                                    lines_.bytesLeft()));
-        }
-        if (count > kx::kxGetMaxNumberOfElements()) {
-            lines_.fail(fmt::format("{} entries are above the limit of {}", count, kx::kxGetMaxNumberOfElements()));
-        }
+        const Field field = header_.field;
+        const std::size_t leastBytes = // of an entry, line end included
+            (header_.coordinate ? 4 : 0) + (field == Field::kPattern   ? 0
+                                            : field == Field::kComplex ? 4
+                                                                       : 2);
+        const std::size_t left = lines_.bytesLeft();
+        lines_.require(count <= (left + 1) / leastBytes,
+                       "the file cannot hold the {} entries announced: only {} bytes follow", count, left);
+        const unsigned most = kx::kxGetMaxNumberOfElements();
+        lines_.require(count <= most, "{} entries are above the limit of {}", count, most);
     }
 
     void nextEntryLine(std::uint64_t done, std::uint64_t count)
     {
-        if (!lines_.nextFilledLine()) {
-            lines_.fail(fmt::format("the file ends after {} of {} entries", done, count));
-        }
+        lines_.require(lines_.nextFilledLine(), "the file ends after {} of {} entries", done, count);
     }
 
     void checkEnd(std::uint64_t count)
     {
-        if (lines_.nextFilledLine()) {
-            lines_.fail(fmt::format("there is more than the {} entries announced", count));
-        }
+        lines_.require(!lines_.nextFilledLine(), "there is more than the {} entries announced", count);
     }
 
     template <typename T>
@@ -223,9 +193,8 @@ class Reader
         } else {
             const double number = lines_.number();
             constexpr double kMaxExact = 9007199254740992.0; // 2^53
-            if (header_.field == Field::kInteger && (number != std::trunc(number) || std::abs(number) >= kMaxExact)) {
-                lines_.fail("the value is no whole number below 2^53");
-            }
+            const bool whole = number == std::trunc(number) && std::abs(number) < kMaxExact;
+            lines_.require(header_.field != Field::kInteger || whole, "the value is no whole number below 2^53");
             return static_cast<T>(number);
         }
     }
@@ -242,22 +211,15 @@ class Reader
     template <typename T>
     void checkTriangle(const Entry<T>& entry) const
     {
-        if (header_.symmetry == Symmetry::kGeneral) {
+        if (header_.symmetry == Symmetry::kGeneral || entry.row > entry.column) {
             return;
         }
-        if (entry.row < entry.column) {
-            lines_.fail(fmt::format("entry ({},{}) lies above the diagonal of a symmetric file", entry.row + 1,
-                                    entry.column + 1));
-        }
-        if (entry.row != entry.column) {
-            return;
-        }
-        if (header_.symmetry == Symmetry::kSkewSymmetric && (entry.re != T{} || entry.im != T{})) {
-            lines_.fail("the diagonal of a skew-symmetric matrix is zero");
-        }
-        if (header_.symmetry == Symmetry::kHermitian && entry.im != T{}) {
-            lines_.fail("the diagonal of a hermitian matrix is real");
-        }
+        lines_.require(entry.row == entry.column, "entry ({},{}) lies above the diagonal of a symmetric file",
+                       entry.row + 1, entry.column + 1);
+        lines_.require(header_.symmetry != Symmetry::kSkewSymmetric || (entry.re == T{} && entry.im == T{}),
+                       "the diagonal of a skew-symmetric matrix is zero");
+        lines_.require(header_.symmetry != Symmetry::kHermitian || entry.im == T{},
+                       "the diagonal of a hermitian matrix is real");
     }
 
     /// The entry that the symmetry of the file puts on the other side of the diagonal.
@@ -298,14 +260,13 @@ class Reader
         lines_.endOfLine();
         checkCount(count);
         const bool mirrors = header_.symmetry != Symmetry::kGeneral;
-        const bool pattern = header_.field == Field::kPattern;
         const bool complex = header_.field == Field::kComplex;
         const Progress progress("reading", path_, 2 * count);
         Assembly assembly(rows_, columns_, classOf(), complexity());
         std::vector<std::pair<unsigned, unsigned>> places;
         std::vector<T> values;
         places.reserve(count);
-        values.reserve(pattern ? 0 : complex ? 2 * count : count);
+        values.reserve(complex ? 2 * count : count);
         for (std::uint64_t done = 0; done < count; ++done) {
             progress.step(done);
             releaseText(done);
@@ -316,9 +277,7 @@ class Reader
             readValue(entry);
             checkTriangle(entry);
             places.emplace_back(entry.row, entry.column);
-            if (!pattern) {
-                values.push_back(entry.re);
-            }
+            values.push_back(entry.re);
             if (complex) {
                 values.push_back(entry.im);
             }
@@ -334,10 +293,7 @@ class Reader
         for (std::uint64_t done = 0; done < count; ++done) {
             progress.step(count + done);
             const auto [row, column] = places[done];
-            Entry<T> entry{row, column, T{1}, T{}};
-            if (!pattern) {
-                entry.re = *next++;
-            }
+            Entry<T> entry{row, column, *next++, T{}};
             if (complex) {
                 entry.im = *next++;
             }

@@ -5,22 +5,29 @@
 #include "indexing.hpp"
 #include "interrupt.hpp"
 
-#include <fmt/format.h>
-
 #include <algorithm>
-#include <cstring>
+#include <limits>
+#include <utility>
 
 namespace kxsh {
 
 namespace {
 
-void requireFit(BinaryOperator op, const Value& left, const Value& right)
+static_assert(std::numeric_limits<long double>::digits >= 64, "holds every number of every class");
+
+/// Whether `count` numbers are the same, of which a null pointer gives zeros.
+template <typename A, typename B>
+bool sameNumbers(const A* a, const B* b, std::size_t count)
 {
-    const auto fits = [](unsigned a, unsigned b) { return a == b || a == 1 || b == 1; };
-    if (!fits(left.rows(), right.rows()) || !fits(left.columns(), right.columns())) {
-        throw Error("kxsh:operand", fmt::format("'{}' cannot combine {}-by-{} with {}-by-{}", symbolOf(op), left.rows(),
-                                                left.columns(), right.rows(), right.columns()));
+    for (std::size_t k = 0; k < count && (a != nullptr || b != nullptr); ++k) {
+        pollAtStep(k);
+        const long double x = a != nullptr ? a[k] : A{};
+        const long double y = b != nullptr ? b[k] : B{};
+        if (!(x == y)) {
+            return false;
+        }
     }
+    return true;
 }
 
 } // namespace
@@ -34,6 +41,7 @@ Value operate(BinaryOperator op, const Value& left, const Value& right)
 {
     pollInterrupt();
     const bool scalars = left.isScalar() && right.isScalar();
+    const auto fits = [](unsigned a, unsigned b) { return a == b || a == 1 || b == 1; };
     switch (op) {
     case BinaryOperator::kSolve:
         return solve(left, right);
@@ -43,17 +51,15 @@ Value operate(BinaryOperator op, const Value& left, const Value& right)
         }
         return elementwise(BinaryOperator::kMultiplyEach, left, right);
     case BinaryOperator::kDivide:
-        if (!right.isScalar()) {
-            throw Error("kxsh:operand", "'/' takes a number on its right; './' divides element by element");
-        }
+        require(right.isScalar(), "kxsh:operand", "'/' takes a number on its right; './' divides element by element");
         return elementwise(BinaryOperator::kDivideEach, left, right);
     case BinaryOperator::kPower:
-        if (!scalars) {
-            throw Error("kxsh:operand", "'^' takes two numbers; '.^' works element by element");
-        }
+        require(scalars, "kxsh:operand", "'^' takes two numbers; '.^' works element by element");
         return elementwise(BinaryOperator::kPowerEach, left, right);
     default:
-        requireFit(op, left, right);
+        if (!fits(left.rows(), right.rows()) || !fits(left.columns(), right.columns())) {
+            fail("kxsh:operand", "'{}' cannot combine {} with {}", symbolOf(op), shapeText(left), shapeText(right));
+        }
         return elementwise(op, left, right);
     }
 }
@@ -79,44 +85,72 @@ Value transposed(const Value& value, bool conjugates)
 
 Value partOf(const Value& value, bool imaginary)
 {
-    Value result = elementsOf(value);
-    if (!result.isComplex()) {
-        if (!imaginary) {
-            return result;
+    Value part = elementsOf(value);
+    if (!part.isComplex() && imaginary) {
+        return part.isSparse() ? Value::sparse(part.rows(), part.columns(), 1, part.classId())
+                               : Value::full(part.rows(), part.columns(), part.classId());
+    }
+    if (part.isComplex()) { // in a shared copy, the block of one part is let go
+        kxArray* array = part.get();
+        std::swap(array->pr, imaginary ? array->pi : array->pr);
+        kx::kxFree(std::exchange(array->pi, nullptr));
+        if (part.isSparse()) {
+            const auto same = [](double v, unsigned, unsigned) { return v; }; // zeros are left out
+            part = converted(sparseMap<double>(converted(part, kxDOUBLE_CLASS), same), part.classId());
         }
-        return result.isSparse() ? Value::sparse(result.rows(), result.columns(), 1, result.classId())
-                                 : Value::full(result.rows(), result.columns(), result.classId());
-    }
-    if (result.isSparse()) {
-        const auto part = [imaginary](std::complex<double> v, unsigned, unsigned) {
-            return imaginary ? v.imag() : v.real();
-        };
-        return converted(sparseMap<std::complex<double>>(converted(result, kxDOUBLE_CLASS), part), result.classId());
-    }
-    Value part = Value::full(result.rows(), result.columns(), result.classId());
-    const std::size_t bytes = result.count() * kx::kxGetElementSize(result.get());
-    if (bytes != 0) {
-        std::memcpy(part.get()->pr, imaginary ? result.get()->pi : result.get()->pr, bytes);
     }
     return part;
 }
 
-bool holds(const Value& value)
+Value complexOf(const Value& re, const Value& im)
 {
-    if (value.count() == 0 || (value.isSparse() && value.entries() != value.count())) {
-        return false;
+    using Complex = std::complex<double>;
+    const Value a = converted(re, kxDOUBLE_CLASS);
+    const Value b = converted(im, kxDOUBLE_CLASS);
+    const auto join = [](Complex x, Complex y) { return Complex(x.real(), y.real()); };
+    return a.isSparse() && b.isSparse() && a.sameShape(b) ? sparseMerge<Complex>(a, b, join, false)
+                                                          : fullElementwise<Complex>(asFull(a), asFull(b), join);
+}
+
+std::size_t nonZeros(const Value& value)
+{
+    if (value.isSparse()) {
+        return value.entries();
     }
     const Value elements = elementsOf(value);
     return withElementType(elements.classId(), [&]<typename T>(std::type_identity<T>) {
         const T* re = elements.data<T>();
         const T* im = elements.imagData<T>();
+        std::size_t count = 0;
         for (std::size_t k = 0; k < elements.count(); ++k) {
             pollAtStep(k);
-            if (re[k] == T{} && (im == nullptr || im[k] == T{})) {
-                return false;
-            }
+            count += re[k] != T{} || (im != nullptr && im[k] != T{}) ? 1 : 0;
         }
-        return true;
+        return count;
+    });
+}
+
+bool holds(const Value& value)
+{
+    return value.count() != 0 && nonZeros(value) == value.count();
+}
+
+bool equalValues(const Value& left, const Value& right)
+{
+    if (!left.sameShape(right)) {
+        return false;
+    }
+    const bool full = !left.isSparse() && !right.isSparse();
+    const Value a = full ? elementsOf(left) : asSparse(left);
+    const Value b = full ? elementsOf(right) : asSparse(right);
+    if (!full && !samePattern(a, b)) {
+        return false;
+    }
+    const std::size_t count = full ? a.count() : a.entries();
+    return withElementType(a.classId(), [&]<typename A>(std::type_identity<A>) {
+        return withElementType(b.classId(), [&]<typename B>(std::type_identity<B>) {
+            return sameNumbers(a.data<A>(), b.data<B>(), count) && sameNumbers(a.imagData<A>(), b.imagData<B>(), count);
+        });
     });
 }
 

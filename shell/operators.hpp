@@ -5,7 +5,9 @@
 #include "ast.hpp"
 #include "value.hpp"
 
+#include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace kxsh {
 
@@ -37,9 +39,22 @@ Value transposed(const Value& value, bool conjugates);
 
 /// The real or imaginary part, of the class of the array; sparse stays sparse.
 Value partOf(const Value& value, bool imaginary);
+/// The complex array of two real parts, of one shape or one of them a number; sparse if both are.
+Value complexOf(const Value& re, const Value& im);
 
+/// Elements that are not zero. Sparse arrays store no others.
+std::size_t nonZeros(const Value& value);
 /// Whether a condition holds: the value is not empty and holds no zero.
 bool holds(const Value& value);
+
+/// Same shape and same elements, as numbers: neither the class nor the storage counts. NaN equals nothing.
+/// Cost: the elements of a full array, the entries and columns of sparse ones.
+bool equalValues(const Value& left, const Value& right);
+
+/// [a, b; c, d]: rows of blocks put side by side and beneath each other; 0-by-0 blocks count for nothing. Sparse as
+/// soon as one block is. Class: the first integer class among the blocks, else char, single, logical when all are,
+/// double. Raises kxsh:operand when heights or widths do not fit.
+Value concatenate(const std::vector<std::vector<Value>>& rows);
 
 } // namespace kxsh
 

@@ -194,37 +194,27 @@ class Parser
     ExpressionStatement command()
     {
         const Token& word = tokens_.current();
-        std::vector<ExpressionPtr> names;
+        Expressions names;
         for (tokens_.advance(); tokens_.current().kind == TokenKind::kName; tokens_.advance()) {
-            names.push_back(makeExpression<LiteralNode>(tokens_.current().offset, Value::text(tokens_.current().text)));
+            names.push_back(makeLiteral(tokens_.current().offset, Value::text(tokens_.current().text)));
         }
-        ExpressionPtr function = makeExpression<NameNode>(word.offset, word.text);
-        return {makeExpression<ApplyNode>(word.offset, std::move(function), std::move(names), true)};
+        return {makeCall(Kind::kCommand, word.offset, word.text, std::move(names))};
     }
 
     Target target(ExpressionPtr expression)
     {
-        Target result;
-        if (auto* apply = std::get_if<ApplyNode>(&expression->node)) {
-            result.subscripted = true;
-            result.subscripts = std::move(apply->arguments);
-            ExpressionPtr inner = std::move(apply->target);
-            expression = std::move(inner);
-        }
-        const auto* name = std::get_if<NameNode>(&expression->node);
-        if (name == nullptr) {
+        const bool subscripted = expression->kind == Kind::kApply;
+        if (expression->name.empty()) {
             throw SyntaxError("the left of '=' is a name or a subscripted name", tokens_.current().offset);
         }
-        result.name = name->name;
-        return result;
+        return {std::move(expression->name), subscripted, std::move(expression->parts)};
     }
 
     AssignStatement assignment(ExpressionPtr left, bool bracketed)
     {
         AssignStatement result;
-        auto* list = std::get_if<MatrixNode>(&left->node);
-        if (bracketed && list != nullptr && list->rows.size() == 1) {
-            for (ExpressionPtr& each : list->rows.front()) {
+        if (bracketed && left->kind == Kind::kMatrix && left->parts.size() == 1) {
+            for (ExpressionPtr& each : left->parts.front()->parts) {
                 result.targets.push_back(target(std::move(each)));
             }
         } else {
@@ -232,9 +222,8 @@ class Parser
         }
         tokens_.expect("=");
         result.value = tokens_.expression();
-        const auto* matrix = std::get_if<MatrixNode>(&result.value->node);
-        result.deletes = result.targets.size() == 1 && result.targets.front().subscripted && matrix != nullptr &&
-                         matrix->rows.empty();
+        result.deletes = result.targets.size() == 1 && result.targets.front().subscripted &&
+                         result.value->kind == Kind::kMatrix && result.value->parts.empty();
         return result;
     }
 

@@ -1,11 +1,13 @@
 #include "printing.hpp"
 
 #include "interrupt.hpp"
-#include "numbers.hpp"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
 #include <vector>
 
 namespace kxsh {
@@ -18,40 +20,15 @@ constexpr std::size_t kLongestRange = 1000; // longer ones are described, not wr
 constexpr int kScalarDigits = 10;
 constexpr int kArrayDigits = 6;
 
-/// What stands before a value; nothing for one without a name.
-std::string headOf(std::string_view name)
+template <typename T>
+std::string numberText(T value, [[maybe_unused]] int digits)
 {
-    return name.empty() ? "" : fmt::format("{} = ", name);
-}
-
-void printSparse(std::ostream& out, std::string_view name, const Value& value)
-{
-    out << headOf(name) << describe(value) << '\n';
-    const std::size_t count = value.entries();
-    const bool shortened = count > kMostLines;
-    // Coordinates end at one column, two blanks before the values.
-    const auto coordinateWidth = [](std::size_t row, std::size_t column) {
-        return fmt::formatted_size("({},{})", row, column);
-    };
-    std::vector<std::pair<std::string, std::string>> lines;
-    std::size_t widest = 0;
-    unsigned column = 0;
-    for (std::size_t k = 0; k < count; ++k) {
-        if (shortened && k == kLinesPerEnd) {
-            k = count - kLinesPerEnd;
-            lines.emplace_back();
-        }
-        while (value.starts()[column + 1] <= k) {
-            ++column;
-        }
-        const unsigned row = value.rowIndices()[k] + 1;
-        widest = std::max(widest, coordinateWidth(row, column + 1));
-        lines.emplace_back(fmt::format("({},{})", row, column + 1), elementText(value, k, kArrayDigits));
-    }
-    for (const auto& [place, number] : lines) {
-        pollInterrupt();
-        out << (place.empty() ? fmt::format("  ... {} more entries ...\n", count - 2 * kLinesPerEnd)
-                              : fmt::format("  {:>{}}  {}\n", place, widest, number));
+    if constexpr (std::is_floating_point_v<T>) {
+        return shortNumber(static_cast<double>(value), std::min(digits, std::numeric_limits<T>::digits10 + 1));
+    } else if constexpr (std::is_same_v<T, bool> || std::is_same_v<T, char16_t>) {
+        return fmt::to_string(static_cast<unsigned>(value));
+    } else {
+        return fmt::to_string(value);
     }
 }
 
@@ -60,69 +37,88 @@ struct Selection
 {
     std::vector<std::size_t> indices;
     std::size_t gapBefore = 0; ///< place in `indices` before which some are left out; 0 for none
+    std::size_t leftOut = 0;
 };
 
 Selection select(std::size_t count, std::size_t first, std::size_t last)
 {
     Selection result;
     const bool all = count <= first + last;
-    for (std::size_t i = 0; i < (all ? count : first); ++i) {
-        result.indices.push_back(i);
-    }
+    result.indices.resize(all ? count : first + last);
+    std::iota(result.indices.begin(), result.indices.end(), std::size_t{0});
     if (!all) {
         result.gapBefore = first;
-        for (std::size_t i = count - last; i < count; ++i) {
-            result.indices.push_back(i);
-        }
+        result.leftOut = count - first - last;
+        std::for_each(result.indices.end() - static_cast<std::ptrdiff_t>(last), result.indices.end(),
+                      [&](std::size_t& index) { index += result.leftOut; });
     }
     return result;
 }
 
-std::size_t widestCell(const Value& value, const Selection& rows, const Selection& columns)
+Selection selectLines(std::size_t count)
 {
-    std::size_t widest = 1;
-    for (const std::size_t j : columns.indices) {
-        for (const std::size_t i : rows.indices) {
-            widest = std::max(widest, elementText(value, j * value.rows() + i, kArrayDigits).size());
-        }
-    }
-    return widest;
+    return count > kMostLines ? select(count, kLinesPerEnd, kLinesPerEnd) : select(count, count, 0);
 }
 
-void printFull(std::ostream& out, std::string_view name, const Value& value, unsigned width)
+/// Coordinates end at one column, two blanks before the values.
+void printEntries(std::ostream& out, const Value& value)
 {
-    out << headOf(name) << describe(value) << '\n';
-    const Selection rows = value.rows() > kMostLines ? select(value.rows(), kLinesPerEnd, kLinesPerEnd)
-                                                     : select(value.rows(), value.rows(), 0);
+    const Selection shown = selectLines(value.entries());
+    std::vector<std::string> places;
+    std::size_t widest = 0;
+    unsigned column = 0;
+    for (const std::size_t k : shown.indices) {
+        while (value.starts()[column + 1] <= k) {
+            ++column;
+        }
+        places.push_back(fmt::format("({},{})", value.rowIndices()[k] + 1, column + 1));
+        widest = std::max(widest, places.back().size());
+    }
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        pollInterrupt();
+        if (i != 0 && i == shown.gapBefore) {
+            out << fmt::format("  ... {} more entries ...\n", shown.leftOut);
+        }
+        out << fmt::format("  {:>{}}  {}\n", places[i], widest, elementText(value, shown.indices[i], kArrayDigits));
+    }
+}
+
+void printRows(std::ostream& out, const Value& value, unsigned width)
+{
+    const Selection rows = selectLines(value.rows());
+    const auto text = [&](std::size_t i, std::size_t j) {
+        return elementText(value, j * value.rows() + i, kArrayDigits);
+    };
     // Columns of one width: first as many as could ever fit, then as many as do fit at that width.
     Selection columns = select(value.columns(), width / 2, 3);
-    const std::size_t cell = widestCell(value, rows, columns) + 2;
+    std::size_t cell = 3;
+    for (const std::size_t j : columns.indices) {
+        for (const std::size_t i : rows.indices) {
+            cell = std::max(cell, text(i, j).size() + 2);
+        }
+    }
     const std::size_t fitting = std::max<std::size_t>(width / cell, 5);
     if (value.columns() > fitting) {
         columns = select(value.columns(), fitting - 4, 3);
     }
-    std::size_t shown = 0;
-    for (const std::size_t i : rows.indices) {
+    for (std::size_t r = 0; r < rows.indices.size(); ++r) {
         pollInterrupt();
-        if (shown != 0 && shown == rows.gapBefore) {
-            out << fmt::format("  ... {} more rows ...\n", value.rows() - rows.indices.size());
+        if (r != 0 && r == rows.gapBefore) {
+            out << fmt::format("  ... {} more rows ...\n", rows.leftOut);
         }
-        ++shown;
         std::string line;
         for (std::size_t c = 0; c < columns.indices.size(); ++c) {
             if (c != 0 && c == columns.gapBefore) {
                 line += fmt::format("{:>{}}", "...", std::max<std::size_t>(cell, 5));
             }
-            line +=
-                fmt::format("{:>{}}", elementText(value, columns.indices[c] * value.rows() + i, kArrayDigits), cell);
+            line += fmt::format("{:>{}}", text(rows.indices[r], columns.indices[c]), cell);
         }
         out << line << '\n';
     }
 }
 
-void printTextRows(std::ostream& out, std::string_view name, const Value& value)
+void printTextRows(std::ostream& out, const Value& value)
 {
-    out << headOf(name) << describe(value) << '\n';
     const unsigned m = value.rows();
     for (unsigned i = 0; i < m; ++i) {
         pollInterrupt();
@@ -136,11 +132,36 @@ void printTextRows(std::ostream& out, std::string_view name, const Value& value)
 
 } // namespace
 
+std::string shortNumber(double value, int digits)
+{
+    if (std::isnan(value)) {
+        return "NaN";
+    }
+    if (std::isinf(value)) {
+        return value < 0 ? "-Inf" : "Inf";
+    }
+    const bool whole = value == std::trunc(value) && std::abs(value) < 1e15;
+    return whole ? fmt::format("{:.0f}", value == 0 ? 0.0 : value) : fmt::format("{:.{}g}", value, digits);
+}
+
+std::string elementText(const Value& array, std::size_t k, int digits)
+{
+    return withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) -> std::string {
+        std::string text = numberText(array.data<T>()[k], digits);
+        if (const T* im = array.imagData<T>()) {
+            const std::string imaginary = numberText(im[k], digits);
+            text += imaginary.starts_with('-') ? "" : "+";
+            text += imaginary;
+            text += 'i';
+        }
+        return text;
+    });
+}
+
 std::string describe(const Value& value)
 {
-    const std::string_view parts = value.isComplex() ? "complex " : "";
     const std::string shape =
-        fmt::format("{}{}, {}-by-{}", parts, className(value.classId()), value.rows(), value.columns());
+        fmt::format("{}{}, {}", value.isComplex() ? "complex " : "", className(value.classId()), shapeText(value));
     return value.isSparse() ? fmt::format("sparse {}, nnz {}", shape, value.entries()) : "full " + shape;
 }
 
@@ -171,25 +192,33 @@ std::string inlineText(const Value& value)
 
 void printValue(std::ostream& out, std::string_view name, const Value& value, unsigned width)
 {
-    if (value.isSparse()) {
-        printSparse(out, name, value);
-    } else if (value.isText() && value.rows() == 1) {
-        out << (name.empty() ? textOf(value) : fmt::format("{} = '{}'", name, textOf(value))) << '\n';
-    } else if (value.count() == 0) {
-        out << headOf(name) << describe(value) << '\n';
-    } else if (value.isText()) {
-        printTextRows(out, name, value);
-    } else if (value.isScalar()) {
-        out << headOf(name) << inlineText(value) << '\n';
-    } else if (value.isRange() && value.count() > kLongestRange) {
+    const std::string head = name.empty() ? "" : fmt::format("{} = ", name);
+    if (value.isText() && value.rows() == 1) {
+        out << (name.empty() ? textOf(value) : fmt::format("{}'{}'", head, textOf(value))) << '\n';
+        return;
+    }
+    if (value.isScalar() && !value.isSparse()) {
+        out << head << inlineText(value) << '\n';
+        return;
+    }
+    out << head << describe(value);
+    if (value.isRange() && value.count() > kLongestRange) {
         const RangeBounds bounds = boundsOf(value);
-        out << fmt::format("{}{}, the range {}:{}:{}\n", headOf(name), describe(value),
-                           shortNumber(bounds.start, kScalarDigits), shortNumber(bounds.step, kScalarDigits),
-                           shortNumber(bounds.stop, kScalarDigits));
+        out << fmt::format(", the range {}:{}:{}\n", shortNumber(bounds.start, kScalarDigits),
+                           shortNumber(bounds.step, kScalarDigits), shortNumber(bounds.stop, kScalarDigits));
+        return;
+    }
+    out << '\n';
+    if (value.isSparse()) {
+        printEntries(out, value);
+    } else if (value.count() == 0) {
+        return;
+    } else if (value.isText()) {
+        printTextRows(out, value);
     } else if (value.isRange()) {
-        printFull(out, name, asFull(value), width);
+        printRows(out, asFull(value), width);
     } else {
-        printFull(out, name, value, width);
+        printRows(out, value, width); // itself: not even a copy may fail once a variable has changed
     }
 }
 

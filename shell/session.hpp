@@ -5,6 +5,7 @@
 #include "interrupt.hpp"
 #include "value.hpp"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -25,6 +26,7 @@ struct Session
     std::vector<std::string> arguments; ///< of the script
     unsigned width = 100;               ///< characters of a printed line
     double ticked = 0;                  ///< the clock at the last tic
+    std::uint64_t rounds = UINT64_MAX;  ///< rounds of loops until one is interrupted, as by Ctrl-C
     /// Shows a long text; null for printing it.
     std::function<void(const std::string&)> page;
 

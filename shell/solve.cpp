@@ -1,12 +1,11 @@
 // Linear systems, by CXSparse: Cholesky where it goes, else LU, and QR for what is not square.
 #include "operators.hpp"
 
-#include "concatenation.hpp"
 #include "elementwise.hpp"
 #include "error.hpp"
 #include "freed_by.hpp"
+#include "indexing.hpp"
 
-#include <fmt/format.h>
 #include <suitesparse/cs.h>
 
 #include <cmath>
@@ -49,9 +48,7 @@ class Factors
         }
         symbolic_.reset(cs_di_sqr(kGeneralOrder, &matrix, 0));
         numeric_.reset(symbolic_ ? cs_di_lu(&matrix, symbolic_.get(), 1) : nullptr);
-        if (!numeric_ || lostPivot(a)) {
-            throw Error("kxsh:singular", fmt::format("the {0}-by-{0} matrix of the system is singular", n_));
-        }
+        require(numeric_ && !lostPivot(a), "kxsh:singular", "the {0}-by-{0} matrix of the system is singular", n_);
     }
 
     /// b becomes x.
@@ -152,13 +149,11 @@ Value solveReal(const Value& a, const Value& b)
         if (factors) {
             factors->solve(column.data());
         } else if (cs_di_qrsol(kLeastSquaresOrder, &matrix, column.data()) == 0) {
-            throw Error("kx:outOfMemory", "out of memory");
+            fail("kx:outOfMemory", "out of memory");
         }
-        std::copy_n(column.begin(), n, x.data<double>() + j * n);
-        if (!std::all_of(column.begin(), column.begin() + static_cast<std::ptrdiff_t>(n),
-                         [](double v) { return std::isfinite(v); })) {
-            throw Error("kxsh:singular", fmt::format("the {}-by-{} system has no finite solution", m, n));
-        }
+        const double* solution = std::copy_n(column.begin(), n, x.data<double>() + j * n) - n;
+        require(std::all_of(solution, solution + n, [](double v) { return std::isfinite(v); }), "kxsh:singular",
+                "the {}-by-{} system has no finite solution", m, n);
     }
     return x;
 }
@@ -171,25 +166,20 @@ Value solveComplex(const Value& a, const Value& b)
     const Value minus = operate(BinaryOperator::kMultiply, Value::number(-1), im);
     const Value whole =
         solveReal(concatenate({{re, minus}, {im, re}}), concatenate({{partOf(b, false)}, {partOf(b, true)}}));
-    const std::size_t n = a.columns();
-    Value x = Value::full(a.columns(), b.columns(), kxDOUBLE_CLASS, kxCOMPLEX);
-    for (std::size_t j = 0; j < b.columns(); ++j) {
-        const double* from = whole.data<double>() + 2 * n * j;
-        std::copy_n(from, n, x.data<double>() + n * j);
-        std::copy_n(from + n, n, x.imagData<double>() + n * j);
-    }
-    kx::kxFreeImagIfZero(x.get());
-    return x;
+    const double n = a.columns();
+    const auto half = [&](double first) {
+        const Value places[] = {Value::range(first + 1, 1, first + n), Value(kx::kxCreateColon())};
+        return reference(whole, places, "the solution");
+    };
+    return complexOf(half(0), half(n));
 }
 
 } // namespace
 
 Value solve(const Value& a, const Value& b)
 {
-    if (a.rows() != b.rows()) {
-        throw Error("kxsh:operand", fmt::format("'\\' cannot solve a system of {} rows for a right-hand side of {}",
-                                                a.rows(), b.rows()));
-    }
+    require(a.rows() == b.rows(), "kxsh:operand", "'\\' cannot solve a system of {} rows for a right-hand side of {}",
+            a.rows(), b.rows());
     const Value matrix = asSparse(converted(a, kxDOUBLE_CLASS));
     const Value right = asFull(converted(b, kxDOUBLE_CLASS));
     const Value x = matrix.isComplex() || right.isComplex() ? solveComplex(matrix, right) : solveReal(matrix, right);

@@ -8,7 +8,6 @@
 
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
-#include <fmt/format.h>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -80,11 +79,10 @@ void paint(cairo_t* context, const Drawing& drawing)
     }
 }
 
-void require(cairo_status_t status, const std::filesystem::path& path)
+void requireDrawn(cairo_status_t status, const std::filesystem::path& path)
 {
-    if (status != CAIRO_STATUS_SUCCESS) {
-        throw Error("kxsh:file", fmt::format("cannot draw {}: {}", path.string(), cairo_status_to_string(status)));
-    }
+    require(status == CAIRO_STATUS_SUCCESS, "kxsh:file", "cannot draw {}: {}", path.string(),
+            cairo_status_to_string(status));
 }
 
 } // namespace
@@ -92,9 +90,8 @@ void require(cairo_status_t status, const std::filesystem::path& path)
 void spyToFile(const Value& matrix, const std::filesystem::path& path)
 {
     const std::string format = path.extension();
-    if (format != ".svg" && format != ".png" && format != ".pdf") {
-        throw Error("kxsh:arguments", fmt::format("spy writes .svg, .png and .pdf files, not '{}'", path.string()));
-    }
+    require(format == ".svg" || format == ".png" || format == ".pdf", "kxsh:arguments",
+            "spy writes .svg, .png and .pdf files, not '{}'", path.string());
     const Drawing drawing = drawPattern(matrix);
     std::string bytes;
     const bool pixels = format == ".png";
@@ -107,12 +104,12 @@ void spyToFile(const Value& matrix, const std::filesystem::path& path)
         cairo_scale(context.get(), kScale, kScale);
     }
     paint(context.get(), drawing);
-    require(cairo_status(context.get()), path);
+    requireDrawn(cairo_status(context.get()), path);
     if (pixels) {
-        require(cairo_surface_write_to_png_stream(surface.get(), collect, &bytes), path);
+        requireDrawn(cairo_surface_write_to_png_stream(surface.get(), collect, &bytes), path);
     }
     cairo_surface_finish(surface.get());
-    require(cairo_surface_status(surface.get()), path);
+    requireDrawn(cairo_surface_status(surface.get()), path);
     OutputFile file(path);
     file.write(bytes);
     file.commit();

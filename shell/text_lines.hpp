@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -22,9 +21,19 @@ class TextLines
   public:
     TextLines(std::string name, std::string_view text) : name_(std::move(name)), rest_(text) {}
 
-    [[noreturn]] void fail(std::string_view what) const
+    template <typename... Parts>
+    [[noreturn, gnu::cold]] void fail(fmt::format_string<Parts...> text, Parts&&... parts) const
     {
-        throw Error("kxsh:matrixMarket", fmt::format("{}:{}: {}", name_, std::max<std::size_t>(line_, 1), what));
+        kxsh::fail("kxsh:matrixMarket", "{}:{}: {}", name_, std::max<std::size_t>(line_, 1),
+                   fmt::format(text, std::forward<Parts>(parts)...));
+    }
+
+    template <typename... Parts>
+    void require(bool holds, fmt::format_string<Parts...> text, Parts&&... parts) const
+    {
+        if (!holds) {
+            fail(text, std::forward<Parts>(parts)...);
+        }
     }
 
     /// Moves to the next line; false at the end of the text.
@@ -33,10 +42,7 @@ class TextLines
         if (rest_.empty()) {
             return false;
         }
-        const void* newline = std::memchr(rest_.data(), '\n', rest_.size());
-        const std::size_t length = newline == nullptr
-                                       ? rest_.size()
-                                       : static_cast<std::size_t>(static_cast<const char*>(newline) - rest_.data());
+        const std::size_t length = std::min(rest_.find('\n'), rest_.size());
         at_ = rest_.data();
         stop_ = at_ + length;
         rest_.remove_prefix(std::min(length + 1, rest_.size()));
@@ -87,11 +93,8 @@ class TextLines
     void endOfLine()
     {
         skipBlanks();
-        if (at_ != stop_) {
-            fail(fmt::format(
-                "unexpected '{}' at the end of the line",
-                std::string_view(at_, static_cast<std::size_t>(std::min<std::ptrdiff_t>(stop_ - at_, 40)))));
-        }
+        require(at_ == stop_, "unexpected '{}' at the end of the line",
+                std::string_view(at_, static_cast<std::size_t>(std::min<std::ptrdiff_t>(stop_ - at_, 40))));
     }
 
     template <typename T>
@@ -100,12 +103,9 @@ class TextLines
         skipBlanks();
         T value{};
         const auto [stop, status] = std::from_chars(at_, stop_, value);
-        if (status == std::errc::result_out_of_range) {
-            fail(fmt::format("the {} is too large", what));
-        }
-        if (status != std::errc() || (stop != stop_ && !isBlank(*stop))) {
-            fail(fmt::format("the {} is missing or no whole number", what));
-        }
+        require(status != std::errc::result_out_of_range, "the {} is too large", what);
+        require(status == std::errc() && (stop == stop_ || isBlank(*stop)), "the {} is missing or no whole number",
+                what);
         at_ = stop;
         return value;
     }
@@ -118,9 +118,7 @@ class TextLines
         }
         double value = 0;
         const auto [stop, status] = fast_float::from_chars(at_, stop_, value);
-        if (status != std::errc() || (stop != stop_ && !isBlank(*stop))) {
-            fail("a value is missing or no number");
-        }
+        require(status == std::errc() && (stop == stop_ || isBlank(*stop)), "a value is missing or no number");
         at_ = stop;
         return value;
     }

@@ -7,31 +7,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace kxsh {
 
 namespace {
 
-struct ClassEntry
-{
-    kxClassID id;
-    std::string_view name;
-};
-
-constexpr std::array<ClassEntry, 12> kClasses = {{
-    {kxLOGICAL_CLASS, "logical"},
-    {kxCHAR_CLASS, "char"},
-    {kxDOUBLE_CLASS, "double"},
-    {kxSINGLE_CLASS, "single"},
-    {kxINT8_CLASS, "int8"},
-    {kxUINT8_CLASS, "uint8"},
-    {kxINT16_CLASS, "int16"},
-    {kxUINT16_CLASS, "uint16"},
-    {kxINT32_CLASS, "int32"},
-    {kxUINT32_CLASS, "uint32"},
-    {kxINT64_CLASS, "int64"},
-    {kxUINT64_CLASS, "uint64"},
-}};
+/// By class; the classes between have no arrays in this language.
+constexpr std::array<std::string_view, kxUINT64_CLASS + 1> kClassNames = {
+    "unset", "",      "",      "logical", "char",  "",       "double", "single",
+    "int8",  "uint8", "int16", "uint16",  "int32", "uint32", "int64",  "uint64"};
 
 /// The result of a conversion that may be its own argument.
 Value resultOf(const Value& argument, kxArray* result)
@@ -75,9 +60,7 @@ Value Value::complexNumber(double re, double im)
 Value Value::text(std::string_view utf8)
 {
     const std::u16string units = unicodeConverter().convert_str(std::string(utf8));
-    if (units.size() > kx::kxGetMaxNumberOfElements()) {
-        throw Error("kx:sizeLimit", "the text is too long");
-    }
+    require(units.size() <= kx::kxGetMaxNumberOfElements(), "kx:sizeLimit", "the text is too long");
     Value value = full(units.empty() ? 0 : 1, static_cast<unsigned>(units.size()), kxCHAR_CLASS);
     std::copy(units.begin(), units.end(), value.data<char16_t>());
     return value;
@@ -118,22 +101,14 @@ bool Value::isComplex() const noexcept
 
 std::string_view className(kxClassID id)
 {
-    for (const ClassEntry& entry : kClasses) {
-        if (entry.id == id) {
-            return entry.name;
-        }
-    }
-    return "unset";
+    return kClassNames.at(id);
 }
 
 kxClassID classNamed(std::string_view name)
 {
-    for (const ClassEntry& entry : kClasses) {
-        if (entry.name == name) {
-            return entry.id;
-        }
-    }
-    return kxUNKNOWN_CLASS;
+    const auto found = std::ranges::find(kClassNames, name);
+    return name.empty() || found == kClassNames.end() ? kxUNKNOWN_CLASS
+                                                      : static_cast<kxClassID>(found - kClassNames.begin());
 }
 
 bool isIntegerClass(kxClassID id)
@@ -185,9 +160,8 @@ Value asFull(const Value& value)
 
 unsigned entryCount(std::uint64_t count)
 {
-    if (count > kx::kxGetMaxNumberOfElements()) {
-        throw Error("kx:sizeLimit", std::to_string(count) + " entries are too many for one sparse array");
-    }
+    require(count <= kx::kxGetMaxNumberOfElements(), "kx:sizeLimit", "{} entries are too many for one sparse array",
+            count);
     return static_cast<unsigned>(count);
 }
 
@@ -205,6 +179,27 @@ void setCapacity(Value& sparse, unsigned count)
         array->pi = kx::kxRealloc(array->pi, room * size);
     }
     array->nzmax = count;
+}
+
+void copyValues(const Value& from, std::size_t first, std::size_t count, Value& to, std::size_t next)
+{
+    const std::size_t size = kx::kxGetElementSize(to.get());
+    const auto copy = [&](const void* source, void* target) {
+        char* at = static_cast<char*>(target) + next * size;
+        source == nullptr ? std::memset(at, 0, count * size)
+                          : std::memcpy(at, static_cast<const char*>(source) + first * size, count * size);
+    };
+    if (count != 0) {
+        copy(from.get()->pr, to.get()->pr);
+        if (to.isComplex()) {
+            copy(from.isComplex() ? from.get()->pi : nullptr, to.get()->pi);
+        }
+    }
+}
+
+std::string shapeText(const Value& value)
+{
+    return fmt::format("{}-by-{}", value.rows(), value.columns());
 }
 
 Value asSparse(const Value& value)

@@ -115,12 +115,35 @@ unsigned entryCount(std::uint64_t count);
 /// Takes or gives up room for entries of a sparse array that is not shared; from now on it is `count`.
 void setCapacity(Value& sparse, unsigned count);
 Value asSparse(const Value& value);
+/// Copies elements, or stored values, to an array of the same class with room for them; a complex one gets imaginary
+/// zeros from a real one.
+void copyValues(const Value& from, std::size_t first, std::size_t count, Value& to, std::size_t next);
+/// "3-by-4"
+std::string shapeText(const Value& value);
 
 /// Calls f(std::type_identity<T>{}) with the element type of a class.
 template <typename F>
 decltype(auto) withElementType(kxClassID id, F&& f)
 {
     return kxWithElementType<bool, char16_t>(id, f);
+}
+
+/// Calls f(row, k) for each stored value k of a column of a sparse array, or each element k of that of a full one.
+template <typename F>
+void forEachInColumn(const Value& array, unsigned column, F&& f)
+{
+    if (array.isSparse()) {
+        const unsigned* rows = array.rowIndices();
+        const unsigned stop = array.starts()[column + 1];
+        for (unsigned k = array.starts()[column]; k < stop; ++k) {
+            f(rows[k], std::size_t{k});
+        }
+    } else {
+        const unsigned m = array.rows();
+        for (unsigned i = 0; i < m; ++i) {
+            f(i, std::size_t{column} * m + i);
+        }
+    }
 }
 
 std::string utf8Of(const std::u16string& text);

@@ -1,17 +1,14 @@
 // Any text as what is typed into the shell, line by line: every line is carried out or ends with an error that leaves
 // the variables as they were; variables stay sound, and nothing leaks. A line "#fail N" makes the N-th allocation of
-// what follows it fail. Texts that name a function of files are passed over, so that none can be touched.
+// what follows it fail, and loops end after some rounds. Texts that name a function of files are passed over, so that
+// none can be touched.
 #include "functions.hpp"
-#include "interrupt.hpp"
 #include "parser.hpp"
 #include "runner.hpp"
 #include "shell/variables.hpp"
 #include "target.hpp"
 
-#include <sys/time.h>
-
 #include <algorithm>
-#include <csignal>
 #include <memory>
 #include <sstream>
 
@@ -22,8 +19,7 @@ namespace {
 
 bool namesFiles(std::string_view text)
 {
-    const auto functions = kxsh::fileFunctions();
-    return std::any_of(functions.begin(), functions.end(), [&](const kxsh::Function& function) {
+    return std::ranges::any_of(kxsh::fileFunctions, [&](const kxsh::Function& function) {
         return text.find(function.name) != std::string_view::npos;
     });
 }
@@ -97,27 +93,6 @@ class CheckedLines : public kxsh::LineSource
     long failing_ = -1;
 };
 
-/// Presses Ctrl-C every so often, so that every loop ends.
-class Impatience
-{
-  public:
-    Impatience()
-    {
-        std::signal(SIGVTALRM, [](int) { kxsh::raiseInterrupt(); });
-        set(100000);
-    }
-    ~Impatience() { set(0); }
-    Impatience(const Impatience&) = delete;
-    Impatience& operator=(const Impatience&) = delete;
-
-  private:
-    static void set(long microseconds)
-    {
-        const itimerval timer = {{0, microseconds}, {0, microseconds}};
-        ::setitimer(ITIMER_VIRTUAL, &timer, nullptr);
-    }
-};
-
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -129,10 +104,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const FuzzLimits limits;
     const LeakCheck leaks;
     {
-        const Impatience impatience;
         std::ostringstream out;
         std::ostringstream errors;
         kxsh::Session session(out);
+        session.rounds = 50;
         CheckedLines lines(text, session, errors);
         kxsh::Runner(session, errors).runLines(lines);
         kxrt::fail_allocation_after(-1);

@@ -2,7 +2,7 @@
 #ifndef KXSH_TESTS_TEST_SHELL_HPP
 #define KXSH_TESTS_TEST_SHELL_HPP
 
-#include "equality.hpp"
+#include "operators.hpp"
 #include "runner.hpp"
 
 #include <filesystem>
