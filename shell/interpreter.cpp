@@ -208,14 +208,21 @@ std::vector<Value> Interpreter::values(const std::vector<ExpressionPtr>& express
     return values;
 }
 
-std::vector<Value> Interpreter::severalResults(const Expression& expression, std::size_t count)
+const NameNode* Interpreter::calledName(const Expression& expression) const
 {
     const auto* apply = std::get_if<ApplyNode>(&expression.node);
     const auto* name = std::get_if<NameNode>(apply != nullptr ? &apply->target->node : &expression.node);
-    if (name == nullptr || variable(name->name) != nullptr) {
+    return name == nullptr || variable(name->name) != nullptr ? nullptr : name;
+}
+
+std::vector<Value> Interpreter::severalResults(const Expression& expression, std::size_t count)
+{
+    const NameNode* name = calledName(expression);
+    if (name == nullptr) {
         throw Error("kxsh:operand", fmt::format("{} results are taken from a call of a function only", count));
     }
     const Function& called = function(name->name);
+    const auto* apply = std::get_if<ApplyNode>(&expression.node);
     return callForSeveral(called, session_, apply != nullptr ? values(apply->arguments) : std::vector<Value>(), count);
 }
 
@@ -244,11 +251,12 @@ Value Interpreter::result(const Expression& expression)
 
 Value Interpreter::evaluate(const Expression& expression)
 {
-    Value value = result(expression);
-    if (!value) {
+    const NameNode* name = calledName(expression);
+    const Function* called = name != nullptr ? findFunction(name->name) : nullptr;
+    if (called != nullptr && called->mostResults == 0) { // before it acts: a statement that fails changes nothing
         throw Error("kxsh:noValue", "a function that gives no value is used in an expression");
     }
-    return value;
+    return result(expression);
 }
 
 Value Interpreter::evaluate(const LiteralNode& node)

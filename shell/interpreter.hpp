@@ -52,13 +52,15 @@ class Interpreter
     [[nodiscard]] const Value* variable(const std::string& name) const;
     [[noreturn]] void undefined(const std::string& name) const;
     const Function& function(const std::string& name) const;
+    /// The name of the function of which the expression is a call; null for others and where a variable hides it.
+    [[nodiscard]] const NameNode* calledName(const Expression& expression) const;
     std::vector<Value> values(const std::vector<ExpressionPtr>& expressions);
     std::vector<Value> subscripts(const Value* array, const std::vector<ExpressionPtr>& arguments);
     std::vector<Value> severalResults(const Expression& expression, std::size_t count);
 
     /// The value of an expression; the empty handle for a call that gives none.
     Value result(const Expression& expression);
-    /// As result(), raising kxsh:noValue where there is none.
+    /// As result(), raising kxsh:noValue instead of calling a function that gives none.
     Value evaluate(const Expression& expression);
     Value evaluate(const LiteralNode& node);
     Value evaluate(const NameNode& node);
