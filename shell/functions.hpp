@@ -24,9 +24,9 @@ struct Function
     std::string_view summary; ///< fits the line of a list
     std::string_view details; ///< what else there is to say; lines broken, may be empty
     std::string_view example;
-    /// The empty handle where the function only acts.
+    /// The empty handle where mostResults is 0: the function only acts.
     Value (*call)(Session&, Arguments);
-    /// As many results as asked for, two up to mostResults; null for functions of one.
+    /// As many results as asked for, two up to mostResults; null for functions of fewer.
     std::vector<Value> (*callForSeveral)(Session&, Arguments, std::size_t) = nullptr;
     std::size_t mostResults = 1;
 };

@@ -204,10 +204,15 @@ std::vector<Value> Interpreter::values(const Expressions& expressions)
     return values;
 }
 
-std::vector<Value> Interpreter::severalResults(const Expression& expression, std::size_t count)
+bool Interpreter::isCall(const Expression& expression) const
 {
     const bool calls = expression.kind == Kind::kName || expression.kind == Kind::kApply;
-    if (!calls || expression.name.empty() || variable(expression.name) != nullptr) {
+    return calls && !expression.name.empty() && variable(expression.name) == nullptr;
+}
+
+std::vector<Value> Interpreter::severalResults(const Expression& expression, std::size_t count)
+{
+    if (!isCall(expression)) {
         fail("kxsh:operand", "{} results are taken from a call of a function only", count);
     }
     return callForSeveral(function(expression.name), session_, values(expression.parts), count);
@@ -238,9 +243,11 @@ Value Interpreter::result(const Expression& expression)
 
 Value Interpreter::evaluate(const Expression& expression)
 {
-    Value value = result(expression);
-    require(static_cast<bool>(value), "kxsh:noValue", "a function that gives no value is used in an expression");
-    return value;
+    const Function* called = isCall(expression) ? findFunction(expression.name) : nullptr;
+    if (called != nullptr && called->mostResults == 0) { // before it acts: a statement that fails changes nothing
+        fail("kxsh:noValue", "{} gives no value to use in an expression", called->name);
+    }
+    return result(expression);
 }
 
 Value Interpreter::resultOf(const Expression& expression)

@@ -53,13 +53,15 @@ class Interpreter
     [[nodiscard]] const Value* variable(const std::string& name) const;
     [[noreturn]] void undefined(const std::string& name) const;
     const Function& function(const std::string& name) const;
+    /// Whether the expression calls a function by a name that no variable hides.
+    [[nodiscard]] bool isCall(const Expression& expression) const;
     std::vector<Value> values(const Expressions& expressions);
     std::vector<Value> subscripts(const Value* array, std::span<const ExpressionPtr> arguments);
     std::vector<Value> severalResults(const Expression& expression, std::size_t count);
 
     /// The value of an expression; the empty handle for a call that gives none.
     Value result(const Expression& expression);
-    /// As result(), raising kxsh:noValue where there is none.
+    /// As result(), raising kxsh:noValue instead of calling a function that gives none.
     Value evaluate(const Expression& expression);
     Value resultOf(const Expression& expression);
     [[nodiscard]] Value end() const;
