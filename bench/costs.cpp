@@ -6,6 +6,7 @@
 #include "kernels/tables.hpp"
 #include "lookup/find_hits.hpp"
 #include "matrices.hpp"
+#include "reference/row_methods.hpp"
 
 #include <fmt/core.h>
 #include <kx_runtime.hpp>
@@ -75,7 +76,7 @@ bool isFaster(const Work& first, const Work& second)
     return times[0][kRuns / 2] <= 0.97 * times[1][kRuns / 2];
 }
 
-/// The last of the ascending values for which it holds, of those from the first on for which it does; else `otherwise`.
+/// The last of the values for which it holds, of those from the first on for which it does; else `otherwise`.
 unsigned lastFor(std::initializer_list<unsigned> values, unsigned otherwise, const std::function<bool(unsigned)>& holds)
 {
     unsigned last = otherwise;
@@ -140,6 +141,23 @@ bool filters(unsigned count)
     return isFaster(sift(&few), sift(nullptr));
 }
 
+/// One in so many rows of 400,000 entries in columns of ten, sifted or moved.
+bool sifts(unsigned each)
+{
+    constexpr unsigned kRows = 40000;
+    const Array array = toArray(uniformMatrix(kRows, kRows, 10));
+    Words rows;
+    for (unsigned row = 0; row < kRows; row += each) {
+        rows.push_back(row);
+    }
+    const Subscript list = IndexList(rows.data(), static_cast<unsigned>(rows.size()), Order::kAscending);
+    const auto by = [&](RowMethod method) {
+        return Work{
+            [&, method] { gatherBy(method, Columns(array.get()), list, IndexRange::all(kRows), Capacity::kExact); }};
+    };
+    return isFaster(by(RowMethod::kSift), by(RowMethod::kTable));
+}
+
 /// One in so many of 10^6 entries deleted, entry by entry or by the runs between them.
 bool deletesByEntry(unsigned each)
 {
@@ -183,6 +201,7 @@ Costs measured()
     const auto factors = {2U, 4U, 8U, 16U};
     return {.mostRanked = lastFor({8, 16, 32, 48, 64, 96, 112, kMostRanked}, 0, ranks),
             .mostFewRows = lastFor({1, 4, 16, 32, 64, 128, 256}, 0, filters),
+            .rowsPerSifted = lastFor({128, 64, 32, 16, 8, 4, 3, 2}, 256, sifts),
             .entriesPerDeleted = lastFor({2, 4, 8, 16, 32, 64, 128}, 0, deletesByEntry),
             .intersectShortColumns = lastFor(factors, 1, [](unsigned factor) { return intersects(10, factor); }),
             .intersectLongColumns = lastFor(factors, 1, [](unsigned factor) { return intersects(10000, factor); })};
@@ -201,6 +220,7 @@ void run()
         };
         print("mostRanked", &Costs::mostRanked);
         print("mostFewRows", &Costs::mostFewRows);
+        print("rowsPerSifted", &Costs::rowsPerSifted);
         print("entriesPerDeleted", &Costs::entriesPerDeleted);
         print("intersectShortColumns", &Costs::intersectShortColumns);
         print("intersectLongColumns", &Costs::intersectLongColumns);

@@ -87,6 +87,8 @@ struct Costs
     unsigned mostRanked;
     /// The most rows for which FewRows is faster than a look-up of every entry; 0 where it never is.
     unsigned mostFewRows;
+    /// Entries in rows that are given are sifted where the rows are fewer than one in so many; of others each is moved.
+    unsigned rowsPerSifted;
     /// Listed positions are deleted entry by entry where one in so many entries, or more, is deleted; elsewhere the
     /// runs between them move whole.
     unsigned entriesPerDeleted;

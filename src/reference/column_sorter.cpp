@@ -27,6 +27,7 @@ void ColumnSorter::sortColumn(const Columns& a, Values values, unsigned column)
 {
     const unsigned begin = a.jc[column];
     const unsigned count = a.jc[column + 1] - begin;
+    makeRoom(a, count);
     const Values copied{Columns(copy_.get())};
     unsigned* const rows = copy_->ir;
     if (count <= kRound && a.nzmax - begin >= kRound) {
@@ -60,22 +61,39 @@ void ColumnSorter::sortColumn(const Columns& a, Values values, unsigned column)
     }
 }
 
+namespace {
+
+/// Lists the columns of more than one entry, of `count` ones. Neighbours that have one or none together are passed
+/// over; else no branch asks for the length of a column, which nobody can foresee.
+unsigned listLongOnes(const unsigned* jc, unsigned count, unsigned* longOnes)
+{
+    constexpr unsigned kTogether = 8;
+    unsigned found = 0;
+    for (unsigned j = 0; j < count;) {
+        const unsigned next = j + std::min(kTogether, count - j);
+        if (jc[next] - jc[j] > 1) {
+            for (; j < next; ++j) {
+                longOnes[found] = j;
+                found += jc[j + 1] - jc[j] > 1 ? 1U : 0U;
+            }
+        }
+        j = next;
+    }
+    return found;
+}
+
+} // namespace
+
 void ColumnSorter::sort(const Columns& a, unsigned first, unsigned count)
 {
-    constexpr unsigned kColumns = 256; // at a time: those of one entry or none, many perhaps, take no branch each
-    std::array<unsigned, kColumns> several;
+    constexpr unsigned kColumns = 256; // at a time
+    std::array<unsigned, kColumns> longOnes;
     withStorage(a, [&](auto values) {
-        for (; count > 0; first += std::min(count, kColumns), count -= std::min(count, kColumns)) {
-            unsigned found = 0;
-            unsigned longest = 0;
-            for (unsigned j = first; j < first + std::min(count, kColumns); ++j) {
-                several[found] = j;
-                found += a.length(j) > 1 ? 1U : 0U;
-                longest = std::max(longest, a.length(j));
-            }
-            makeRoom(a, longest);
+        const unsigned last = first + count;
+        for (unsigned next = first; next < last; next += std::min(kColumns, last - next)) {
+            const unsigned found = listLongOnes(a.jc + next, std::min(kColumns, last - next), longOnes.data());
             for (unsigned i = 0; i < found; ++i) {
-                sortColumn(a, values, several[i]);
+                sortColumn(a, values, next + longOnes[i]);
             }
         }
     });

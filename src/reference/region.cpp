@@ -2,6 +2,7 @@
 #include "core/counts.hpp"
 #include "core/note_method.hpp"
 #include "core/search.hpp"
+#include "kernels/kernels.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
@@ -29,12 +30,11 @@ bool useRowMap(const Columns& a, unsigned k)
 RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
     constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
-    constexpr unsigned kRowsPerSifted = 64;  // one row in so many: most entries are passed over
     constexpr unsigned kSmall = 512;         // rows and entries that are passed over before a table is made
     if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.listed) {
         return RowMethod::kSearch;
     }
-    if (counts.selected < counts.extent / kRowsPerSifted || counts.entries + counts.extent < kSmall) {
+    if (counts.selected < counts.extent / kernels().costs.rowsPerSifted || counts.entries + counts.extent < kSmall) {
         return RowMethod::kSift;
     }
     return RowMethod::kTable;

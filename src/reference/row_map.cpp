@@ -46,8 +46,7 @@ Copies mapCopies(const IndexList& rows, const RowSet& selected)
     return map;
 }
 
-/// The first copy of each entry, and where in the result the copies of it go: begins[e] .. begins[e+1]-1. The result is
-/// the last of them.
+/// Where in the result the copies of each entry go: begins[e] .. begins[e+1]-1.
 Block<unsigned> placeCopies(const Columns& a, const unsigned* starts)
 {
     auto begins = Block<unsigned>::make(std::size_t{a.nnz()} + 1);

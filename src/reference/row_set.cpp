@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <optional>
 
 namespace zqsp {
@@ -34,6 +33,17 @@ void setCapacity(kxArray* array, unsigned capacity)
 }
 
 constexpr unsigned kBlock = 4096; // entries that are looked at together, and put in order while a cache has them
+
+constexpr unsigned kBits = 8; // of a byte
+
+/// How many bits of a byte are set. (The instruction is not there on all processors.)
+constexpr auto kOnes = [] {
+    std::array<std::uint8_t, 1U << kBits> ones{};
+    for (unsigned byte = 0; byte < ones.size(); ++byte) {
+        ones[byte] = static_cast<std::uint8_t>(countOnes(byte));
+    }
+    return ones;
+}();
 
 /// Finds the entries in rows of a set, where these are few.
 class Sieve
@@ -73,19 +83,21 @@ class Sieve
             std::fill(ends + i, ends + count, before + count_);
             return;
         }
-        std::array<RowWord, kBlock / RowWord::kBits> marks;
-        std::fill_n(marks.begin(), (size_ - 1) / RowWord::kBits + 1, RowWord{0, 0});
-        for (unsigned found = count_; found-- > 0;) {
-            RowWord& word = marks[(found_[found] - begin_) / RowWord::kBits];
-            word.members |= 1U << (found_[found] - begin_) % RowWord::kBits;
+        std::array<std::uint8_t, kBlock / kBits> marks; // a bit for each entry
+        std::array<unsigned, kBlock / kBits> sums;      // what was found before these
+        const unsigned bytes = (size_ - 1) / kBits + 1;
+        std::fill_n(marks.begin(), bytes, std::uint8_t{0});
+        for (unsigned found = 0; found < count_; ++found) {
+            const unsigned at = found_[found] - begin_;
+            marks[at / kBits] = static_cast<std::uint8_t>(marks[at / kBits] | 1U << at % kBits);
         }
-        unsigned sum = before;
-        for (unsigned w = 0; w <= (size_ - 1) / RowWord::kBits; ++w) {
-            marks[w].before = sum;
-            sum += static_cast<unsigned>(std::popcount(marks[w].members));
+        for (unsigned i = 0; i < bytes; ++i) {
+            sums[i] = before;
+            before += kOnes[marks[i]];
         }
         for (unsigned i = 0; i < count; ++i) {
-            ends[i] = RankedRows{marks.data()}.newRow(from[i] - begin_);
+            const unsigned at = from[i] - begin_;
+            ends[i] = sums[at / kBits] + kOnes[marks[at / kBits] & ((1U << at % kBits) - 1)];
         }
     }
 
@@ -103,29 +115,34 @@ class Sieve
 
 /// A result that takes up columns one after the other. In the beginning it has the room that its rows need if they are
 /// like all others, and in the end its size.
-class RowsOf
+class SelectedRows
 {
   public:
     /// `entries`: all of the columns to come. Raises on exhausted memory, as the others do.
-    RowsOf(const Columns& a, const RowSet& rows, unsigned columns, std::uint64_t entries)
+    SelectedRows(const Columns& a, const RowSet& rows, unsigned columns, std::uint64_t entries)
         : a_(a),
           rows_(rows),
           entries_(entries),
-          result_(createLike(a, rows.count(), columns, guess())),
-          out(result_.get())
+          result_(createLike(a, rows.count(), columns, firstRoom())),
+          out_(result_.get())
     {
     }
+
+    [[nodiscard]] const Columns& columns() const { return out_; }
+    [[nodiscard]] unsigned columnsTaken() const { return taken_; }
+    /// In the columns from `first` on.
+    [[nodiscard]] unsigned entriesSince(unsigned first) const { return written_ - out_.jc[first]; }
 
     /// What lies in the rows, with their ranks for new rows.
     void select(unsigned first, unsigned count)
     {
         const unsigned begin = a_.jc[first];
         const unsigned size = a_.jc[first + count] - begin;
-        if (size > out.nzmax - written) {
+        if (size > out_.nzmax - written_) {
             makeRoom(countSelected(a_, begin, begin + size, rows_.ranked()));
         }
-        written = moveSelected(a_, first, count, rows_.ranked(), out, written, out.jc + visited + 1);
-        visited += count;
+        written_ = moveSelected(a_, first, count, rows_.ranked(), out_, written_, out_.jc + taken_ + 1);
+        taken_ += count;
     }
 
     /// The same where that is little: values are looked at only of what is found.
@@ -133,42 +150,42 @@ class RowsOf
     {
         const unsigned* end = a_.jc + first + 1;
         const unsigned* const last = end + count;
-        unsigned* newEnd = out.jc + visited + 1;
+        unsigned* newEnd = out_.jc + taken_ + 1;
         for (unsigned begin = end[-1], size = 0; begin < last[-1]; begin += size) { // a long column may need several
             size = std::min(kBlock, last[-1] - begin);
             const unsigned found = sieve.find(a_.ir, begin, begin + size);
             makeRoom(found);
             take(sieve.found(), found);
             const auto inside = static_cast<unsigned>(std::lower_bound(end, last, begin + size) - end);
-            sieve.countBefore(end, inside, written, newEnd);
+            sieve.countBefore(end, inside, written_, newEnd);
             end += inside;
             newEnd += inside;
-            written += found;
+            written_ += found;
         }
-        std::fill_n(newEnd, last - end, written);
-        visited += count;
+        std::fill_n(newEnd, last - end, written_);
+        taken_ += count;
     }
 
     /// All rows.
     void copy(unsigned first, unsigned count)
     {
         const unsigned begin = a_.jc[first];
-        appendEntries(out, written, a_, begin, a_.jc[first + count] - begin);
+        appendEntries(out_, written_, a_, begin, a_.jc[first + count] - begin);
         for (unsigned i = 1; i <= count; ++i) {
-            out.jc[visited + i] = a_.jc[first + i] - begin + written;
+            out_.jc[taken_ + i] = a_.jc[first + i] - begin + written_;
         }
-        visited += count;
-        written = out.jc[visited];
+        taken_ += count;
+        written_ = out_.jc[taken_];
     }
 
     ArrayOwner finish()
     {
-        setCapacity(result_.get(), written);
+        setCapacity(result_.get(), written_);
         return std::move(result_);
     }
 
   private:
-    unsigned guess() const
+    unsigned firstRoom() const
     {
         if (rows_.hasAll()) {
             return checkedCount(entries_);
@@ -180,21 +197,21 @@ class RowsOf
 
     void makeRoom(unsigned count)
     {
-        if (const unsigned needed = checkedCount(std::uint64_t{written} + count); needed > out.nzmax) {
-            const std::uint64_t twice = std::min(entries_, std::uint64_t{out.nzmax} * 2);
+        if (const unsigned needed = checkedCount(std::uint64_t{written_} + count); needed > out_.nzmax) {
+            const std::uint64_t twice = std::min(entries_, std::uint64_t{out_.nzmax} * 2);
             setCapacity(result_.get(),
                         std::max(needed, static_cast<unsigned>(std::min<std::uint64_t>(twice, UINT32_MAX))));
-            out = Columns(result_.get());
+            out_ = Columns(result_.get());
         }
     }
 
     void take(const unsigned* entries, unsigned count)
     {
         withStorage(a_, [&](auto from) {
-            const decltype(from) to(out);
+            const decltype(from) to(out_);
             for (unsigned i = 0; i < count; ++i) {
-                out.ir[written + i] = rows_.ranked().newRow(a_.ir[entries[i]]);
-                to.copy(written + i, from, entries[i]);
+                out_.ir[written_ + i] = rows_.ranked().newRow(a_.ir[entries[i]]);
+                to.copy(written_ + i, from, entries[i]);
             }
         });
     }
@@ -203,18 +220,17 @@ class RowsOf
     const RowSet& rows_;
     std::uint64_t entries_;
     ArrayOwner result_;
-
-  public:
-    Columns out;
-    unsigned visited = 0;
-    unsigned written = 0;
+    Columns out_;
+    unsigned taken_ = 0;   // columns
+    unsigned written_ = 0; // entries
 };
 
+/// What lies in the selected rows, which get their ranks for new rows, and from these those that an order gives them.
 ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& selected, const Subscript& columns,
                       bool sifts, std::optional<RowOrder> order)
 {
     const std::uint64_t entries = entriesIn(a, columns);
-    RowsOf result(a, selected, countOf(columns), entries);
+    SelectedRows result(a, selected, countOf(columns), entries);
     std::optional<Sieve> sieve;
     if (sifts) {
         sieve.emplace(selected, rows, entries);
@@ -228,13 +244,13 @@ ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& sel
         } else {
             result.select(first, count);
         }
-        if (order && result.written - result.out.jc[ordered] >= kBlock) {
-            order->apply(result.out, ordered, result.visited - ordered);
-            ordered = result.visited;
+        if (order && result.entriesSince(ordered) >= kBlock) {
+            order->apply(result.columns(), ordered, result.columnsTaken() - ordered);
+            ordered = result.columnsTaken();
         }
     });
     if (order) {
-        order->apply(result.out, ordered, result.visited - ordered);
+        order->apply(result.columns(), ordered, result.columnsTaken() - ordered);
     }
     return result.finish();
 }
