@@ -17,8 +17,6 @@ namespace zqsp {
 
 namespace {
 
-using ZENTAR::legacy_two_part::colon_index_assign_element_count_mismatch;
-
 /// A sparse array with the values of B in column-major order, of the class and the shape given.
 ArrayOwner reshapedCopy(const kxArray* B, kxClassID id, unsigned m, unsigned n)
 {
@@ -76,11 +74,11 @@ spStatus assignColonFill(Target& target, const kxArray* B)
     const unsigned m = rowsOf(A);
     const unsigned n = kxGetN(A);
     if (id == kxUNKNOWN_CLASS) {
-        raiseMessage<colon_index_assign_element_count_mismatch>();
+        raiseColonCountMismatch();
     }
     if (!kxIsScalar(B)) {
         if (!spReshapeOk(m, n, rowsOf(B), kxGetN(B))) {
-            raiseMessage<colon_index_assign_element_count_mismatch>();
+            raiseColonCountMismatch();
         }
         if (!kxIsEmpty(A)) {
             target.become(reshapedCopy(B, id, m, n), A->scope);

@@ -14,7 +14,7 @@ spStatus spRef2(const kxArray* A, kxArray** result)
     const Columns a(A);
     unsigned length = 0;
     if (!kxCheckMNForIndexing_nothrow(a.m, a.n, &length)) {
-        raiseMessage<ZENTAR::sparse::tooLargeForLinearIndex>();
+        raiseTooLargeForLinearIndex();
     }
     const unsigned nnz = a.nnz();
     ArrayOwner column = createLike(a, length, 1, nnz);
