@@ -130,12 +130,8 @@ spStatus assign(Target& target, const kxArray* originalB, const kxArray* I, cons
     if (!isDeletionMarker(originalB)) {
         B.become(kxMustBe(originalB, targetClass(A, originalB)));
     }
-    if (B->ndims > 2) {
-        ArrayOwner squeezed = squeezeToMatrix(B.get());
-        if (squeezed.get() == nullptr) {
-            return spAssignDimMismatch;
-        }
-        B.become(squeezed.release());
+    if (!squeezeToMatrix(B)) {
+        return spAssignDimMismatch;
     }
     if (isScalarSubscript(I) && isScalarSubscript(J)) {
         return assignByScalarSubscripts(target, B.get(), I, J);
@@ -162,8 +158,7 @@ spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J
     if (classOf(A) == kxUNKNOWN_CLASS && isColon(I) && isColon(J)) {
         // A target without a class takes B whole, whatever its shape.
         replaceContent(A, ArrayOwner(kxDuplicateArray(B)));
-        kxFreeImagIfZero(A);
-        return spOK;
+        return assigned(A, spOK);
     }
-    return onAssigned(A, {B, I, J}, [=](Target& target) { return assign(target, B, I, J); });
+    return assigned(A, onTarget(A, {B, I, J}, [=](Target& target) { return assign(target, B, I, J); }));
 }

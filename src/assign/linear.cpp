@@ -10,24 +10,18 @@
 #include <zqspmatrix.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
 
 namespace zqsp {
 
 namespace {
 
-using ZENTAR::legacy_two_part::colon_index_assign_element_count_mismatch;
-
 /// A sparse array with the values of B in column-major order, of the class and the shape given.
 ArrayOwner reshapedCopy(const kxArray* B, kxClassID id, unsigned m, unsigned n)
 {
     Operand source(B);
     if (B->ndims > 2) {
-        const std::array<unsigned, 2> matrix = {rowsOf(B), kxGetN(B)};
-        ArrayOwner folded(kxCreateSharedDataCopy(B));
-        kxSetDimensions(folded.get(), matrix.data(), matrix.size());
-        source.become(folded.release());
+        foldToMatrix(source, rowsOf(B), kxGetN(B));
     }
     source.become(kxMustBe(source.get(), id));
     source.become(kxMustBeSparse(source.get()));
@@ -76,11 +70,11 @@ spStatus assignColonFill(Target& target, const kxArray* B)
     const unsigned m = rowsOf(A);
     const unsigned n = kxGetN(A);
     if (id == kxUNKNOWN_CLASS) {
-        raiseMessage<colon_index_assign_element_count_mismatch>();
+        raiseColonCountMismatch();
     }
     if (!kxIsScalar(B)) {
         if (!spReshapeOk(m, n, rowsOf(B), kxGetN(B))) {
-            raiseMessage<colon_index_assign_element_count_mismatch>();
+            raiseColonCountMismatch();
         }
         if (!kxIsEmpty(A)) {
             target.become(reshapedCopy(B, id, m, n), A->scope);
@@ -128,11 +122,6 @@ spStatus assignElements(Target& target, const kxArray* originalB, const kxArray*
     return spOK;
 }
 
-spStatus assignFullOrLinear(Target& target, const kxArray* B, const kxArray* K)
-{
-    return isColon(K) ? assignColonFill(target, B) : assignElements(target, B, K);
-}
-
 } // namespace
 
 } // namespace zqsp
@@ -141,11 +130,8 @@ spStatus spAss3(kxArray* A, const kxArray* B, const kxArray* K)
 {
     using namespace zqsp;
     checkOperands(A, B, K);
-    const spStatus status = isDeletionMarker(B)
-                                ? spDeleteElements(A, K)
-                                : onTarget(A, {B, K}, [=](Target& target) { return assignFullOrLinear(target, B, K); });
-    if (status == spOK) {
-        kxFreeImagIfZero(A);
-    }
-    return status;
+    const auto assign = [=](Target& target) {
+        return isColon(K) ? assignColonFill(target, B) : assignElements(target, B, K);
+    };
+    return assigned(A, isDeletionMarker(B) ? spDeleteElements(A, K) : onTarget(A, {B, K}, assign));
 }

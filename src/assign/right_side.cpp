@@ -14,8 +14,19 @@ bool isDeletionMarker(const kxArray* B)
     return hasFlag(B, kxFLAG_EMPTY_LITERAL) && B->scope != kxELEMENT_SCOPE;
 }
 
-ArrayOwner squeezeToMatrix(const kxArray* B)
+void foldToMatrix(Operand& B, unsigned m, unsigned n)
 {
+    const std::array<unsigned, 2> matrix = {m, n};
+    ArrayOwner folded(kxCreateSharedDataCopy(B.get()));
+    kxSetDimensions(folded.get(), matrix.data(), matrix.size());
+    B.become(folded.release());
+}
+
+bool squeezeToMatrix(Operand& B)
+{
+    if (B->ndims <= 2) {
+        return true;
+    }
     std::array<unsigned, 2> matrix = {1, 1};
     std::size_t kept = 0;
     const unsigned* dims = B->get_dimensions();
@@ -24,13 +35,12 @@ ArrayOwner squeezeToMatrix(const kxArray* B)
             continue;
         }
         if (kept == matrix.size()) {
-            return {};
+            return false;
         }
         matrix[kept++] = dims[d];
     }
-    ArrayOwner squeezed(kxCreateSharedDataCopy(B));
-    kxSetDimensions(squeezed.get(), matrix.data(), matrix.size());
-    return squeezed;
+    foldToMatrix(B, matrix[0], matrix[1]);
+    return true;
 }
 
 kxClassID targetClass(const kxArray* A, const kxArray* B)

@@ -10,9 +10,12 @@ namespace zqsp {
 /// Whether B is the literal [] standing on its own, which turns an assignment into a deletion.
 bool isDeletionMarker(const kxArray* B);
 
-/// B with its dimensions of 1 left out, as a two-dimensional array that shares B's data: 1-by-1-by-5 becomes 5-by-1,
-/// 1-by-4-by-1-by-3 becomes 4-by-3. Null for more than two other dimensions.
-ArrayOwner squeezeToMatrix(const kxArray* B);
+/// Gives B two dimensions, which have as many elements. Its data are shared.
+void foldToMatrix(Operand& B, unsigned m, unsigned n);
+
+/// Gives B two dimensions by leaving out those of 1: 1-by-1-by-5 becomes 5-by-1, 1-by-4-by-1-by-3 becomes 4-by-3.
+/// False, with B as it was, for more than two other dimensions.
+bool squeezeToMatrix(Operand& B);
 
 /// The class that the target has, or takes from B where it has none.
 kxClassID targetClass(const kxArray* A, const kxArray* B);

@@ -92,12 +92,8 @@ spStatus prepareAndAssign(Target& target, const kxArray* originalB, const kxArra
 {
     const kxArray* const A = target.get();
     Operand B(originalB);
-    if (originalB->ndims > 2) {
-        ArrayOwner squeezed = squeezeToMatrix(originalB);
-        if (squeezed.get() == nullptr) {
-            return spAssignDimMismatch;
-        }
-        B.become(squeezed.release());
+    if (!squeezeToMatrix(B)) {
+        return spAssignDimMismatch;
     }
     const bool takesAll = classOf(A) == kxUNKNOWN_CLASS && isColon(subscript);
     if (!kxIsScalar(B.get()) && (takesAll || !kxIsEmpty(B.get()))) { // column starts of what is empty serve nobody
@@ -111,21 +107,6 @@ spStatus prepareAndAssign(Target& target, const kxArray* originalB, const kxArra
     return worker(target, subscript, B);
 }
 
-spStatus assignLines(kxArray* A, const kxArray* B, const kxArray* subscript, Worker worker)
-{
-    return onAssigned(A, {B, subscript},
-                      [=](Target& target) { return prepareAndAssign(target, B, subscript, worker); });
-}
-
-spStatus deleteFrom(kxArray* A, const kxArray* subscript, spStatus (*remove)(kxArray*, const kxArray*))
-{
-    const spStatus status = remove(A, subscript);
-    if (status == spOK) {
-        kxFreeImagIfZero(A);
-    }
-    return status;
-}
-
 } // namespace
 
 } // namespace zqsp
@@ -134,12 +115,14 @@ spStatus spAss4(kxArray* A, const kxArray* B, const kxArray* J)
 {
     using namespace zqsp;
     checkOperands(A, B, J);
-    return isDeletionMarker(B) ? deleteFrom(A, J, spDeleteColumns) : assignLines(A, B, J, assignColumns);
+    const auto assign = [=](Target& target) { return prepareAndAssign(target, B, J, assignColumns); };
+    return assigned(A, isDeletionMarker(B) ? spDeleteColumns(A, J) : onTarget(A, {B, J}, assign));
 }
 
 spStatus spAss5(kxArray* A, const kxArray* B, const kxArray* I)
 {
     using namespace zqsp;
     checkOperands(A, B, I);
-    return isDeletionMarker(B) ? deleteFrom(A, I, spDeleteRows) : assignLines(A, B, I, assignRows);
+    const auto assign = [=](Target& target) { return prepareAndAssign(target, B, I, assignRows); };
+    return assigned(A, isDeletionMarker(B) ? spDeleteRows(A, I) : onTarget(A, {B, I}, assign));
 }

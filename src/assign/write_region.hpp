@@ -7,17 +7,6 @@
 
 namespace zqsp {
 
-/// onTarget(), after which an all-zero imaginary part is dropped.
-template <typename F>
-spStatus onAssigned(kxArray* A, std::initializer_list<const kxArray*> operands, F&& work)
-{
-    const spStatus status = onTarget(A, operands, work);
-    if (status == spOK) {
-        kxFreeImagIfZero(A);
-    }
-    return status;
-}
-
 /// What becomes of a row or column that is named repeatedly, when B is assigned.
 inline Repeats repeatsFor(const kxArray* B)
 {

@@ -1,10 +1,27 @@
 #include "core/errors.hpp"
 
+#include "core/runtime.hpp"
+
+#include <fl_except.hpp>
 #include <zqspmatrix.h>
 
 namespace zqsp {
 
 namespace messages = ZENTAR::legacy_two_part;
+
+namespace {
+
+/// Raises the runtime's error for the message that `Tag` names; should the runtime leave that to us, throws the
+/// exception of that message by its own class.
+template <typename Tag>
+[[noreturn]] void raiseMessage()
+{
+    const fl::except::Exception<Tag, std::exception> error(fl::except::MessageId(Tag::group, Tag::key));
+    do_legacy_kx_error(error);
+    error.rethrow();
+}
+
+} // namespace
 
 void raiseMaxSize()
 {
@@ -14,6 +31,16 @@ void raiseMaxSize()
 void raiseOutOfMemory()
 {
     throw fl::except::detail::legacy(fl::except::bad_alloc());
+}
+
+void raiseColonCountMismatch()
+{
+    raiseMessage<messages::colon_index_assign_element_count_mismatch>();
+}
+
+void raiseTooLargeForLinearIndex()
+{
+    raiseMessage<ZENTAR::sparse::tooLargeForLinearIndex>();
 }
 
 } // namespace zqsp

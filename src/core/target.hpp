@@ -94,6 +94,15 @@ spStatus onTarget(kxArray* A, std::initializer_list<const kxArray*> operands, F&
     return status;
 }
 
+/// The answer of a call that assigns to A: where it succeeded, an imaginary part of zeros is dropped.
+inline spStatus assigned(kxArray* A, spStatus status)
+{
+    if (status == spOK) {
+        kxFreeImagIfZero(A);
+    }
+    return status;
+}
+
 } // namespace zqsp
 
 #endif

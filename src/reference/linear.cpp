@@ -150,7 +150,7 @@ spStatus spRef2(const kxArray* A, kxArray** result)
     const Columns a(A);
     unsigned length = 0;
     if (!kxCheckMNForIndexing_nothrow(a.m, a.n, &length)) {
-        raiseMessage<ZENTAR::sparse::tooLargeForLinearIndex>();
+        raiseTooLargeForLinearIndex();
     }
     *result = gatherSpan(a, PositionSpan(a), 0, {length, 1}).release();
     return spOK;
