@@ -10,6 +10,32 @@ void addTo(RowSet& set, unsigned, const Form& form)
     form.forEach([&set](unsigned number) { set.add(number); });
 }
 
+/// A range takes no longer than the set has words: one with short strides comes by blocks.
+void addTo(RowSet& set, unsigned, const IndexRange& range)
+{
+    const IndexRange numbers = range.ascending();
+    const auto stride = static_cast<unsigned>(numbers.stride);
+    if (stride == 0 || stride >= kMaskBlock) {
+        numbers.forEach([&set](unsigned number) { set.add(number); });
+        return;
+    }
+    std::uint64_t every = 0;
+    for (unsigned i = 0; i < kMaskBlock; i += stride) {
+        every |= std::uint64_t{1} << i;
+    }
+    const unsigned inFirst = numbers.first % kMaskBlock;
+    const unsigned step = stride - kMaskBlock % stride;
+    unsigned at = inFirst % stride; // the first one, were there others before the range
+    std::uint64_t known = ~std::uint64_t{0} << inFirst;
+    for (std::uint64_t block = numbers.first - inFirst; block <= numbers.last; block += kMaskBlock) {
+        const std::uint64_t left = numbers.last - block;
+        known &= left < kMaskBlock - 1 ? (std::uint64_t{2} << left) - 1 : ~std::uint64_t{0};
+        set.addAll(static_cast<unsigned>(block), every << at & known);
+        known = ~std::uint64_t{0};
+        at = (at + step) % stride;
+    }
+}
+
 void addTo(RowSet& set, unsigned extent, const LogicalMask& mask)
 {
     const unsigned length = std::min(mask.length, extent); // a mask may be longer, with nothing true out there

@@ -168,6 +168,17 @@ TEST_P(ManyEntries, AlmostAllRows)
     }
 }
 
+TEST_P(ManyEntries, EveryStrideOfRows)
+{
+    Random random(6);
+    const Model a = scattered(random, GetParam(), 1000, 2, 400);
+    for (const double stride : {2, 3, 7, 31, 32, 33, 63, 64, 65}) {
+        const Subscript rows = Subscript::range(70 + stride, stride, 1000 - stride);
+        expectAllAsPredicted({.callee = Export::Ref5, .a = a, .i = rows});
+        expectAllAsPredicted({.callee = Export::DeleteRows, .a = a, .i = rows});
+    }
+}
+
 /// More columns, and longer ones, than are put together at a time.
 TEST_P(ManyEntries, RowsAssigned)
 {
