@@ -44,6 +44,14 @@ struct Results
     Stored* im;
 
     explicit Results(const Value& value) : re(value.data<Stored>()), im(value.imagData<Stored>()) {}
+    [[nodiscard]] Result at(std::size_t k) const
+    {
+        if constexpr (complexity == kxCOMPLEX) {
+            return {re[k], im[k]};
+        } else {
+            return re[k];
+        }
+    }
     void put(std::size_t k, Result result) const
     {
         if constexpr (complexity == kxCOMPLEX) {

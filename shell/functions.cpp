@@ -98,13 +98,13 @@ std::string replaced(std::string_view text, std::string_view from, std::string_v
 
 std::span<const Topic> topics()
 {
-    static const std::array<Topic, 7> all = {{{"Making arrays", creationFunctions()},
-                                              {"Classes and parts", conversionFunctions()},
-                                              {"Looking at arrays", inspectionFunctions()},
-                                              {"Parts of matrices", partFunctions()},
-                                              {"Along a dimension", reductionFunctions()},
-                                              {"Files and pictures", fileFunctions()},
-                                              {"The session", sessionFunctions()}}};
+    static const std::array<Topic, 7> all = {{{"Making arrays", creationFunctions},
+                                              {"Classes and parts", conversionFunctions},
+                                              {"Looking at arrays", inspectionFunctions},
+                                              {"Parts of matrices", partFunctions},
+                                              {"Along a dimension", reductionFunctions},
+                                              {"Files and pictures", fileFunctions},
+                                              {"The session", sessionFunctions}}};
     return all;
 }
 

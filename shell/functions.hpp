@@ -34,13 +34,13 @@ struct Function
 constexpr std::size_t kAnyNumber = static_cast<std::size_t>(-1);
 
 // The topics, in the order in which help lists them.
-std::span<const Function> creationFunctions();
-std::span<const Function> conversionFunctions();
-std::span<const Function> inspectionFunctions();
-std::span<const Function> partFunctions();
-std::span<const Function> reductionFunctions();
-std::span<const Function> fileFunctions();
-std::span<const Function> sessionFunctions();
+extern const std::span<const Function> creationFunctions;
+extern const std::span<const Function> conversionFunctions;
+extern const std::span<const Function> inspectionFunctions;
+extern const std::span<const Function> partFunctions;
+extern const std::span<const Function> reductionFunctions;
+extern const std::span<const Function> fileFunctions;
+extern const std::span<const Function> sessionFunctions;
 
 struct Topic
 {

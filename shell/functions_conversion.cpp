@@ -57,9 +57,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> conversionFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> conversionFunctions = kFunctions;
 
 } // namespace kxsh

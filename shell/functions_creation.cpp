@@ -230,9 +230,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> creationFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> creationFunctions = kFunctions;
 
 } // namespace kxsh

@@ -60,9 +60,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> fileFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> fileFunctions = kFunctions;
 
 } // namespace kxsh

@@ -46,14 +46,13 @@ class Found
     [[nodiscard]] Value places(PlaceOf placeOf) const
     {
         Value result = list(kxDOUBLE_CLASS, kxREAL);
+        const std::uint64_t m = array_.rows();
         for (unsigned j = 0; j < entries_.columns(); ++j) {
-            for (unsigned k = entries_.starts()[j]; k < entries_.starts()[j + 1]; ++k) {
+            forEachInColumn(entries_, j, [&](std::uint64_t row, std::size_t k) {
                 pollAtStep(k);
-                const std::uint64_t row = entries_.rowIndices()[k];
-                const std::uint64_t m = array_.rows();
                 const std::uint64_t place = array_.isSparse() ? placeOf(row, j) : placeOf(row % m, row / m);
                 result.data<double>()[k] = static_cast<double>(place + 1);
-            }
+            });
         }
         return result;
     }
@@ -132,9 +131,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> inspectionFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> inspectionFunctions = kFunctions;
 
 } // namespace kxsh

@@ -119,9 +119,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> partFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> partFunctions = kFunctions;
 
 } // namespace kxsh

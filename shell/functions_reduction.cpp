@@ -150,9 +150,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> reductionFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> reductionFunctions = kFunctions;
 
 } // namespace kxsh

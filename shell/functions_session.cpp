@@ -117,9 +117,6 @@ constexpr Function kFunctions[] = {
 
 } // namespace
 
-std::span<const Function> sessionFunctions()
-{
-    return kFunctions;
-}
+const std::span<const Function> sessionFunctions = kFunctions;
 
 } // namespace kxsh

@@ -69,11 +69,6 @@ void clearInterrupt() noexcept
     interruptFlag = 0;
 }
 
-void raiseInterrupt() noexcept
-{
-    interruptFlag = 1;
-}
-
 void raiseInterrupted()
 {
     throw Error("kxsh:interrupted", "interrupted");

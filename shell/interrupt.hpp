@@ -22,8 +22,6 @@ inline bool interruptPending() noexcept
 {
     return interruptFlag != 0;
 }
-/// Sets the flag as Ctrl-C does.
-void raiseInterrupt() noexcept;
 [[noreturn]] void raiseInterrupted();
 /// Raises kxsh:interrupted when Ctrl-C came.
 inline void pollInterrupt()

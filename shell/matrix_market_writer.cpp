@@ -108,18 +108,11 @@ void forEachWritten(const Value& value, std::string_view symmetry, Write write)
 {
     for (unsigned j = 0; j < value.columns(); ++j) {
         const unsigned first = firstRow(symmetry, j);
-        if (!value.isSparse()) {
-            for (unsigned i = first; i < value.rows(); ++i) {
-                write(std::size_t{j} * value.rows() + i, i, j);
+        forEachInColumn(value, j, [&](unsigned row, std::size_t k) {
+            if (row >= first) {
+                write(k, row, j);
             }
-            continue;
-        }
-        const unsigned stop = value.starts()[j + 1];
-        for (unsigned k = value.starts()[j]; k < stop; ++k) {
-            if (value.rowIndices()[k] >= first) {
-                write(k, value.rowIndices()[k], j);
-            }
-        }
+        });
     }
 }
 

@@ -81,30 +81,6 @@ Value sparseProduct(const Value& left, const Value& right)
     return result.finish();
 }
 
-/// Adds factor times column `column` of a sparse or full matrix to a full one.
-template <typename Number>
-void addColumn(const Value& matrix, const Numbers<Number>& numbers, unsigned column, Number factor,
-               const Results<Number>& out, std::size_t offset)
-{
-    const auto add = [&](std::size_t row, Number value) {
-        const std::size_t place = offset + row;
-        out.re[place] += std::real(value);
-        if constexpr (!std::is_same_v<Number, double>) {
-            out.im[place] += value.imag();
-        }
-    };
-    if (matrix.isSparse()) {
-        for (unsigned e = matrix.starts()[column]; e < matrix.starts()[column + 1]; ++e) {
-            add(matrix.rowIndices()[e], numbers.at(e) * factor);
-        }
-    } else {
-        const std::size_t first = std::size_t{column} * matrix.rows();
-        for (std::size_t i = 0; i < matrix.rows(); ++i) {
-            add(i, numbers.at(first + i) * factor);
-        }
-    }
-}
-
 template <typename Number>
 Value fullProduct(const Value& left, const Value& right)
 {
@@ -114,15 +90,15 @@ Value fullProduct(const Value& left, const Value& right)
     const Results<Number> out(result);
     for (unsigned j = 0; j < right.columns(); ++j) {
         const std::size_t offset = std::size_t{j} * left.rows();
-        const std::size_t first = right.isSparse() ? right.starts()[j] : std::size_t{j} * right.rows();
-        const std::size_t count = right.isSparse() ? right.starts()[j + 1] - first : right.rows();
-        for (std::size_t k = 0; k < count; ++k) {
+        forEachInColumn(right, j, [&](unsigned column, std::size_t k) {
             if (k % 1024 == 0 || !left.isSparse()) {
                 pollInterrupt();
             }
-            const auto column = right.isSparse() ? right.rowIndices()[first + k] : static_cast<unsigned>(k);
-            addColumn(left, a, column, b.at(first + k), out, offset);
-        }
+            const Number factor = b.at(k);
+            forEachInColumn(left, column, [&](unsigned row, std::size_t e) {
+                out.put(offset + row, out.at(offset + row) + a.at(e) * factor);
+            });
+        });
     }
     kx::kxFreeImagIfZero(result.get());
     return result;

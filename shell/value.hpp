@@ -128,6 +128,24 @@ decltype(auto) withElementType(kxClassID id, F&& f)
     return kxWithElementType<bool, char16_t>(id, f);
 }
 
+/// Calls f(row, k) for each stored value k of a column of a sparse array, or each element k of that of a full one.
+template <typename F>
+void forEachInColumn(const Value& array, unsigned column, F&& f)
+{
+    if (array.isSparse()) {
+        const unsigned* rows = array.rowIndices();
+        const unsigned stop = array.starts()[column + 1];
+        for (unsigned k = array.starts()[column]; k < stop; ++k) {
+            f(rows[k], std::size_t{k});
+        }
+    } else {
+        const unsigned m = array.rows();
+        for (unsigned i = 0; i < m; ++i) {
+            f(i, std::size_t{column} * m + i);
+        }
+    }
+}
+
 std::string utf8Of(const std::u16string& text);
 /// The text of a full char array in UTF-8, read in column order.
 std::string textOf(const Value& value);

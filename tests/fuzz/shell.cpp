@@ -19,8 +19,7 @@ namespace {
 
 bool namesFiles(std::string_view text)
 {
-    const auto functions = kxsh::fileFunctions();
-    return std::any_of(functions.begin(), functions.end(), [&](const kxsh::Function& function) {
+    return std::ranges::any_of(kxsh::fileFunctions, [&](const kxsh::Function& function) {
         return text.find(function.name) != std::string_view::npos;
     });
 }

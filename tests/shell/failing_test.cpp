@@ -259,7 +259,7 @@ TEST(FailingStatements, Interrupted)
     shell("A = speye(5);");
     const Variables before(shell.session());
     for (const std::string& statement : Texts{"A(2, :) = 1", "B = sprand(100, 100, 0.1)", "A == 0", "A"}) {
-        raiseInterrupt();
+        interruptFlag = 1;
         shell(statement);
         clearInterrupt();
         EXPECT_EQ(shell.identifier(), "kxsh:interrupted") << statement;
