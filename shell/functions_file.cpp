@@ -53,9 +53,10 @@ constexpr Function kFunctions[] = {
      "It reads back bit for bit and with its class. Symmetric, skew-symmetric and\n"
      "  hermitian matrices are written by their lower triangles; f.mtx.gz is compressed.\n"
      "  An existing file is replaced only when the new one is complete.",
-     "mmwrite('eye.mtx', speye(4))", mmwrite},
+     "mmwrite('eye.mtx', speye(4))", mmwrite, nullptr, 0},
     {"spy", 2, 2, "spy(A,'f.svg')", "Draws the pattern of A, as .svg, .png or .pdf",
-     "Large arrays are binned: a bin is the darker the more entries it holds.", "spy(speye(10), 'eye.png')", spy},
+     "Large arrays are binned: a bin is the darker the more entries it holds.", "spy(speye(10), 'eye.png')", spy,
+     nullptr, 0},
 };
 
 } // namespace

@@ -79,7 +79,7 @@ constexpr Function kFunctions[] = {
     {"clock", 0, 0, "clock", "Seconds on a clock that runs evenly, for timing", "",
      "t = clock; p = randperm(1e6, 1); clock - t", [](Session&, Arguments) { return Value::number(seconds()); }},
     {"print", 0, kAnyNumber, "print(x,...)", "Prints strings and numbers on one line",
-     "Of an array, its description is printed.", "print('entries:', nnz(speye(3)))", print},
+     "Of an array, its description is printed.", "print('entries:', nnz(speye(3)))", print, nullptr, 0},
     {"printf", 1, kAnyNumber, "printf(format,x,...)", "Prints numbers and strings by a format",
      "%d %i %u %x %o %c %s %f %e %g with flags, width and precision, %% and the escapes\n"
      "  \\n \\t \\r \\\\ are known. The elements of arrays are taken one by one, and the format\n"
@@ -88,31 +88,35 @@ constexpr Function kFunctions[] = {
      [](Session& session, Arguments a) {
          session.print(formatted(textArgument(a[0], "the format"), a.subspan(1)));
          return Value();
-     }},
+     },
+     nullptr, 0},
     {"disp", 1, 1, "disp(A)", "Prints an array without its name", "", "disp([1 2; 3 4])",
      [](Session& session, Arguments a) {
          std::ostringstream shown;
          printValue(shown, "", a[0], session.width);
          session.print(shown.str());
          return Value();
-     }},
+     },
+     nullptr, 0},
     {"tic", 0, 0, "tic", "Starts a stopwatch", "", "tic",
      [](Session& session, Arguments) {
          session.ticked = seconds();
          return Value();
-     }},
+     },
+     nullptr, 0},
     {"toc", 0, 0, "toc", "Seconds since tic", "", "tic; A = speye(1000); t = toc;",
      [](Session& session, Arguments) { return Value::number(seconds() - session.ticked); }},
-    {"vars", 0, 0, "vars", "Lists the variables with class, shape and bytes", "", "vars", vars},
+    {"vars", 0, 0, "vars", "Lists the variables with class, shape and bytes", "", "vars", vars, nullptr, 0},
     {"clear", 0, kAnyNumber, "clear", "Forgets all variables", "clear x y forgets those named.", "x = 1; clear x",
-     clear},
+     clear, nullptr, 0},
     {"argument", 0, 1, "argument(k)", "Argument k of the script, a number where it is one",
      "argument alone is how many there are: kxsh script.kx 12 name has two.", "argument", argument},
     {"help", 0, 1, "help NAME", "Tells about a function; help alone lists everything", "", "help sparse",
      [](Session& session, Arguments a) {
          showHelp(session, a.empty() ? "" : textArgument(a[0], "the topic"));
          return Value();
-     }},
+     },
+     nullptr, 0},
 };
 
 } // namespace

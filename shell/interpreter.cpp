@@ -108,7 +108,7 @@ Flow Interpreter::execute(const Statement& statement, const ExpressionStatement&
         if (statement.prints) {
             printValue(session_.out, expression.name, *known, session_.width);
         }
-    } else if (Value value = result(expression)) {
+    } else if (Value value = evaluate(expression, false)) {
         keep(statement, "ans", std::move(value));
     }
     return Flow::kOn;
@@ -225,25 +225,18 @@ std::vector<Value> Interpreter::subscripts(const Value* array, std::span<const E
     return values;
 }
 
-Value Interpreter::result(const Expression& expression)
+Value Interpreter::evaluate(const Expression& expression, bool needed)
 {
     pollInterrupt();
     try {
-        return resultOf(expression);
+        return valueOf(expression, needed);
     } catch (...) {
         fault_.offset = fault_.offset.value_or(expression.offset);
         throw;
     }
 }
 
-Value Interpreter::evaluate(const Expression& expression)
-{
-    Value value = result(expression);
-    require(static_cast<bool>(value), "kxsh:noValue", "a function that gives no value is used in an expression");
-    return value;
-}
-
-Value Interpreter::resultOf(const Expression& expression)
+Value Interpreter::valueOf(const Expression& expression, bool needed)
 {
     const Expressions& parts = expression.parts;
     switch (expression.kind) {
@@ -264,7 +257,7 @@ Value Interpreter::resultOf(const Expression& expression)
     case Kind::kConjugate:
         return transposed(evaluate(*parts[0]), expression.kind == Kind::kConjugate);
     default:
-        return apply(expression);
+        return apply(expression, needed);
     }
 }
 
@@ -300,7 +293,7 @@ Value Interpreter::range(const Expression& expression)
 }
 
 /// A name, a subscripted reference or a call of a function.
-Value Interpreter::apply(const Expression& expression)
+Value Interpreter::apply(const Expression& expression, bool needed)
 {
     const std::string& name = expression.name;
     if (name.empty()) {
@@ -309,7 +302,7 @@ Value Interpreter::apply(const Expression& expression)
     }
     const Value* array = expression.kind == Kind::kCommand ? nullptr : variable(name);
     if (array == nullptr) {
-        return callFunction(function(name), session_, values(expression.parts));
+        return callFunction(function(name), session_, values(expression.parts), needed);
     }
     return expression.kind == Kind::kName ? *array : reference(*array, subscripts(array, expression.parts), name);
 }

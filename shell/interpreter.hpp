@@ -57,15 +57,14 @@ class Interpreter
     std::vector<Value> subscripts(const Value* array, std::span<const ExpressionPtr> arguments);
     std::vector<Value> severalResults(const Expression& expression, std::size_t count);
 
-    /// The value of an expression; the empty handle for a call that gives none.
-    Value result(const Expression& expression);
-    /// As result(), raising kxsh:noValue where there is none.
-    Value evaluate(const Expression& expression);
-    Value resultOf(const Expression& expression);
+    /// The value of an expression. A call of a function that gives none raises kxsh:noValue before it does anything,
+    /// unless no value is needed; then that is the empty handle.
+    Value evaluate(const Expression& expression, bool needed = true);
+    Value valueOf(const Expression& expression, bool needed);
     [[nodiscard]] Value end() const;
     Value matrix(const Expression& expression);
     Value range(const Expression& expression);
-    Value apply(const Expression& expression);
+    Value apply(const Expression& expression, bool needed);
 
     Session& session_;
     std::vector<Extent> extents_;
