@@ -120,9 +120,11 @@ const Function* findFunction(std::string_view name)
     return nullptr;
 }
 
-Value callFunction(const Function& function, Session& session, Arguments arguments)
+Value callFunction(const Function& function, Session& session, Arguments arguments, bool needed)
 {
     requireCount(function, arguments);
+    require(!needed || function.mostResults != 0, "kxsh:noValue",
+            "a function that gives no value is used in an expression");
     return function.call(session, arguments);
 }
 

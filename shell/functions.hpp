@@ -24,9 +24,9 @@ struct Function
     std::string_view summary; ///< fits the line of a list
     std::string_view details; ///< what else there is to say; lines broken, may be empty
     std::string_view example;
-    /// The empty handle where mostResults is 0: the function only acts.
+    /// The empty handle where the function only acts; mostResults is 0 then.
     Value (*call)(Session&, Arguments);
-    /// As many results as asked for, two up to mostResults; null for functions of fewer.
+    /// As many results as asked for, two up to mostResults; null for functions of one.
     std::vector<Value> (*callForSeveral)(Session&, Arguments, std::size_t) = nullptr;
     std::size_t mostResults = 1;
 };
@@ -51,8 +51,9 @@ std::span<const Topic> topics();
 
 /// Null for an unknown name.
 const Function* findFunction(std::string_view name);
-/// Calls with checked argument count. Raises kxsh:arguments.
-Value callFunction(const Function& function, Session& session, Arguments arguments);
+/// Calls with checked argument count. Raises kxsh:arguments, and kxsh:noValue where a value is `needed` of a function
+/// that only acts.
+Value callFunction(const Function& function, Session& session, Arguments arguments, bool needed = true);
 /// The same for two or more results. Raises kxsh:arguments where the function has fewer.
 std::vector<Value> callForSeveral(const Function& function, Session& session, Arguments arguments, std::size_t results);
 /// The known name closest to a mistyped one among functions and variables; empty when none is close.

@@ -40,9 +40,10 @@ Direction directionOf(Arguments arguments)
     return {dimension == 2, dimension == 1};
 }
 
-/// The elements of one part of an array folded by f along a dimension, beginning with `start`: a full double array.
+/// The elements of an array, or their real parts, folded by f along a dimension, beginning with `start`: a full double
+/// array.
 template <typename F>
-Value folded(const Value& array, Direction direction, double start, F f, bool imaginary = false)
+Value folded(const Value& array, Direction direction, double start, F f)
 {
     constexpr std::size_t kPiece = std::size_t{1} << 20;
     const std::size_t m = array.rows();
@@ -52,7 +53,7 @@ Value folded(const Value& array, Direction direction, double start, F f, bool im
     auto* out = result.data<double>();
     std::fill_n(out, result.count(), start);
     withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
-        const T* values = imaginary ? array.imagData<T>() : array.data<T>();
+        const T* values = array.data<T>();
         // What goes on from column to column is one run.
         const bool oneRun = !direction.keepsColumns && (array.isSparse() || !direction.keepsRows);
         for (unsigned j = 0; j < (oneRun ? 1 : array.columns()); ++j) {
@@ -101,7 +102,7 @@ Value sum(Session&, Arguments arguments)
     const Direction direction = directionOf(arguments);
     Value result = folded(array, direction, 0, std::plus<double>());
     if (array.isComplex()) {
-        result = complexOf(result, folded(array, direction, 0, std::plus<double>(), true));
+        result = complexOf(result, folded(partOf(array, true), direction, 0, std::plus<double>()));
     }
     return array.classId() == kxSINGLE_CLASS ? converted(result, kxSINGLE_CLASS) : result;
 }

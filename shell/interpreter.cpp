@@ -108,7 +108,7 @@ Flow Interpreter::execute(const Statement& statement, const ExpressionStatement&
         if (statement.prints) {
             printValue(session_.out, expression.name, *known, session_.width);
         }
-    } else if (Value value = result(expression)) {
+    } else if (Value value = evaluate(expression, false)) {
         keep(statement, "ans", std::move(value));
     }
     return Flow::kOn;
@@ -204,15 +204,10 @@ std::vector<Value> Interpreter::values(const Expressions& expressions)
     return values;
 }
 
-bool Interpreter::isCall(const Expression& expression) const
-{
-    const bool calls = expression.kind == Kind::kName || expression.kind == Kind::kApply;
-    return calls && !expression.name.empty() && variable(expression.name) == nullptr;
-}
-
 std::vector<Value> Interpreter::severalResults(const Expression& expression, std::size_t count)
 {
-    if (!isCall(expression)) {
+    const bool calls = expression.kind == Kind::kName || expression.kind == Kind::kApply;
+    if (!calls || expression.name.empty() || variable(expression.name) != nullptr) {
         fail("kxsh:operand", "{} results are taken from a call of a function only", count);
     }
     return callForSeveral(function(expression.name), session_, values(expression.parts), count);
@@ -230,27 +225,18 @@ std::vector<Value> Interpreter::subscripts(const Value* array, std::span<const E
     return values;
 }
 
-Value Interpreter::result(const Expression& expression)
+Value Interpreter::evaluate(const Expression& expression, bool needed)
 {
     pollInterrupt();
     try {
-        return resultOf(expression);
+        return valueOf(expression, needed);
     } catch (...) {
         fault_.offset = fault_.offset.value_or(expression.offset);
         throw;
     }
 }
 
-Value Interpreter::evaluate(const Expression& expression)
-{
-    const Function* called = isCall(expression) ? findFunction(expression.name) : nullptr;
-    if (called != nullptr && called->mostResults == 0) { // before it acts: a statement that fails changes nothing
-        fail("kxsh:noValue", "{} gives no value to use in an expression", called->name);
-    }
-    return result(expression);
-}
-
-Value Interpreter::resultOf(const Expression& expression)
+Value Interpreter::valueOf(const Expression& expression, bool needed)
 {
     const Expressions& parts = expression.parts;
     switch (expression.kind) {
@@ -271,7 +257,7 @@ Value Interpreter::resultOf(const Expression& expression)
     case Kind::kConjugate:
         return transposed(evaluate(*parts[0]), expression.kind == Kind::kConjugate);
     default:
-        return apply(expression);
+        return apply(expression, needed);
     }
 }
 
@@ -307,7 +293,7 @@ Value Interpreter::range(const Expression& expression)
 }
 
 /// A name, a subscripted reference or a call of a function.
-Value Interpreter::apply(const Expression& expression)
+Value Interpreter::apply(const Expression& expression, bool needed)
 {
     const std::string& name = expression.name;
     if (name.empty()) {
@@ -316,7 +302,7 @@ Value Interpreter::apply(const Expression& expression)
     }
     const Value* array = expression.kind == Kind::kCommand ? nullptr : variable(name);
     if (array == nullptr) {
-        return callFunction(function(name), session_, values(expression.parts));
+        return callFunction(function(name), session_, values(expression.parts), needed);
     }
     return expression.kind == Kind::kName ? *array : reference(*array, subscripts(array, expression.parts), name);
 }

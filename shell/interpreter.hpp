@@ -53,21 +53,18 @@ class Interpreter
     [[nodiscard]] const Value* variable(const std::string& name) const;
     [[noreturn]] void undefined(const std::string& name) const;
     const Function& function(const std::string& name) const;
-    /// Whether the expression calls a function by a name that no variable hides.
-    [[nodiscard]] bool isCall(const Expression& expression) const;
     std::vector<Value> values(const Expressions& expressions);
     std::vector<Value> subscripts(const Value* array, std::span<const ExpressionPtr> arguments);
     std::vector<Value> severalResults(const Expression& expression, std::size_t count);
 
-    /// The value of an expression; the empty handle for a call that gives none.
-    Value result(const Expression& expression);
-    /// As result(), raising kxsh:noValue instead of calling a function that gives none.
-    Value evaluate(const Expression& expression);
-    Value resultOf(const Expression& expression);
+    /// The value of an expression. A call of a function that gives none raises kxsh:noValue before it does anything,
+    /// unless no value is needed; then that is the empty handle.
+    Value evaluate(const Expression& expression, bool needed = true);
+    Value valueOf(const Expression& expression, bool needed);
     [[nodiscard]] Value end() const;
     Value matrix(const Expression& expression);
     Value range(const Expression& expression);
-    Value apply(const Expression& expression);
+    Value apply(const Expression& expression, bool needed);
 
     Session& session_;
     std::vector<Extent> extents_;

@@ -1,14 +1,13 @@
 #include "memory_limit.hpp"
 
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <limits>
 #include <string>
+#include <string_view>
 
 namespace kxsh {
 
@@ -19,37 +18,31 @@ constexpr std::uint64_t kUnknown = std::numeric_limits<std::uint64_t>::max();
 bool followsMachine = false;
 std::chrono::steady_clock::time_point lastLook;
 
-/// The first number of a file, or kUnknown.
-std::uint64_t numberIn(const char* path)
+/// The number behind a word in a file of the system, or the first one; kUnknown where there is none but 0.
+std::uint64_t numberIn(const char* path, std::string_view word = {})
 {
-    std::uint64_t number = kUnknown;
-    std::ifstream(path) >> number;
-    return number == 0 ? kUnknown : number;
+    std::ifstream file(path);
+    std::string each;
+    while (each != word && file >> each) {
+    }
+    std::uint64_t number = 0;
+    return file >> number && number != 0 ? number : kUnknown;
 }
+
+constexpr std::uint64_t kKilobyte = 1024;
 
 /// Bytes of data that the process has mapped.
 std::uint64_t mappedBytes()
 {
-    std::uint64_t pages[6] = {};
-    std::ifstream file("/proc/self/statm");
-    for (std::uint64_t& number : pages) {
-        file >> number;
-    }
-    return file ? pages[5] * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)) : 0;
+    const std::uint64_t kilobytes = numberIn("/proc/self/status", "VmData:");
+    return kilobytes == kUnknown ? 0 : kilobytes * kKilobyte;
 }
 
 /// Bytes that can be had without taking them from anybody, in this container if it is one.
 std::uint64_t freeBytes()
 {
-    std::ifstream file("/proc/meminfo");
-    std::string word;
-    std::uint64_t kilobytes = 0;
-    while (file >> word) {
-        if (word == "MemAvailable:" && file >> kilobytes) {
-            break;
-        }
-    }
-    const std::uint64_t machine = kilobytes == 0 ? kUnknown : kilobytes * 1024;
+    const std::uint64_t kilobytes = numberIn("/proc/meminfo", "MemAvailable:");
+    const std::uint64_t machine = kilobytes == kUnknown ? kUnknown : kilobytes * kKilobyte;
     const std::uint64_t most = numberIn("/sys/fs/cgroup/memory.max");
     const std::uint64_t taken = numberIn("/sys/fs/cgroup/memory.current");
     return most == kUnknown || taken == kUnknown ? machine : std::min(machine, most - std::min(most, taken));

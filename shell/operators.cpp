@@ -121,12 +121,13 @@ std::size_t nonZeros(const Value& value)
     return withElementType(elements.classId(), [&]<typename T>(std::type_identity<T>) {
         const T* re = elements.data<T>();
         const T* im = elements.imagData<T>();
-        std::size_t count = 0;
-        for (std::size_t k = 0; k < elements.count(); ++k) {
+        const std::size_t count = elements.count();
+        std::size_t found = 0;
+        for (std::size_t k = 0; k < count; ++k) {
             pollAtStep(k);
-            count += re[k] != T{} || (im != nullptr && im[k] != T{}) ? 1 : 0;
+            found += re[k] != T{} || (im != nullptr && im[k] != T{}) ? 1 : 0;
         }
-        return count;
+        return found;
     });
 }
 

@@ -24,6 +24,18 @@ bool namesFiles(std::string_view text)
     });
 }
 
+bool storesZero(const kxsh::Value& sparse)
+{
+    return kxsh::withElementType(sparse.classId(), [&]<typename T>(std::type_identity<T>) {
+        for (unsigned k = 0; k < sparse.entries(); ++k) {
+            if (sparse.data<T>()[k] == T{} && (!sparse.isComplex() || sparse.imagData<T>()[k] == T{})) {
+                return true;
+            }
+        }
+        return false;
+    });
+}
+
 /// Whether an error in the text must leave all variables as they were: it is one statement without others in it.
 bool isOneStatement(const std::string& text)
 {
@@ -76,6 +88,7 @@ class CheckedLines : public kxsh::LineSource
         for (const auto& [name, value] : session_.variables) {
             if (value.isSparse()) {
                 expectNone(kxCheckSparse(value.get()));
+                expectNone(storesZero(value) ? name + " stores a zero" : "");
             }
         }
         if (!error.empty()) {
