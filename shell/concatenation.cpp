@@ -53,7 +53,7 @@ Layout layOut(const std::vector<std::vector<Value>>& rows)
             width = added(width, value.columns());
         }
         if (layout.parts.size() != before) {
-            require(before == 0 || width == layout.n, "kxsh:operand",
+            require(layout.m == 0 || width == layout.n, "kxsh:operand",
                     "rows of {} and {} columns cannot stand on each other", layout.n, width);
             layout.n = width;
             layout.m = added(layout.m, height);

@@ -69,16 +69,11 @@ struct Extremes
     unsigned most = 0;
 };
 
-Extremes extremesOf(const std::vector<unsigned>& counts)
+Extremes extremesOf(std::vector<unsigned> counts)
 {
-    Extremes found;
-    for (const unsigned count : counts) {
-        if (count != 0) {
-            found.least = found.most == 0 ? count : std::min(found.least, count);
-            found.most = std::max(found.most, count);
-        }
-    }
-    return found;
+    std::erase(counts, 0U);
+    const auto [least, most] = std::ranges::minmax_element(counts);
+    return counts.empty() ? Extremes{} : Extremes{*least, *most};
 }
 
 /// Paper for an empty bin, else a shade that grows with the logarithm of the count.
