@@ -30,14 +30,14 @@ bool useRowMap(const Columns& a, unsigned k)
 RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
     constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
-    constexpr unsigned kSmall = 512;         // rows and entries that are passed over before a table is made
-    if (capacity == Capacity::kSearched || counts.extent / kRowsPerEntry > counts.entries + counts.listed) {
+    constexpr unsigned kSmall = 512;         // rows and entries: what it takes to move each is not worth preparing
+    constexpr unsigned kFew = 16;            // entries and rows: searched in the time that making a table takes
+    const std::uint64_t searched = counts.entries + counts.listed;
+    if (capacity == Capacity::kSearched || searched <= kFew || counts.extent / kRowsPerEntry > searched) {
         return RowMethod::kSearch;
     }
-    if (counts.selected < counts.extent / kernels().costs.rowsPerSifted || counts.entries + counts.extent < kSmall) {
-        return RowMethod::kSift;
-    }
-    return RowMethod::kTable;
+    const bool sifts = counts.selected < counts.extent / kernels().costs.rowsPerSifted;
+    return sifts || counts.entries + counts.extent < kSmall ? RowMethod::kSift : RowMethod::kTable;
 }
 
 unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, unsigned repeats)

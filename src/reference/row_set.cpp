@@ -16,10 +16,13 @@ namespace zqsp {
 
 namespace {
 
-/// Gives the blocks of a result another size. Raises on exhausted memory.
+/// Gives the blocks of a result another size, unless a few entries less are all there is to it. Raises on exhausted
+/// memory.
 void setCapacity(kxArray* array, unsigned capacity)
 {
-    if (capacity == array->nzmax) {
+    constexpr unsigned kFew = 64;
+    if (capacity <= array->nzmax && array->nzmax - capacity <= kFew) {
+        array->nzmax = capacity;
         return;
     }
     const Columns a(array);
@@ -45,50 +48,37 @@ constexpr auto kOnes = [] {
     return ones;
 }();
 
-/// Finds the entries in rows of a set, where these are few.
-class Sieve
+/// What was found in a block of entries. (Nothing is initialised: it is large.)
+struct Found
 {
-  public:
-    /// About so many entries are to be sifted.
-    Sieve(const RowSet& set, const Subscript& rows, std::uint64_t entries)
-        : set_(set), filters_(entries >= kPaysForFilter && set.count() <= kernels().costs.mostFewRows)
-    {
-        if (filters_) {
-            std::visit([this](const auto& form) { form.forEach([this](unsigned row) { few_.add(row); }); }, rows);
-        }
-    }
-
-    /// Looks at a block of entries, and returns how many it found.
-    unsigned find(const unsigned* ir, unsigned begin, unsigned end)
-    {
-        begin_ = begin;
-        size_ = end - begin;
-        count_ = kernels().siftRows(set_.words(), filters_ ? &few_ : nullptr, ir, begin, end, found_.data());
-        return count_;
-    }
-    /// The positions of what was found.
-    [[nodiscard]] const unsigned* found() const { return found_.data(); }
+    unsigned begin; // of the block
+    unsigned size;  // of the block
+    unsigned number;
+    std::array<unsigned, kBlock + kKernelSlack> positions;
 
     /// ends[i] = `before` and how many were found before from[i], for ascending positions in the block.
     void countBefore(const unsigned* from, unsigned count, unsigned before, unsigned* ends) const
     {
+        if (count == 0) {
+            return;
+        }
         constexpr unsigned kFew = 16; // one in so many: what lies between two that were found is filled
-        if (count_ < count / kFew) {
+        if (number < count / kFew) {
             unsigned i = 0;
-            for (unsigned found = 0; found < count_; ++found) {
-                const unsigned next = gallop(from, i, count, found_[found] + 1);
+            for (unsigned found = 0; found < number; ++found) {
+                const unsigned next = gallop(from, i, count, positions[found] + 1);
                 std::fill(ends + i, ends + next, before + found);
                 i = next;
             }
-            std::fill(ends + i, ends + count, before + count_);
+            std::fill(ends + i, ends + count, before + number);
             return;
         }
         std::array<std::uint8_t, kBlock / kBits> marks; // a bit for each entry
         std::array<unsigned, kBlock / kBits> sums;      // what was found before these
-        const unsigned bytes = (size_ - 1) / kBits + 1;
+        const unsigned bytes = (size - 1) / kBits + 1;
         std::fill_n(marks.begin(), bytes, std::uint8_t{0});
-        for (unsigned found = 0; found < count_; ++found) {
-            const unsigned at = found_[found] - begin_;
+        for (unsigned found = 0; found < number; ++found) {
+            const unsigned at = positions[found] - begin;
             marks[at / kBits] = static_cast<std::uint8_t>(marks[at / kBits] | 1U << at % kBits);
         }
         for (unsigned i = 0; i < bytes; ++i) {
@@ -96,21 +86,37 @@ class Sieve
             before += kOnes[marks[i]];
         }
         for (unsigned i = 0; i < count; ++i) {
-            const unsigned at = from[i] - begin_;
+            const unsigned at = from[i] - begin;
             ends[i] = sums[at / kBits] + kOnes[marks[at / kBits] & ((1U << at % kBits) - 1)];
         }
     }
+};
+
+/// Finds the entries in rows of a set, where these are few.
+class Sieve
+{
+  public:
+    /// About so many entries are to be sifted.
+    Sieve(const RowSet& set, const Subscript& rows, std::uint64_t entries) : set_(set)
+    {
+        constexpr std::uint64_t kPaysForFilter = 4096;
+        if (entries >= kPaysForFilter && set.count() <= kernels().costs.mostFewRows) {
+            FewRows& few = few_.emplace();
+            std::visit([&](const auto& form) { form.forEach([&](unsigned row) { few.add(row); }); }, rows);
+        }
+    }
+
+    void find(const unsigned* ir, unsigned begin, unsigned size, Found& found) const
+    {
+        found.begin = begin;
+        found.size = size;
+        found.number =
+            kernels().siftRows(set_.words(), few_ ? &*few_ : nullptr, ir, begin, begin + size, found.positions.data());
+    }
 
   private:
-    static constexpr std::uint64_t kPaysForFilter = 4096; // entries
-
     const RowSet& set_;
-    FewRows few_;
-    bool filters_;
-    unsigned begin_ = 0;
-    unsigned size_ = 0;
-    unsigned count_ = 0;
-    std::array<unsigned, kBlock + kKernelSlack> found_;
+    std::optional<FewRows> few_;
 };
 
 /// A result that takes up columns one after the other. In the beginning it has the room that its rows need if they are
@@ -146,21 +152,22 @@ class SelectedRows
     }
 
     /// The same where that is little: values are looked at only of what is found.
-    void sift(Sieve& sieve, unsigned first, unsigned count)
+    void sift(const Sieve& sieve, unsigned first, unsigned count)
     {
+        Found found;
         const unsigned* end = a_.jc + first + 1;
         const unsigned* const last = end + count;
         unsigned* newEnd = out_.jc + taken_ + 1;
         for (unsigned begin = end[-1], size = 0; begin < last[-1]; begin += size) { // a long column may need several
             size = std::min(kBlock, last[-1] - begin);
-            const unsigned found = sieve.find(a_.ir, begin, begin + size);
-            makeRoom(found);
-            take(sieve.found(), found);
+            sieve.find(a_.ir, begin, size, found);
+            makeRoom(found.number);
+            take(found.positions.data(), found.number);
             const auto inside = static_cast<unsigned>(std::lower_bound(end, last, begin + size) - end);
-            sieve.countBefore(end, inside, written_, newEnd);
+            found.countBefore(end, inside, written_, newEnd);
             end += inside;
             newEnd += inside;
-            written_ += found;
+            written_ += found.number;
         }
         std::fill_n(newEnd, last - end, written_);
         taken_ += count;
