@@ -117,6 +117,12 @@ inline unsigned countTrue(const unsigned char* values, unsigned length)
         count += static_cast<unsigned>(pairs * kAddPairs >> 48U);
         i += words * kMaskWord;
     }
+    if (i < length && length >= kMaskWord) { // in one word with bytes that have been counted: nothing to foresee
+        constexpr std::uint64_t kAddBytes = 0x0101010101010101ULL;
+        const unsigned counted = 8 * (kMaskWord - (length - i)); // bits
+        count += static_cast<unsigned>((trueBits(values + length - kMaskWord) >> 7U >> counted) * kAddBytes >> 56U);
+        i = length;
+    }
     for (; i < length; ++i) {
         count += values[i] != 0 ? 1U : 0U;
     }
