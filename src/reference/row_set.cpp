@@ -27,10 +27,10 @@ void setCapacity(kxArray* array, unsigned capacity)
     }
     const Columns a(array);
     const std::size_t bytes = std::size_t{capacity} * a.elementSize;
-    kxSetIr(array, static_cast<unsigned*>(kxRealloc(a.ir, std::size_t{capacity} * sizeof *a.ir)));
-    kxSetData(array, kxRealloc(a.pr, bytes));
+    kxSetIr(array, static_cast<unsigned*>(kxReallocExCheck(a.ir, std::size_t{capacity} * sizeof *a.ir)));
+    kxSetData(array, kxReallocExCheck(a.pr, bytes));
     if (a.pi != nullptr) {
-        kxSetImagData(array, kxRealloc(a.pi, bytes));
+        kxSetImagData(array, kxReallocExCheck(a.pi, bytes));
     }
     array->nzmax = capacity;
 }
