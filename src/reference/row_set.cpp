@@ -26,8 +26,9 @@ void setCapacity(kxArray* array, unsigned capacity)
         return;
     }
     const Columns a(array);
-    const std::size_t bytes = std::size_t{capacity} * a.elementSize;
-    kxSetIr(array, static_cast<unsigned*>(kxReallocExCheck(a.ir, std::size_t{capacity} * sizeof *a.ir)));
+    const std::size_t elements = std::max(capacity, 1U); // no runtime is asked for a block of nothing
+    const std::size_t bytes = elements * a.elementSize;
+    kxSetIr(array, static_cast<unsigned*>(kxReallocExCheck(a.ir, elements * sizeof *a.ir)));
     kxSetData(array, kxReallocExCheck(a.pr, bytes));
     if (a.pi != nullptr) {
         kxSetImagData(array, kxReallocExCheck(a.pi, bytes));
@@ -178,9 +179,8 @@ class SelectedRows
     {
         const unsigned begin = a_.jc[first];
         appendEntries(out_, written_, a_, begin, a_.jc[first + count] - begin);
-        for (unsigned i = 1; i <= count; ++i) {
-            out_.jc[taken_ + i] = a_.jc[first + i] - begin + written_;
-        }
+        const unsigned* const ends = a_.jc + first + 1;
+        std::transform(ends, ends + count, out_.jc + taken_ + 1, [&](unsigned end) { return end - begin + written_; });
         taken_ += count;
         written_ = out_.jc[taken_];
     }
