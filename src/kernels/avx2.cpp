@@ -15,8 +15,7 @@
 
 namespace zqsp::avx2 {
 
-unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
-                  unsigned* found);
+unsigned siftRows(const FewRows& few, const unsigned* ir, unsigned begin, unsigned end, unsigned* found);
 
 namespace {
 

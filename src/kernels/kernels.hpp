@@ -1,8 +1,9 @@
 // The loops that are worth writing for one kind of processor: what each does, and the table of those in use. Nothing
 // outside this folder knows which processor is at hand.
 //
-// Every table gives the same results to the byte. A kernel reads and writes what its contract names and no more; where
-// whole registers may be written beyond that, the contract says how far. Rows and positions are 0-based.
+// Every table gives the same results to the byte, but where a contract says otherwise. A kernel reads and writes what
+// its contract names and no more; where whole registers may be written beyond that, the contract says how far. Rows and
+// positions are 0-based.
 #ifndef ZQSP_KERNELS_KERNELS_HPP
 #define ZQSP_KERNELS_KERNELS_HPP
 
@@ -53,8 +54,8 @@ struct Common
     unsigned second;
 };
 
-/// A filter of a few rows that fits registers: bits at two places that multiplicative hashing gives (Bloom, 1970). Of
-/// rows that it was not given, it lets few pass.
+/// A filter of a few rows: bits at two places that multiplicative hashing gives, which fit registers (Bloom, 1970), and
+/// marks by the lowest bits of a row. Of rows that it was not given, it lets few pass.
 class FewRows
 {
   public:
@@ -68,13 +69,26 @@ class FewRows
         first_[product >> kWord] |= 1U << (product >> kBit) % 32;
         const unsigned next = product << kNext;
         second_[next >> kWord] |= 1U << (next >> kBit) % 32;
+        marks_[row % kMarks] = 1;
     }
     [[nodiscard]] const unsigned* first() const { return first_.data(); }
     [[nodiscard]] const unsigned* second() const { return second_.data(); }
+    /// 1, or 0 where it was not given.
+    [[nodiscard]] unsigned mark(unsigned row) const { return marks_[row % kMarks]; }
+    [[nodiscard]] bool mayHave(unsigned row) const
+    {
+        const unsigned product = row * kHashMultiplier;
+        const unsigned next = product << kNext;
+        return (first_[product >> kWord] >> (product >> kBit) % 32 & second_[next >> kWord] >> (next >> kBit) % 32 &
+                1U) != 0;
+    }
 
   private:
+    static constexpr unsigned kMarks = 4096;
+
     std::array<unsigned, 32> first_{};
     std::array<unsigned, 32> second_{};
+    std::array<std::uint8_t, kMarks> marks_{};
 };
 
 /// What the loops of a table cost beside others, as measured on processors that use it. Choosers read these.
@@ -82,7 +96,7 @@ struct Costs
 {
     /// The longest column whose rows are ranked rather than sorted.
     unsigned mostRanked;
-    /// The most rows for which FewRows is faster than a look-up of every entry; 0 where it never is.
+    /// The most rows for which FewRows is faster than a look-up of every entry.
     unsigned mostFewRows;
     /// Listed positions are deleted entry by entry where one in so many entries, or more, is deleted; elsewhere the
     /// runs between them move whole.
@@ -127,11 +141,9 @@ struct Kernels
     /// words behind the rows.
     void (*rankRows)(unsigned* rows, unsigned count, unsigned* ranks);
 
-    /// Of the entries begin .. end-1, those in rows of the set, which are also in `few` if that is not null: their
-    /// positions, ascending. Returns their number. Written: kKernelSlack words behind the last one at most, and no more
-    /// than end - begin.
-    unsigned (*siftRows)(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
-                         unsigned* found);
+    /// Of the entries begin .. end-1, those in rows that `few` was given, and few others (not the same ones with every
+    /// table): their positions, ascending. Returns their number. Written: no more than end - begin words.
+    unsigned (*siftRows)(const FewRows& few, const unsigned* ir, unsigned begin, unsigned end, unsigned* found);
 
     /// The numbers of a strictly ascending list that are in another ascending one, repeats included: number inFirst[i]
     /// of the first list is number inSecond[i] of the second one, ascending in the second. A search of what the result

@@ -13,8 +13,7 @@ unsigned moveSelected(const Entries& from, const unsigned* jc, unsigned columns,
                       const Entries& to, unsigned at, unsigned* ends);
 unsigned closeUp(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept);
 void rankRows(unsigned* rows, unsigned count, unsigned* ranks);
-unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
-                  unsigned* found);
+unsigned siftRows(const FewRows& few, const unsigned* ir, unsigned begin, unsigned end, unsigned* found);
 Common intersect(const unsigned* first, unsigned firstCount, const unsigned* second, unsigned secondCount,
                  unsigned* inFirst, unsigned* inSecond);
 void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts);

@@ -28,16 +28,12 @@ ZQSP_AVX2 inline __m256i bitsOf(__m256i filter, __m256i products)
 
 } // namespace
 
-ZQSP_AVX2 unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
-                            unsigned* found)
+ZQSP_AVX2 unsigned siftRows(const FewRows& few, const unsigned* ir, unsigned begin, unsigned end, unsigned* found)
 {
     constexpr unsigned kLanes = 8;
-    if (few == nullptr) {
-        return portable::siftRows(rows, few, ir, begin, end, found);
-    }
     const __m256i multiplier = _mm256_set1_epi32(static_cast<int>(kHashMultiplier));
-    const __m256i firstFilter = folded(few->first());
-    const __m256i secondFilter = folded(few->second());
+    const __m256i firstFilter = folded(few.first());
+    const __m256i secondFilter = folded(few.second());
     unsigned count = 0;
     for (; end - begin >= kLanes; begin += kLanes) {
         const __m256i group = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(ir + begin));
@@ -48,12 +44,11 @@ ZQSP_AVX2 unsigned siftRows(const RowWord* rows, const FewRows* few, const unsig
         auto lanes = static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(signs)));
         for (; lanes != 0; lanes &= lanes - 1) {
             const unsigned e = begin + static_cast<unsigned>(__builtin_ctz(lanes));
-            if (rows[ir[e] / RowWord::kBits].has(ir[e])) {
-                found[count++] = e;
-            }
+            found[count] = e;
+            count += few.mark(ir[e]);
         }
     }
-    return count + portable::siftRows(rows, few, ir, begin, end, found + count);
+    return count + portable::siftRows(few, ir, begin, end, found + count);
 }
 
 } // namespace zqsp::avx2

@@ -7,18 +7,14 @@ namespace zqsp::avx512 {
 namespace {
 
 /// Measured: with a filter of few rows half the time of looking rows up in a table.
-ZQSP_AVX512 unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
-                              unsigned* found)
+ZQSP_AVX512 unsigned siftRows(const FewRows& few, const unsigned* ir, unsigned begin, unsigned end, unsigned* found)
 {
-    if (few == nullptr) {
-        return portable::siftRows(rows, few, ir, begin, end, found);
-    }
     const __m512i multiplier = _mm512_set1_epi32(static_cast<int>(kHashMultiplier));
     const __m512i one = _mm512_set1_epi32(1);
-    const __m512i lowFirst = _mm512_loadu_si512(few->first());
-    const __m512i highFirst = _mm512_loadu_si512(few->first() + kLanes);
-    const __m512i lowSecond = _mm512_loadu_si512(few->second());
-    const __m512i highSecond = _mm512_loadu_si512(few->second() + kLanes);
+    const __m512i lowFirst = _mm512_loadu_si512(few.first());
+    const __m512i highFirst = _mm512_loadu_si512(few.first() + kLanes);
+    const __m512i lowSecond = _mm512_loadu_si512(few.second());
+    const __m512i highSecond = _mm512_loadu_si512(few.second() + kLanes);
     unsigned count = 0;
     for (; end - begin >= kLanes; begin += kLanes) {
         const __m512i product = _mm512_mullo_epi32(_mm512_loadu_si512(ir + begin), multiplier);
@@ -33,12 +29,11 @@ ZQSP_AVX512 unsigned siftRows(const RowWord* rows, const FewRows* few, const uns
         unsigned lanes = _mm512_test_epi32_mask(_mm512_and_si512(firstBit, secondBit), one);
         for (; lanes != 0; lanes &= lanes - 1) {
             const unsigned e = begin + static_cast<unsigned>(__builtin_ctz(lanes));
-            if (rows[ir[e] / RowWord::kBits].has(ir[e])) {
-                found[count++] = e;
-            }
+            found[count] = e;
+            count += few.mark(ir[e]);
         }
     }
-    return count + portable::siftRows(rows, few, ir, begin, end, found + count);
+    return count + portable::siftRows(few, ir, begin, end, found + count);
 }
 
 } // namespace

@@ -10,37 +10,41 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace zqsp {
 
 namespace {
 
-/// The rows as the sifting of entries wants them.
+/// The rows as the sifting of entries wants them: a few in a filter, which lets others pass now and then, more in a
+/// table.
 class Sieve
 {
   public:
-    /// `entries`: about so many are to be sifted. Raises on exhausted memory.
+    /// Raises on exhausted memory.
     template <typename Numbers>
-    Sieve(unsigned m, const Numbers& rows, unsigned count, std::uint64_t entries)
-        : rows_(m), filters_(count <= kernels().costs.mostFewRows && entries >= kPaysForFilter)
+    Sieve(unsigned m, const Numbers& rows, unsigned count) : areFew_(count <= kernels().costs.mostFewRows)
     {
+        if (!areFew_) {
+            table_.emplace(m);
+        }
         for (unsigned i = 0; i < count; ++i) {
-            rows_.add(rows[i]);
-            if (filters_) {
-                few_.add(rows[i]);
-            }
+            areFew_ ? few_.add(rows[i]) : table_->add(rows[i]);
         }
     }
 
-    /// visit(e) for those of the entries begin .. end-1 that lie in the rows.
+    /// visit(e) for those of the entries begin .. end-1 that lie in the rows, and others.
     template <typename F>
     void forEachFound(const unsigned* ir, unsigned begin, unsigned end, F&& visit) const
     {
-        std::array<unsigned, kBlock + kKernelSlack> found;
+        if (!areFew_) {
+            sift(ir, begin, end, visit);
+            return;
+        }
+        std::array<unsigned, kBlock> found;
         for (unsigned size = 0; begin < end; begin += size) {
             size = std::min(kBlock, end - begin);
-            const unsigned count =
-                kernels().siftRows(rows_.words(), filters_ ? &few_ : nullptr, ir, begin, begin + size, found.data());
+            const unsigned count = kernels().siftRows(few_, ir, begin, begin + size, found.data());
             for (unsigned i = 0; i < count; ++i) {
                 visit(found[i]);
             }
@@ -48,19 +52,39 @@ class Sieve
     }
 
   private:
-    static constexpr unsigned kBlock = 8192;              // a call costs about what fifty entries do
-    static constexpr std::uint64_t kPaysForFilter = 4096; // entries
+    static constexpr unsigned kBlock = 8192; // a call costs about what fifty entries do
+    static constexpr unsigned kGroup = 8;    // most have none: a branch for all of them is seldom taken
 
-    RowSet rows_;
+    template <typename F>
+    void sift(const unsigned* ir, unsigned begin, unsigned end, F&& visit) const
+    {
+        const UnmovedRows table = table_->unmoved();
+        for (unsigned size = 0; begin < end; begin += size) {
+            size = std::min(kGroup, end - begin);
+            bool any = size < kGroup;
+            if (size == kGroup) {
+                for (unsigned i = 0; i < kGroup; ++i) {
+                    any |= table.selects(ir[begin + i]);
+                }
+            }
+            for (unsigned e = begin; any && e < begin + size; ++e) {
+                if (table.selects(ir[e])) {
+                    visit(e);
+                }
+            }
+        }
+    }
+
+    bool areFew_;
+    std::optional<RowSet> table_;
     FewRows few_;
-    bool filters_;
 };
 
 template <typename Numbers>
 ArrayOwner siftColumns(const Columns& a, const Ordered& rows, const Numbers& numbers, const Subscript& columns)
 {
     const unsigned k = rows.count();
-    const Sieve sieve(a.m, numbers, k, expectedEntriesIn(a, columns));
+    const Sieve sieve(a.m, numbers, k);
     // What is found, column by column; the ends of the columns follow once the result is there to hold them.
     GrowingList<Key> found;
     const auto columnEnds = Block<unsigned>::make(countOf(columns));

@@ -77,24 +77,23 @@ TEST_P(KernelTable, RanksRows)
 TEST_P(KernelTable, SiftsRows)
 {
     forEachLength([&](unsigned length) {
-        for (const bool hasFew : {false, true}) {
-            const unsigned m = 1 + draw(3000);
-            const Words rows = ascending(m, oneIn(2) ? 1 : anyShare());
-            FewRows few;
-            std::ranges::for_each(rows, [&](unsigned row) { few.add(row); });
-            const Guarded set(wordsOf(rows, m), edge());
-            const unsigned begin = draw(3);
-            const Guarded ir(words(begin + length, m), edge());
-            Words expected(length);
-            const unsigned count =
-                portable().siftRows(set.data(), nullptr, ir.data(), begin, begin + length, expected.data());
-            expected.resize(count);
-            const Guarded found(Words(std::min(count + kKernelSlack, length)), edge());
-            ASSERT_EQ(
-                table().siftRows(set.data(), hasFew ? &few : nullptr, ir.data(), begin, begin + length, found.data()),
-                count);
-            EXPECT_TRUE(std::ranges::equal(expected, std::span(found.data(), count)));
-        }
+        const unsigned m = 1 + draw(3000);
+        const Words rows = ascending(m, oneIn(2) ? 1 : anyShare());
+        FewRows few;
+        std::ranges::for_each(rows, [&](unsigned row) { few.add(row); });
+        const unsigned begin = draw(3);
+        const Guarded ir(words(begin + length, m), edge());
+        const auto isOther = [&](unsigned e) { return !std::ranges::binary_search(rows, ir.data()[e]); };
+        Words expected(length);
+        std::iota(expected.begin(), expected.end(), begin);
+        std::erase_if(expected, isOther);
+        const Guarded found(Words(length), edge());
+        Words passed(found.data(),
+                     found.data() + table().siftRows(few, ir.data(), begin, begin + length, found.data()));
+        ASSERT_TRUE(std::ranges::all_of(passed, [&](unsigned e) { return e >= begin && e < begin + length; }));
+        EXPECT_LE(passed.size(), expected.size() + (rows.size() < 4 ? 2 + length / 16 : length));
+        std::erase_if(passed, isOther);
+        EXPECT_EQ(passed, expected);
     });
 }
 
