@@ -17,7 +17,7 @@ template <typename F>
 [[gnu::always_inline]] inline void forEachPiece(const Columns& a, const Subscript& columns, F&& f)
 {
     constexpr std::uint64_t kShort = 24; // entries
-    constexpr unsigned kLongBits = 12;   // 4096 entries and more are very long
+    constexpr unsigned kLongBits = 14;   // 16384 entries and more are very long
     constexpr unsigned kSome = 256;      // columns that are looked at together: mostly, none of them is very long
     forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
         const unsigned last = first + length;
