@@ -5,18 +5,14 @@
 // fast as the portable loop: steps 2 to 3.4, counting by a set 1.4, by an interval 2, moving by ranks 2.3, ranking
 // columns of ten rows 1.2, of sixteen 1.8, of a hundred 2.2. Without gain: numbers to indices (1.0 to 1.2), moving by
 // other choices, sifting without a filter, intersecting (0.8 to 1), column starts; closing up gained 1.1 to 1.3.
-#include "kernels/tables.hpp"
+#include "kernels/avx2.hpp"
 
 #include "kernels/plain_loops.hpp"
 #include "kernels/portable.hpp"
 #include "kernels/select_loop.hpp"
-
-#define ZQSP_AVX2 __attribute__((target("avx2,popcnt")))
+#include "kernels/tables.hpp"
 
 namespace zqsp::avx2 {
-
-unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
-                  unsigned* found);
 
 namespace {
 

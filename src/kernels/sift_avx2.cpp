@@ -1,8 +1,7 @@
+#include "kernels/avx2.hpp"
 #include "kernels/portable.hpp"
 
 #include <immintrin.h>
-
-#define ZQSP_AVX2 __attribute__((target("avx2,popcnt")))
 
 namespace zqsp::avx2 {
 

@@ -3,8 +3,6 @@
 #include "assign/region_methods.hpp"
 #include "support/call.hpp"
 
-#include <chrono>
-
 using namespace zqsp::test;
 
 namespace {
@@ -100,27 +98,6 @@ TEST(HugeTargets, ARightSideOfNothingIsNotWrittenOut)
     const Array none = toArray(at({}));
     const LargestBlock small(1U << 14);
     EXPECT_EQ(run([&] { return spAss4(A.get(), B.get(), none.get()); }), Ended());
-}
-
-/// Not for each column, which would take half a minute.
-TEST(HugeTargets, AMaskOfRowsIsWalkedOnce)
-{
-    constexpr unsigned kRows = 10000000;
-    constexpr unsigned kEach = 100;
-    const Array A(kxCreateSparseNumericMatrix(kRows, 2000, 2000 * kEach, kxDOUBLE_CLASS, kxREAL));
-    for (unsigned j = 0; j < 2000; ++j) {
-        A->jc[j + 1] = (j + 1) * kEach;
-        for (unsigned e = 0; e < kEach; ++e) {
-            A->ir[A->jc[j] + e] = e * (kRows / kEach);
-            static_cast<double*>(A->pr)[A->jc[j] + e] = 1;
-        }
-    }
-    const Array rows = toArray(Subscript::sparseMask(1, kRows, {{kRows / kEach, 0}, {kRows - 1, 0}}));
-    const Array zero = toArray(at({0}));
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(spAss5(A.get(), zero.get(), rows.get()), spOK);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
-    EXPECT_EQ(kxGetNumNonZeroEl(A.get()), 2000 * (kEach - 1));
 }
 
 TEST(HugeTargets, TheSetOfRowsMayBeRefused)
