@@ -29,9 +29,9 @@ bool useRowMap(const Columns& a, unsigned k)
 
 RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
-    constexpr unsigned kRowsPerEntry = 1024; // of a table, cleared in the time that the search for one entry takes
-    constexpr unsigned kSmall = 512;         // rows and entries: what it takes to move each is not worth preparing
-    constexpr unsigned kFew = 16;            // entries and rows: searched in the time that making a table takes
+    constexpr unsigned kRowsPerEntry = 128; // of a table, made and counted in the time that one entry's search takes
+    constexpr unsigned kSmall = 512;        // rows and entries: what it takes to move each is not worth preparing
+    constexpr unsigned kFew = 16;           // entries and rows: searched in the time that making a table takes
     const std::uint64_t searched = counts.entries + counts.listed;
     if (capacity == Capacity::kSearched || searched <= kFew || counts.extent / kRowsPerEntry > searched) {
         return RowMethod::kSearch;
