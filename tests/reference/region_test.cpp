@@ -55,7 +55,7 @@ TEST(RowReference, MethodIsChosenByTheRule)
 /// A run of rows is cut out of very long columns and selected from what lies between them.
 TEST(RowReference, RunsOfRowsInColumnsOfAnyLength)
 {
-    Model a = evenColumns(20000, 700, 1, 3000);
+    Model a = evenColumns(20000, 2500, 1, 3000);
     for (const unsigned j : {0U, 256U}) {
         for (unsigned row = j; row < 18000; ++row) {
             a.entries[{j, row}] = row + 0.5;
