@@ -1,5 +1,6 @@
-// The ways of taking rows out of columns. gatherRegion() chooses; each method lives in a file of its name.
-// Rows ascend or are in no order: what descends is gathered from its end, and turned round.
+// The ways of taking rows out of columns. gatherRegion() chooses. The run of rows, the search and the table live in
+// row_interval.cpp, row_search.cpp and row_table.cpp; rows in any order or repeated are then put there by
+// row_order.cpp. Rows ascend or are in no order: what descends is gathered from its end, and turned round.
 #ifndef ZQSP_REFERENCE_ROW_METHODS_HPP
 #define ZQSP_REFERENCE_ROW_METHODS_HPP
 
