@@ -15,8 +15,9 @@ cd "$root"
 # The sources keep their place, so that a second run builds only what changed. How fast it is does not matter here.
 export CMAKE_ARGS="-DCMAKE_CXX_FLAGS_RELEASE=-O0 -DZQSP_LTO=OFF"
 mkdir -p "$work/sources"
+find "$work/sources" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + # what is gone must not be built
 tar -xzf "$work"/fresh/zqspmatrix-*.tar.gz -C "$work/fresh"
-cp -ru "$work"/fresh/zqspmatrix-*/. "$work/sources"
+cp -rp "$work"/fresh/zqspmatrix-*/. "$work/sources"
 cd "$work/fresh"
 "$python" -m venv --system-site-packages environment # with what Debian has packages of, and nothing else
 environment/bin/python -m pip wheel -q --no-build-isolation --no-deps --no-index -w . "$work/sources"
