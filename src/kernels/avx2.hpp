@@ -4,7 +4,12 @@
 
 #include "kernels/kernels.hpp"
 
+#include <immintrin.h>
+
+/// Marks a function of these loops. (Where the instructions are emulated, the emulation defines it empty.)
+#ifndef ZQSP_AVX2
 #define ZQSP_AVX2 __attribute__((target("avx2,popcnt")))
+#endif
 
 namespace zqsp::avx2 {
 

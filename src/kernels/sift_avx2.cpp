@@ -1,8 +1,6 @@
 #include "kernels/avx2.hpp"
 #include "kernels/portable.hpp"
 
-#include <immintrin.h>
-
 namespace zqsp::avx2 {
 
 namespace {

@@ -1,5 +1,6 @@
-// Stands in for the compiler's header of this name: the intrinsics of 512 bits that src/kernels uses, emulated by SIMDe
-// or, where Debian's version of it lacks them, here. Nothing is loaded or stored in lanes that a mask leaves out.
+// Stands in for the compiler's header of this name: the intrinsics of 256 and 512 bits that src/kernels uses, emulated
+// by SIMDe or, where Debian's version of it lacks them, here. Nothing is loaded or stored in lanes that a mask leaves
+// out.
 #ifndef ZQSP_TESTS_KERNELS_EMULATED_IMMINTRIN_H
 #define ZQSP_TESTS_KERNELS_EMULATED_IMMINTRIN_H
 
@@ -12,7 +13,8 @@
 #include <cstring>
 #include <functional>
 
-#define ZQSP_AVX512 // nothing to be allowed
+#define ZQSP_AVX2 // nothing to be allowed
+#define ZQSP_AVX512
 
 using __mmask8 = simde__mmask8;
 using __mmask16 = simde__mmask16;
@@ -98,14 +100,15 @@ inline __m512d loadDoubles(__m512d other, __mmask8 lanes, const void* from)
     return std::bit_cast<__m512d>(load(std::bit_cast<Doubles>(other), lanes, from));
 }
 
-inline __m512i product(__m512i a, __m512i b)
+template <typename Register>
+Register product(Register a, Register b)
 {
-    auto words = std::bit_cast<Words>(a);
-    const auto others = std::bit_cast<Words>(b);
+    auto words = std::bit_cast<Lanes<std::uint32_t, sizeof a / 4>>(a);
+    const auto others = std::bit_cast<decltype(words)>(b);
     for (unsigned i = 0; i < words.size(); ++i) {
         words[i] *= others[i];
     }
-    return std::bit_cast<__m512i>(words);
+    return std::bit_cast<Register>(words);
 }
 inline __m512d toDoubles(__m256i words)
 {
@@ -140,8 +143,10 @@ inline constexpr __mmask16 kAll = 0xFFFF;
 #define _mm512_maskz_loadu_pd(lanes, from) zqsp::emulated::loadDoubles(_mm512_setzero_pd(), lanes, from)
 #define _mm512_mask_storeu_epi32(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Words>(a))
 #define _mm512_mask_storeu_pd(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Doubles>(a))
-#undef _mm512_mullo_epi32 // that version's overflows, as the sanitizers say
+#undef _mm512_mullo_epi32 // that version's overflow, as the sanitizers say
 #define _mm512_mullo_epi32 zqsp::emulated::product
+#undef _mm256_mullo_epi32
+#define _mm256_mullo_epi32 zqsp::emulated::product
 #undef _mm512_mask_cmpge_epu32_mask // that version's takes four arguments
 #define _mm512_mask_cmpge_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::greater_equal<>())
 #define _mm512_mask_cmplt_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::less<>())

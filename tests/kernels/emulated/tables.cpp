@@ -7,7 +7,7 @@ namespace zqsp::test {
 
 std::vector<const Kernels*> testedTables()
 {
-    return {&avx512::table, &portable::table};
+    return {&avx512::table, &avx2::table, &portable::table};
 }
 
 } // namespace zqsp::test
