@@ -22,7 +22,7 @@ void carryOut(kxArray* A, const LinearLayout& grown, const AssignedValues& value
     const Columns after = relay.after();
     const unsigned step = values.isScalar() ? 0 : 1;
     withStorage(after, after, values.b, [&](auto to, auto, auto from) {
-        relay.commit(plan.patches(), [&](const ElementPatch& patch, unsigned at) {
+        relay.commit(plan.patches(), [&](const Patch& patch, unsigned at) {
             for (unsigned k = 0; k < patch.length; ++k) {
                 after.ir[at + k] = patch.row + k;
                 to.copy(at + k, from, patch.source + std::size_t{k} * step);

@@ -7,14 +7,9 @@ namespace zqsp {
 
 namespace {
 
-/// A patch of a region: what is stored goes, `length` entries of b from number `source` on come. (Of a scalar b: its
-/// value, in the target rows from that number on.)
-struct RegionPatch : Patch
-{
-    unsigned source;
-};
-
-/// What a filling changes, known before anything moves: patches in ascending order.
+/// What a filling changes, known before anything moves: patches in ascending order. Of a patch, what is stored goes,
+/// and `length` entries of b from number `source` on come. (Of a scalar b: its value, in the target rows from that
+/// number on.)
 class RegionPatches
 {
   public:
@@ -33,7 +28,7 @@ class RegionPatches
         region.columns.forEach([this](unsigned t, unsigned column) { visitColumn(t, column); });
     }
 
-    [[nodiscard]] std::span<const RegionPatch> list() const { return patches_.elements(); }
+    [[nodiscard]] std::span<const Patch> list() const { return patches_.elements(); }
     /// Entries of the target afterwards.
     [[nodiscard]] std::uint64_t total() const { return total_; }
     /// Entries of the target columns afterwards.
@@ -49,7 +44,11 @@ class RegionPatches
         const EntrySpan span = filter_.spanIn(a_, column);
         inTargetColumns_ += column < a_.n ? a_.length(column) : 0;
         if (span.length() == 0 || rowsAreRun_) {
-            add({{column, span.begin, span.end, sourceEnd - source}, source});
+            add({.column = column,
+                 .begin = span.begin,
+                 .end = span.end,
+                 .length = sourceEnd - source,
+                 .source = source});
         } else if (span.length() > kEntriesPerRow * rowCount_) {
             addRowByRow(column, span, source, sourceEnd);
         } else {
@@ -66,7 +65,7 @@ class RegionPatches
             at = gallop(a_.ir, at, span.end, row);
             const unsigned stored = at < span.end && a_.ir[at] == row ? 1 : 0;
             const unsigned comes = source < sourceEnd && targetRow(source) == row ? 1 : 0;
-            add({{column, at, at + stored, comes}, source});
+            add({.column = column, .begin = at, .end = at + stored, .length = comes, .source = source});
             at += stored;
             source += comes;
         }
@@ -80,20 +79,20 @@ class RegionPatches
             while (source < sourceEnd && targetRow(source) < row) {
                 ++source;
             }
-            add({{column, e, e, source - before}, before});
+            add({.column = column, .begin = e, .end = e, .length = source - before, .source = before});
             if (filter_.targets(row)) {
                 const unsigned comes = source < sourceEnd && targetRow(source) == row ? 1 : 0;
-                add({{column, e, e + 1, comes}, source});
+                add({.column = column, .begin = e, .end = e + 1, .length = comes, .source = source});
                 source += comes;
             }
         }
-        add({{column, span.end, span.end, sourceEnd - source}, source});
+        add({.column = column, .begin = span.end, .end = span.end, .length = sourceEnd - source, .source = source});
     }
 
     /// The target row of an entry of b.
     [[nodiscard]] unsigned targetRow(unsigned source) const { return rows_[b_.isScalar() ? source : b_.b.ir[source]]; }
 
-    void add(const RegionPatch& patch)
+    void add(const Patch& patch)
     {
         const std::uint64_t dropped = patch.end - patch.begin;
         if (patch.length + dropped == 0) {
@@ -112,7 +111,7 @@ class RegionPatches
     NumberView rows_;
     unsigned rowCount_;
     bool rowsAreRun_;
-    GrowingList<RegionPatch> patches_;
+    GrowingList<Patch> patches_;
     std::uint64_t total_;
     std::uint64_t inTargetColumns_ = 0;
 };
@@ -146,7 +145,7 @@ void fillByPatches(kxArray* A, const Region& region, const RightSide& b, const R
     Relay relay(A, needsOf(a, region, b, limits, total, false));
     const Columns after = relay.after();
     withStorage(after, a, b.b, [&](auto to, auto, auto from) {
-        relay.commit(patches.list(), [&](const RegionPatch& patch, unsigned at) {
+        relay.commit(patches.list(), [&](const Patch& patch, unsigned at) {
             writeRows(rows, b, patch.source, patch.length, after.ir + at);
             if (b.isScalar()) {
                 to.fill(at, from, 0, patch.length);

@@ -21,30 +21,11 @@ struct Patch
     unsigned begin;
     unsigned end;
     unsigned length;
+    unsigned row = 0;    ///< as the next, for who writes the new entries: their first row,
+    unsigned source = 0; ///< and what they come from
 
     /// By how many entries what follows moves, modulo 2^32.
     [[nodiscard]] unsigned growth() const { return length - (end - begin); }
-};
-
-/// Patches in a block, seen as what all of them derive from.
-class PatchList
-{
-  public:
-    template <typename T>
-    explicit PatchList(std::span<const T> patches)
-        : first_(reinterpret_cast<const std::byte*>(static_cast<const Patch*>(patches.data()))),
-          stride_(sizeof(T)),
-          size_(patches.size())
-    {
-    }
-
-    [[nodiscard]] std::size_t size() const { return size_; }
-    const Patch& operator[](std::size_t i) const { return *reinterpret_cast<const Patch*>(first_ + i * stride_); }
-
-  private:
-    const std::byte* first_;
-    std::size_t stride_;
-    std::size_t size_;
 };
 
 /// What the target must be able to hold after the rewriting.
@@ -78,13 +59,12 @@ class Relay
     /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
     /// no second buffer is needed. Where, in place, no patch grows, each is written before what lies behind it moves:
     /// its new entries may be old ones of its own, moved to the front.
-    template <typename T, typename F>
-    void commit(std::span<const T> patches, F&& write)
+    template <typename F>
+    void commit(std::span<const Patch> patches, F&& write)
     {
-        move(PatchList(patches),
-             Writer{&write, [](void* function, const Patch& patch, unsigned at) {
-                        (*static_cast<std::remove_reference_t<F>*>(function))(static_cast<const T&>(patch), at);
-                    }});
+        move(patches, Writer{&write, [](void* function, const Patch& patch, unsigned at) {
+                                 (*static_cast<std::remove_reference_t<F>*>(function))(patch, at);
+                             }});
     }
 
     /// The same by loops of their own, for patches whose number or whose shape is known, or that are made when they are
