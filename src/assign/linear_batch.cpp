@@ -1,7 +1,7 @@
 #include "assign/linear_batch.hpp"
 
-#include "assign/element.hpp"
 #include "assign/linear_plan.hpp"
+#include "assign/write_region.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
 #include "subscript/runs.hpp"

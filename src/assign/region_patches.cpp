@@ -119,15 +119,10 @@ class RegionPatches
 /// The target rows of `count` entries of b from `begin` on.
 void writeRows(NumberView rows, const RightSide& b, unsigned begin, unsigned count, unsigned* out)
 {
-    rows.visit([&](auto known) { // what the rows are is asked once, not for each
-        const unsigned* const source = b.isScalar() ? nullptr : b.b.ir + begin;
-        for (unsigned i = 0; source == nullptr && i < count; ++i) {
-            out[i] = known[begin + i];
-        }
-        for (unsigned i = 0; source != nullptr && i < count; ++i) {
-            out[i] = known[source[i]];
-        }
-    });
+    const unsigned* const source = b.isScalar() ? nullptr : b.b.ir + begin;
+    for (unsigned i = 0; i < count; ++i) {
+        out[i] = rows[source == nullptr ? begin + i : source[i]];
+    }
 }
 
 } // namespace

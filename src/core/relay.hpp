@@ -57,8 +57,7 @@ class Relay
     /// entries, at position `at` of after() and behind, can be written, installs the new blocks and the column count
     /// (new columns are empty) and updates the column starts. In place, stretches that move left go first, in rising
     /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
-    /// no second buffer is needed. Where, in place, no patch grows, each is written before what lies behind it moves:
-    /// its new entries may be old ones of its own, moved to the front.
+    /// no second buffer is needed.
     template <typename F>
     void commit(std::span<const Patch> patches, F&& write)
     {
@@ -105,75 +104,40 @@ class Relay
     template <typename Patches, typename W>
     [[gnu::noinline]] void move(const Patches& patches, const W& write)
     {
-        if (!inPlace_) {
-            copyAll(patches, write);
-        } else if (const Survey survey = surveyOf(patches); !survey.anyGrows) {
-            closeUp(patches, write);
-        } else {
-            if (survey.anyShrinks) {
-                moveLeft(patches);
-            }
-            moveRight(patches, survey.growth);
+        if (inPlace_) {
+            moveRight(patches, moveLeft(patches));
             writePatches(patches, write);
+        } else {
+            copyAll(patches, write);
         }
         installBlocks();
         updateColumnStarts(Columns(target_), patches);
     }
 
-    struct Survey
-    {
-        bool anyGrows = false;
-        bool anyShrinks = false;
-        unsigned growth = 0; ///< of all
-    };
-
+    /// Returns the growth of all patches.
     template <typename Patches>
-    static Survey surveyOf(const Patches& patches)
+    unsigned moveLeft(const Patches& patches)
     {
-        Survey survey;
+        unsigned shift = 0;
         for (std::size_t i = 0; i < patches.size(); ++i) {
             const Patch& patch = patches[i];
-            survey.anyGrows |= patch.length > patch.end - patch.begin;
-            survey.anyShrinks |= patch.length < patch.end - patch.begin;
-            survey.growth += patch.growth();
-        }
-        return survey;
-    }
-
-    template <typename Patches, typename W>
-    void closeUp(const Patches& patches, const W& write)
-    {
-        unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            write(patches[i], patches[i].begin + shift);
-            shift += patches[i].growth();
-            const unsigned from = patches[i].end;
-            moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
-        }
-    }
-
-    template <typename Patches>
-    void moveLeft(const Patches& patches)
-    {
-        unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            shift += patches[i].growth();
-            const unsigned from = patches[i].end;
-            if (from + shift < from) {
+            shift += patch.growth();
+            if (const unsigned from = patch.end; from + shift < from) {
                 moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
             }
         }
+        return shift;
     }
 
-    /// `shift`: the growth of all patches.
     template <typename Patches>
     void moveRight(const Patches& patches, unsigned shift)
     {
-        for (std::size_t i = patches.size(); i-- > 0; shift -= patches[i].growth()) {
-            const unsigned from = patches[i].end;
-            if (from + shift > from) {
+        for (std::size_t i = patches.size(); i-- > 0;) {
+            const Patch& patch = patches[i];
+            if (const unsigned from = patch.end; from + shift > from) {
                 moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
             }
+            shift -= patch.growth();
         }
     }
 
