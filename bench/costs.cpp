@@ -2,7 +2,7 @@
 // can run, as src/kernels has it, with the source's own figures behind. Where a cost hardly matters, runs differ by a
 // step.
 #include "core/sort.hpp"
-#include "delete/delete_positions.hpp"
+#include "delete/delete_elements.hpp"
 #include "kernels/tables.hpp"
 #include "lookup/find_hits.hpp"
 #include "matrices.hpp"

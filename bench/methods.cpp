@@ -1,7 +1,7 @@
 #include "methods.hpp"
 
 #include "core/note_method.hpp"
-#include "delete/delete_positions.hpp"
+#include "delete/delete_elements.hpp"
 #include "lookup/choose_method.hpp"
 #include "reference/row_methods.hpp"
 

@@ -1,5 +1,4 @@
 // A(I,J) = B.
-#include "assign/element.hpp"
 #include "assign/write_region.hpp"
 #include "core/counts.hpp"
 #include "core/operand_check.hpp"

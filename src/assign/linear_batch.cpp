@@ -1,7 +1,7 @@
 #include "assign/linear_batch.hpp"
 
-#include "assign/element.hpp"
 #include "assign/linear_plan.hpp"
+#include "assign/write_region.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
 #include "subscript/runs.hpp"
@@ -22,7 +22,7 @@ void carryOut(kxArray* A, const LinearLayout& grown, const AssignedValues& value
     const Columns after = relay.after();
     const unsigned step = values.isScalar() ? 0 : 1;
     withStorage(after, after, values.b, [&](auto to, auto, auto from) {
-        relay.commit(plan.patches(), [&](const ElementPatch& patch, unsigned at) {
+        relay.commit(plan.patches(), [&](const Patch& patch, unsigned at) {
             for (unsigned k = 0; k < patch.length; ++k) {
                 after.ir[at + k] = patch.row + k;
                 to.copy(at + k, from, patch.source + std::size_t{k} * step);

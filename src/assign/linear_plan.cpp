@@ -1,9 +1,11 @@
 #include "assign/linear_plan.hpp"
 
+#include "core/counts.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
 
 #include <algorithm>
+#include <limits>
 
 namespace zqsp {
 
@@ -42,6 +44,32 @@ template <typename F>
     }
 }
 
+/// The capacity that insertions and removals, one after another, leave.
+class CapacityReplay
+{
+  public:
+    explicit CapacityReplay(const Columns& a) : stored_(a.nnz()), capacity_(a.nzmax) {}
+
+    /// So many insertions into a target of these dimensions.
+    void insert(unsigned count, const LinearLayout& layout)
+    {
+        while (count > 0) {
+            if (stored_ == capacity_) {
+                capacity_ = growCapacity(capacity_, layout.m(), layout.n());
+            }
+            const unsigned fitting = std::min(count, capacity_ - stored_);
+            stored_ += fitting;
+            count -= fitting;
+        }
+    }
+    void remove(unsigned count) { stored_ -= count; }
+    [[nodiscard]] unsigned capacity() const { return capacity_; }
+
+  private:
+    unsigned stored_;
+    unsigned capacity_;
+};
+
 /// The capacity after the insertions (+1) and removals (-1) that the assignments make one after another.
 unsigned replaySteps(const Columns& a, LinearLayout layout, NumberView positions, std::span<const signed char> steps)
 {
@@ -57,54 +85,27 @@ unsigned replaySteps(const Columns& a, LinearLayout layout, NumberView positions
     return replay.capacity();
 }
 
-/// The entries of a sparse matrix, in the order of the ascending positions to which a progression assigns them.
-class ValueWalk
-{
-  public:
-    ValueWalk(const Columns& b, const IndexRange& range)
-        : b_(b), positions_(range.size), isReversed_(range.stride < 0), column_(isReversed_ ? b.n - 1 : 0)
-    {
-        find();
-    }
-
-    /// The next entry of the matrix, of those that are left.
-    [[nodiscard]] unsigned entry() const { return isReversed_ ? b_.nnz() - 1 - read_ : read_; }
-    /// Its position, by rank; the number of positions where none is left.
-    [[nodiscard]] unsigned ordinal() const { return ordinal_; }
-
-    void advance()
-    {
-        ++read_;
-        find();
-    }
-
-  private:
-    void find()
-    {
-        if (read_ == b_.nnz()) {
-            ordinal_ = positions_;
-            return;
-        }
-        const unsigned e = entry();
-        for (; isReversed_ && b_.jc[column_] > e; --column_) {
-        }
-        for (; !isReversed_ && b_.jc[column_ + std::size_t{1}] <= e; ++column_) {
-        }
-        const unsigned t = column_ * b_.m + b_.ir[e];
-        ordinal_ = isReversed_ ? positions_ - 1 - t : t;
-    }
-
-    const Columns& b_;
-    unsigned positions_;
-    bool isReversed_;
-    unsigned column_;
-    unsigned read_ = 0;
-    unsigned ordinal_ = 0;
-};
-
 } // namespace
 
-void LinearPlan::add(const ElementPatch& patch)
+unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n)
+{
+    constexpr unsigned kMost = std::numeric_limits<std::int32_t>::max();
+    unsigned elements = 0;
+    const bool countable = kxCheckMN_nothrow(m, n, 1, &elements);
+    const unsigned cap = countable ? elements : std::numeric_limits<std::uint32_t>::max();
+    if (nzmax < kMost - kCapacityStep) {
+        return std::min(nzmax + kCapacityStep, cap);
+    }
+    if (nzmax < kMost) {
+        return std::min(nzmax + 1, cap);
+    }
+    if (!countable) {
+        raiseOutOfMemory();
+    }
+    return cap;
+}
+
+void LinearPlan::add(const Patch& patch)
 {
     const unsigned dropped = patch.end - patch.begin;
     insertions_ += patch.length - std::min(patch.length, dropped);
@@ -114,32 +115,27 @@ void LinearPlan::add(const ElementPatch& patch)
 }
 
 /// The capacity where each position is assigned once: in ascending order, or from the last to the first.
-void LinearPlan::replay(bool isReversed, unsigned firstAssigned)
+void LinearPlan::replay(const IndexRange& range)
 {
     if (a_.nnz() + insertions_ <= a_.nzmax) {
         return;
     }
     LinearLayout layout = layout_;
+    layout.cover(range.first); // from the last to the first, this makes the target as large as it becomes
     const unsigned m = layout.m();
     const unsigned n = layout.n();
-    layout.cover(firstAssigned);
     CapacityReplay replay(a_);
-    const std::span<const ElementPatch> patches = patches_.elements();
+    const std::span<const Patch> patches = patches_.elements();
     for (std::size_t i = 0; i < patches.size(); ++i) {
-        const ElementPatch& patch = patches[isReversed ? patches.size() - 1 - i : i];
+        const Patch& patch = patches[range.stride < 0 ? patches.size() - 1 - i : i];
         const unsigned dropped = patch.end - patch.begin;
         if (patch.length < dropped) {
             replay.remove(dropped - patch.length);
             continue;
         }
-        const unsigned inserted = patch.length - dropped;
-        if (isReversed) { // the first one has made the target as large as it becomes
-            replay.insert(inserted, layout);
-            continue;
-        }
         const unsigned reach = patch.row + patch.length; // what lies beyond the target is not stored
         const unsigned beyond = patch.column >= n ? patch.length : std::min(patch.length, reach - std::min(reach, m));
-        replay.insert(inserted - beyond, layout);
+        replay.insert(patch.length - dropped - beyond, layout);
         for (unsigned left = beyond; left > 0; --left) {
             layout.cover(Place{reach - left, patch.column});
             replay.insert(1, layout);
@@ -161,15 +157,18 @@ LinearPlan LinearPlan::forRun(const Columns& a, const LinearLayout& layout, cons
         const unsigned length = last - first + 1;
         const unsigned begin = findSlot(a, {first, column}).position;
         const Slot end = findSlot(a, {last, column});
-        plan.add({{column, begin, end.position + (end.stored ? 1U : 0U), values.areAllZero() ? 0 : length},
-                  first,
-                  values.source(t)});
+        plan.add({.column = column,
+                  .begin = begin,
+                  .end = end.position + (end.stored ? 1U : 0U),
+                  .length = values.areAllZero() ? 0 : length,
+                  .row = first,
+                  .source = values.source(t)});
         if (column == to.column) {
             break;
         }
         t += length;
     }
-    plan.replay(range.stride < 0, range.first);
+    plan.replay(range);
     return plan;
 }
 
@@ -181,18 +180,27 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
     const Subscript present = ascending.below(std::uint64_t{a.m} * a.n);
     HitList hits(countOf(present));
     findHits(a, present, hits);
-    ValueWalk next(values.b, range);
+    const unsigned brought = values.b.nnz();
+    const auto places = Block<unsigned>::make(brought); // of the values, in the order of the assignment
+    EntryWalk(values.b).write(brought, places.get(), brought);
+    unsigned read = 0; // values, from the one on that goes to the lowest position
+    const auto source = [&] { return range.stride < 0 ? brought - 1 - read : read; };
+    const auto nextOrdinal = [&] {
+        const unsigned place = read == brought ? range.size : places[source()];
+        return range.stride < 0 && read < brought ? range.size - 1 - place : place;
+    };
     const auto assign = [&](unsigned ordinal, Place place, Slot slot) {
-        const bool comes = next.ordinal() == ordinal;
-        const unsigned source = comes ? next.entry() : 0;
-        const unsigned length = comes && !values.isZero(source) ? 1 : 0;
-        plan.add({{place.column, slot.position, slot.position + (slot.stored ? 1U : 0U), length}, place.row, source});
-        if (comes) {
-            next.advance();
-        }
+        const bool comes = nextOrdinal() == ordinal;
+        plan.add({.column = place.column,
+                  .begin = slot.position,
+                  .end = slot.position + (slot.stored ? 1U : 0U),
+                  .length = comes && !values.isZero(source()) ? 1U : 0U,
+                  .row = place.row,
+                  .source = comes ? source() : 0});
+        read += comes ? 1U : 0U;
     };
     const auto insertBelow = [&](unsigned end) {
-        for (unsigned i = next.ordinal(); i < end; i = next.ordinal()) {
+        for (unsigned i = nextOrdinal(); i < end; i = nextOrdinal()) {
             const Place place = layout.placeOf(ascending[i]);
             assign(i, place, findSlot(a, place));
         }
@@ -205,7 +213,7 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
         }
     });
     insertBelow(range.size);
-    plan.replay(range.stride < 0, range.first);
+    plan.replay(range);
     return plan;
 }
 

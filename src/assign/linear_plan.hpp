@@ -1,24 +1,122 @@
-// How A(K) = B changes the target, known before anything moves.
+// How A(K) = B changes the target, known before anything moves: the places, the values, and the patches.
 #ifndef ZQSP_ASSIGN_LINEAR_PLAN_HPP
 #define ZQSP_ASSIGN_LINEAR_PLAN_HPP
 
-#include "assign/linear_growth.hpp"
-#include "assign/linear_values.hpp"
+#include "core/fast_divisor.hpp"
 #include "core/growing_list.hpp"
 #include "core/relay.hpp"
+#include "core/values.hpp"
+#include "lookup/place_search.hpp"
 #include "subscript/ordered.hpp"
+
+#include <algorithm>
 
 namespace zqsp {
 
-/// What finally happens at neighbouring rows of a column: all are stored (`length` is their number), or, the length
-/// being 0, what is stored is removed.
-struct ElementPatch : Patch
+/// The orientation of a target is settled by the first position assigned to it: a column grows downwards; a row, a
+/// scalar and an empty target grow to the right; a true matrix does not grow. (Of empty targets only 0-by-1 is a
+/// column, unless its first position is 0: that makes it a scalar, and so a row.)
+class LinearLayout
 {
-    unsigned row;    ///< the first one
-    unsigned source; ///< its value of b; the others take those behind it, or a scalar's all the same
+  public:
+    /// `m`, `n`: the target as it is; `first`: the first position, 0-based.
+    LinearLayout(unsigned m, unsigned n, unsigned first)
+        : isColumn_(n == 1 && (m == 0 ? first > 0 : m > 1)),
+          isMatrix_(!isColumn_ && m >= 2 && n >= 1),
+          m_(m == 0 || n == 0 ? 0 : m),
+          n_(m == 0 || n == 0 ? 0 : n),
+          byRows_(isMatrix_ ? m : 1)
+    {
+    }
+
+    [[nodiscard, gnu::always_inline]] Place placeOf(unsigned position) const
+    {
+        if (isMatrix_) {
+            const unsigned column = byRows_.quotient(position);
+            return {position - column * m_, column};
+        }
+        return isColumn_ ? Place{position, 0} : Place{0, position};
+    }
+
+    /// Grows the dimensions to cover a position.
+    void cover(unsigned position)
+    {
+        if (!isMatrix_) {
+            cover(placeOf(position));
+        }
+    }
+    void cover(Place place)
+    {
+        m_ = std::max(m_, place.row + 1);
+        n_ = std::max(n_, place.column + 1);
+    }
+    /// Where a run of positions goes over to the next column; a column's never does.
+    [[nodiscard]] unsigned lastRow() const { return isMatrix_ ? m_ - 1 : 0; }
+    [[nodiscard]] unsigned m() const { return m_; }
+    [[nodiscard]] unsigned n() const { return n_; }
+
+  private:
+    bool isColumn_;
+    bool isMatrix_;
+    unsigned m_;
+    unsigned n_;
+    FastDivisor byRows_;
 };
 
-/// The patches of a progression of positions, in ascending order, and the capacity that their assignment leaves.
+/// The capacity that a full m-by-n target is given for one more entry: a step more, as far as the matrix and the
+/// signed 32-bit range go, else one more. Raises the out-of-memory error where there is none.
+unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n);
+
+/// The values to assign: those that `b` stores, or its first one for all positions.
+class AssignedValues
+{
+  public:
+    AssignedValues(const Columns& source, bool isScalar)
+        : b(source),
+          isScalar_(isScalar),
+          scalarIsZero_(isScalar && withStorage(source, [](auto values) { return values.isZero(0); }))
+    {
+    }
+
+    const Columns& b;
+
+    [[nodiscard]] bool isScalar() const { return isScalar_; }
+    /// Which value of b goes to position t.
+    [[nodiscard]] unsigned source(unsigned t) const { return isScalar_ ? 0 : t; }
+
+    /// Whether position t is assigned a zero.
+    [[nodiscard]] bool isZero(unsigned t) const
+    {
+        return isScalar_ ? scalarIsZero_ : withStorage(b, [t](auto values) { return values.isZero(t); });
+    }
+
+    [[nodiscard]] bool areAllZero() const { return scalarIsZero_; } // of a scalar; values are not looked through
+
+    [[nodiscard]] bool anyZero(unsigned count) const
+    {
+        if (isScalar_) {
+            return scalarIsZero_;
+        }
+        return withStorage(b, [count](auto values) {
+            unsigned t = 0;
+            while (t < count && !values.isZero(t)) {
+                ++t;
+            }
+            return t < count;
+        });
+    }
+
+    /// Whether b brings an imaginary part that is stored.
+    [[nodiscard]] bool areComplex() const { return b.pi != nullptr && !scalarIsZero_; }
+
+  private:
+    bool isScalar_;
+    bool scalarIsZero_;
+};
+
+/// The patches of a progression of positions, in ascending order, and the capacity that their assignment leaves. What
+/// finally happens at neighbouring rows of a column is a patch: from the first of them on, all are stored (`length` is
+/// their number), with the values of b from `source` on or the one of a scalar; or what is stored is removed.
 class LinearPlan
 {
   public:
@@ -31,18 +129,18 @@ class LinearPlan
     static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
                                       const IndexRange& range);
 
-    [[nodiscard]] std::span<const ElementPatch> patches() const { return patches_.elements(); }
+    [[nodiscard]] std::span<const Patch> patches() const { return patches_.elements(); }
     [[nodiscard]] unsigned capacity() const { return capacity_; }
 
   private:
     LinearPlan(const Columns& a, const LinearLayout& layout) : a_(a), layout_(layout), capacity_(a.nzmax) {}
 
-    void add(const ElementPatch& patch);
-    void replay(bool isReversed, unsigned firstAssigned);
+    void add(const Patch& patch);
+    void replay(const IndexRange& range);
 
     const Columns& a_;
     const LinearLayout& layout_;
-    GrowingList<ElementPatch> patches_;
+    GrowingList<Patch> patches_;
     std::uint64_t insertions_ = 0;
     unsigned capacity_;
 };
@@ -60,14 +158,17 @@ class PositionPlan
 
     [[nodiscard]] std::size_t size() const { return count_; }
     /// (Inlined by force: of most patches only a part is asked.)
-    [[nodiscard, gnu::always_inline]] ElementPatch operator[](std::size_t i) const
+    [[nodiscard, gnu::always_inline]] Patch operator[](std::size_t i) const
     {
         const Place place = layout_.placeOf(ascending_[i]);
         const unsigned begin = begins_[i];
         const unsigned change = changes_[i];
-        return {{place.column, begin, begin + (change & kDrops), change / kComes},
-                place.row,
-                values_.source(ordered_.source(static_cast<unsigned>(i)))};
+        return {.column = place.column,
+                .begin = begin,
+                .end = begin + (change & kDrops),
+                .length = change / kComes,
+                .row = place.row,
+                .source = values_.source(ordered_.source(static_cast<unsigned>(i)))};
     }
     [[nodiscard]] const PositionPlan& patches() const { return *this; }
     [[nodiscard]] unsigned capacity() const { return capacity_; }

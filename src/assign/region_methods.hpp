@@ -1,32 +1,106 @@
-// The ways of filling a region: in one pass, by a rebuild, or by patches.
+// The ways of filling a region: in one pass, or by patches; and which entries of a column the region has.
 #ifndef ZQSP_ASSIGN_REGION_METHODS_HPP
 #define ZQSP_ASSIGN_REGION_METHODS_HPP
 
 #include "assign/region.hpp"
-#include "assign/row_filter.hpp"
-#include "core/owners.hpp"
 #include "core/relay.hpp"
+#include "core/row_selection.hpp"
+#include "core/search.hpp"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace zqsp {
 
-/// Whether clearing `rows` rows of `columns` columns with `looks` entries is best done in one pass over these: not
-/// where the columns are so long, and the rows so few, that each is searched.
-constexpr bool clearsInOnePass(std::uint64_t looks, std::uint64_t rows, std::uint64_t columns)
+/// The entries begin .. end-1.
+struct EntrySpan
+{
+    unsigned begin;
+    unsigned end;
+
+    [[nodiscard]] unsigned length() const { return end - begin; }
+};
+
+/// Whether a set of rows pays: its two bits for each of `m` rows have to be cleared, and `marks` rows to be
+/// added one by one, before it saves `costOfLook` for each of `looks` entries. (In nanoseconds, about.) A few rows far
+/// apart in a huge matrix do not cost its height.
+constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, unsigned costOfLook)
+{
+    constexpr unsigned kRowsCleared = 64;
+    return std::uint64_t{m} / kRowsCleared + marks <= looks * costOfLook;
+}
+
+/// Tells the rows of a column that are targets from those that are not.
+class RowFilter
+{
+  public:
+    /// `m`: the target's rows, then. Where a set of rows pays, and there is memory for it, each row is looked up in it;
+    /// else a range divides, a mask is asked, and a list searched.
+    RowFilter(const Columns& a, const Ordered& rows, const Ordered& columns, unsigned m);
+
+    /// The entries of a column between the lowest and the highest target row. A column that A does not have yet is
+    /// empty and lies behind all others.
+    [[nodiscard]] EntrySpan spanIn(const Columns& a, unsigned column) const
+    {
+        if (column >= a.n) {
+            return {a.nnz(), a.nnz()};
+        }
+        const unsigned begin = a.jc[column];
+        const unsigned end = a.jc[column + 1];
+        if (coversAll_) {
+            return {begin, end};
+        }
+        const unsigned first = firstNotBelow(a, begin, end, lowest_);
+        if (lowest_ == highest_) {
+            return {first, first + (first < end && a.ir[first] == lowest_ ? 1U : 0U)};
+        }
+        return {first, firstNotBelow(a, first, end, highest_ + 1)};
+    }
+
+    /// Whether a row is a target.
+    [[nodiscard]] bool targets(unsigned row) const { return others_ ? !others_->has(row) : rows_.has(row); }
+    /// Whether every row is a target.
+    [[nodiscard]] bool coversAll() const { return coversAll_; }
+    /// Entries of the target columns; not counted for a run of rows.
+    [[nodiscard]] std::uint64_t looks() const { return looks_; }
+    /// The set of all other rows; null where there is none.
+    [[nodiscard]] const RowSet* others() const { return others_ ? &*others_ : nullptr; }
+
+  private:
+    /// In a short column the rows are compared at once: in which half the row lies, no branch foresees there
+    /// (uniform/set-rows.one 1.3, 2.2).
+    static unsigned firstNotBelow(const Columns& a, unsigned begin, unsigned end, unsigned row)
+    {
+        return end - begin <= kComparedRows && begin + std::uint64_t{kComparedRows} <= a.nzmax
+                   ? begin + rankAmong(a.ir + begin, end - begin, row)
+                   : lowerBoundOfSame(a.ir, begin, end, row);
+    }
+
+    const Ordered& rows_;
+    unsigned lowest_;
+    unsigned highest_;
+    bool coversAll_;
+    std::uint64_t looks_ = 0;
+    std::optional<RowSet> others_;
+};
+
+/// Whether `looks` entries of the target columns are best all looked at: not where the columns are so long, and the
+/// rows so few, that each is searched.
+constexpr bool looksAtAllEntries(std::uint64_t looks, std::uint64_t rows, std::uint64_t columns)
 {
     constexpr unsigned kShortColumn = 64; // passed over as fast as searched for the outermost rows
     constexpr unsigned kEntriesPerRow = 16;
     return looks / columns < std::max<std::uint64_t>(kShortColumn, kEntriesPerRow * rows);
 }
 
-/// Whether columns that are a run are best filled by a rebuild: where most of `entries` lie in them, and are looked at
-/// one by one in any case.
-constexpr bool rebuildPays(std::uint64_t entries, std::uint64_t looks, std::uint64_t rows, std::uint64_t columns)
+/// Whether all `entries` are best written anew where `looks` of them lie in target columns: moving the entries behind
+/// each change takes less than that only where there are few (tall/set-region.tenth 0.78, 1.16).
+constexpr bool rewritingPays(std::uint64_t entries, std::uint64_t looks)
 {
-    return looks > entries / 2 && clearsInOnePass(looks, rows, columns);
+    constexpr unsigned kMovedPerLook = 16;
+    return looks > entries / kMovedPerLook;
 }
 
 /// Whether writing most of `total` entries anew, once, into fresh blocks of the present capacity beats putting them
@@ -47,47 +121,12 @@ inline Needs needsOf(const Columns& a, const Region& region, const RightSide& b,
             .freshBlocks = freshBlocks};
 }
 
-/// Entries that are put together aside before they come to their places.
-class Aside
-{
-  public:
-    /// Room for none.
-    Aside() = default;
-    /// Raises on exhausted memory.
-    Aside(std::uint64_t capacity, std::size_t elementSize, bool imaginaryPart)
-        : capacity_(capacity),
-          ir_(Block<unsigned>::make(capacity)),
-          pr_(Block<std::byte>::make(capacity * elementSize)),
-          pi_(imaginaryPart ? Block<std::byte>::make(capacity * elementSize) : Block<std::byte>())
-    {
-    }
-
-    /// They as columns of the kind of `a`; the column starts mean nothing.
-    [[nodiscard]] Columns viewLike(Columns a) const
-    {
-        a.nzmax = static_cast<unsigned>(std::min<std::uint64_t>(capacity_, std::numeric_limits<unsigned>::max()));
-        a.ir = ir_.get();
-        a.pr = pr_.get();
-        a.pi = pi_.get();
-        return a;
-    }
-
-  private:
-    std::uint64_t capacity_ = 0;
-    Block<unsigned> ir_;
-    Block<std::byte> pr_;
-    Block<std::byte> pi_;
-};
-
 // Each is fillRegion(), in a target with the region's columns or fewer.
 
-/// Clears the region where every row is a target, or the filter has the set of the others. One forward pass without a
-/// list of patches: what stays of a run of target columns, then the columns up to the next run, move to the left.
-void clearInOnePass(kxArray* A, const Region& region, const RowFilter& filter);
-
-/// Fills a region, whose columns are a run, in fresh blocks. Some columns at a time, what stays of them is closed up
-/// aside by a kernel, and copied from there between what b brings. False, with nothing changed, where it does not pay.
-bool fillByRebuild(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter,
+/// One forward pass without a list of patches, from run to run of target columns: what stays of these comes to its
+/// place by a kernel, or, where b brings something, into fresh blocks with that set in; then the columns up to the next
+/// run. False, with nothing changed, where it does not pay.
+bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter,
                    const FillLimits& limits);
 
 /// What neither loses nor gains an entry has no patch and stays, or moves as a whole: one row of a wide matrix is not a

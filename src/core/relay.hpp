@@ -21,30 +21,11 @@ struct Patch
     unsigned begin;
     unsigned end;
     unsigned length;
+    unsigned row = 0;    ///< as the next, for who writes the new entries: their first row,
+    unsigned source = 0; ///< and what they come from
 
     /// By how many entries what follows moves, modulo 2^32.
     [[nodiscard]] unsigned growth() const { return length - (end - begin); }
-};
-
-/// Patches in a block, seen as what all of them derive from.
-class PatchList
-{
-  public:
-    template <typename T>
-    explicit PatchList(std::span<const T> patches)
-        : first_(reinterpret_cast<const std::byte*>(static_cast<const Patch*>(patches.data()))),
-          stride_(sizeof(T)),
-          size_(patches.size())
-    {
-    }
-
-    [[nodiscard]] std::size_t size() const { return size_; }
-    const Patch& operator[](std::size_t i) const { return *reinterpret_cast<const Patch*>(first_ + i * stride_); }
-
-  private:
-    const std::byte* first_;
-    std::size_t stride_;
-    std::size_t size_;
 };
 
 /// What the target must be able to hold after the rewriting.
@@ -76,15 +57,13 @@ class Relay
     /// entries, at position `at` of after() and behind, can be written, installs the new blocks and the column count
     /// (new columns are empty) and updates the column starts. In place, stretches that move left go first, in rising
     /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
-    /// no second buffer is needed. Where, in place, no patch grows, each is written before what lies behind it moves:
-    /// its new entries may be old ones of its own, moved to the front.
-    template <typename T, typename F>
-    void commit(std::span<const T> patches, F&& write)
+    /// no second buffer is needed.
+    template <typename F>
+    void commit(std::span<const Patch> patches, F&& write)
     {
-        move(PatchList(patches),
-             Writer{&write, [](void* function, const Patch& patch, unsigned at) {
-                        (*static_cast<std::remove_reference_t<F>*>(function))(static_cast<const T&>(patch), at);
-                    }});
+        move(patches, Writer{&write, [](void* function, const Patch& patch, unsigned at) {
+                                 (*static_cast<std::remove_reference_t<F>*>(function))(patch, at);
+                             }});
     }
 
     /// The same by loops of their own, for patches whose number or whose shape is known, or that are made when they are
@@ -125,75 +104,40 @@ class Relay
     template <typename Patches, typename W>
     [[gnu::noinline]] void move(const Patches& patches, const W& write)
     {
-        if (!inPlace_) {
-            copyAll(patches, write);
-        } else if (const Survey survey = surveyOf(patches); !survey.anyGrows) {
-            closeUp(patches, write);
-        } else {
-            if (survey.anyShrinks) {
-                moveLeft(patches);
-            }
-            moveRight(patches, survey.growth);
+        if (inPlace_) {
+            moveRight(patches, moveLeft(patches));
             writePatches(patches, write);
+        } else {
+            copyAll(patches, write);
         }
         installBlocks();
         updateColumnStarts(Columns(target_), patches);
     }
 
-    struct Survey
-    {
-        bool anyGrows = false;
-        bool anyShrinks = false;
-        unsigned growth = 0; ///< of all
-    };
-
+    /// Returns the growth of all patches.
     template <typename Patches>
-    static Survey surveyOf(const Patches& patches)
+    unsigned moveLeft(const Patches& patches)
     {
-        Survey survey;
+        unsigned shift = 0;
         for (std::size_t i = 0; i < patches.size(); ++i) {
             const Patch& patch = patches[i];
-            survey.anyGrows |= patch.length > patch.end - patch.begin;
-            survey.anyShrinks |= patch.length < patch.end - patch.begin;
-            survey.growth += patch.growth();
-        }
-        return survey;
-    }
-
-    template <typename Patches, typename W>
-    void closeUp(const Patches& patches, const W& write)
-    {
-        unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            write(patches[i], patches[i].begin + shift);
-            shift += patches[i].growth();
-            const unsigned from = patches[i].end;
-            moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
-        }
-    }
-
-    template <typename Patches>
-    void moveLeft(const Patches& patches)
-    {
-        unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            shift += patches[i].growth();
-            const unsigned from = patches[i].end;
-            if (from + shift < from) {
+            shift += patch.growth();
+            if (const unsigned from = patch.end; from + shift < from) {
                 moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
             }
         }
+        return shift;
     }
 
-    /// `shift`: the growth of all patches.
     template <typename Patches>
     void moveRight(const Patches& patches, unsigned shift)
     {
-        for (std::size_t i = patches.size(); i-- > 0; shift -= patches[i].growth()) {
-            const unsigned from = patches[i].end;
-            if (from + shift > from) {
+        for (std::size_t i = patches.size(); i-- > 0;) {
+            const Patch& patch = patches[i];
+            if (const unsigned from = patch.end; from + shift > from) {
                 moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
             }
+            shift -= patch.growth();
         }
     }
 

@@ -1,10 +1,18 @@
+// A(K) = [].
+#include "delete/delete_elements.hpp"
+
+#include "core/entry_moves.hpp"
 #include "core/note_method.hpp"
 #include "core/operand_check.hpp"
+#include "core/row_selection.hpp"
+#include "core/search.hpp"
 #include "core/target.hpp"
-#include "delete/delete_positions.hpp"
+#include "kernels/select_loop.hpp"
 #include "lookup/entry_positions.hpp"
+#include "lookup/members.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
+#include "subscript/runs.hpp"
 
 #include <zqspmatrix.h>
 
@@ -14,6 +22,68 @@
 namespace zqsp {
 
 namespace {
+
+/// Values move in blocks, only where an entry was dropped before them.
+unsigned deleteByPositions(const Columns& a, unsigned nnz, const Subscript& deleted)
+{
+    EntryWalk(a).replaceRows(nnz);
+    unsigned next = 0;    // first entry not looked at yet
+    unsigned kept = 0;    // entries that stay, of those looked at
+    unsigned removed = 0; // positions deleted so far
+    const auto keep = [&](unsigned end) {
+        moveEntries(a, kept, next, end - next, removed);
+        kept += end - next;
+    };
+    forEachRun(deleted, [&](unsigned first, unsigned length) {
+        const unsigned begin = gallopNear(a.ir, next, nnz, first);
+        keep(begin);
+        next = length == 1 ? begin + (begin < nnz && a.ir[begin] == first ? 1U : 0U)
+                           : gallopNear(a.ir, begin, nnz, first + length);
+        removed += length;
+    });
+    keep(nnz);
+    return kept;
+}
+
+/// Positions but for some, lowered by those below them. These are counted first: that passes over where the answer is.
+template <typename Members>
+struct OtherPositions
+{
+    Members deleted;
+    unsigned below = 0;
+
+    bool selects(unsigned position)
+    {
+        below = deleted.newRow(position);
+        return !deleted.selects(position);
+    }
+    [[nodiscard]] unsigned newRow(unsigned position) const { return position - below; }
+};
+
+template <typename Members>
+unsigned deleteByEntries(const Columns& a, unsigned nnz, const Members& deleted)
+{
+    EntryWalk(a).replaceRows(nnz);
+    const Entries entries = entriesOf(a);
+    return withMoves(entries, entries, [&, ir = a.ir](auto from, auto to) {
+        return selectEntries(ir, from, 0, nnz, OtherPositions<Members>{deleted}, true, ir, to, 0);
+    });
+}
+
+/// The rows of a block become positions just before it is gone through, while it is in the nearest caches.
+unsigned deleteByKernel(const Columns& a, unsigned nnz, const IndexList& list)
+{
+    constexpr unsigned kBlock = 1024;
+    EntryWalk walk(a);
+    DeletedList deleted{list.begin(), list.count()};
+    unsigned kept = 0;
+    for (unsigned begin = 0, size = 0; begin < nnz; begin += size) {
+        size = std::min(kBlock, nnz - begin);
+        walk.replaceRows(begin + size);
+        kept = kernels().closeUp(entriesOf(a), begin, begin + size, deleted, kept);
+    }
+    return kept;
+}
 
 /// Whether the elements can be numbered, so that what is left of them fits a row vector.
 bool linearIndexable(const Columns& a)
@@ -64,6 +134,23 @@ spStatus deleteElements(Target& target, const kxArray* K)
 }
 
 } // namespace
+
+unsigned deletePositions(DeletionMethod method, const Columns& a, const Subscript& deleted)
+{
+    const unsigned nnz = a.nnz();
+    switch (method) {
+    case DeletionMethod::kByEntries:
+        if (const auto* mask = std::get_if<LogicalMask>(&deleted)) {
+            return deleteByEntries(a, nnz, MaskMembers(*mask));
+        }
+        return deleteByEntries(a, nnz, RangeMembers(std::get<IndexRange>(deleted)));
+    case DeletionMethod::kByKernel:
+        return deleteByKernel(a, nnz, std::get<IndexList>(deleted));
+    case DeletionMethod::kByPositions:
+        break;
+    }
+    return deleteByPositions(a, nnz, deleted);
+}
 
 } // namespace zqsp
 

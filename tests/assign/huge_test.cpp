@@ -105,10 +105,11 @@ TEST(HugeTargets, TheSetOfRowsMayBeRefused)
     EXPECT_FALSE(zqsp::setOfRowsPays(kHigh, 2, 1000, 16));
     EXPECT_FALSE(zqsp::setOfRowsPays(1000, 500, 60, 8));
     EXPECT_TRUE(zqsp::setOfRowsPays(1000000, 10, 2000, 16));
-    EXPECT_TRUE(zqsp::rebuildPays(1000, 600, 3, 20));
-    EXPECT_FALSE(zqsp::rebuildPays(1000, 500, 3, 20));   // most entries lie elsewhere
-    EXPECT_FALSE(zqsp::rebuildPays(9000, 9000, 3, 20));  // few rows of long columns are searched
-    EXPECT_TRUE(zqsp::rebuildPays(9000, 9000, 100, 20)); // many are not
+    EXPECT_TRUE(zqsp::rewritingPays(1000, 100));
+    EXPECT_FALSE(zqsp::rewritingPays(1000, 50)); // nearly all entries lie elsewhere
+    EXPECT_TRUE(zqsp::looksAtAllEntries(600, 3, 20));
+    EXPECT_FALSE(zqsp::looksAtAllEntries(9000, 3, 20));  // few rows of long columns are searched
+    EXPECT_TRUE(zqsp::looksAtAllEntries(9000, 100, 20)); // many are not
     EXPECT_TRUE(zqsp::freshBlocksPay(100, 8, 60));
     EXPECT_FALSE(zqsp::freshBlocksPay(100, 8, 40));
     EXPECT_FALSE(zqsp::freshBlocksPay(0x20000000, 8, 0x20000000)); // 32 bits do not count the bytes

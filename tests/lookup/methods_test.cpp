@@ -1,6 +1,6 @@
 // Every method finds the same entries, takes the same ones out of rows and deletes the same ones, wherever it is
 // allowed; the choice between them is a function of counts.
-#include "delete/delete_positions.hpp"
+#include "delete/delete_elements.hpp"
 #include "lookup/find_hits.hpp"
 #include "reference/row_methods.hpp"
 #include "support/model.hpp"

@@ -1,6 +1,6 @@
 // Closing up the entries of a matrix whose elements are deleted.
-#ifndef ZQSP_DELETE_DELETE_POSITIONS_HPP
-#define ZQSP_DELETE_DELETE_POSITIONS_HPP
+#ifndef ZQSP_DELETE_DELETE_ELEMENTS_HPP
+#define ZQSP_DELETE_DELETE_ELEMENTS_HPP
 
 #include "core/columns.hpp"
 #include "kernels/kernels.hpp"

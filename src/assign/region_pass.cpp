@@ -1,0 +1,247 @@
+#include "assign/region_methods.hpp"
+#include "core/counts.hpp"
+#include "core/values.hpp"
+#include "kernels/select_loop.hpp"
+#include "subscript/runs.hpp"
+
+namespace zqsp {
+
+namespace {
+
+constexpr unsigned kBlock = 1024; // entries, and columns, at a time: these stay in the nearest caches
+
+/// Entries that are put together aside before they come to their places.
+class Aside
+{
+  public:
+    /// Room for so many of a kind of array. Raises on exhausted memory.
+    Aside(const Columns& a, std::size_t capacity)
+        : view_(a),
+          ir_(Block<unsigned>::make(capacity)),
+          pr_(Block<std::byte>::make(capacity * a.elementSize)),
+          pi_(a.pi != nullptr ? Block<std::byte>::make(capacity * a.elementSize) : Block<std::byte>())
+    {
+        view_.nzmax = static_cast<unsigned>(std::min<std::size_t>(capacity, UINT32_MAX));
+        view_.ir = ir_.get();
+        view_.pr = pr_.get();
+        view_.pi = pi_.get();
+    }
+
+    /// As columns of that kind; the column starts mean nothing.
+    [[nodiscard]] const Columns& view() const { return view_; }
+
+  private:
+    Columns view_;
+    Block<unsigned> ir_;
+    Block<std::byte> pr_;
+    Block<std::byte> pi_;
+};
+
+/// Where `row` belongs among the rows from..end-1, behind which kComparedRows more can be read. (Compared at once:
+/// tall/set-rows.tenth 2.8, 3.6.)
+unsigned placeAmong(const unsigned* rows, unsigned from, unsigned end, unsigned row)
+{
+    return end - from <= kComparedRows ? from + rankAmong(rows + from, end - from, row)
+                                       : gallopNear(rows, from, end, row);
+}
+
+std::uint64_t longestColumn(const Columns& a)
+{
+    unsigned longest = 0;
+    for (unsigned j = 0; j < a.n; ++j) {
+        longest = std::max(longest, a.length(j));
+    }
+    return longest;
+}
+
+/// What is set in, and where what stays is put together.
+struct Filling
+{
+    const RightSide& b;
+    NumberView rows; ///< of the region
+    unsigned rowCount;
+    const Columns aside;
+};
+
+class Pass
+{
+  public:
+    /// From one set of blocks to another, or within one. The column starts of `to` are the old ones. `others`: the rows
+    /// that stay; null for none.
+    Pass(const Columns& from, const Columns& to, const RowSet* others)
+        : from_(from), to_(to), jc_(to.jc), others_(others), inPlace_(from.ir == to.ir)
+    {
+    }
+
+    /// Within one set of blocks.
+    void clear(const Ordered& columns)
+    {
+        forEachRun(columns.form(), [this](unsigned first, unsigned length) {
+            keepUpTo(first);
+            at_ = select(first + length, to_, at_);
+        });
+        keepUpTo(to_.n);
+    }
+
+    /// Into other blocks.
+    void fill(const Ordered& columns, const Filling& filling)
+    {
+        forEachRun(columns.form(), [&](unsigned first, unsigned length) {
+            keepUpTo(first);
+            for (const unsigned end = first + length; column_ < end;) {
+                const unsigned column = column_;
+                const unsigned kept = select(endOfBlock(end), filling.aside, 0);
+                withStorage(to_, from_, filling.b.b,
+                            [&](auto to, auto, auto values) { setIn(filling, column, kept, to, values); });
+            }
+        });
+        keepUpTo(to_.n);
+    }
+
+  private:
+    /// Appends the columns before `end`.
+    void keepUpTo(unsigned end)
+    {
+        const unsigned size = column_ < end ? jc_[end] - next_ : 0;
+        const unsigned shift = at_ - next_;
+        if (inPlace_) {
+            moveEntries(to_, at_, next_, size);
+        } else {
+            appendEntries(to_, at_, from_, next_, size);
+        }
+        for (unsigned j = shift == 0 ? end : column_; j < end; ++j) {
+            jc_[j + std::size_t{1}] += shift;
+        }
+        column_ = end;
+        at_ += size;
+        next_ += size;
+    }
+
+    /// The columns up to `most`, at least one, whose entries fit aside.
+    [[nodiscard]] unsigned endOfBlock(unsigned most) const
+    {
+        unsigned end = column_ + 1;
+        while (end < most && end - column_ < kBlock && jc_[end + std::size_t{1}] - next_ <= kBlock) {
+            ++end;
+        }
+        return end;
+    }
+
+    /// Moves what stays of the columns before `end` to the entries `at` and behind of `to`. Their starts become the
+    /// ends there, that of the first one its own. Returns the last of the ends.
+    [[gnu::always_inline]] unsigned select(unsigned end, const Columns& to, unsigned at)
+    {
+        constexpr unsigned kFewEntries = 64; // cost less here than a call: uniform/set-region.zero 0.50, 0.63
+        unsigned* const starts = jc_ + column_;
+        const unsigned count = end - column_;
+        const unsigned stop = jc_[end];
+        starts[0] = next_; // as before
+        if (others_ == nullptr) {
+            std::fill_n(starts + 1, count, at);
+        } else if (stop - next_ <= kFewEntries) {
+            at = selectColumns(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at, starts + 1);
+        } else {
+            at = kernels().moveSelected(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at,
+                                        starts + 1);
+        }
+        starts[0] = at_;
+        next_ = stop;
+        column_ = end;
+        return at;
+    }
+
+    /// Appends `kept` entries that stay in the columns from `column` on, and between them what comes. The column
+    /// starts, which count what stays, are those of the result then.
+    template <typename Values>
+    void setIn(const Filling& filling, unsigned column, unsigned kept, Values to, Values from)
+    {
+        const unsigned* const asideRows = filling.aside.ir;
+        const bool isScalar = filling.b.isScalar();
+        const unsigned* const bRows = filling.b.b.ir;
+        unsigned* const ends = jc_ + 1;
+        unsigned* const newRows = to_.ir;
+        unsigned copied = 0; // of what stays
+        unsigned at = at_;
+        const auto copyUpTo = [&](unsigned end) {
+            if (end > copied) {
+                appendEntries(to_, at, filling.aside, copied, end - copied);
+                at += end - copied;
+                copied = end;
+            }
+        };
+        for (unsigned place = 0; column < column_; ++column, ++done_) {
+            const unsigned end = ends[column];
+            const unsigned sourceEnd = isScalar ? filling.rowCount : filling.b.b.jc[done_ + std::size_t{1}];
+            for (unsigned source = isScalar ? 0 : filling.b.b.jc[done_]; source < sourceEnd; ++source) {
+                const unsigned row = filling.rows[isScalar ? source : bRows[source]];
+                place = placeAmong(asideRows, place, end, row);
+                copyUpTo(place);
+                newRows[at] = row;
+                to.copy(at++, from, isScalar ? 0 : source);
+            }
+            place = end;
+            ends[column] = at + (end - copied);
+        }
+        copyUpTo(kept);
+        at_ = at;
+    }
+
+    const Columns& from_;
+    const Columns& to_;
+    unsigned* jc_; // the new starts up to that of the next column, then the old ones
+    const RowSet* others_;
+    bool inPlace_;
+    unsigned column_ = 0; // the next one
+    unsigned next_ = 0;   // its first entry
+    unsigned at_ = 0;     // entries of the result so far
+    unsigned done_ = 0;   // target columns that are filled
+};
+
+/// Entries of the region's columns in the rows that stay.
+std::uint64_t countKept(const Columns& a, const Ordered& columns, const RowSet& others)
+{
+    std::uint64_t kept = 0;
+    forEachRun(columns.form(), [&](unsigned first, unsigned length) {
+        const unsigned begin = a.jc[std::min(first, a.n)];
+        const unsigned end = a.jc[std::min(std::uint64_t{first} + length, std::uint64_t{a.n})];
+        kept += countSelected(a, begin, end, others.unmoved());
+    });
+    return kept;
+}
+
+} // namespace
+
+bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter,
+                   const FillLimits& limits)
+{
+    const Columns a(A);
+    const RowSet* const others = filter.others();
+    const bool looksAtAll =
+        others != nullptr && looksAtAllEntries(filter.looks(), region.rows.count(), region.columns.count());
+    if (b.isNothing() && (looksAtAll || filter.coversAll())) {
+        growColumns(A, region.n); // the last thing that can fail
+        const Columns grown(A);
+        Pass(grown, grown, others).clear(region.columns);
+        return true;
+    }
+    if (b.isNothing() || !looksAtAll || !rewritingPays(a.nnz(), filter.looks())) {
+        return false;
+    }
+    const std::uint64_t inColumns = countKept(a, region.columns, *others) + region.entriesOf(b);
+    const unsigned total = checkedCount(inColumns + (a.nnz() - filter.looks()));
+    if (!freshBlocksPay(a.nzmax, a.elementSize, total)) {
+        return false;
+    }
+    if (inColumns > limits.mostEntries) {
+        raiseMaxSize();
+    }
+    Relay relay(A, needsOf(a, region, b, limits, total, true));
+    const Aside aside(a, std::max<std::uint64_t>(longestColumn(a), kBlock) + kKernelSlack);
+    const Numbers rows(region.rows.form());
+    relay.commitAnew([&](const Columns& after) {
+        Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), aside.view()});
+    });
+    return true;
+}
+
+} // namespace zqsp
