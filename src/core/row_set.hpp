@@ -6,6 +6,7 @@
 #include "core/owners.hpp"
 #include "kernels/row_choice.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <utility>
@@ -56,14 +57,30 @@ class RowSet
 
     void rank(std::uint32_t flipped)
     {
-        count_ = 0;
+        constexpr unsigned kTogether = 8; // words: of few members most have none
         const unsigned last = extent_ / RowWord::kBits;
-        for (unsigned w = 0; w <= last; ++w) {
-            const std::uint32_t known = w < last ? ~0U : (1U << extent_ % RowWord::kBits) - 1;
-            words_[w].members = (words_[w].members ^ flipped) & known;
-            words_[w].before = count_;
-            count_ += countOnes(words_[w].members);
+        count_ = 0;
+        for (unsigned w = 0; w < last;) {
+            const unsigned end = w + std::min(kTogether, last - w);
+            std::uint32_t any = 0;
+            for (unsigned i = w; i < end; ++i) {
+                words_[i].members ^= flipped;
+                words_[i].before = count_;
+                any |= words_[i].members;
+            }
+            for (; any != 0 && w < end; ++w) {
+                count(words_[w]);
+            }
+            w = end;
         }
+        words_[last].members = (words_[last].members ^ flipped) & ((1U << extent_ % RowWord::kBits) - 1);
+        count(words_[last]);
+    }
+
+    void count(RowWord& word)
+    {
+        word.before = count_;
+        count_ += countOnes(word.members);
     }
 
     unsigned extent_;

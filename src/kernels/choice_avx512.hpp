@@ -75,17 +75,16 @@ choose(const unsigned* rows, unsigned count, Set set)
 ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowInterval interval)
 {
     const __mmask16 lanes = lanesOf(count);
-    const __m512i shifted =
-        _mm512_sub_epi32(_mm512_maskz_loadu_epi32(lanes, rows), _mm512_set1_epi32(static_cast<int>(interval.first)));
-    return {shifted, _mm512_mask_cmplt_epu32_mask(lanes, shifted, _mm512_set1_epi32(static_cast<int>(interval.size)))};
+    const __m512i shifted = _mm512_sub_epi32(_mm512_maskz_loadu_epi32(lanes, rows), inAll(interval.first));
+    return {shifted, _mm512_mask_cmplt_epu32_mask(lanes, shifted, inAll(interval.size))};
 }
 
 ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, RowGap gap)
 {
     const __mmask16 lanes = lanesOf(count);
     const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
-    const __m512i first = _mm512_set1_epi32(static_cast<int>(gap.first));
-    const __m512i size = _mm512_set1_epi32(static_cast<int>(gap.size));
+    const __m512i first = inAll(gap.first);
+    const __m512i size = inAll(gap.size);
     const __mmask16 isBehind = _mm512_mask_cmpge_epu32_mask(lanes, old, first);
     const __mmask16 isInside = _mm512_mask_cmplt_epu32_mask(isBehind, _mm512_sub_epi32(old, first), size);
     return {_mm512_mask_sub_epi32(old, isBehind, old, size), _kandn_mask16(isInside, lanes)};
@@ -100,10 +99,10 @@ ZQSP_AVX512 inline Choice choose(const unsigned* rows, unsigned count, DeletedLi
     const unsigned last = rows[std::min(kLanes, count) - 1];
     const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
     const __m512i one = _mm512_set1_epi32(1);
-    __m512i lowered = _mm512_sub_epi32(old, _mm512_set1_epi32(static_cast<int>(deleted.passed)));
+    __m512i lowered = _mm512_sub_epi32(old, inAll(deleted.passed));
     __mmask16 gone = 0;
     const auto pass = [&](unsigned position) ZQSP_AVX512 {
-        const __m512i own = _mm512_set1_epi32(static_cast<int>(position));
+        const __m512i own = inAll(position);
         gone = _kor_mask16(gone, _mm512_cmpeq_epi32_mask(old, own));
         lowered = _mm512_mask_sub_epi32(lowered, _mm512_cmpgt_epu32_mask(old, own), lowered, one);
         deleted.passed += position <= last ? 1U : 0U;

@@ -14,7 +14,7 @@ ZQSP_AVX512 inline __mmask16 membersOf(const unsigned* others, const unsigned* n
     const __m512i asked = _mm512_loadu_si512(numbers);
     __mmask16 found = 0;
     for (unsigned i = 0; i < kLanes; ++i) {
-        found = _kor_mask16(found, _mm512_cmpeq_epi32_mask(asked, _mm512_set1_epi32(static_cast<int>(others[i]))));
+        found = _kor_mask16(found, _mm512_cmpeq_epi32_mask(asked, inAll(others[i])));
     }
     return found;
 }

@@ -28,6 +28,11 @@ ZQSP_AVX512 inline __mmask16 lanesOf(unsigned count)
     return static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
 }
 
+ZQSP_AVX512 inline __m512i inAll(unsigned word)
+{
+    return _mm512_set1_epi32(static_cast<int>(word));
+}
+
 /// 0, 1, ..., 15.
 ZQSP_AVX512 inline __m512i laneNumbers()
 {

@@ -9,7 +9,7 @@ namespace {
 
 ZQSP_AVX512 unsigned siftByTable(const RowWord* rows, const unsigned* ir, unsigned begin, unsigned end, unsigned* found)
 {
-    __m512i positions = _mm512_add_epi32(laneNumbers(), _mm512_set1_epi32(static_cast<int>(begin)));
+    __m512i positions = _mm512_add_epi32(laneNumbers(), inAll(begin));
     unsigned count = 0;
     for (; end - begin >= kLanes; begin += kLanes) {
         const __mmask16 selected = choose(ir + begin, RankedRows{rows}).selected;
@@ -27,7 +27,7 @@ ZQSP_AVX512 unsigned siftRows(const RowWord* rows, const FewRows* few, const uns
     if (few == nullptr) {
         return siftByTable(rows, ir, begin, end, found);
     }
-    const __m512i multiplier = _mm512_set1_epi32(static_cast<int>(kHashMultiplier));
+    const __m512i multiplier = inAll(kHashMultiplier);
     const __m512i one = _mm512_set1_epi32(1);
     const __m512i lowFirst = _mm512_loadu_si512(few->first());
     const __m512i highFirst = _mm512_loadu_si512(few->first() + kLanes);

@@ -30,8 +30,8 @@ ZQSP_AVX512 void writeStarts(const unsigned* columns, unsigned count, unsigned l
             _mm512_store_si512(&marks[c], _mm512_setzero_si512());
             for (unsigned i = 0; i < kMarks; i += kLanes, bits >>= kLanes) {
                 const auto group = static_cast<unsigned>(bits & 0xFFFFU);
-                const __m512i found = _mm512_and_si512(_mm512_set1_epi32(static_cast<int>(group)), below);
-                const __m512i start = _mm512_set1_epi32(static_cast<int>(before));
+                const __m512i found = _mm512_and_si512(inAll(group), below);
+                const __m512i start = inAll(before);
                 _mm512_storeu_si512(starts + written + c + i, _mm512_add_epi32(start, _mm512_popcnt_epi32(found)));
                 before += ones(group);
             }

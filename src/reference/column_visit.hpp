@@ -3,6 +3,7 @@
 #define ZQSP_REFERENCE_COLUMN_VISIT_HPP
 
 #include "core/columns.hpp"
+#include "core/search.hpp"
 #include "subscript/runs.hpp"
 
 #include <algorithm>
@@ -72,16 +73,16 @@ template <typename F>
     });
 }
 
-/// f(first, count) for pieces of the runs, with up to `mostEntries` entries each, or one column, and `mostColumns`.
+/// f(first, count) for pieces of the runs, with up to `mostEntries` entries each, or one column.
 template <typename F>
-void forEachColumnBlock(const Columns& a, const Subscript& columns, unsigned mostEntries, unsigned mostColumns, F&& f)
+void forEachColumnBlock(const Columns& a, const Subscript& columns, unsigned mostEntries, F&& f)
 {
     forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
         for (unsigned count = 0; length > 0; first += count, length -= count) {
             const unsigned* const ends = a.jc + first + 1;
-            const unsigned* const last = ends + std::min(length, mostColumns);
-            const std::uint64_t mostEnd = std::uint64_t{ends[-1]} + mostEntries;
-            count = *ends > mostEnd ? 1 : static_cast<unsigned>(std::upper_bound(ends, last, mostEnd) - ends);
+            const std::uint64_t beyond = std::uint64_t{ends[-1]} + mostEntries + 1;
+            const auto end = static_cast<unsigned>(std::min<std::uint64_t>(beyond, UINT32_MAX));
+            count = std::max(gallop(ends, 0, length, end), 1U);
             f(first, count);
         }
     });

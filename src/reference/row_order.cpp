@@ -98,7 +98,7 @@ ArrayOwner repeatRows(const Columns& a, const IndexList& rows, const RowSet& sel
         out.jc[j + 1] = begins[a.jc[j + 1]];
     }
     ColumnSorter sorter;
-    forEachColumnBlock(a, IndexRange::all(a.n), kBlock, UINT32_MAX, [&](unsigned first, unsigned count) {
+    forEachColumnBlock(a, IndexRange::all(a.n), kBlock, [&](unsigned first, unsigned count) {
         withStorage(a, [&](auto values) {
             writeCopies<decltype(values)>(a, a.jc[first], a.jc[first + count], map, begins.get(), out);
         });

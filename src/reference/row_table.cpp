@@ -243,7 +243,8 @@ ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& sel
         sieve.emplace(selected, rows, entries);
     }
     unsigned ordered = 0;
-    forEachColumnBlock(a, columns, kBlock, UINT32_MAX, [&](unsigned first, unsigned count) {
+    constexpr unsigned kUnordered = 1U << 16; // entries: it is in order already what comes out
+    forEachColumnBlock(a, columns, order ? kBlock : kUnordered, [&](unsigned first, unsigned count) {
         if (selected.hasAll()) {
             result.copy(first, count);
         } else if (sieve) {
