@@ -85,32 +85,21 @@ class Lexer
             continued_ = at_ + 1 >= source_.size();
             space_ = true;
             at_ = std::min(at_ + 1, source_.size());
-        } else if (c == '\n') {
-            newline();
+        } else if (c == '\n' && !open_.empty() && open_.back().first == '(') {
+            space_ = true;
+            ++at_;
         } else if (isDigit(c) || (c == '.' && isDigit(peek(1)))) {
             number();
         } else if (isNameStart(c)) {
             name();
         } else if (c == '"' || (c == '\'' && !quoteTransposes())) {
             string(c);
-        } else if (c == ';') {
-            add(TokenKind::kSemicolon, 1);
         } else {
             symbol();
         }
     }
 
     void skipLine() { at_ = std::min(source_.find('\n', at_), source_.size()); }
-
-    void newline()
-    {
-        if (!open_.empty() && open_.back().first == '(') {
-            space_ = true;
-            ++at_;
-        } else {
-            add(TokenKind::kNewline, 1);
-        }
-    }
 
     void number()
     {
@@ -190,10 +179,10 @@ class Lexer
     {
         static constexpr std::array<std::string_view, 9> kPairs = {
             "==", "~=", "!=", "<=", ">=", ".*", "./", ".^", ".'"};
-        static constexpr std::string_view kSingles = "+-*/\\^:=<>'()[],&|~";
+        static constexpr std::string_view kSingles = "+-*/\\^:=<>'()[],;\n&|~";
         for (const std::string_view pair : kPairs) {
             if (source_.substr(at_, 2) == pair) {
-                Token& token = add(TokenKind::kOperator, 2);
+                Token& token = add(TokenKind::kSymbol, 2);
                 if (pair == "!=") {
                     token.text = "~=";
                 }
@@ -208,7 +197,7 @@ class Lexer
                               at_);
         }
         trackBrackets(c);
-        add(TokenKind::kOperator, 1);
+        add(TokenKind::kSymbol, 1);
     }
 
     void trackBrackets(char c)
