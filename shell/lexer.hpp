@@ -10,6 +10,10 @@
 
 namespace kxsh {
 
+/// The words that are no names.
+constexpr std::string_view kKeywords[] = {"break", "continue", "else", "elseif", "end", "for", "if", "while"};
+
+/// Up to kEnd, what stands for a value.
 enum class TokenKind
 {
     kNumber,
