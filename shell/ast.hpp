@@ -86,7 +86,7 @@ struct Expression
 {
     Kind kind;
     std::size_t offset; ///< the byte of the source that an error of this node points at
-    Expressions parts;
+    Expressions parts{};
     Value value{};
     std::string name{};
     BinaryOperator op{};

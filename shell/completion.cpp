@@ -5,7 +5,6 @@
 #include "lexer.hpp"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <set>
 
@@ -28,74 +27,50 @@ std::size_t openString(std::string_view text)
     return std::string_view::npos;
 }
 
-void addFiles(std::set<std::string>& found, std::string_view begun)
+/// f(name) for the files of the folder in which a file name has been begun.
+template <typename F>
+void forEachFile(std::string_view begun, F f)
 {
-    const std::size_t slash = begun.rfind('/');
-    const std::string folder(slash == std::string_view::npos ? "" : begun.substr(0, slash + 1));
+    const std::string folder(begun.substr(0, begun.rfind('/') + 1));
     std::error_code error;
-    fs::directory_iterator entries(folder.empty() ? fs::path(".") : fs::path(folder), error);
+    fs::directory_iterator entries(folder.empty() ? "." : folder, error);
     for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
         std::error_code ignored;
-        const std::string name = folder + entries->path().filename().string();
-        if (name.starts_with(begun)) {
-            found.insert(entries->is_directory(ignored) ? name + '/' : name);
-        }
+        f(folder + entries->path().filename().string() + (entries->is_directory(ignored) ? "/" : ""));
     }
 }
 
-void addNames(std::set<std::string>& found, const Session& session, std::string_view begun)
+/// f(name) for the variables, functions and words of the language.
+template <typename F>
+void forEachWord(const Session& session, F f)
 {
-    const auto add = [&](std::string_view name) {
-        if (name.starts_with(begun)) {
-            found.emplace(name);
-        }
-    };
-    for (const auto& [name, value] : session.variables) {
-        add(name);
-    }
-    for (const Topic& topic : topics()) {
-        for (const Function& function : topic.functions) {
-            add(function.name);
-        }
-    }
-    for (const std::string_view word :
-         {"break", "continue", "else", "elseif", "end", "exit", "for", "if", "quit", "while"}) {
-        add(word);
-    }
-}
-
-std::string commonStart(const std::vector<std::string>& candidates)
-{
-    // In order, the first and the last differ soonest.
-    const std::string& first = candidates.front();
-    const std::string& last = candidates.back();
-    const auto differ = std::mismatch(first.begin(), first.end(), last.begin(), last.end());
-    return {first.begin(), differ.first};
+    forEachName(session, f);
+    std::ranges::for_each(kKeywords, f);
+    f("exit");
+    f("quit");
 }
 
 } // namespace
 
 Completion complete(const Session& session, std::string_view beforeCursor)
 {
-    std::set<std::string> found;
-    Completion result;
+    constexpr std::string_view kNameParts = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
     const std::size_t quote = openString(beforeCursor);
-    if (quote != std::string_view::npos) {
-        const std::string_view begun = beforeCursor.substr(quote + 1);
-        result.begun = begun.size();
-        addFiles(found, begun);
-    } else {
-        std::size_t start = beforeCursor.size();
-        while (start > 0 && (std::isalnum(static_cast<unsigned char>(beforeCursor[start - 1])) != 0 ||
-                             beforeCursor[start - 1] == '_')) {
-            --start;
+    const bool isFile = quote != std::string_view::npos;
+    const std::string_view begun = // no place plus one is the first
+        beforeCursor.substr((isFile ? quote : beforeCursor.find_last_not_of(kNameParts)) + 1);
+    std::set<std::string> found;
+    const auto add = [&](std::string_view name) {
+        if (name.starts_with(begun)) {
+            found.emplace(name);
         }
-        result.begun = beforeCursor.size() - start;
-        addNames(found, session, beforeCursor.substr(start));
-    }
-    result.candidates.assign(found.begin(), found.end());
-    if (!result.candidates.empty()) {
-        result.common = commonStart(result.candidates);
+    };
+    isFile ? forEachFile(begun, add) : forEachWord(session, add);
+    Completion result{begun.size(), {found.begin(), found.end()}, ""};
+    if (!found.empty()) { // in order, the first and the last differ soonest
+        const std::string& first = *found.begin();
+        const std::string& last = *found.rbegin();
+        result.common.assign(first.begin(), std::ranges::mismatch(first, last).in1);
     }
     return result;
 }

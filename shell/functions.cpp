@@ -140,7 +140,7 @@ std::string closestName(const Session& session, std::string_view name)
 {
     std::string best;
     std::size_t bestDistance = std::max<std::size_t>(1, name.size() / 3) + 1;
-    const auto consider = [&](std::string_view candidate) {
+    forEachName(session, [&](std::string_view candidate) {
         const auto [shorter, longer] = std::minmax({name.size(), candidate.size()});
         if (longer - shorter >= bestDistance) {
             return;
@@ -150,15 +150,7 @@ std::string closestName(const Session& session, std::string_view name)
             bestDistance = distance;
             best = candidate;
         }
-    };
-    for (const auto& [variable, value] : session.variables) {
-        consider(variable);
-    }
-    for (const Topic& topic : topics()) {
-        for (const Function& function : topic.functions) {
-            consider(function.name);
-        }
-    }
+    });
     return best;
 }
 

@@ -49,6 +49,20 @@ struct Topic
 };
 std::span<const Topic> topics();
 
+/// f(name) for all variables and functions.
+template <typename F>
+void forEachName(const Session& session, F f)
+{
+    for (const auto& [name, value] : session.variables) {
+        f(name);
+    }
+    for (const Topic& topic : topics()) {
+        for (const Function& function : topic.functions) {
+            f(function.name);
+        }
+    }
+}
+
 /// Null for an unknown name.
 const Function* findFunction(std::string_view name);
 /// Calls with checked argument count. Raises kxsh:arguments, and kxsh:noValue where a value is `needed` of a function

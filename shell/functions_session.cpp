@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <sstream>
 
 namespace kxsh {
 
@@ -92,9 +91,7 @@ constexpr Function kFunctions[] = {
      nullptr, 0},
     {"disp", 1, 1, "disp(A)", "Prints an array without its name", "", "disp([1 2; 3 4])",
      [](Session& session, Arguments a) {
-         std::ostringstream shown;
-         printValue(shown, "", a[0], session.width);
-         session.print(shown.str());
+         session.print(valueText("", a[0], session.width));
          return Value();
      },
      nullptr, 0},

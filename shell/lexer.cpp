@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <utility>
 
 namespace kxsh {
@@ -61,14 +61,12 @@ class Lexer
 
     Token& add(TokenKind kind, std::size_t length)
     {
-        Token token;
-        token.kind = kind;
-        token.text = source_.substr(at_, length);
-        token.offset = at_;
-        token.stop = at_ + length;
-        token.spaceBefore = std::exchange(space_, false);
-        tokens_.push_back(std::move(token));
-        at_ += length;
+        const std::size_t first = std::exchange(at_, at_ + length);
+        tokens_.push_back({.kind = kind,
+                           .text = std::string(source_.substr(first, length)),
+                           .offset = first,
+                           .stop = at_,
+                           .spaceBefore = std::exchange(space_, false)});
         return tokens_.back();
     }
 
@@ -85,32 +83,21 @@ class Lexer
             continued_ = at_ + 1 >= source_.size();
             space_ = true;
             at_ = std::min(at_ + 1, source_.size());
-        } else if (c == '\n') {
-            newline();
+        } else if (c == '\n' && !open_.empty() && open_.back().first == '(') {
+            space_ = true;
+            ++at_;
         } else if (isDigit(c) || (c == '.' && isDigit(peek(1)))) {
             number();
         } else if (isNameStart(c)) {
             name();
         } else if (c == '"' || (c == '\'' && !quoteTransposes())) {
             string(c);
-        } else if (c == ';') {
-            add(TokenKind::kSemicolon, 1);
         } else {
             symbol();
         }
     }
 
     void skipLine() { at_ = std::min(source_.find('\n', at_), source_.size()); }
-
-    void newline()
-    {
-        if (!open_.empty() && open_.back().first == '(') {
-            space_ = true;
-            ++at_;
-        } else {
-            add(TokenKind::kNewline, 1);
-        }
-    }
 
     void number()
     {
@@ -136,15 +123,10 @@ class Lexer
         while (isNamePart(peek(length))) {
             ++length;
         }
-        static constexpr std::array<std::string_view, 8> kKeywords = {"if",    "elseif", "else",     "for",
-                                                                      "while", "break",  "continue", "end"};
         const std::string_view word = source_.substr(at_, length);
-        if (word == "end" && !open_.empty()) {
-            add(TokenKind::kEnd, length);
-        } else {
-            const bool isKeyword = std::find(kKeywords.begin(), kKeywords.end(), word) != kKeywords.end();
-            add(isKeyword ? TokenKind::kKeyword : TokenKind::kName, length);
-        }
+        const bool isKeyword = std::ranges::find(kKeywords, word) != std::end(kKeywords);
+        const bool isPlace = word == "end" && !open_.empty();
+        add(isPlace ? TokenKind::kEnd : isKeyword ? TokenKind::kKeyword : TokenKind::kName, length);
     }
 
     /// A quote after a value transposes it; inside brackets, white space before the quote makes it a string.
@@ -154,16 +136,7 @@ class Lexer
             return false;
         }
         const Token& last = tokens_.back();
-        switch (last.kind) {
-        case TokenKind::kNumber:
-        case TokenKind::kImaginary:
-        case TokenKind::kString:
-        case TokenKind::kName:
-        case TokenKind::kEnd:
-            return true;
-        default:
-            return last.is(")") || last.is("]") || last.is("'") || last.is(".'");
-        }
+        return last.kind <= TokenKind::kEnd || last.is(")") || last.is("]") || last.is("'") || last.is(".'");
     }
 
     /// 'text' or "text"; the quote itself is written twice.
@@ -188,27 +161,23 @@ class Lexer
 
     void symbol()
     {
-        static constexpr std::array<std::string_view, 9> kPairs = {
-            "==", "~=", "!=", "<=", ">=", ".*", "./", ".^", ".'"};
-        static constexpr std::string_view kSingles = "+-*/\\^:=<>'()[],&|~";
-        for (const std::string_view pair : kPairs) {
-            if (source_.substr(at_, 2) == pair) {
-                Token& token = add(TokenKind::kOperator, 2);
-                if (pair == "!=") {
-                    token.text = "~=";
-                }
-                return;
-            }
-        }
+        static constexpr std::string_view kSymbols[] = {"==", "~=", "!=", "<=", ">=", ".*", "./", ".^", ".'", "+",
+                                                        "-",  "*",  "/",  "\\", "^",  ":",  "=",  "<",  ">",  "'",
+                                                        "(",  ")",  "[",  "]",  ",",  ";",  "\n", "&",  "|",  "~"};
+        const auto starts = [text = source_.substr(at_, 2)](std::string_view each) { return text.starts_with(each); };
+        const auto* const found = std::ranges::find_if(kSymbols, starts);
         const char c = peek();
-        if (kSingles.find(c) == std::string_view::npos) {
+        if (found == std::end(kSymbols)) {
             const bool printable = c > ' ' && c < '\x7f';
             throw SyntaxError(printable ? fmt::format("unexpected '{}'", c)
                                         : fmt::format("unexpected byte 0x{:02x}", static_cast<unsigned char>(c)),
                               at_);
         }
         trackBrackets(c);
-        add(TokenKind::kOperator, 1);
+        Token& token = add(TokenKind::kSymbol, found->size());
+        if (token.text == "!=") {
+            token.text = "~=";
+        }
     }
 
     void trackBrackets(char c)
@@ -247,22 +216,17 @@ std::vector<Token> tokenize(std::string_view source)
 
 void OpenEnds::add(std::string_view line)
 {
-    if (wrong_) {
-        return;
-    }
     Lexer lexer(line, std::move(brackets_));
     try {
         lexer.run();
     } catch (const SyntaxError&) {
         wrong_ = true;
-        return;
     }
     for (const Token& token : lexer.tokens()) {
-        if (token.kind == TokenKind::kKeyword) {
-            const bool opens = token.text == "if" || token.text == "for" || token.text == "while";
-            blocks_ += opens ? 1 : 0;
-            wrong_ = wrong_ || (token.text == "end" && blocks_ == 0);
-            blocks_ -= token.text == "end" && blocks_ > 0 ? 1 : 0;
+        if (token.is("if") || token.is("for") || token.is("while")) {
+            ++blocks_;
+        } else if (token.is("end")) {
+            wrong_ = wrong_ || blocks_-- == 0;
         }
     }
     brackets_ = std::move(lexer.open());

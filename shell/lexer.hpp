@@ -10,17 +10,19 @@
 
 namespace kxsh {
 
+/// The words that are no names.
+constexpr std::string_view kKeywords[] = {"break", "continue", "else", "elseif", "end", "for", "if", "while"};
+
+/// Up to kEnd, what stands for a value.
 enum class TokenKind
 {
     kNumber,
     kImaginary,
     kString,
     kName,
-    kEnd,      ///< the word end inside brackets: the last place of a dimension
-    kKeyword,  ///< if elseif else for while break continue, and end outside brackets
-    kOperator, ///< text holds its characters, such as "+", ".*" or "("; "!=" is read as "~="
-    kSemicolon,
-    kNewline,
+    kEnd,     ///< the word end inside brackets: the last place of a dimension
+    kKeyword, ///< if elseif else for while break continue, and end outside brackets
+    kSymbol,  ///< text holds its characters, such as "+", ".*", "(", ";" or "\n"; "!=" is read as "~="
     kEndOfText
 };
 
@@ -33,11 +35,15 @@ struct Token
     std::size_t stop = 0;     ///< one past its last byte
     bool spaceBefore = false; ///< white space separates it from the token before
 
-    [[nodiscard]] bool is(std::string_view op) const { return kind == TokenKind::kOperator && text == op; }
+    /// Whether it is this symbol or keyword.
+    [[nodiscard]] bool is(std::string_view word) const
+    {
+        return (kind == TokenKind::kSymbol || kind == TokenKind::kKeyword) && text == word;
+    }
 };
 
 /// The tokens of a source text, the last one kEndOfText. Line ends inside parentheses are white space; inside brackets
-/// they separate rows (kNewline). `...` drops the rest of its line and the line end. Raises SyntaxError.
+/// they separate rows ("\n"). `...` drops the rest of its line and the line end. Raises SyntaxError.
 std::vector<Token> tokenize(std::string_view source);
 
 /// Whether lines that come one by one end inside a bracket, a block or a continued line. Each line costs its own

@@ -23,17 +23,16 @@ std::string_view trimmed(std::string_view text)
 }
 
 /// Splits a text into statements and tells their kinds.
-class Parser
+class Parser : ExpressionParser
 {
   public:
-    explicit Parser(std::string_view source) : source_(source), tokens_(source) {}
+    explicit Parser(std::string_view source) : ExpressionParser(source) {}
 
     Block run()
     {
         Block statements = block();
-        if (tokens_.current().kind == TokenKind::kKeyword) {
-            throw SyntaxError(fmt::format("'{}' stands outside a block", tokens_.current().text),
-                              tokens_.current().offset);
+        if (current().kind == TokenKind::kKeyword) {
+            throw SyntaxError(fmt::format("'{}' stands outside a block", current().text), current().offset);
         }
         return statements;
     }
@@ -43,126 +42,92 @@ class Parser
     Block block()
     {
         Block statements;
-        while (skipSeparators() && !atKeyword("end") && !atKeyword("elseif") && !atKeyword("else")) {
+        for (;;) {
+            while (accept(";") || accept("\n") || accept(",")) {
+            }
+            if (current().kind == TokenKind::kEndOfText || current().is("end") || current().is("elseif") ||
+                current().is("else")) {
+                return statements;
+            }
             pollInterrupt();
-            statements.push_back(statement());
+            statements.push_back(nested([this] { return statement(); }));
         }
-        return statements;
-    }
-
-    /// Moves to the next statement; false at the end of the text.
-    bool skipSeparators()
-    {
-        while (tokens_.current().kind != TokenKind::kEndOfText && endsStatement(tokens_.current())) {
-            tokens_.advance();
-        }
-        return tokens_.current().kind != TokenKind::kEndOfText;
-    }
-
-    [[nodiscard]] bool atKeyword(std::string_view word) const
-    {
-        return tokens_.current().kind == TokenKind::kKeyword && tokens_.current().text == word;
-    }
-    bool acceptKeyword(std::string_view word)
-    {
-        const bool found = atKeyword(word);
-        if (found) {
-            tokens_.advance();
-        }
-        return found;
     }
 
     static bool endsStatement(const Token& token)
     {
-        return token.kind == TokenKind::kEndOfText || token.kind == TokenKind::kNewline ||
-               token.kind == TokenKind::kSemicolon || token.is(",");
+        return token.kind == TokenKind::kEndOfText || token.is(";") || token.is("\n") || token.is(",");
     }
 
     Statement statement()
     {
-        const ExpressionParser::Nesting nesting(tokens_);
         Statement result{};
-        result.offset = tokens_.current().offset;
-        const bool divides = tokens_.current().kind == TokenKind::kKeyword;
+        result.offset = current().offset;
+        const bool divides = current().kind == TokenKind::kKeyword;
         result.action = divides ? control() : action();
-        if (!endsStatement(tokens_.current()) && !(divides && tokens_.current().kind == TokenKind::kKeyword)) {
-            tokens_.unexpected();
+        if (!endsStatement(current()) && !(divides && current().kind == TokenKind::kKeyword)) {
+            unexpected();
         }
-        result.prints = tokens_.current().kind != TokenKind::kSemicolon;
-        const std::string_view text = source_.substr(result.offset, tokens_.previous().stop - result.offset);
+        result.prints = !current().is(";");
+        const std::string_view text = source_.substr(result.offset, previous().stop - result.offset);
         result.source = trimmed(text.substr(0, text.find('\n')));
         return result;
     }
 
     decltype(Statement::action) control()
     {
-        const std::size_t first = tokens_.current().offset;
-        if (acceptKeyword("break") || acceptKeyword("continue")) {
+        const std::size_t first = current().offset;
+        if (accept("break") || accept("continue")) {
             if (loops_ == 0) {
-                throw SyntaxError(fmt::format("'{}' stands outside a loop", tokens_.previous().text), first);
+                throw SyntaxError(fmt::format("'{}' stands outside a loop", previous().text), first);
             }
-            return JumpStatement{tokens_.previous().text == "break" ? Flow::kBreak : Flow::kContinue};
+            return JumpStatement{previous().is("break") ? Flow::kBreak : Flow::kContinue};
         }
-        if (acceptKeyword("if")) {
+        if (accept("if")) {
             return branches(first);
         }
-        if (acceptKeyword("for")) {
-            return forLoop(first);
+        LoopStatement loop;
+        if (accept("for")) {
+            const bool inParentheses = accept("(");
+            if (current().kind != TokenKind::kName) {
+                unexpected();
+            }
+            loop.name = current().text;
+            advance();
+            expect("=");
+            loop.control = expression();
+            if (inParentheses) {
+                expect(")");
+            }
+        } else {
+            expect("while");
+            loop.control = expression();
         }
-        if (acceptKeyword("while")) {
-            ExpressionPtr condition = tokens_.expression();
-            return LoopStatement{"", std::move(condition), loopBody(first)};
-        }
-        tokens_.unexpected();
+        ++loops_;
+        loop.body = block();
+        --loops_;
+        endBlock(first);
+        return loop;
     }
 
     IfStatement branches(std::size_t first)
     {
         IfStatement result;
         do {
-            ExpressionPtr condition = tokens_.expression();
+            ExpressionPtr condition = expression();
             result.branches.push_back({std::move(condition), block()});
-        } while (acceptKeyword("elseif"));
-        if (acceptKeyword("else")) {
+        } while (accept("elseif"));
+        if (accept("else")) {
             result.branches.push_back({nullptr, block()});
         }
         endBlock(first);
         return result;
     }
 
-    LoopStatement forLoop(std::size_t first)
-    {
-        const bool inParentheses = tokens_.accept("(");
-        if (tokens_.current().kind != TokenKind::kName) {
-            tokens_.unexpected();
-        }
-        LoopStatement result{tokens_.current().text, nullptr, {}};
-        tokens_.advance();
-        tokens_.expect("=");
-        result.control = tokens_.expression();
-        if (inParentheses) {
-            tokens_.expect(")");
-        }
-        result.body = loopBody(first);
-        return result;
-    }
-
-    Block loopBody(std::size_t first)
-    {
-        ++loops_;
-        Block body = block();
-        --loops_;
-        endBlock(first);
-        return body;
-    }
-
     void endBlock(std::size_t first)
     {
-        if (acceptKeyword("end")) {
-            return;
-        }
-        if (tokens_.current().kind != TokenKind::kEndOfText) {
-            tokens_.unexpected();
+        if (current().kind != TokenKind::kEndOfText) {
+            return expect("end");
         }
         const std::string_view word = source_.substr(first, source_.find_first_of(" \t(\r\n", first) - first);
         throw SyntaxError(fmt::format("'{}' is never closed by 'end'", word), first);
@@ -170,44 +135,41 @@ class Parser
 
     decltype(Statement::action) action()
     {
-        if (tokens_.current().kind == TokenKind::kName) {
-            const std::string& word = tokens_.current().text;
-            const Token& next = tokens_.next();
-            if ((word == "quit" || word == "exit") && endsStatement(next)) {
-                tokens_.advance();
+        if (current().kind == TokenKind::kName) {
+            const std::string& word = current().text;
+            if ((word == "quit" || word == "exit") && endsStatement(next())) {
+                advance();
                 return JumpStatement{Flow::kQuit};
             }
-            if ((word == "help" && endsStatement(next)) ||
-                ((word == "help" || word == "clear") && next.kind == TokenKind::kName)) {
-                return command();
+            if ((word == "help" && endsStatement(next())) ||
+                ((word == "help" || word == "clear") && next().kind == TokenKind::kName)) {
+                return ExpressionStatement{command()};
             }
         }
-        const bool bracketed = tokens_.current().is("[");
-        ExpressionPtr expression = tokens_.expression();
-        if (!tokens_.current().is("=")) {
-            return ExpressionStatement{std::move(expression)};
+        const bool bracketed = current().is("[");
+        ExpressionPtr left = expression();
+        if (!current().is("=")) {
+            return ExpressionStatement{std::move(left)};
         }
-        return assignment(std::move(expression), bracketed);
+        return assignment(std::move(left), bracketed);
     }
 
     /// clear NAME NAME is the call clear('NAME', 'NAME').
-    ExpressionStatement command()
+    ExpressionPtr command()
     {
-        const Token& word = tokens_.current();
-        Expressions names;
-        for (tokens_.advance(); tokens_.current().kind == TokenKind::kName; tokens_.advance()) {
-            names.push_back(makeLiteral(tokens_.current().offset, Value::text(tokens_.current().text)));
+        Expression call{.kind = Kind::kCommand, .offset = current().offset, .name = current().text};
+        for (advance(); current().kind == TokenKind::kName; advance()) {
+            call.parts.push_back(makeLiteral(current().offset, Value::text(current().text)));
         }
-        return {makeCall(Kind::kCommand, word.offset, word.text, std::move(names))};
+        return makeNode(std::move(call));
     }
 
-    Target target(ExpressionPtr expression)
+    Target target(ExpressionPtr place)
     {
-        const bool subscripted = expression->kind == Kind::kApply;
-        if (expression->name.empty()) {
-            throw SyntaxError("the left of '=' is a name or a subscripted name", tokens_.current().offset);
+        if (place->name.empty()) {
+            throw SyntaxError("the left of '=' is a name or a subscripted name", current().offset);
         }
-        return {std::move(expression->name), subscripted, std::move(expression->parts)};
+        return {std::move(place->name), place->kind == Kind::kApply, std::move(place->parts)};
     }
 
     AssignStatement assignment(ExpressionPtr left, bool bracketed)
@@ -220,15 +182,13 @@ class Parser
         } else {
             result.targets.push_back(target(std::move(left)));
         }
-        tokens_.expect("=");
-        result.value = tokens_.expression();
+        expect("=");
+        result.value = expression();
         result.deletes = result.targets.size() == 1 && result.targets.front().subscripted &&
                          result.value->kind == Kind::kMatrix && result.value->parts.empty();
         return result;
     }
 
-    std::string_view source_;
-    ExpressionParser tokens_;
     int loops_ = 0; ///< around the current statement
 };
 

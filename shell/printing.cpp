@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 #include <vector>
 
 namespace kxsh {
@@ -32,102 +31,99 @@ std::string numberText(T value, [[maybe_unused]] int digits)
     }
 }
 
-/// Indices 0 .. count-1, or the first and last ones with a gap where there are too many.
+/// Indices below `count`: all, or so many of the first and of the last ones.
 struct Selection
 {
-    std::vector<std::size_t> indices;
-    std::size_t gapBefore = 0; ///< place in `indices` before which some are left out; 0 for none
-    std::size_t leftOut = 0;
+    std::size_t count;
+    std::size_t first;
+    std::size_t last;
+
+    [[nodiscard]] std::size_t size() const { return std::min(count, first + last); }
+    [[nodiscard]] std::size_t leftOut() const { return count - size(); }
+    [[nodiscard]] bool gapBefore(std::size_t k) const { return k == first && leftOut() != 0; }
+    [[nodiscard]] std::size_t at(std::size_t k) const { return k < first ? k : k + leftOut(); }
 };
 
-Selection select(std::size_t count, std::size_t first, std::size_t last)
+/// line(k) for each line that is shown of a listing.
+template <typename Line>
+std::string listing(const Selection& shown, std::string_view what, Line line)
 {
-    Selection result;
-    const bool all = count <= first + last;
-    result.indices.resize(all ? count : first + last);
-    std::iota(result.indices.begin(), result.indices.end(), std::size_t{0});
-    if (!all) {
-        result.gapBefore = first;
-        result.leftOut = count - first - last;
-        std::for_each(result.indices.end() - static_cast<std::ptrdiff_t>(last), result.indices.end(),
-                      [&](std::size_t& index) { index += result.leftOut; });
+    std::string text;
+    for (std::size_t k = 0; k < shown.size(); ++k) {
+        pollInterrupt();
+        if (shown.gapBefore(k)) {
+            text += fmt::format("  ... {} more {} ...\n", shown.leftOut(), what);
+        }
+        text += line(k);
+        text += '\n';
     }
-    return result;
+    return text;
 }
 
-Selection selectLines(std::size_t count)
+Selection linesOf(std::size_t count)
 {
-    return count > kMostLines ? select(count, kLinesPerEnd, kLinesPerEnd) : select(count, count, 0);
+    return count > kMostLines ? Selection{count, kLinesPerEnd, kLinesPerEnd} : Selection{count, count, 0};
 }
 
 /// Coordinates end at one column, two blanks before the values.
-void printEntries(std::ostream& out, const Value& value)
+std::string entriesText(const Value& value)
 {
-    const Selection shown = selectLines(value.entries());
+    const Selection shown = linesOf(value.entries());
     std::vector<std::string> places;
     std::size_t widest = 0;
     unsigned column = 0;
-    for (const std::size_t k : shown.indices) {
-        while (value.starts()[column + 1] <= k) {
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        while (value.starts()[column + 1] <= shown.at(i)) {
             ++column;
         }
-        places.push_back(fmt::format("({},{})", value.rowIndices()[k] + 1, column + 1));
+        places.push_back(fmt::format("({},{})", value.rowIndices()[shown.at(i)] + 1, column + 1));
         widest = std::max(widest, places.back().size());
     }
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        pollInterrupt();
-        if (i != 0 && i == shown.gapBefore) {
-            out << fmt::format("  ... {} more entries ...\n", shown.leftOut);
-        }
-        out << fmt::format("  {:>{}}  {}\n", places[i], widest, elementText(value, shown.indices[i], kArrayDigits));
-    }
+    return listing(shown, "entries", [&](std::size_t i) {
+        return fmt::format("  {:>{}}  {}", places[i], widest, elementText(value, shown.at(i), kArrayDigits));
+    });
 }
 
-void printRows(std::ostream& out, const Value& value, unsigned width)
+std::string rowsText(const Value& value, unsigned width)
 {
-    const Selection rows = selectLines(value.rows());
-    const auto text = [&](std::size_t i, std::size_t j) {
-        return elementText(value, j * value.rows() + i, kArrayDigits);
-    };
+    const Selection rows = linesOf(value.rows());
     // Columns of one width: first as many as could ever fit, then as many as do fit at that width.
-    Selection columns = select(value.columns(), width / 2, 3);
+    Selection columns{value.columns(), width / 2, 3};
+    const auto text = [&](std::size_t i, std::size_t j) {
+        return elementText(value, columns.at(j) * value.rows() + rows.at(i), kArrayDigits);
+    };
     std::size_t cell = 3;
-    for (const std::size_t j : columns.indices) {
-        for (const std::size_t i : rows.indices) {
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+        for (std::size_t i = 0; i < rows.size(); ++i) {
             cell = std::max(cell, text(i, j).size() + 2);
         }
     }
     const std::size_t fitting = std::max<std::size_t>(width / cell, 5);
-    if (value.columns() > fitting) {
-        columns = select(value.columns(), fitting - 4, 3);
+    if (columns.count > fitting) {
+        columns.first = fitting - 4;
     }
-    for (std::size_t r = 0; r < rows.indices.size(); ++r) {
-        pollInterrupt();
-        if (r != 0 && r == rows.gapBefore) {
-            out << fmt::format("  ... {} more rows ...\n", rows.leftOut);
-        }
+    return listing(rows, "rows", [&](std::size_t i) {
         std::string line;
-        for (std::size_t c = 0; c < columns.indices.size(); ++c) {
-            if (c != 0 && c == columns.gapBefore) {
+        for (std::size_t j = 0; j < columns.size(); ++j) {
+            if (columns.gapBefore(j)) {
                 line += fmt::format("{:>{}}", "...", std::max<std::size_t>(cell, 5));
             }
-            line += fmt::format("{:>{}}", text(rows.indices[r], columns.indices[c]), cell);
+            line += fmt::format("{:>{}}", text(i, j), cell);
         }
-        out << line << '\n';
-    }
+        return line;
+    });
 }
 
-void printTextRows(std::ostream& out, const Value& value)
+std::string textRows(const Value& value)
 {
-    const unsigned m = value.rows();
-    for (unsigned i = 0; i < m; ++i) {
-        pollInterrupt();
+    const std::size_t m = value.rows();
+    return listing({m, m, 0}, "rows", [&](std::size_t i) {
         std::u16string row;
-        for (unsigned j = 0; j < value.columns(); ++j) {
-            row += value.data<char16_t>()[std::size_t{j} * m + i];
+        for (std::size_t j = 0; j < value.columns(); ++j) {
+            row += value.data<char16_t>()[j * m + i];
         }
-        out << "  " << utf8Of(row) << '\n';
-    }
+        return "  " + utf8Of(row);
+    });
 }
 
 } // namespace
@@ -190,36 +186,31 @@ std::string inlineText(const Value& value)
     return value.isSparse() && value.entries() == 0 ? "0" : elementText(value, 0, kScalarDigits);
 }
 
-void printValue(std::ostream& out, std::string_view name, const Value& value, unsigned width)
+std::string valueText(std::string_view name, const Value& value, unsigned width)
 {
     const std::string head = name.empty() ? "" : fmt::format("{} = ", name);
     if (value.isText() && value.rows() == 1) {
-        out << (name.empty() ? textOf(value) : fmt::format("{}'{}'", head, textOf(value))) << '\n';
-        return;
+        return name.empty() ? textOf(value) + '\n' : fmt::format("{}'{}'\n", head, textOf(value));
     }
     if (value.isScalar() && !value.isSparse()) {
-        out << head << inlineText(value) << '\n';
-        return;
+        return head + inlineText(value) + '\n';
     }
-    out << head << describe(value);
+    const std::string described = head + describe(value);
     if (value.isRange() && value.count() > kLongestRange) {
         const RangeBounds bounds = boundsOf(value);
-        out << fmt::format(", the range {}:{}:{}\n", shortNumber(bounds.start, kScalarDigits),
+        return fmt::format("{}, the range {}:{}:{}\n", described, shortNumber(bounds.start, kScalarDigits),
                            shortNumber(bounds.step, kScalarDigits), shortNumber(bounds.stop, kScalarDigits));
-        return;
     }
-    out << '\n';
     if (value.isSparse()) {
-        printEntries(out, value);
-    } else if (value.count() == 0) {
-        return;
-    } else if (value.isText()) {
-        printTextRows(out, value);
-    } else if (value.isRange()) {
-        printRows(out, asFull(value), width);
-    } else {
-        printRows(out, value, width); // itself: not even a copy may fail once a variable has changed
+        return described + '\n' + entriesText(value);
     }
+    if (value.count() == 0) {
+        return described + '\n';
+    }
+    return described + '\n' +
+           (value.isText()    ? textRows(value)
+            : value.isRange() ? rowsText(asFull(value), width)
+                              : rowsText(value, width)); // itself: no copy may fail
 }
 
 } // namespace kxsh

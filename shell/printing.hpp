@@ -5,7 +5,6 @@
 #include "value.hpp"
 
 #include <cstddef>
-#include <ostream>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,10 +22,10 @@ std::string describe(const Value& value);
 /// Bytes of elements and indices, room for more entries included.
 std::size_t bytesOf(const Value& value);
 
-/// Prints `name = ...`, or the value alone for an empty name. A scalar or a string takes one line. A sparse array shows
-/// a header and one "(row,column) value" line per entry, a full one a header and aligned columns; of long ones only the
-/// first and last lines, of wide ones the first and last columns that fit `width` characters.
-void printValue(std::ostream& out, std::string_view name, const Value& value, unsigned width);
+/// `name = ...`, or the value alone for an empty name, as it is printed. A scalar or a string takes one line. A sparse
+/// array shows a header and one "(row,column) value" line per entry, a full one a header and aligned columns; of long
+/// ones only the first and last lines, of wide ones the first and last columns that fit `width` characters.
+std::string valueText(std::string_view name, const Value& value, unsigned width);
 
 /// The value within one line: a number, a string, or its description.
 std::string inlineText(const Value& value);

@@ -2,6 +2,7 @@
 
 #include "error.hpp"
 #include "files.hpp"
+#include "interpreter.hpp"
 #include "interrupt.hpp"
 #include "lexer.hpp"
 #include "parser.hpp"
@@ -12,45 +13,30 @@ namespace kxsh {
 
 Runner::Outcome Runner::run(std::string_view source, std::size_t firstLine)
 {
-    std::size_t offset = 0;
-    std::string_view shown;
+    Outcome outcome = Outcome::kDone;
+    Block statements;
+    Fault fault;
+    const auto runAll = [&] {
+        try {
+            statements = parse(source);
+        } catch (const SyntaxError& error) {
+            fault.offset = error.offset();
+            throw;
+        }
+        for (auto next = statements.begin(); next != statements.end() && outcome == Outcome::kDone; ++next) {
+            outcome = carryOut(*next, session_, fault) ? Outcome::kDone : Outcome::kQuit;
+        }
+    };
     const auto show = [&](const ErrorReport& report) {
-        const SourcePlace place = placeOf(source, offset);
+        const SourcePlace place = placeOf(source, fault.offset.value_or(0));
         session_.out.flush();
         errors_ << fmt::format("error: {} ({})\n  at line {}, column {}{}: {}\n", report.text, report.identifier,
                                firstLine + place.line - 1, place.column,
                                session_.script.empty() ? "" : " of " + session_.script.string(),
-                               shown.empty() ? place.text : shown)
+                               fault.statement == nullptr ? place.text : fault.statement->source)
                 << std::flush;
     };
-    Block statements;
-    const auto parseAll = [&] {
-        try {
-            statements = parse(source);
-        } catch (const SyntaxError& error) {
-            offset = error.offset();
-            throw;
-        }
-    };
-    if (!reportingErrors(parseAll, show)) {
-        return Outcome::kFailed;
-    }
-    for (const Statement& statement : statements) {
-        bool goesOn = true;
-        const auto carryOut = [&] { goesOn = interpreter_.run(statement); };
-        const auto showFault = [&](const ErrorReport& report) {
-            offset = interpreter_.fault().offset.value_or(statement.offset);
-            shown = interpreter_.fault().statement->source;
-            show(report);
-        };
-        if (!reportingErrors(carryOut, showFault)) {
-            return Outcome::kFailed;
-        }
-        if (!goesOn) {
-            return Outcome::kQuit;
-        }
-    }
-    return Outcome::kDone;
+    return reportingErrors(runAll, show) ? outcome : Outcome::kFailed;
 }
 
 bool Runner::runLines(LineSource& lines)

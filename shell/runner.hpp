@@ -2,9 +2,8 @@
 #ifndef KXSH_RUNNER_HPP
 #define KXSH_RUNNER_HPP
 
-#include "interpreter.hpp"
+#include "session.hpp"
 
-#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -40,7 +39,7 @@ class Runner
         kFailed
     };
 
-    Runner(Session& session, std::ostream& errors) : session_(session), interpreter_(session), errors_(errors) {}
+    Runner(Session& session, std::ostream& errors) : session_(session), errors_(errors) {}
 
     /// Carries out a whole text. Nothing is done when it is no list of statements; the first error ends it. Errors are
     /// shown with script, line (counted from `firstLine`) and column.
@@ -51,7 +50,6 @@ class Runner
 
   private:
     Session& session_;
-    Interpreter interpreter_;
     std::ostream& errors_;
 };
 
