@@ -36,7 +36,11 @@ RowFilter::RowFilter(const Columns& a, const Ordered& rows, const Ordered& colum
     if (rows.isRun()) {
         return;
     }
-    columns.forEach([&](unsigned, unsigned column) { looks_ += column < a.n ? a.length(column) : 0; });
+    columns.forEach([&](unsigned, unsigned column) {
+        const unsigned length = column < a.n ? a.length(column) : 0;
+        looks_ += length;
+        longest_ = std::max(longest_, length);
+    });
     if (setOfRowsPays(m, marksOf(rows.form()), looks_, costOfLook(rows.form()))) {
         others_ = othersOrNone(rows.form(), m);
     }

@@ -59,12 +59,27 @@ class RowFilter
         return {first, firstNotBelow(a, first, end, highest_ + 1)};
     }
 
-    /// Whether a row is a target.
-    [[nodiscard]] bool targets(unsigned row) const { return others_ ? !others_->has(row) : rows_.has(row); }
+    /// Writes the entries of a span that lie in target rows to `found`, which has room for one more than the span.
+    /// Returns their end.
+    unsigned* find(const Columns& a, EntrySpan span, unsigned* found) const
+    {
+        const auto select = [&](auto isTarget) {
+            for (unsigned e = span.begin; e < span.end; ++e) { // no branch foresees which it is
+                *found = e;
+                found += isTarget(a.ir[e]) ? 1 : 0;
+            }
+            return found;
+        };
+        return others_
+                   ? select([words = others_->words()](unsigned row) { return !words[row / RowWord::kBits].has(row); })
+                   : select([this](unsigned row) { return rows_.has(row); });
+    }
     /// Whether every row is a target.
     [[nodiscard]] bool coversAll() const { return coversAll_; }
     /// Entries of the target columns; not counted for a run of rows.
     [[nodiscard]] std::uint64_t looks() const { return looks_; }
+    /// The most entries of one of them; likewise.
+    [[nodiscard]] unsigned longest() const { return longest_; }
     /// The set of all other rows; null where there is none.
     [[nodiscard]] const RowSet* others() const { return others_ ? &*others_ : nullptr; }
 
@@ -83,6 +98,7 @@ class RowFilter
     unsigned highest_;
     bool coversAll_;
     std::uint64_t looks_ = 0;
+    unsigned longest_ = 0;
     std::optional<RowSet> others_;
 };
 
@@ -95,12 +111,12 @@ constexpr bool looksAtAllEntries(std::uint64_t looks, std::uint64_t rows, std::u
     return looks / columns < std::max<std::uint64_t>(kShortColumn, kEntriesPerRow * rows);
 }
 
-/// Whether all `entries` are best written anew where `looks` of them lie in target columns: moving the entries behind
-/// each change takes less than that only where there are few (tall/set-region.tenth 0.78, 1.16).
-constexpr bool rewritingPays(std::uint64_t entries, std::uint64_t looks)
+/// Whether all `entries` are best written anew where `looks` of them lie in target columns, rather than moved between
+/// the places that change (uniform/set-rows.tenth 2.6, tall/set-region.tenth 0.80).
+constexpr bool rewritingPays(std::uint64_t entries, std::uint64_t looks, std::uint64_t columns)
 {
-    constexpr unsigned kMovedPerLook = 16;
-    return looks > entries / kMovedPerLook;
+    constexpr unsigned kLongColumn = 64; // without it tall/set-region.tenth 0.98, with short ones uniform-complex 3.0
+    return looks > entries / (looks / columns >= kLongColumn ? 16 : 2);
 }
 
 /// Whether writing most of `total` entries anew, once, into fresh blocks of the present capacity beats putting them

@@ -45,15 +45,6 @@ unsigned placeAmong(const unsigned* rows, unsigned from, unsigned end, unsigned 
                                        : gallopNear(rows, from, end, row);
 }
 
-std::uint64_t longestColumn(const Columns& a)
-{
-    unsigned longest = 0;
-    for (unsigned j = 0; j < a.n; ++j) {
-        longest = std::max(longest, a.length(j));
-    }
-    return longest;
-}
-
 /// What is set in, and where what stays is put together.
 struct Filling
 {
@@ -100,7 +91,7 @@ class Pass
 
   private:
     /// Appends the columns before `end`.
-    void keepUpTo(unsigned end)
+    [[gnu::always_inline]] void keepUpTo(unsigned end)
     {
         const unsigned size = column_ < end ? jc_[end] - next_ : 0;
         const unsigned shift = at_ - next_;
@@ -224,7 +215,7 @@ bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const R
         Pass(grown, grown, others).clear(region.columns);
         return true;
     }
-    if (b.isNothing() || !looksAtAll || !rewritingPays(a.nnz(), filter.looks())) {
+    if (b.isNothing() || !looksAtAll || !rewritingPays(a.nnz(), filter.looks(), region.columns.count())) {
         return false;
     }
     const std::uint64_t inColumns = countKept(a, region.columns, *others) + region.entriesOf(b);
@@ -236,7 +227,7 @@ bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const R
         raiseMaxSize();
     }
     Relay relay(A, needsOf(a, region, b, limits, total, true));
-    const Aside aside(a, std::max<std::uint64_t>(longestColumn(a), kBlock) + kKernelSlack);
+    const Aside aside(a, std::size_t{std::max(filter.longest(), kBlock)} + kKernelSlack);
     const Numbers rows(region.rows.form());
     relay.commitAnew([&](const Columns& after) {
         Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), aside.view()});

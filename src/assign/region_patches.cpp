@@ -25,6 +25,9 @@ class RegionPatches
     {
         patches_.reserve(static_cast<unsigned>(
             std::min<std::uint64_t>(region.columns.count(), a.nnz() + region.entriesOf(b)))); // mostly one for each
+        if (!rowsAreRun_) {
+            stored_ = Block<unsigned>::make(std::min<std::uint64_t>(filter.longest(), roomFor(rowCount_)) + 1);
+        }
         region.columns.forEach([this](unsigned t, unsigned column) { visitColumn(t, column); });
     }
 
@@ -37,7 +40,6 @@ class RegionPatches
   private:
     [[gnu::noinline]] void visitColumn(unsigned t, unsigned column)
     {
-        constexpr std::uint64_t kEntriesPerRow = 16; // from there on a search for each row beats looking at each entry
         const bool isMatrix = b_.kind == RightSide::Kind::kMatrix;
         const unsigned source = isMatrix ? b_.b.jc[t] : 0;
         const unsigned sourceEnd = isMatrix ? b_.b.jc[t + std::size_t{1}] : b_.isScalar() ? rowCount_ : 0;
@@ -49,48 +51,62 @@ class RegionPatches
                  .end = span.end,
                  .length = sourceEnd - source,
                  .source = source});
-        } else if (span.length() > kEntriesPerRow * rowCount_) {
-            addRowByRow(column, span, source, sourceEnd);
         } else {
-            addEntryByEntry(column, span, source, sourceEnd);
+            addOneByOne(column, span, source, sourceEnd);
         }
     }
 
-    /// Few rows in a long column leave the rest of it alone.
-    void addRowByRow(unsigned column, EntrySpan span, unsigned source, unsigned sourceEnd)
+    /// What is stored in target rows goes, each place by itself, and the rest of the column is left alone.
+    void addOneByOne(unsigned column, EntrySpan span, unsigned source, unsigned sourceEnd)
     {
-        unsigned at = span.begin;
-        for (unsigned i = 0; i < rowCount_; ++i) {
-            const unsigned row = rows_[i];
-            at = gallop(a_.ir, at, span.end, row);
-            const unsigned stored = at < span.end && a_.ir[at] == row ? 1 : 0;
-            const unsigned comes = source < sourceEnd && targetRow(source) == row ? 1 : 0;
-            add({.column = column, .begin = at, .end = at + stored, .length = comes, .source = source});
-            at += stored;
-            source += comes;
-        }
-    }
-
-    void addEntryByEntry(unsigned column, EntrySpan span, unsigned source, unsigned sourceEnd)
-    {
-        for (unsigned e = span.begin; e < span.end; ++e) {
-            const unsigned row = a_.ir[e];
-            const unsigned before = source;
-            while (source < sourceEnd && targetRow(source) < row) {
-                ++source;
+        const unsigned* dropped = stored_.get();
+        const unsigned* const droppedEnd = findStored(span);
+        const auto drop = [&](unsigned end) {
+            for (; dropped != droppedEnd && *dropped < end; ++dropped) {
+                add({.column = column, .begin = *dropped, .end = *dropped + 1, .length = 0});
             }
-            add({.column = column, .begin = e, .end = e, .length = source - before, .source = before});
-            if (filter_.targets(row)) {
-                const unsigned comes = source < sourceEnd && targetRow(source) == row ? 1 : 0;
-                add({.column = column, .begin = e, .end = e + 1, .length = comes, .source = source});
-                source += comes;
+        };
+        for (unsigned at = span.begin, count = 0; source < sourceEnd; source += count) {
+            at = gallopNear(a_.ir, at, span.end, targetRow(source));
+            drop(at);
+            const unsigned replaced = dropped != droppedEnd && *dropped == at ? 1 : 0;
+            count = 1;
+            while (replaced == 0 && source + count < sourceEnd &&
+                   (at == span.end || targetRow(source + count) < a_.ir[at])) {
+                ++count;
             }
+            add({.column = column, .begin = at, .end = at + replaced, .length = count, .source = source});
+            dropped += replaced;
+            at += replaced;
         }
-        add({.column = column, .begin = span.end, .end = span.end, .length = sourceEnd - source, .source = source});
+        drop(span.end);
     }
 
     /// The target row of an entry of b.
     [[nodiscard]] unsigned targetRow(unsigned source) const { return rows_[b_.isScalar() ? source : b_.b.ir[source]]; }
+
+    /// The entries of a span in target rows: each row is searched, or each entry asked. Returns their end.
+    unsigned* findStored(EntrySpan span) const
+    {
+        unsigned* found = stored_.get();
+        if (span.length() <= roomFor(rowCount_)) {
+            return filter_.find(a_, span, found);
+        }
+        for (unsigned i = 0, at = span.begin; i < rowCount_; ++i) {
+            at = gallop(a_.ir, at, span.end, rows_[i]);
+            if (at < span.end && a_.ir[at] == rows_[i]) {
+                *found++ = at++;
+            }
+        }
+        return found;
+    }
+
+    /// Entries that are asked one by one in the time that so many rows are searched.
+    static std::uint64_t roomFor(unsigned rows)
+    {
+        constexpr std::uint64_t kEntriesPerRow = 16;
+        return kEntriesPerRow * rows;
+    }
 
     void add(const Patch& patch)
     {
@@ -111,6 +127,7 @@ class RegionPatches
     NumberView rows_;
     unsigned rowCount_;
     bool rowsAreRun_;
+    Block<unsigned> stored_; // entries of a column in target rows
     GrowingList<Patch> patches_;
     std::uint64_t total_;
     std::uint64_t inTargetColumns_ = 0;

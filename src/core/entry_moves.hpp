@@ -151,7 +151,7 @@ inline void appendEntries(const Columns& target, std::size_t to, const Columns& 
         copyEntries(target, to, source, from, count);
         return;
     }
-    for (std::size_t i = 0; i < count; i += kRound) { // measured: half the time of the calls for ten entries a run
+    for (std::size_t i = 0; i < count; i += kRound) { // without rounds: uniform/set-rows.full 12, 16
         copyRound<sizeof(unsigned)>(reinterpret_cast<std::byte*>(target.ir + to + i),
                                     reinterpret_cast<const std::byte*>(source.ir + from + i));
         copyRound<sizeof(double)>(target.pr + (to + i) * sizeof(double), source.pr + (from + i) * sizeof(double));

@@ -105,8 +105,9 @@ TEST(HugeTargets, TheSetOfRowsMayBeRefused)
     EXPECT_FALSE(zqsp::setOfRowsPays(kHigh, 2, 1000, 16));
     EXPECT_FALSE(zqsp::setOfRowsPays(1000, 500, 60, 8));
     EXPECT_TRUE(zqsp::setOfRowsPays(1000000, 10, 2000, 16));
-    EXPECT_TRUE(zqsp::rewritingPays(1000, 100));
-    EXPECT_FALSE(zqsp::rewritingPays(1000, 50)); // nearly all entries lie elsewhere
+    EXPECT_TRUE(zqsp::rewritingPays(1000, 600, 10));
+    EXPECT_FALSE(zqsp::rewritingPays(1000, 100, 10)); // most entries lie elsewhere
+    EXPECT_TRUE(zqsp::rewritingPays(1000, 100, 1));   // in few columns, of which each takes time
     EXPECT_TRUE(zqsp::looksAtAllEntries(600, 3, 20));
     EXPECT_FALSE(zqsp::looksAtAllEntries(9000, 3, 20));  // few rows of long columns are searched
     EXPECT_TRUE(zqsp::looksAtAllEntries(9000, 100, 20)); // many are not
