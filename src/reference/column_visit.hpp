@@ -18,24 +18,24 @@ enum class Reading
     kEntries ///< row indices and values
 };
 
-/// Asks for the cache lines at both ends of what will be read of a column: few columns are longer. They are brought to
-/// the second-level cache, which can wait for more lines at a time than the nearest one (measured: scattered columns of
-/// a matrix that no cache holds take two thirds of the time so).
-/// (Inlined by force: a function that only prefetches has no effect in the eyes of the compiler, which drops its
-/// calls.)
+/// Asks for the cache lines at both ends of what will be read of a column, and of values for one in the middle, which
+/// is no other than these where there are three at most: few columns are longer. (Inlined by force: a function that
+/// only prefetches has no effect in the eyes of the compiler, which drops its calls.)
 template <Reading reading>
 [[gnu::always_inline]] inline void prefetchColumn(const Columns& a, unsigned column)
 {
     const std::size_t begin = a.jc[column];
     const std::size_t end = a.jc[column + 1];
-    __builtin_prefetch(a.ir + begin, 0, 2);
-    __builtin_prefetch(a.ir + end, 0, 2);
+    const std::size_t middle = (begin + end) / 2;
+    __builtin_prefetch(a.ir + begin);
+    __builtin_prefetch(a.ir + end);
     if constexpr (reading == Reading::kEntries) {
-        __builtin_prefetch(a.pr + begin * a.elementSize, 0, 2);
-        __builtin_prefetch(a.pr + end * a.elementSize, 0, 2);
-        if (a.pi != nullptr) {
-            __builtin_prefetch(a.pi + begin * a.elementSize, 0, 2);
-            __builtin_prefetch(a.pi + end * a.elementSize, 0, 2);
+        for (const std::byte* const values : {a.pr, a.pi}) {
+            if (values != nullptr) {
+                __builtin_prefetch(values + begin * a.elementSize);
+                __builtin_prefetch(values + middle * a.elementSize);
+                __builtin_prefetch(values + end * a.elementSize);
+            }
         }
     }
 }
@@ -46,8 +46,8 @@ template <Reading reading>
 template <Reading reading = Reading::kEntries, typename F>
 [[gnu::always_inline]] inline void forEachColumnRun(const Columns& a, const Subscript& columns, F&& f)
 {
-    constexpr std::size_t kStartsAhead = 32;
-    constexpr std::size_t kEntriesAhead = 16;
+    constexpr std::size_t kStartsAhead = 64;
+    constexpr std::size_t kEntriesAhead = 32;
     RunWalk walk(columns);
     for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
         for (std::size_t i = 0; i < runs.size(); ++i) {

@@ -174,17 +174,6 @@ class SelectedRows
         taken_ += count;
     }
 
-    /// All rows.
-    void copy(unsigned first, unsigned count)
-    {
-        const unsigned begin = a_.jc[first];
-        appendEntries(out_, written_, a_, begin, a_.jc[first + count] - begin);
-        const unsigned* const ends = a_.jc + first + 1;
-        std::transform(ends, ends + count, out_.jc + taken_ + 1, [&](unsigned end) { return end - begin + written_; });
-        taken_ += count;
-        written_ = out_.jc[taken_];
-    }
-
     ArrayOwner finish()
     {
         setCapacity(result_.get(), written_);
@@ -194,9 +183,6 @@ class SelectedRows
   private:
     unsigned firstRoom() const
     {
-        if (rows_.hasAll()) {
-            return checkedCount(entries_);
-        }
         const std::uint64_t known = std::min<std::uint64_t>(entries_, UINT32_MAX);
         const std::uint64_t expected = known * rows_.count() / a_.m;
         return static_cast<unsigned>(std::min(known, expected + expected / 4 + kBlock));
@@ -236,6 +222,9 @@ class SelectedRows
 ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& selected, const Subscript& columns,
                       bool sifts, std::optional<RowOrder> order)
 {
+    if (selected.hasAll()) {
+        return gatherColumns(a, columns, order ? &*order : nullptr);
+    }
     const std::uint64_t entries = entriesIn(a, columns);
     SelectedRows result(a, selected, countOf(columns), entries);
     std::optional<Sieve> sieve;
@@ -245,9 +234,7 @@ ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& sel
     unsigned ordered = 0;
     constexpr unsigned kUnordered = 1U << 16; // entries: it is in order already what comes out
     forEachColumnBlock(a, columns, order ? kBlock : kUnordered, [&](unsigned first, unsigned count) {
-        if (selected.hasAll()) {
-            result.copy(first, count);
-        } else if (sieve) {
+        if (sieve) {
             result.sift(*sieve, first, count);
         } else {
             result.select(first, count);

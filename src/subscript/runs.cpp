@@ -1,5 +1,6 @@
 #include "subscript/runs.hpp"
 
+#include "kernels/branch_free.hpp"
 #include "kernels/mask_bits.hpp"
 
 #include <algorithm>
@@ -30,18 +31,31 @@ std::size_t RunWalk::fill(const IndexRange& range)
     return count;
 }
 
+/// Each index is written as the end of a run, its own or that of the one before: no branch asks which, as in a list
+/// that was drawn at random nobody can foresee.
 std::size_t RunWalk::fill(const IndexList& list)
 {
-    std::size_t count = 0;
+    const unsigned* const indices = list.begin();
     const unsigned end = list.count();
-    while (count < kBuffer && position_ < end) {
-        const unsigned first = list[position_];
-        unsigned length = 1;
-        while (position_ + length < end && list[position_ + length] == first + length) {
-            ++length;
+    if (position_ == end) {
+        return 0;
+    }
+    unsigned first = indices[position_];
+    unsigned next = first; // what the run goes on with
+    std::size_t count = 1;
+    while (position_ < end && count < kBuffer) {
+        const auto stop = position_ + static_cast<unsigned>(std::min<std::size_t>(kBuffer - count, end - position_));
+        for (; position_ < stop; ++position_) {
+            const unsigned index = indices[position_];
+            const bool goesOn = index == next;
+            count += goesOn ? 0U : 1U;
+            first = index - valueIf(goesOn, index - first);
+            next = index + 1;
+            buffer_[count - 1] = {first, next - first};
         }
-        buffer_[count++] = {first, length};
-        position_ += length;
+    }
+    for (; position_ < end && indices[position_] == next; ++position_, ++next) {
+        ++buffer_[count - 1].length;
     }
     return count;
 }

@@ -34,7 +34,7 @@ class RunWalk
     std::size_t fill(const LogicalMask& mask);
     std::size_t fill(const SparseLogicalMask& mask);
 
-    static constexpr std::size_t kBuffer = 256;
+    static constexpr std::size_t kBuffer = 512;
 
     const Subscript& subscript_;
     unsigned position_ = 0;   // next index of the subscript, next mask byte, or next stored entry of a sparse mask
