@@ -223,14 +223,10 @@ Value sparseMerge(const Value& left, const Value& right, F f, bool both)
         while (i < stopA && k < stopB) {
             const unsigned rowA = rowsA[i];
             const unsigned rowB = rowsB[k];
-            if (rowA == rowB) {
-                result.put(rowA, f(a.at(i++), b.at(k++)));
-            } else if (rowA < rowB) {
-                const Number value = a.at(i++);
-                both ? void() : result.put(rowA, f(value, Number{}));
-            } else {
-                const Number value = b.at(k++);
-                both ? void() : result.put(rowB, f(Number{}, value));
+            const Number valueA = rowA <= rowB ? a.at(i++) : Number{};
+            const Number valueB = rowB <= rowA ? b.at(k++) : Number{};
+            if (!both || rowA == rowB) {
+                result.put(std::min(rowA, rowB), f(valueA, valueB));
             }
         }
         for (; i < stopA && !both; ++i) {

@@ -142,23 +142,17 @@ Value gather(const Value& array, Shape shape, const Places& rows, const Places& 
     Value result = Value::full(shape.m, shape.n, array.classId(), array.isComplex() ? kxCOMPLEX : kxREAL);
     const bool lazy = array.isRange();
     const RangeBounds bounds = lazy ? boundsOf(array) : RangeBounds{};
-    withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
-        const auto fill = [&](const T* from, T* to) {
-            for (std::uint64_t j = 0; j < columns.count(); ++j, to += rows.count()) {
-                const std::uint64_t base = columns.at(j) * height;
-                for (std::uint64_t k = 0; k < rows.count(); ++k) {
-                    pollAtStep(k);
-                    const std::uint64_t place = base + rows.at(k);
-                    to[k] = lazy ? static_cast<T>(valueAt(bounds, place)) : from[place];
-                }
+    forEachPart(array, result, [&]<typename T>(const T* from, T* to) {
+        for (std::uint64_t j = 0; j < columns.count(); ++j, to += rows.count()) {
+            const std::uint64_t base = columns.at(j) * height;
+            for (std::uint64_t k = 0; k < rows.count(); ++k) {
+                pollAtStep(k);
+                const std::uint64_t place = base + rows.at(k);
+                to[k] = lazy ? static_cast<T>(valueAt(bounds, place)) : from[place];
             }
-        };
-        fill(array.data<T>(), result.data<T>());
-        if (array.isComplex()) {
-            fill(array.imagData<T>(), result.imagData<T>());
-            kx::kxFreeImagIfZero(result.get());
         }
     });
+    kx::kxFreeImagIfZero(result.get());
     return result;
 }
 
@@ -211,19 +205,13 @@ Shape linearExtent(const Value& target, std::uint64_t extent)
 void scatter(Value& target, const Value& value, const Places& rows, const Places& columns, std::uint64_t height)
 {
     const std::size_t step = value.isScalar() ? 0 : 1;
-    withElementType(target.classId(), [&]<typename T>(std::type_identity<T>) {
-        const auto fill = [&](const T* from, T* to) {
-            for (std::uint64_t j = 0; j < columns.count(); ++j) {
-                const std::uint64_t base = columns.at(j) * height;
-                const std::uint64_t read = j * rows.count();
-                for (std::uint64_t k = 0; k < rows.count(); ++k) {
-                    to[base + rows.at(k)] = from == nullptr ? T{} : from[(read + k) * step];
-                }
+    forEachPart(value, target, [&]<typename T>(const T* from, T* to) {
+        for (std::uint64_t j = 0; j < columns.count(); ++j) {
+            const std::uint64_t base = columns.at(j) * height;
+            const std::uint64_t read = j * rows.count();
+            for (std::uint64_t k = 0; k < rows.count(); ++k) {
+                to[base + rows.at(k)] = from == nullptr ? T{} : from[(read + k) * step];
             }
-        };
-        fill(value.data<T>(), target.data<T>());
-        if (target.isComplex()) {
-            fill(value.imagData<T>(), target.imagData<T>());
         }
     });
 }
