@@ -82,9 +82,9 @@ void withDetails(const std::function<void()>& call, const std::function<std::str
     });
 }
 
-[[noreturn]] void wrongSubscriptCount(std::size_t count, std::string_view name)
+void checkSubscriptCount(std::size_t count, std::string_view name)
 {
-    fail("kxsh:subscript", "{} takes one or two subscripts, not {}", name, count);
+    require(count == 1 || count == 2, "kxsh:subscript", "{} takes one or two subscripts, not {}", name, count);
 }
 
 Value referSparse(const Value& array, std::span<const Value> subscripts)
@@ -129,9 +129,7 @@ Value reference(const Value& array, std::span<const Value> subscripts, std::stri
     if (subscripts.empty()) {
         return array;
     }
-    if (subscripts.size() > 2) {
-        wrongSubscriptCount(subscripts.size(), name);
-    }
+    checkSubscriptCount(subscripts.size(), name);
     Value result;
     withDetails(
         [&] {
@@ -149,9 +147,7 @@ Value reference(const Value& array, std::span<const Value> subscripts, std::stri
 
 void assign(Value& target, const Value& value, std::span<const Value> subscripts, std::string_view name)
 {
-    if (subscripts.empty() || subscripts.size() > 2) {
-        wrongSubscriptCount(subscripts.size(), name);
-    }
+    checkSubscriptCount(subscripts.size(), name);
     const bool deletes = (value.get()->flags & kxFLAG_EMPTY_LITERAL) != 0;
     Value fresh;
     const auto change = [&] {
