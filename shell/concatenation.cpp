@@ -143,6 +143,7 @@ Value sparseWhole(const Layout& layout, kxClassID id, kxComplexity complexity)
         entries += part.value.entries();
         sideBySide = sideBySide && part.value.rows() == layout.m;
     }
+    std::erase_if(parts, [](const Part& part) { return part.value.rows() == 0; }); // they may be wider than the whole
     Value whole = Value::sparse(layout.m, layout.n, entryCount(entries), id, complexity);
     sideBySide ? putSideBySide(parts, whole) : stack(parts, whole);
     return whole;

@@ -13,52 +13,35 @@
 
 namespace kxsh {
 
-/// The elements, or stored values, of a double array as Number: double, or std::complex<double> of a real one too.
+/// The elements, or stored values, of an array as numbers: double, std::complex<double> (also of a real array, to read)
+/// or bool.
 template <typename Number>
 struct Numbers
 {
-    const double* re;
-    const double* im;
-
-    explicit Numbers(const Value& value) : re(value.data<double>()), im(value.imagData<double>()) {}
-    [[nodiscard]] Number at(std::size_t k) const
-    {
-        if constexpr (std::is_same_v<Number, double>) {
-            return re[k];
-        } else {
-            return {re[k], im != nullptr ? im[k] : 0.0};
-        }
-    }
-};
-
-/// Where results of type double, std::complex<double> or bool are stored.
-template <typename Result>
-struct Results
-{
-    static constexpr bool isTruth = std::is_same_v<Result, bool>;
+    static constexpr bool isTruth = std::is_same_v<Number, bool>;
     static constexpr kxClassID id = isTruth ? kxLOGICAL_CLASS : kxDOUBLE_CLASS;
-    static constexpr kxComplexity complexity = std::is_same_v<Result, std::complex<double>> ? kxCOMPLEX : kxREAL;
+    static constexpr kxComplexity complexity = std::is_same_v<Number, std::complex<double>> ? kxCOMPLEX : kxREAL;
     using Stored = std::conditional_t<isTruth, bool, double>;
 
     Stored* re;
     Stored* im;
 
-    explicit Results(const Value& value) : re(value.data<Stored>()), im(value.imagData<Stored>()) {}
-    [[nodiscard]] Result at(std::size_t k) const
+    explicit Numbers(const Value& value) : re(value.data<Stored>()), im(value.imagData<Stored>()) {}
+    [[nodiscard]] Number at(std::size_t k) const
     {
         if constexpr (complexity == kxCOMPLEX) {
-            return {re[k], im[k]};
+            return {re[k], im != nullptr ? im[k] : 0.0};
         } else {
             return re[k];
         }
     }
-    void put(std::size_t k, Result result) const
+    void put(std::size_t k, Number number) const
     {
         if constexpr (complexity == kxCOMPLEX) {
-            re[k] = result.real();
-            im[k] = result.imag();
+            re[k] = number.real();
+            im[k] = number.imag();
         } else {
-            re[k] = result;
+            re[k] = number;
         }
     }
 };
@@ -70,7 +53,7 @@ class SparseResult
   public:
     /// `most` bounds the number of put(). Raises kx:sizeLimit.
     SparseResult(unsigned m, unsigned n, std::uint64_t most)
-        : value_(Value::sparse(m, n, entryCount(most), Results<Result>::id, Results<Result>::complexity)),
+        : value_(Value::sparse(m, n, entryCount(most), Numbers<Result>::id, Numbers<Result>::complexity)),
           results_(value_),
           rows_(value_.rowIndices())
     {
@@ -91,15 +74,13 @@ class SparseResult
     Value finish()
     {
         setCapacity(value_, count_);
-        if (Results<Result>::complexity == kxCOMPLEX) {
-            kx::kxFreeImagIfZero(value_.get());
-        }
+        kx::kxFreeImagIfZero(value_.get());
         return std::move(value_);
     }
 
   private:
     Value value_;
-    Results<Result> results_;
+    Numbers<Result> results_;
     unsigned* rows_;
     unsigned count_ = 0;
 };
@@ -129,10 +110,10 @@ Value fullElementwise(const Value& left, const Value& right, F f)
     using Result = std::invoke_result_t<F, Number, Number>;
     const unsigned m = left.rows() == 1 ? right.rows() : left.rows();
     const unsigned n = left.columns() == 1 ? right.columns() : left.columns();
-    Value result = Value::full(m, n, Results<Result>::id, Results<Result>::complexity);
+    Value result = Value::full(m, n, Numbers<Result>::id, Numbers<Result>::complexity);
     Spread<Number> a(left);
     Spread<Number> b(right);
-    const Results<Result> out(result);
+    const Numbers<Result> out(result);
     std::size_t height = m;
     std::size_t width = n;
     const auto isWhole = [&](const Value& value) { return value.isScalar() || value.sameShape(result); };
@@ -148,9 +129,7 @@ Value fullElementwise(const Value& left, const Value& right, F f)
             out.put(j * height + i, f(a.at(i, j), b.at(i, j)));
         }
     }
-    if (Results<Result>::complexity == kxCOMPLEX) {
-        kx::kxFreeImagIfZero(result.get());
-    }
+    kx::kxFreeImagIfZero(result.get());
     return result;
 }
 
@@ -223,14 +202,10 @@ Value sparseMerge(const Value& left, const Value& right, F f, bool both)
         while (i < stopA && k < stopB) {
             const unsigned rowA = rowsA[i];
             const unsigned rowB = rowsB[k];
-            if (rowA == rowB) {
-                result.put(rowA, f(a.at(i++), b.at(k++)));
-            } else if (rowA < rowB) {
-                const Number value = a.at(i++);
-                both ? void() : result.put(rowA, f(value, Number{}));
-            } else {
-                const Number value = b.at(k++);
-                both ? void() : result.put(rowB, f(Number{}, value));
+            const Number valueA = rowA <= rowB ? a.at(i++) : Number{};
+            const Number valueB = rowB <= rowA ? b.at(k++) : Number{};
+            if (!both || rowA == rowB) {
+                result.put(std::min(rowA, rowB), f(valueA, valueB));
             }
         }
         for (; i < stopA && !both; ++i) {

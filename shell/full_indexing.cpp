@@ -15,33 +15,23 @@ namespace kxsh {
 namespace {
 
 /// The 0-based places that a subscript names: in steps, or one by one.
-class Places
+struct Places
 {
-  public:
-    Places(std::uint64_t first, std::int64_t step, std::uint64_t count) : first_(first), step_(step), count_(count) {}
-    explicit Places(std::vector<unsigned> list) : list_(std::move(list)), count_(list_.size()), listed_(true) {}
+    std::uint64_t first = 0;
+    std::int64_t step = 1;
+    std::uint64_t count = 1;
+    std::vector<unsigned> list{};
+    bool listed = false;
 
-    [[nodiscard]] std::uint64_t count() const { return count_; }
-    [[nodiscard]] bool listed() const { return listed_; }
     [[nodiscard]] std::uint64_t at(std::uint64_t k) const
     {
-        return listed_ ? list_[k] : first_ + k * static_cast<std::uint64_t>(step_);
+        return listed ? list[k] : first + k * static_cast<std::uint64_t>(step);
     }
     /// One more than the highest place; 0 for none.
     [[nodiscard]] std::uint64_t extent() const
     {
-        if (count_ == 0) {
-            return 0;
-        }
-        return 1 + (listed_ ? *std::max_element(list_.begin(), list_.end()) : std::max(at(0), at(count_ - 1)));
+        return count == 0 ? 0 : 1 + (listed ? *std::ranges::max_element(list) : std::max(at(0), at(count - 1)));
     }
-
-  private:
-    std::vector<unsigned> list_;
-    std::uint64_t first_ = 0;
-    std::int64_t step_ = 1;
-    std::uint64_t count_;
-    bool listed_ = false;
 };
 
 /// Raises the library's error for a 1-based subscript that is none.
@@ -55,20 +45,6 @@ void checkPlace(double v)
     }
 }
 
-Places maskPlaces(const Value& mask)
-{
-    std::vector<unsigned> list;
-    const bool* data = mask.data<bool>();
-    list.reserve(static_cast<std::size_t>(std::count(data, data + mask.count(), true)));
-    for (std::size_t k = 0; k < mask.count(); ++k) {
-        pollAtStep(k);
-        if (data[k]) {
-            list.push_back(static_cast<unsigned>(k));
-        }
-    }
-    return Places(std::move(list));
-}
-
 /// Nothing for a sparse subscript. `all` is how many places the colon names.
 std::optional<Places> placesOf(const Value& subscript, std::uint64_t all)
 {
@@ -76,11 +52,11 @@ std::optional<Places> placesOf(const Value& subscript, std::uint64_t all)
         return std::nullopt;
     }
     if (subscript.isColon()) {
-        return Places(0, 1, all);
+        return Places{.count = all};
     }
+    const std::uint64_t count = subscript.count();
     if (subscript.isRange()) {
         const RangeBounds bounds = boundsOf(subscript);
-        const std::uint64_t count = subscript.count();
         if (count > 0) {
             checkPlace(bounds.start);
         }
@@ -88,26 +64,30 @@ std::optional<Places> placesOf(const Value& subscript, std::uint64_t all)
             checkPlace(bounds.start + bounds.step);
             checkPlace(valueAt(bounds, count - 1));
         }
-        return Places(static_cast<std::uint64_t>(count > 0 ? bounds.start - 1 : 0),
-                      count > 1 ? static_cast<std::int64_t>(bounds.step) : 1, count);
+        return Places{.first = static_cast<std::uint64_t>(count > 0 ? bounds.start - 1 : 0),
+                      .step = count > 1 ? static_cast<std::int64_t>(bounds.step) : 1,
+                      .count = count};
     }
-    if (subscript.classId() == kxLOGICAL_CLASS) {
-        return maskPlaces(subscript);
-    }
-    if (subscript.isComplex()) {
+    const bool isMask = subscript.classId() == kxLOGICAL_CLASS;
+    if (subscript.isComplex() && !isMask) {
         kxHandleSparseSubscriptError(spIndexNotPositiveInteger);
     }
-    std::vector<unsigned> list(subscript.count());
+    Places places{.count = isMask ? nonZeros(subscript) : count, .listed = true};
+    places.list.resize(places.count);
     withElementType(subscript.classId(), [&]<typename T>(std::type_identity<T>) {
         const T* data = subscript.data<T>();
-        for (std::size_t k = 0; k < list.size(); ++k) {
+        auto next = places.list.begin();
+        for (std::size_t k = 0; k < count; ++k) {
             pollAtStep(k);
-            const auto v = static_cast<double>(data[k]);
-            checkPlace(v);
-            list[k] = static_cast<unsigned>(v) - 1;
+            if constexpr (!std::is_same_v<T, bool>) {
+                checkPlace(static_cast<double>(data[k]));
+                *next++ = static_cast<unsigned>(data[k]) - 1;
+            } else if (data[k]) {
+                *next++ = static_cast<unsigned>(k);
+            }
         }
     });
-    return Places(std::move(list));
+    return places;
 }
 
 struct Shape
@@ -142,23 +122,17 @@ Value gather(const Value& array, Shape shape, const Places& rows, const Places& 
     Value result = Value::full(shape.m, shape.n, array.classId(), array.isComplex() ? kxCOMPLEX : kxREAL);
     const bool lazy = array.isRange();
     const RangeBounds bounds = lazy ? boundsOf(array) : RangeBounds{};
-    withElementType(array.classId(), [&]<typename T>(std::type_identity<T>) {
-        const auto fill = [&](const T* from, T* to) {
-            for (std::uint64_t j = 0; j < columns.count(); ++j, to += rows.count()) {
-                const std::uint64_t base = columns.at(j) * height;
-                for (std::uint64_t k = 0; k < rows.count(); ++k) {
-                    pollAtStep(k);
-                    const std::uint64_t place = base + rows.at(k);
-                    to[k] = lazy ? static_cast<T>(valueAt(bounds, place)) : from[place];
-                }
+    forEachPart(array, result, [&]<typename T>(const T* from, T* to) {
+        for (std::uint64_t j = 0; j < columns.count; ++j, to += rows.count) {
+            const std::uint64_t base = columns.at(j) * height;
+            for (std::uint64_t k = 0; k < rows.count; ++k) {
+                pollAtStep(k);
+                const std::uint64_t place = base + rows.at(k);
+                to[k] = lazy ? static_cast<T>(valueAt(bounds, place)) : from[place];
             }
-        };
-        fill(array.data<T>(), result.data<T>());
-        if (array.isComplex()) {
-            fill(array.imagData<T>(), result.imagData<T>());
-            kx::kxFreeImagIfZero(result.get());
         }
     });
+    kx::kxFreeImagIfZero(result.get());
     return result;
 }
 
@@ -211,19 +185,13 @@ Shape linearExtent(const Value& target, std::uint64_t extent)
 void scatter(Value& target, const Value& value, const Places& rows, const Places& columns, std::uint64_t height)
 {
     const std::size_t step = value.isScalar() ? 0 : 1;
-    withElementType(target.classId(), [&]<typename T>(std::type_identity<T>) {
-        const auto fill = [&](const T* from, T* to) {
-            for (std::uint64_t j = 0; j < columns.count(); ++j) {
-                const std::uint64_t base = columns.at(j) * height;
-                const std::uint64_t read = j * rows.count();
-                for (std::uint64_t k = 0; k < rows.count(); ++k) {
-                    to[base + rows.at(k)] = from == nullptr ? T{} : from[(read + k) * step];
-                }
+    forEachPart(value, target, [&]<typename T>(const T* from, T* to) {
+        for (std::uint64_t j = 0; j < columns.count; ++j) {
+            const std::uint64_t base = columns.at(j) * height;
+            const std::uint64_t read = j * rows.count;
+            for (std::uint64_t k = 0; k < rows.count; ++k) {
+                to[base + rows.at(k)] = from == nullptr ? T{} : from[(read + k) * step];
             }
-        };
-        fill(value.data<T>(), target.data<T>());
-        if (target.isComplex()) {
-            fill(value.imagData<T>(), target.imagData<T>());
         }
     });
 }
@@ -234,21 +202,20 @@ std::optional<Value> referenceFull(const Value& array, std::span<const Value> su
 {
     const bool linear = subscripts.size() == 1;
     const auto rows = placesOf(subscripts[0], linear ? array.count() : array.rows());
-    const auto columns = linear ? Places(0, 1, 1) : placesOf(subscripts[1], array.columns());
+    const auto columns = linear ? Places{} : placesOf(subscripts[1], array.columns());
     if (!rows || !columns) {
         return std::nullopt;
     }
     if (rows->extent() > (linear ? array.count() : array.rows()) || (!linear && columns->extent() > array.columns())) {
         kxHandleSparseSubscriptError(spIndexOutOfRange);
     }
-    const auto m = static_cast<unsigned>(rows->count());
-    const Shape shape =
-        linear ? linearShape(array, subscripts[0], m) : Shape{m, static_cast<unsigned>(columns->count())};
+    const auto m = static_cast<unsigned>(rows->count);
+    const Shape shape = linear ? linearShape(array, subscripts[0], m) : Shape{m, static_cast<unsigned>(columns->count)};
     if (array.isRange() && shape.m == 1) {
         const Places& places = linear ? *rows : *columns;
         const RangeBounds bounds = boundsOf(array);
         const bool whole = std::trunc(bounds.start) == bounds.start && std::trunc(bounds.step) == bounds.step;
-        if (whole && !places.listed() && shape.n > 1) {
+        if (whole && !places.listed && shape.n > 1) {
             const double first = valueAt(bounds, places.at(0));
             return Value::range(first, valueAt(bounds, places.at(1)) - first, valueAt(bounds, places.at(shape.n - 1)));
         }
@@ -265,12 +232,12 @@ bool assignFull(Value& target, const Value& value, std::span<const Value> subscr
         return false;
     }
     const auto rows = placesOf(subscripts[0], linear ? target.count() : target.rows());
-    const auto columns = linear ? Places(0, 1, 1) : placesOf(subscripts[1], target.columns());
+    const auto columns = linear ? Places{} : placesOf(subscripts[1], target.columns());
     if (!rows || !columns) {
         return false;
     }
-    auto m = static_cast<unsigned>(rows->count());
-    auto n = static_cast<unsigned>(columns->count());
+    auto m = static_cast<unsigned>(rows->count);
+    auto n = static_cast<unsigned>(columns->count);
     if (linear && !value.isScalar() && value.count() != m) {
         if (anyColon) {
             return false;

@@ -129,18 +129,15 @@ Value sprand(Session&, Arguments arguments)
     Sampler sampler(seedOf(arguments, 3));
     const std::vector<std::uint64_t> places =
         sampler.choose(static_cast<std::uint64_t>(expected), std::uint64_t{m} * n);
-    Assembly assembly(m, n, kxDOUBLE_CLASS, kxREAL);
-    for (std::size_t k = 0; k < places.size(); ++k) {
-        pollAtStep(k);
-        assembly.count(static_cast<unsigned>(places[k] / m));
+    SparseResult<double> result(m, n, places.size());
+    auto next = places.begin();
+    for (unsigned j = 0; j < n; ++j) {
+        for (; next != places.end() && *next / m == j; ++next) {
+            result.put(static_cast<unsigned>(*next % m), sampler.fraction());
+        }
+        result.closeColumn(j);
     }
-    assembly.startPlacing();
-    for (std::size_t k = 0; k < places.size(); ++k) {
-        pollAtStep(k);
-        const std::uint64_t place = places[k];
-        assembly.place(static_cast<unsigned>(place % m), static_cast<unsigned>(place / m), sampler.fraction());
-    }
-    return assembly.finish();
+    return result.finish();
 }
 
 Value speye(Session&, Arguments arguments)

@@ -2,6 +2,7 @@
 
 #include "error.hpp"
 #include "full_indexing.hpp"
+#include "operators.hpp"
 #include "printing.hpp"
 
 #include <zqspmatrix.h>
@@ -43,19 +44,6 @@ std::optional<double> firstBad(const Value& subscript, double extent)
     return std::nullopt;
 }
 
-/// How many places a subscript names.
-double placesNamed(const Value& subscript, double extent)
-{
-    if (subscript.isColon()) {
-        return extent;
-    }
-    if (subscript.classId() == kxLOGICAL_CLASS) {
-        const Value stored = asSparse(subscript);
-        return stored.entries();
-    }
-    return static_cast<double>(subscript.count());
-}
-
 /// What a user needs to see beside a subscript error: the value at fault, or the shapes that do not fit.
 std::string circumstances(const Value& array, std::span<const Value> subscripts, std::string_view name, bool grows,
                           const Value* value)
@@ -71,10 +59,13 @@ std::string circumstances(const Value& array, std::span<const Value> subscripts,
     if (value == nullptr || value->isScalar()) {
         return shape;
     }
-    const double first = placesNamed(subscripts[0], extentOf(array, subscripts.size(), 0));
-    const std::string places = subscripts.size() == 1 ? fmt::format("{} places", first)
-                                                      : fmt::format("{}-by-{} places", first,
-                                                                    placesNamed(subscripts[1], extentOf(array, 2, 1)));
+    const auto named = [&](std::size_t i) { // places that a subscript names
+        return subscripts[i].isColon()                      ? extentOf(array, subscripts.size(), i)
+               : subscripts[i].classId() == kxLOGICAL_CLASS ? static_cast<double>(nonZeros(subscripts[i]))
+                                                            : static_cast<double>(subscripts[i].count());
+    };
+    const std::string places = subscripts.size() == 1 ? fmt::format("{} places", named(0))
+                                                      : fmt::format("{}-by-{} places", named(0), named(1));
     return fmt::format("{}, the value {}-by-{} for {}", shape, value->rows(), value->columns(), places);
 }
 
@@ -91,9 +82,9 @@ void withDetails(const std::function<void()>& call, const std::function<std::str
     });
 }
 
-[[noreturn]] void wrongSubscriptCount(std::size_t count, std::string_view name)
+void checkSubscriptCount(std::size_t count, std::string_view name)
 {
-    fail("kxsh:subscript", "{} takes one or two subscripts, not {}", name, count);
+    require(count == 1 || count == 2, "kxsh:subscript", "{} takes one or two subscripts, not {}", name, count);
 }
 
 Value referSparse(const Value& array, std::span<const Value> subscripts)
@@ -138,9 +129,7 @@ Value reference(const Value& array, std::span<const Value> subscripts, std::stri
     if (subscripts.empty()) {
         return array;
     }
-    if (subscripts.size() > 2) {
-        wrongSubscriptCount(subscripts.size(), name);
-    }
+    checkSubscriptCount(subscripts.size(), name);
     Value result;
     withDetails(
         [&] {
@@ -158,9 +147,7 @@ Value reference(const Value& array, std::span<const Value> subscripts, std::stri
 
 void assign(Value& target, const Value& value, std::span<const Value> subscripts, std::string_view name)
 {
-    if (subscripts.empty() || subscripts.size() > 2) {
-        wrongSubscriptCount(subscripts.size(), name);
-    }
+    checkSubscriptCount(subscripts.size(), name);
     const bool deletes = (value.get()->flags & kxFLAG_EMPTY_LITERAL) != 0;
     Value fresh;
     const auto change = [&] {

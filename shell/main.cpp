@@ -22,27 +22,19 @@ using namespace kxsh;
 
 constexpr int kUsageError = 2;
 
-/// Lines of standard input where that is no terminal.
-class PlainInput : public LineSource
-{
-  public:
-    Event next(std::string& line, bool) override { return std::getline(std::cin, line) ? Event::kLine : Event::kEnd; }
-};
-
 bool runInteractively(Session& session)
 {
     Runner runner(session, std::cerr);
     if (::isatty(STDIN_FILENO) == 0) {
-        PlainInput input;
-        return runner.runLines(input);
+        return runner.runLines(
+            [](std::string& line, bool) { return std::getline(std::cin, line) ? LineEvent::kLine : LineEvent::kEnd; });
     }
     installInterruptHandler();
     std::cout << fmt::format("kxsh {}: sparse matrices by subscript. Type help for help, quit to leave.\n",
                              libzqspmatrix_version)
               << std::flush;
-    Terminal terminal(session);
     session.page = showByPages;
-    runner.runLines(terminal);
+    runner.runLines(terminalLines(session));
     return true;
 }
 

@@ -222,15 +222,18 @@ class Reader
                        "the diagonal of a hermitian matrix is real");
     }
 
-    /// The entry that the symmetry of the file puts on the other side of the diagonal.
-    template <typename T>
-    [[nodiscard]] Entry<T> mirrored(const Entry<T>& entry) const
+    /// f of an entry, and of the one that the symmetry of the file puts on the other side of the diagonal.
+    template <typename T, typename F>
+    void withMirrored(const Entry<T>& entry, F f) const
     {
-        const auto minus = [](T v) { return static_cast<T>(-v); };
-        const bool negative = header_.symmetry == Symmetry::kSkewSymmetric;
-        const bool conjugate = header_.symmetry == Symmetry::kHermitian;
-        return {entry.column, entry.row, negative ? minus(entry.re) : entry.re,
-                negative || conjugate ? minus(entry.im) : entry.im};
+        f(entry);
+        if (header_.symmetry != Symmetry::kGeneral && entry.row != entry.column) {
+            const auto minus = [](T v) { return static_cast<T>(-v); };
+            const bool negative = header_.symmetry == Symmetry::kSkewSymmetric;
+            const bool conjugate = header_.symmetry == Symmetry::kHermitian;
+            f(Entry<T>{entry.column, entry.row, negative ? minus(entry.re) : entry.re,
+                       negative || conjugate ? minus(entry.im) : entry.im});
+        }
     }
 
     [[nodiscard]] kxComplexity complexity() const { return header_.field == Field::kComplex ? kxCOMPLEX : kxREAL; }
@@ -259,7 +262,6 @@ class Reader
         const auto count = lines_.wholeNumber<std::uint64_t>("number of entries");
         lines_.endOfLine();
         checkCount(count);
-        const bool mirrors = header_.symmetry != Symmetry::kGeneral;
         const bool complex = header_.field == Field::kComplex;
         const Progress progress("reading", path_, 2 * count);
         Assembly assembly(rows_, columns_, classOf(), complexity());
@@ -271,9 +273,7 @@ class Reader
             progress.step(done);
             releaseText(done);
             nextEntryLine(done, count);
-            Entry<T> entry{};
-            entry.row = index("row", rows_);
-            entry.column = index("column", columns_);
+            Entry<T> entry{index("row", rows_), index("column", columns_), T{}, T{}};
             readValue(entry);
             checkTriangle(entry);
             places.emplace_back(entry.row, entry.column);
@@ -281,10 +281,7 @@ class Reader
             if (complex) {
                 values.push_back(entry.im);
             }
-            assembly.count(entry.column);
-            if (mirrors && entry.row != entry.column) {
-                assembly.count(entry.row);
-            }
+            withMirrored(entry, [&](const Entry<T>& each) { assembly.count(each.column); });
         }
         checkEnd(count);
         std::string().swap(text_);
@@ -292,16 +289,11 @@ class Reader
         auto next = values.cbegin();
         for (std::uint64_t done = 0; done < count; ++done) {
             progress.step(count + done);
-            const auto [row, column] = places[done];
-            Entry<T> entry{row, column, *next++, T{}};
+            Entry<T> entry{places[done].first, places[done].second, *next++, T{}};
             if (complex) {
                 entry.im = *next++;
             }
-            assembly.place(row, column, entry.re, entry.im);
-            if (mirrors && row != column) {
-                const Entry<T> other = mirrored(entry);
-                assembly.place(other.row, other.column, other.re, other.im);
-            }
+            withMirrored(entry, [&](const Entry<T>& each) { assembly.place(each.row, each.column, each.re, each.im); });
         }
         places = std::vector<std::pair<unsigned, unsigned>>();
         values = std::vector<T>();
@@ -337,10 +329,7 @@ class Reader
                 Entry<T> entry{i, j, T{}, T{}};
                 readValue(entry);
                 checkTriangle(entry);
-                put(entry);
-                if (mirrors && i != j) {
-                    put(mirrored(entry));
-                }
+                withMirrored(entry, put);
             }
         }
         checkEnd(count);

@@ -70,11 +70,10 @@ std::string_view fieldOf(const Value& value)
 
 bool sameBytes(const Value& a, const Value& b)
 {
-    const std::size_t size = kx::kxGetElementSize(a.get());
-    const std::size_t count = a.isSparse() ? a.entries() : a.count();
-    return (!a.isSparse() || samePattern(a, b)) &&
-           (count == 0 || std::memcmp(a.get()->pr, b.get()->pr, count * size) == 0) &&
-           (count == 0 || !a.isComplex() || std::memcmp(a.get()->pi, b.get()->pi, count * size) == 0);
+    const std::size_t size = (a.isSparse() ? a.entries() : a.count()) * kx::kxGetElementSize(a.get());
+    const auto same = [size](const void* x, const void* y) { return size == 0 || std::memcmp(x, y, size) == 0; };
+    return (!a.isSparse() || samePattern(a, b)) && same(a.get()->pr, b.get()->pr) &&
+           (!a.isComplex() || same(a.get()->pi, b.get()->pi));
 }
 
 /// "symmetric", "hermitian" or "skew-symmetric" where the other triangle can be restored bit for bit, else "general".
@@ -96,34 +95,19 @@ std::string_view symmetryOf(const Value& value)
     return skew ? "skew-symmetric" : "general";
 }
 
-/// First row to be written of a column.
-unsigned firstRow(std::string_view symmetry, unsigned column)
-{
-    return symmetry == "general" ? 0 : symmetry == "skew-symmetric" ? column + 1 : column;
-}
-
 /// Calls write(k, row, column) for each stored value, or element, that is to be written.
 template <typename Write>
 void forEachWritten(const Value& value, std::string_view symmetry, Write write)
 {
+    const bool lower = symmetry != "general";
+    const unsigned offset = symmetry == "skew-symmetric" ? 1 : 0;
     for (unsigned j = 0; j < value.columns(); ++j) {
-        const unsigned first = firstRow(symmetry, j);
         forEachInColumn(value, j, [&](unsigned row, std::size_t k) {
-            if (row >= first) {
+            if (!lower || row >= j + offset) {
                 write(k, row, j);
             }
         });
     }
-}
-
-std::size_t entriesWritten(const Value& value, std::string_view symmetry)
-{
-    if (symmetry == "general") {
-        return value.isSparse() ? value.entries() : value.count();
-    }
-    std::size_t count = 0;
-    forEachWritten(value, symmetry, [&count](std::size_t, unsigned, unsigned) { ++count; });
-    return count;
 }
 
 template <typename T>
@@ -157,7 +141,8 @@ void writeMatrixMarket(const std::filesystem::path& path, const Value& array)
     const kxClassID id = value.classId();
     require(id != kxCHAR_CLASS, "kxsh:arguments", "mmwrite writes numbers, not strings");
     const std::string_view symmetry = symmetryOf(value);
-    const std::size_t count = entriesWritten(value, symmetry);
+    std::size_t count = 0;
+    forEachWritten(value, symmetry, [&count](std::size_t, unsigned, unsigned) { ++count; });
     OutputFile file(path);
     Writer writer(file);
     writer.put("%%MatrixMarket matrix ", value.isSparse() ? "coordinate " : "array ", fieldOf(value), ' ', symmetry,

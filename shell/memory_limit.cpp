@@ -14,37 +14,29 @@ namespace kxsh {
 namespace {
 
 constexpr std::uint64_t kUnknown = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kKilobyte = 1024;
 
 bool followsMachine = false;
 std::chrono::steady_clock::time_point lastLook;
 
-/// The number behind a word in a file of the system, or the first one; kUnknown where there is none but 0.
-std::uint64_t numberIn(const char* path, std::string_view word = {})
+/// The number behind a word in a file of the system, or the first one, times `unit`; kUnknown where there is none but
+/// 0.
+std::uint64_t bytesIn(const char* path, std::string_view word = {}, std::uint64_t unit = 1)
 {
     std::ifstream file(path);
     std::string each;
     while (each != word && file >> each) {
     }
     std::uint64_t number = 0;
-    return file >> number && number != 0 ? number : kUnknown;
-}
-
-constexpr std::uint64_t kKilobyte = 1024;
-
-/// Bytes of data that the process has mapped.
-std::uint64_t mappedBytes()
-{
-    const std::uint64_t kilobytes = numberIn("/proc/self/status", "VmData:");
-    return kilobytes == kUnknown ? 0 : kilobytes * kKilobyte;
+    return file >> number && number != 0 ? number * unit : kUnknown;
 }
 
 /// Bytes that can be had without taking them from anybody, in this container if it is one.
 std::uint64_t freeBytes()
 {
-    const std::uint64_t kilobytes = numberIn("/proc/meminfo", "MemAvailable:");
-    const std::uint64_t machine = kilobytes == kUnknown ? kUnknown : kilobytes * kKilobyte;
-    const std::uint64_t most = numberIn("/sys/fs/cgroup/memory.max");
-    const std::uint64_t taken = numberIn("/sys/fs/cgroup/memory.current");
+    const std::uint64_t machine = bytesIn("/proc/meminfo", "MemAvailable:", kKilobyte);
+    const std::uint64_t most = bytesIn("/sys/fs/cgroup/memory.max");
+    const std::uint64_t taken = bytesIn("/sys/fs/cgroup/memory.current");
     return most == kUnknown || taken == kUnknown ? machine : std::min(machine, most - std::min(most, taken));
 }
 
@@ -72,17 +64,15 @@ void limitMemory(std::uint64_t bytes)
 void refreshMemoryLimit()
 {
     constexpr auto kInterval = std::chrono::milliseconds(500);
-    if (!followsMachine) {
-        return;
-    }
     const auto now = std::chrono::steady_clock::now();
-    if (now - lastLook < kInterval) {
+    if (!followsMachine || now - lastLook < kInterval) {
         return;
     }
     lastLook = now;
+    const std::uint64_t mapped = bytesIn("/proc/self/status", "VmData:", kKilobyte);
     const std::uint64_t free = freeBytes();
-    if (free != kUnknown) {
-        setLimit(mappedBytes() + free);
+    if (mapped != kUnknown && free != kUnknown) {
+        setLimit(mapped + free);
     }
 }
 

@@ -84,10 +84,10 @@ Value sparseProduct(const Value& left, const Value& right)
 template <typename Number>
 Value fullProduct(const Value& left, const Value& right)
 {
-    Value result = Value::full(left.rows(), right.columns(), kxDOUBLE_CLASS, Results<Number>::complexity);
+    Value result = Value::full(left.rows(), right.columns(), kxDOUBLE_CLASS, Numbers<Number>::complexity);
     const Numbers<Number> a(left);
     const Numbers<Number> b(right);
-    const Results<Number> out(result);
+    const Numbers<Number> out(result);
     for (unsigned j = 0; j < right.columns(); ++j) {
         const std::size_t offset = std::size_t{j} * left.rows();
         forEachInColumn(right, j, [&](unsigned column, std::size_t k) {

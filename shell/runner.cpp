@@ -39,41 +39,38 @@ Runner::Outcome Runner::run(std::string_view source, std::size_t firstLine)
     return reportingErrors(runAll, show) ? outcome : Outcome::kFailed;
 }
 
-bool Runner::runLines(LineSource& lines)
+bool Runner::runLines(const LineSource& nextLine)
 {
     bool good = true;
     std::size_t lineNumber = 0;
     std::string line;
     std::string pending; // the lines of a statement that goes on
-    std::size_t pendingLines = 0;
+    std::size_t firstLine = 1;
     OpenEnds open;
     for (;;) {
-        const LineSource::Event event = lines.next(line, !pending.empty());
+        const LineEvent event = nextLine(line, !pending.empty());
         clearInterrupt();
-        const bool ended = event == LineSource::Event::kEnd;
-        if (ended && pending.empty()) {
+        if (event == LineEvent::kEnd && pending.empty()) {
             return good;
         }
-        if (event == LineSource::Event::kLine) {
+        if (event == LineEvent::kLine) {
             ++lineNumber;
-            ++pendingLines;
-            pending += line;
-            pending += '\n';
+            pending += line + '\n';
             open.add(line);
             if (open.any()) {
                 continue;
             }
         }
-        if (event != LineSource::Event::kInterrupted) {
-            const Outcome outcome = run(pending, lineNumber - pendingLines + 1);
+        if (event != LineEvent::kInterrupted) {
+            const Outcome outcome = run(pending, firstLine);
             session_.out.flush();
             good = good && outcome != Outcome::kFailed;
-            if (outcome == Outcome::kQuit || ended) {
+            if (outcome == Outcome::kQuit || event == LineEvent::kEnd) {
                 return good;
             }
         }
         pending.clear();
-        pendingLines = 0;
+        firstLine = lineNumber + 1;
         open = {};
     }
 }

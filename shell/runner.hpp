@@ -4,30 +4,22 @@
 
 #include "session.hpp"
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <string_view>
 
 namespace kxsh {
 
-/// Where lines come from.
-class LineSource
+enum class LineEvent
 {
-  public:
-    enum class Event
-    {
-        kLine,
-        kInterrupted, ///< Ctrl-C at the prompt: what was typed is dropped
-        kEnd
-    };
-
-    LineSource() = default;
-    LineSource(const LineSource&) = delete;
-    LineSource& operator=(const LineSource&) = delete;
-    virtual ~LineSource() = default;
-    /// Reads the next line into `line`; `continued` inside an open bracket or block.
-    virtual Event next(std::string& line, bool continued) = 0;
+    kLine,
+    kInterrupted, ///< Ctrl-C at the prompt: what was typed is dropped
+    kEnd
 };
+
+/// Where lines come from: reads the next one into `line`; `continued` inside an open bracket or block.
+using LineSource = std::function<LineEvent(std::string& line, bool continued)>;
 
 class Runner
 {
@@ -46,7 +38,7 @@ class Runner
     Outcome run(std::string_view source, std::size_t firstLine = 1);
 
     /// Carries out lines until they end or one quits; an error ends only its own line. Returns whether all went well.
-    bool runLines(LineSource& lines);
+    bool runLines(const LineSource& nextLine);
 
   private:
     Session& session_;

@@ -32,19 +32,12 @@ struct Box
     unsigned paint;
 };
 
-enum class Anchor
-{
-    kStart,
-    kMiddle,
-    kEnd
-};
-
-/// One line of text; (x, y) is its start, middle or end on the base line.
+/// One line of text, of which `share` lies left of x (0: it starts there, 1: it ends there), on the base line y.
 struct Label
 {
     int x;
     int y;
-    Anchor anchor;
+    double share;
     std::string text;
 };
 

@@ -19,6 +19,11 @@ constexpr int kLargestCell = 40;
 constexpr int kNarrowest = 30; // units of the shorter side at least
 constexpr int kGappedCell = 8; // cells from this size on stand apart
 
+// Shares of labels.
+constexpr double kStarting = 0;
+constexpr double kCentred = 0.5;
+constexpr double kEnding = 1;
+
 /// One side of the matrix cut into bins of nearly equal length.
 struct Side
 {
@@ -175,16 +180,16 @@ class Composer
         for (const unsigned tick : ticksOf(columns_.length, columns_.size(), (digits + 2) * kCharWidth)) {
             const int x = left_ + columns_.middleOf(tick - 1);
             box(x, top_ - 7, 1, 5, kInk);
-            drawing_.labels.push_back({x, top_ - 12, Anchor::kMiddle, fmt::to_string(tick)});
+            drawing_.labels.push_back({x, top_ - 12, kCentred, fmt::to_string(tick)});
         }
         for (const unsigned tick : ticksOf(rows_.length, rows_.size(), 2 * kLineHeight)) {
             const int y = top_ + rows_.middleOf(tick - 1);
             box(left_ - 7, y, 5, 1, kInk);
-            drawing_.labels.push_back({left_ - 12, y + 5, Anchor::kEnd, fmt::to_string(tick)});
+            drawing_.labels.push_back({left_ - 12, y + 5, kEnding, fmt::to_string(tick)});
         }
-        drawing_.labels.push_back({left_ + std::max(columns_.size() / 2, 3 * kCharWidth), top_ - 14 - kLineHeight,
-                                   Anchor::kMiddle, "column"});
-        drawing_.labels.push_back({left_ - 12, top_ - 14 - kLineHeight, Anchor::kEnd, "row"});
+        drawing_.labels.push_back(
+            {left_ + std::max(columns_.size() / 2, 3 * kCharWidth), top_ - 14 - kLineHeight, kCentred, "column"});
+        drawing_.labels.push_back({left_ - 12, top_ - 14 - kLineHeight, kEnding, "row"});
     }
 
     void captions()
@@ -202,7 +207,7 @@ class Composer
         int widest = 0;
         for (const std::string& line : lines) {
             y += kLineHeight + 2;
-            drawing_.labels.push_back({left_, y, Anchor::kStart, line});
+            drawing_.labels.push_back({left_, y, kStarting, line});
             widest = std::max(widest, static_cast<int>(line.size()) * kCharWidth);
         }
         if (lines.size() > 1) {

@@ -73,8 +73,7 @@ void paint(cairo_t* context, const Drawing& drawing)
     for (const Label& label : drawing.labels) {
         cairo_text_extents_t extents;
         cairo_text_extents(context, label.text.c_str(), &extents);
-        const double share = label.anchor == Anchor::kStart ? 0 : label.anchor == Anchor::kMiddle ? 0.5 : 1;
-        cairo_move_to(context, label.x - share * extents.x_advance, label.y);
+        cairo_move_to(context, label.x - label.share * extents.x_advance, label.y);
         cairo_show_text(context, label.text.c_str());
     }
 }

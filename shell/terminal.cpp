@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cwchar>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 namespace kxsh {
@@ -94,31 +95,7 @@ int readCharacter(EditLine*, wchar_t* out)
     }
 }
 
-} // namespace
-
-unsigned terminalWidth()
-{
-    winsize size{};
-    return ::isatty(STDOUT_FILENO) != 0 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
-}
-
-void showByPages(const std::string& text)
-{
-    winsize size{};
-    const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-    const bool fits = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || lines < size.ws_row;
-    const char* chosen = std::getenv("PAGER");
-    const std::string pager = chosen != nullptr && *chosen != '\0' ? chosen : "less || cat";
-    std::FILE* pipe = fits ? nullptr : ::popen(pager.c_str(), "w");
-    std::fputs(text.c_str(), pipe != nullptr ? pipe : stdout);
-    if (pipe != nullptr) {
-        ::pclose(pipe);
-        clearInterrupt(); // Ctrl-C was for the pager
-    }
-    std::fflush(stdout);
-}
-
-class Terminal::Editor
+class Editor
 {
   public:
     explicit Editor(Session& session)
@@ -146,7 +123,7 @@ class Terminal::Editor
         el_source(editor_.get(), nullptr); // the user's own key bindings
     }
 
-    Event next(std::string& line, bool continued)
+    LineEvent next(std::string& line, bool continued)
     {
         continued_ = continued;
         clearInterrupt();
@@ -158,11 +135,11 @@ class Terminal::Editor
         if (interruptPending()) {
             el_reset(editor_.get());
             fmt::print(stdout, "^C\n");
-            return Event::kInterrupted;
+            return LineEvent::kInterrupted;
         }
         if (text == nullptr || count <= 0) {
             fmt::print(stdout, "\n");
-            return Event::kEnd;
+            return LineEvent::kEnd;
         }
         line.assign(text, static_cast<std::size_t>(count));
         while (line.ends_with('\n')) {
@@ -172,7 +149,7 @@ class Terminal::Editor
         if (const unsigned width = terminalWidth()) {
             session_.width = width; // the window may have changed
         }
-        return Event::kLine;
+        return LineEvent::kLine;
     }
 
   private:
@@ -229,13 +206,34 @@ class Terminal::Editor
     bool continued_ = false;
 };
 
-Terminal::Terminal(Session& session) : editor_(std::make_unique<Editor>(session)) {}
+} // namespace
 
-Terminal::~Terminal() = default;
-
-LineSource::Event Terminal::next(std::string& line, bool continued)
+unsigned terminalWidth()
 {
-    return editor_->next(line, continued);
+    winsize size{};
+    return ::isatty(STDOUT_FILENO) != 0 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void showByPages(const std::string& text)
+{
+    winsize size{};
+    const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    const bool fits = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || lines < size.ws_row;
+    const char* chosen = std::getenv("PAGER");
+    const std::string pager = chosen != nullptr && *chosen != '\0' ? chosen : "less || cat";
+    std::FILE* pipe = fits ? nullptr : ::popen(pager.c_str(), "w");
+    std::fputs(text.c_str(), pipe != nullptr ? pipe : stdout);
+    if (pipe != nullptr) {
+        ::pclose(pipe);
+        clearInterrupt(); // Ctrl-C was for the pager
+    }
+    std::fflush(stdout);
+}
+
+LineSource terminalLines(Session& session)
+{
+    const auto editor = std::make_shared<Editor>(session);
+    return [editor](std::string& line, bool continued) { return editor->next(line, continued); };
 }
 
 } // namespace kxsh

@@ -5,7 +5,6 @@
 #include "runner.hpp"
 #include "session.hpp"
 
-#include <memory>
 #include <string>
 
 namespace kxsh {
@@ -16,18 +15,8 @@ unsigned terminalWidth();
 /// Shows a text; one that is longer than the terminal is high through $PAGER, by default less.
 void showByPages(const std::string& text);
 
-/// Line editing, history (kept in the user's state folder) and completion of names and files by Tab.
-class Terminal : public LineSource
-{
-  public:
-    explicit Terminal(Session& session);
-    ~Terminal() override;
-    Event next(std::string& line, bool continued) override;
-
-  private:
-    class Editor;
-    std::unique_ptr<Editor> editor_;
-};
+/// Lines typed with line editing, history (kept in the user's state folder) and completion of names and files by Tab.
+LineSource terminalLines(Session& session);
 
 } // namespace kxsh
 

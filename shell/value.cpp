@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace kxsh {
 
@@ -183,18 +182,12 @@ void setCapacity(Value& sparse, unsigned count)
 
 void copyValues(const Value& from, std::size_t first, std::size_t count, Value& to, std::size_t next)
 {
-    const std::size_t size = kx::kxGetElementSize(to.get());
-    const auto copy = [&](const void* source, void* target) {
-        char* at = static_cast<char*>(target) + next * size;
-        source == nullptr ? std::memset(at, 0, count * size)
-                          : std::memcpy(at, static_cast<const char*>(source) + first * size, count * size);
-    };
-    if (count != 0) {
-        copy(from.get()->pr, to.get()->pr);
-        if (to.isComplex()) {
-            copy(from.isComplex() ? from.get()->pi : nullptr, to.get()->pi);
-        }
+    if (count == 0) {
+        return; // `next` may lie behind an empty array
     }
+    forEachPart(from, to, [&]<typename T>(const T* source, T* target) {
+        source == nullptr ? std::fill_n(target + next, count, T{}) : std::copy_n(source + first, count, target + next);
+    });
 }
 
 std::string shapeText(const Value& value)

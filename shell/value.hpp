@@ -128,6 +128,19 @@ decltype(auto) withElementType(kxClassID id, F&& f)
     return kxWithElementType<bool, char16_t>(id, f);
 }
 
+/// f(source, target) with the real parts of two arrays of one class, then with the imaginary ones if `to` has some;
+/// those of `from` are a null pointer if it has none.
+template <typename F>
+void forEachPart(const Value& from, Value& to, F f)
+{
+    withElementType(to.classId(), [&]<typename T>(std::type_identity<T>) {
+        f(static_cast<const T*>(from.data<T>()), to.data<T>());
+        if (to.isComplex()) {
+            f(static_cast<const T*>(from.imagData<T>()), to.imagData<T>());
+        }
+    });
+}
+
 /// Calls f(row, k) for each stored value k of a column of a sparse array, or each element k of that of a full one.
 template <typename F>
 void forEachInColumn(const Value& array, unsigned column, F&& f)

@@ -9,6 +9,7 @@
 #include "target.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <sstream>
 
@@ -49,7 +50,7 @@ bool isOneStatement(const std::string& text)
 }
 
 /// The lines of a text, and between them the checks of what the last one did.
-class CheckedLines : public kxsh::LineSource
+class CheckedLines
 {
   public:
     CheckedLines(std::string_view text, const kxsh::Session& session, std::ostringstream& errors)
@@ -57,7 +58,7 @@ class CheckedLines : public kxsh::LineSource
     {
     }
 
-    Event next(std::string& line, bool continued) override
+    kxsh::LineEvent operator()(std::string& line, bool continued)
     {
         kxrt::fail_allocation_after(-1);
         if (!continued) {
@@ -66,7 +67,7 @@ class CheckedLines : public kxsh::LineSource
             before_ = std::make_unique<Variables>(session_);
         }
         if (rest_.empty()) {
-            return Event::kEnd;
+            return kxsh::LineEvent::kEnd;
         }
         const std::size_t length = std::min(rest_.find('\n'), rest_.size());
         line = rest_.substr(0, length);
@@ -77,7 +78,7 @@ class CheckedLines : public kxsh::LineSource
         } else if (failing_ > 0) {
             kxrt::fail_allocation_after(std::exchange(failing_, -1));
         }
-        return Event::kLine;
+        return kxsh::LineEvent::kLine;
     }
 
     /// To be called once more when the lines have ended.
@@ -122,7 +123,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         kxsh::Session session(out);
         session.rounds = 50;
         CheckedLines lines(text, session, errors);
-        kxsh::Runner(session, errors).runLines(lines);
+        kxsh::Runner(session, errors).runLines(std::ref(lines));
         kxrt::fail_allocation_after(-1);
         lines.check();
     }

@@ -113,9 +113,7 @@ TEST(Spy, EveryShapeFitsItsPicture)
         }
         for (const Label& label : drawing.labels) {
             const int width = static_cast<int>(label.text.size()) * kCharWidth;
-            const int left = label.x - (label.anchor == Anchor::kEnd      ? width
-                                        : label.anchor == Anchor::kMiddle ? width / 2
-                                                                          : 0);
+            const int left = label.x - static_cast<int>(label.share * width);
             EXPECT_GE(left, 0) << shape << ' ' << label.text;
             EXPECT_LE(left + width, drawing.width) << shape << ' ' << label.text;
         }
