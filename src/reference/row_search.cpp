@@ -2,25 +2,38 @@
 #include "core/search.hpp"
 #include "core/sort.hpp"
 #include "core/values.hpp"
+#include "lookup/place_search.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
 
 #include <algorithm>
+#include <bit>
 
 namespace zqsp {
 
 namespace {
 
-/// hit(i, e) for every selected row i (of `count` in `rows`) that is stored in entry e of begin .. end-1, ascending in
-/// both. Two sorted lists are merged by galloping: the cost is the length of the shorter one times the logarithm of the
-/// steps in the longer, so neither many rows over short columns nor few rows over long ones cost a pass over the other
-/// side.
+/// hit(i, e) for every selected row i (of `count` in `rows`) that is stored in entry e of column j, ascending in both.
+/// Two sorted lists are merged by galloping: the cost is the length of the shorter one times the logarithm of the steps
+/// in the longer, so neither many rows over short columns nor few rows over long ones cost a pass over the other side.
+/// Few rows are each compared with the whole of a short column, which takes no branch but for what is found.
 template <typename Rows, typename F>
-void mergeHits(const Rows& rows, unsigned count, const unsigned* ir, unsigned begin, unsigned end, F&& hit)
+void mergeHits(const Rows& rows, unsigned count, const Columns& a, unsigned j, F&& hit)
 {
+    constexpr unsigned kFew = 32;
+    const unsigned* const ir = a.ir;
+    const unsigned end = a.jc[j + 1];
+    unsigned e = a.jc[j];
     unsigned i = 0;
-    unsigned e = begin;
+    if (count <= kFew && end - e <= kComparedRows && canCompare(a, e)) {
+        for (; i < count; ++i) {
+            if (const unsigned same = whichAmong(ir + e, end - e, rows[i]); same != 0) {
+                hit(i, e + static_cast<unsigned>(std::countr_zero(same)));
+            }
+        }
+        return;
+    }
     while (e < end && i < count) {
         if (rows[i] < ir[e]) {
             i = gallop(rows, i + 1, count, ir[e]);
@@ -51,7 +64,7 @@ ArrayOwner searchColumns(const Columns& a, const Ordered& rows, const Numbers& n
 {
     const unsigned k = rows.count();
     const unsigned repeats = countRepeats(rows.form());
-    const auto forEachHit = [&](unsigned j, auto&& hit) { mergeHits(numbers, k, a.ir, a.jc[j], a.jc[j + 1], hit); };
+    const auto forEachHit = [&](unsigned j, auto&& hit) { mergeHits(numbers, k, a, j, hit); };
     std::uint64_t total = 0;
     unsigned longest = 0;
     forEachColumn(a, columns, [&](unsigned j, unsigned length) {
