@@ -93,11 +93,6 @@ struct Expression
     int height = 1; ///< nodes on the longest way down to a leaf
 };
 
-struct ExpressionStatement
-{
-    ExpressionPtr expression;
-};
-
 /// What stands left of '=': name or name(subscripts).
 struct Target
 {
@@ -114,19 +109,13 @@ struct AssignStatement
     bool deletes = false;
 };
 
-/// How a statement ends.
+/// How a statement ends. As a statement: break, continue or quit.
 enum class Flow
 {
     kOn,
     kBreak,
     kContinue,
     kQuit
-};
-
-/// break, continue or quit.
-struct JumpStatement
-{
-    Flow flow;
 };
 
 struct Statement;
@@ -153,7 +142,7 @@ struct LoopStatement
 
 struct Statement
 {
-    std::variant<ExpressionStatement, AssignStatement, JumpStatement, IfStatement, LoopStatement> action;
+    std::variant<ExpressionPtr, AssignStatement, Flow, IfStatement, LoopStatement> action;
     bool prints = true; ///< no semicolon follows
     std::size_t offset; ///< its first byte in the source
     std::string source; ///< its text, first line only

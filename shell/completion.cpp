@@ -54,7 +54,6 @@ void forEachWord(const Session& session, F f)
 
 Completion complete(const Session& session, std::string_view beforeCursor)
 {
-    constexpr std::string_view kNameParts = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_";
     const std::size_t quote = openString(beforeCursor);
     const bool isFile = quote != std::string_view::npos;
     const std::string_view begun = // no place plus one is the first

@@ -71,30 +71,18 @@ OutputFile::OutputFile(fs::path path) : path_(std::move(path))
     std::error_code ignored;
     if (path_ == "/dev/stdout" || path_ == "/dev/stderr") { // goes on where it stands, also in a file
         descriptor_ = ::dup(path_ == "/dev/stdout" ? STDOUT_FILENO : STDERR_FILENO);
-        if (descriptor_ < 0) {
-            fail(errno);
-        }
-        return;
-    }
-    if (fs::is_symlink(path_, ignored)) {
-        require(fs::exists(path_, ignored), "kxsh:file", "cannot write {}: it is a link to nothing", path_.string());
-        path_ = fs::canonical(path_, ignored);
-    }
-    const auto status = fs::status(path_, ignored);
-    const bool existed = fs::exists(status);
-    if (existed && !fs::is_regular_file(status)) {
-        descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
     } else {
-        constexpr auto kAnyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
-        if (existed && ((status.permissions() & kAnyWrite) == fs::perms::none || ::access(path_.c_str(), W_OK) != 0)) {
-            fail(EACCES);
+        if (fs::is_symlink(path_, ignored)) {
+            require(fs::exists(path_, ignored), "kxsh:file", "cannot write {}: it is a link to nothing",
+                    path_.string());
+            path_ = fs::canonical(path_, ignored);
         }
-        openPartial();
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        constexpr mode_t kNewFile = 0666;
-        const mode_t mode = existed ? static_cast<mode_t>(status.permissions() & fs::perms::mask) : kNewFile & ~mask;
-        static_cast<void>(::fchmod(descriptor_, mode));
+        const auto status = fs::status(path_, ignored);
+        if (fs::exists(status) && !fs::is_regular_file(status)) {
+            descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+        } else {
+            openPartial(status);
+        }
     }
     if (descriptor_ < 0) {
         fail(errno);
@@ -109,15 +97,25 @@ OutputFile::OutputFile(fs::path path) : path_(std::move(path))
 }
 
 /// mkostemp() makes its file anew, never through a link, under a random name.
-void OutputFile::openPartial()
+void OutputFile::openPartial(fs::file_status status)
 {
+    constexpr auto kAnyWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    const bool existed = fs::exists(status);
+    if (existed && ((status.permissions() & kAnyWrite) == fs::perms::none || ::access(path_.c_str(), W_OK) != 0)) {
+        fail(EACCES);
+    }
     std::string name = path_.string() + ".XXXXXX";
     descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor_ < 0) {
-        fail(errno);
+        return;
     }
     partial_ = std::move(name);
     setDoomedFile(partial_.c_str());
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    constexpr mode_t kNewFile = 0666;
+    const mode_t mode = existed ? static_cast<mode_t>(status.permissions() & fs::perms::mask) : kNewFile & ~mask;
+    static_cast<void>(::fchmod(descriptor_, mode));
 }
 
 OutputFile::~OutputFile()

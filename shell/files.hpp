@@ -32,7 +32,8 @@ class OutputFile
 
   private:
     [[noreturn]] void fail(int reason) const;
-    void openPartial();
+    /// The file beside the one of this status; no descriptor where it cannot be.
+    void openPartial(std::filesystem::file_status status);
     void close() noexcept;
 
     std::filesystem::path path_;

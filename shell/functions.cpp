@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <regex>
 
 namespace kxsh {
 
@@ -84,14 +85,14 @@ std::string overview()
     return text + "\nhelp NAME tells more about a function, with an example.\n";
 }
 
-std::string replaced(std::string_view text, std::string_view from, std::string_view to)
+/// A text as roff takes it.
+std::string roff(std::string_view text)
 {
     std::string result;
-    for (std::size_t at = text.find(from); at != std::string_view::npos; at = text.find(from)) {
-        result.append(text.substr(0, at)).append(to);
-        text.remove_prefix(at + from.size());
+    for (const char c : text) {
+        result += c == '\\' ? "\\e" : c == '-' ? "\\-" : c == '\'' ? "\\(aq" : std::string(1, c);
     }
-    return result.append(text);
+    return result;
 }
 
 } // namespace
@@ -171,12 +172,10 @@ std::string functionPage(PageFormat format)
     for (const Topic& topic : topics()) {
         page += fmt::format("{}{}\n", manual ? ".SS " : "\n## ", topic.title);
         for (const Function& function : topic.functions) {
-            const std::string details = replaced(function.details, "\n  ", " ");
+            const std::string details = // on one line
+                std::regex_replace(std::string(function.details), std::regex("\n +"), " ");
             const std::string text = fmt::format("{}.{}{}", function.summary, details.empty() ? "" : " ", details);
             if (manual) {
-                const auto roff = [](std::string_view line) {
-                    return replaced(replaced(replaced(line, "\\", "\\e"), "-", "\\-"), "'", "\\(aq");
-                };
                 page += fmt::format(".TP\n.B {}\n{}\n", roff(function.usage), roff(text));
             } else {
                 page += fmt::format("\n`{}`: {}\n\n    {}\n", function.usage, text, function.example);

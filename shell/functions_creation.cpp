@@ -17,8 +17,6 @@ namespace kxsh {
 
 namespace {
 
-constexpr std::size_t kPollEntries = std::size_t{1} << 20;
-
 struct Shape
 {
     unsigned m;
@@ -162,9 +160,9 @@ Value filled(Arguments arguments, kxClassID id, T value)
 {
     const auto [m, n] = arguments.empty() ? Shape{1, 1} : shapeOf(arguments);
     Value result = Value::full(m, n, id);
-    for (std::size_t first = 0; first < result.count() && value != T{}; first += kPollEntries) {
-        pollInterrupt();
-        std::fill_n(result.data<T>() + first, std::min<std::size_t>(kPollEntries, result.count() - first), value);
+    for (std::size_t k = 0; k < result.count() && value != T{}; ++k) {
+        pollAtStep(k);
+        result.data<T>()[k] = value;
     }
     return result;
 }

@@ -24,16 +24,14 @@ Value filtered(const Value& array, Keep keep)
                                               : sparseMap<double>(numbers, value),
                          elements.classId());
     }
-    Value result(kx::kxCreateDeepCopy(elements.get()));
-    withElementType(result.classId(), [&]<typename T>(std::type_identity<T>) {
-        for (T* part : {result.data<T>(), result.imagData<T>()}) {
-            for (unsigned j = 0; j < result.columns() && part != nullptr; ++j) {
-                pollInterrupt();
-                for (unsigned i = 0; i < result.rows(); ++i) {
-                    T& element = part[std::size_t{j} * result.rows() + i];
-                    element = keep(i, j) ? element : T{};
-                }
-            }
+    Value result =
+        Value::full(elements.rows(), elements.columns(), elements.classId(), elements.isComplex() ? kxCOMPLEX : kxREAL);
+    forEachPart(elements, result, [&]<typename T>(const T* from, T* to) {
+        for (unsigned j = 0; j < result.columns(); ++j) {
+            forEachInColumn(result, j, [&](unsigned i, std::size_t k) {
+                pollAtStep(k);
+                to[k] = keep(i, j) ? from[k] : T{};
+            });
         }
     });
     return result;

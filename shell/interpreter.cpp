@@ -58,7 +58,7 @@ class Interpreter
         return Flow::kOn;
     }
 
-    Flow execute(const Statement&, const JumpStatement& action) { return action.flow; }
+    Flow execute(const Statement&, Flow flow) { return flow; }
 
     Flow execute(const Statement&, const IfStatement& action)
     {
@@ -95,9 +95,9 @@ class Interpreter
     }
 
     /// The result of anything but a plain variable is kept as `ans`.
-    Flow execute(const Statement& statement, const ExpressionStatement& action)
+    Flow execute(const Statement& statement, const ExpressionPtr& action)
     {
-        const Expression& expression = *action.expression;
+        const Expression& expression = *action;
         const Value* known = expression.kind == Kind::kName ? variable(expression.name) : nullptr;
         if (known != nullptr) {
             pollInterrupt();

@@ -18,13 +18,9 @@ bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
 }
-bool isNameStart(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-}
 bool isNamePart(char c)
 {
-    return isNameStart(c) || isDigit(c);
+    return kNameParts.find(c) != std::string_view::npos;
 }
 
 using Brackets = std::vector<std::pair<char, std::size_t>>; // open ones, with their places
@@ -88,7 +84,7 @@ class Lexer
             ++at_;
         } else if (isDigit(c) || (c == '.' && isDigit(peek(1)))) {
             number();
-        } else if (isNameStart(c)) {
+        } else if (isNamePart(c)) {
             name();
         } else if (c == '"' || (c == '\'' && !quoteTransposes())) {
             string(c);
@@ -119,10 +115,7 @@ class Lexer
 
     void name()
     {
-        std::size_t length = 1;
-        while (isNamePart(peek(length))) {
-            ++length;
-        }
+        const std::size_t length = std::min(source_.find_first_not_of(kNameParts, at_), source_.size()) - at_;
         const std::string_view word = source_.substr(at_, length);
         const bool isKeyword = std::ranges::find(kKeywords, word) != std::end(kKeywords);
         const bool isPlace = word == "end" && !open_.empty();

@@ -13,6 +13,9 @@ namespace kxsh {
 /// The words that are no names.
 constexpr std::string_view kKeywords[] = {"break", "continue", "else", "elseif", "end", "for", "if", "while"};
 
+/// What names consist of; they begin with no digit.
+constexpr std::string_view kNameParts = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_0123456789";
+
 /// Up to kEnd, what stands for a value.
 enum class TokenKind
 {

@@ -81,7 +81,7 @@ class Parser : ExpressionParser
             if (loops_ == 0) {
                 throw SyntaxError(fmt::format("'{}' stands outside a loop", previous().text), first);
             }
-            return JumpStatement{previous().is("break") ? Flow::kBreak : Flow::kContinue};
+            return previous().is("break") ? Flow::kBreak : Flow::kContinue;
         }
         if (accept("if")) {
             return branches(first);
@@ -139,17 +139,17 @@ class Parser : ExpressionParser
             const std::string& word = current().text;
             if ((word == "quit" || word == "exit") && endsStatement(next())) {
                 advance();
-                return JumpStatement{Flow::kQuit};
+                return Flow::kQuit;
             }
             if ((word == "help" && endsStatement(next())) ||
                 ((word == "help" || word == "clear") && next().kind == TokenKind::kName)) {
-                return ExpressionStatement{command()};
+                return command();
             }
         }
         const bool bracketed = current().is("[");
         ExpressionPtr left = expression();
         if (!current().is("=")) {
-            return ExpressionStatement{std::move(left)};
+            return left;
         }
         return assignment(std::move(left), bracketed);
     }

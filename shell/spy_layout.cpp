@@ -141,6 +141,11 @@ class Composer
         drawing_.boxes.push_back({x, y, width, height, paint});
     }
 
+    void label(int x, int y, double share, std::string text)
+    {
+        drawing_.labels.push_back({x, y, share, std::move(text)});
+    }
+
     void frame()
     {
         const int w = columns_.size();
@@ -180,12 +185,12 @@ class Composer
         for (const unsigned tick : ticksOf(columns_.length, columns_.size(), (digits + 2) * kCharWidth)) {
             const int x = left_ + columns_.middleOf(tick - 1);
             box(x, top_ - 7, 1, 5, kInk);
-            drawing_.labels.push_back({x, top_ - 12, kCentred, fmt::to_string(tick)});
+            label(x, top_ - 12, kCentred, fmt::to_string(tick));
         }
         for (const unsigned tick : ticksOf(rows_.length, rows_.size(), 2 * kLineHeight)) {
             const int y = top_ + rows_.middleOf(tick - 1);
             box(left_ - 7, y, 5, 1, kInk);
-            drawing_.labels.push_back({left_ - 12, y + 5, kEnding, fmt::to_string(tick)});
+            label(left_ - 12, y + 5, kEnding, fmt::to_string(tick));
         }
         drawing_.labels.push_back(
             {left_ + std::max(columns_.size() / 2, 3 * kCharWidth), top_ - 14 - kLineHeight, kCentred, "column"});
@@ -207,7 +212,7 @@ class Composer
         int widest = 0;
         for (const std::string& line : lines) {
             y += kLineHeight + 2;
-            drawing_.labels.push_back({left_, y, kStarting, line});
+            label(left_, y, kStarting, line);
             widest = std::max(widest, static_cast<int>(line.size()) * kCharWidth);
         }
         if (lines.size() > 1) {

@@ -32,15 +32,6 @@ const fl::except::IUserException& unicodeConverter()
 
 } // namespace
 
-Value::Value(const Value& other) : array_(other.array_ == nullptr ? nullptr : kx::kxCreateSharedDataCopy(other.array_))
-{
-}
-
-Value::~Value()
-{
-    kx::kxDestroyArray(array_);
-}
-
 Value Value::number(double re)
 {
     Value value = full(1, 1);
@@ -72,30 +63,10 @@ Value Value::truth(bool isTrue)
     return value;
 }
 
-Value Value::range(double start, double step, double stop)
-{
-    return Value(kx::kxCreateColonObject(start, step, stop));
-}
-
 Value Value::full(unsigned m, unsigned n, kxClassID id, kxComplexity complexity)
 {
     const unsigned dims[2] = {m, n};
     return Value(kx::kxCreateNumericArray(2, dims, id, complexity));
-}
-
-Value Value::sparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
-{
-    return Value(kx::kxCreateSparseNumericMatrix(m, n, nzmax, id, complexity));
-}
-
-kxClassID Value::classId() const
-{
-    return array_->class_id > 16 ? array_->_get_class_id_non_trivial() : array_->class_id;
-}
-
-bool Value::isComplex() const noexcept
-{
-    return (array_->flags & kxFLAG_MAY_BE_COMPLEX) != 0 && array_->pi != nullptr;
 }
 
 std::string_view className(kxClassID id)

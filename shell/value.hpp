@@ -25,25 +25,31 @@ class Value
     Value() noexcept = default;
     /// Takes ownership; null gives the empty handle.
     explicit Value(kxArray* owned) noexcept : array_(owned) {}
-    Value(const Value& other);
+    Value(const Value& other) : array_(other.array_ == nullptr ? nullptr : kx::kxCreateSharedDataCopy(other.array_)) {}
     Value(Value&& other) noexcept : array_(std::exchange(other.array_, nullptr)) {}
     Value& operator=(Value other) noexcept
     {
         std::swap(array_, other.array_);
         return *this;
     }
-    ~Value();
+    ~Value() { kx::kxDestroyArray(array_); }
 
     static Value number(double re);
     static Value complexNumber(double re, double im);
     static Value truth(bool isTrue);
     static Value text(std::string_view utf8);
-    static Value range(double start, double step, double stop);
+    static Value range(double start, double step, double stop)
+    {
+        return Value(kx::kxCreateColonObject(start, step, stop));
+    }
     /// Zeroed m-by-n full array.
     static Value full(unsigned m, unsigned n, kxClassID id = kxDOUBLE_CLASS, kxComplexity complexity = kxREAL);
     /// m-by-n sparse array with room for `nzmax` entries, zeroed column starts and unset entries.
     static Value sparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id = kxDOUBLE_CLASS,
-                        kxComplexity complexity = kxREAL);
+                        kxComplexity complexity = kxREAL)
+    {
+        return Value(kx::kxCreateSparseNumericMatrix(m, n, nzmax, id, complexity));
+    }
 
     [[nodiscard]] kxArray* get() noexcept { return array_; }
     [[nodiscard]] const kxArray* get() const noexcept { return array_; }
@@ -53,12 +59,18 @@ class Value
     [[nodiscard]] unsigned columns() const { return kx::kxGetN(array_); }
     /// rows times columns, never saturated.
     [[nodiscard]] std::uint64_t count() const { return std::uint64_t{rows()} * columns(); }
-    [[nodiscard]] kxClassID classId() const;
+    [[nodiscard]] kxClassID classId() const
+    {
+        return array_->class_id > 16 ? array_->_get_class_id_non_trivial() : array_->class_id;
+    }
     [[nodiscard]] bool isSparse() const noexcept { return (array_->flags & kxFLAG_SPARSE) != 0; }
     [[nodiscard]] bool isColon() const { return array_->is_colon_index(); }
     /// A lazily stored range, not the bare colon.
     [[nodiscard]] bool isRange() const { return !isColon() && (array_->flags & kxFLAG_COLON_OBJECT) != 0; }
-    [[nodiscard]] bool isComplex() const noexcept;
+    [[nodiscard]] bool isComplex() const noexcept
+    {
+        return (array_->flags & kxFLAG_MAY_BE_COMPLEX) != 0 && array_->pi != nullptr;
+    }
     [[nodiscard]] bool isScalar() const { return rows() == 1 && columns() == 1; }
     [[nodiscard]] bool isText() const { return classId() == kxCHAR_CLASS && !isSparse(); }
     [[nodiscard]] bool sameShape(const Value& other) const
