@@ -100,41 +100,6 @@ TEST(HugeTargets, ARightSideOfNothingIsNotWrittenOut)
     EXPECT_EQ(run([&] { return spAss4(A.get(), B.get(), none.get()); }), Ended());
 }
 
-TEST(HugeTargets, TheSetOfRowsMayBeRefused)
-{
-    EXPECT_FALSE(zqsp::setOfRowsPays(kHigh, 2, 1000, 16));
-    EXPECT_FALSE(zqsp::setOfRowsPays(1000, 500, 60, 8));
-    EXPECT_TRUE(zqsp::setOfRowsPays(1000000, 10, 2000, 16));
-    EXPECT_TRUE(zqsp::rewritingPays(1000, 100));
-    EXPECT_FALSE(zqsp::rewritingPays(1000, 50)); // nearly all entries lie elsewhere
-    EXPECT_TRUE(zqsp::looksAtAllEntries(600, 3, 20));
-    EXPECT_FALSE(zqsp::looksAtAllEntries(9000, 3, 20));  // few rows of long columns are searched
-    EXPECT_TRUE(zqsp::looksAtAllEntries(9000, 100, 20)); // many are not
-    EXPECT_TRUE(zqsp::freshBlocksPay(100, 8, 60));
-    EXPECT_FALSE(zqsp::freshBlocksPay(100, 8, 40));
-    EXPECT_FALSE(zqsp::freshBlocksPay(0x20000000, 8, 0x20000000)); // 32 bits do not count the bytes
-    Model a = Model::empty(kReal, 1000000, 1);
-    for (unsigned i = 0; i < 2000; ++i) {
-        a.entries[{0, i * 500}] = 1;
-    }
-    Model left = a.fit();
-    std::vector<double> rows;
-    for (unsigned i = 0; i < 200; ++i) {
-        rows.push_back(i * i * 25 + 1.0);
-        left.entries.erase({0, i * i * 25});
-    }
-    const LargestBlock small(1U << 16);
-    expectMakes(toRegion(a, at(rows), Subscript::range(1, 1, 1), kZero), left);
-}
-
-TEST(HugeTargets, TheSizeOfAFreshRegionIsCheckedFirst)
-{
-    const LargestBlock small(1U << 14);
-    const Subscript side = Subscript::range(1, 1, 60000);
-    const Operation op = toRegion(Model::unset(), side, side, kSeven); // too large for the model
-    EXPECT_EQ("", makeAndCheck(Call(op), op, {Failure(kMaxSizeError), {}}).complaint);
-}
-
 TEST(HugeTargets, NewImaginaryPartsAreZeroToTheirEnd)
 {
     const Operation op = toElements(patterned(kReal, 1, 9), at({30}), RightSide::scalar(Value(1, 2), kComplex));
