@@ -1,4 +1,4 @@
-// A(K) = B that fails: the order of the checks; and [] as the right-hand side.
+// A(K) = B that fails: the order of the checks; and [] from a target without a class.
 #include "assign/cases.hpp"
 
 using namespace zqsp::test;
@@ -26,18 +26,11 @@ TEST(LinearAssignmentErrors, OrderOfTheChecks)
     }
 }
 
-TEST(LinearAssignmentErrors, TheLiteralDeletes)
+/// Of a deletion from nothing the models know nothing.
+TEST(LinearAssignmentErrors, TheLiteralDeletesFromNothing)
 {
-    const Model a = patterned(kComplex, 2, 3);
-    const RightSide literal = RightSide::literal();
-    expectEnds(toElements(a, at({7.5}), literal), spIndexToRemoveOutOfRange);
-    expectEnds(toElements(a, Subscript::sparseList({1, 0}), literal), spIndexBelowOne);
-    expectEnds(toElements(Model::empty(kReal, 0x10000, 0x10000), at({1}), literal), spCannotResizeToRowVector);
-    // held inside another value it is an empty array like any other
-    expectEnds(toElements(a, at({}), RightSide::literal(RightSide::Kind::ContainedLiteral)), spOK);
-
     const Array unset = toArray(Model::unset());
-    const Array marker = toArray(literal);
+    const Array marker = toArray(RightSide::literal());
     for (const Subscript& k : {at({}), Subscript::colon(), Subscript::mask({0}), Subscript::range(1, 1, 0)}) {
         EXPECT_EQ(run([&] { return spAss3(unset.get(), marker.get(), toArray(k).get()); }), Ended());
         EXPECT_EQ(unset->class_id, kxUNKNOWN_CLASS);

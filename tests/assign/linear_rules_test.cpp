@@ -14,36 +14,6 @@ const RightSide kZero = RightSide::scalar(0);
 
 } // namespace
 
-TEST(LinearAssignment, AllocationsHardlyGrowWithTheIndices)
-{
-    const auto allocationsFor = [](unsigned count) {
-        std::vector<double> k;
-        for (unsigned t = 0; t < count; ++t) {
-            k.push_back(1 + (t * 7919) % 10000);
-        }
-        const Call call(toElements(Model::empty(kReal, 100, 100), at(k), kFive));
-        const long before = kxrt::allocations();
-        EXPECT_EQ(call.make(nullptr), spOK);
-        return kxrt::allocations() - before;
-    };
-    constexpr long kDoublings = 4; // a growing list takes one more for each, none is taken for an entry
-    EXPECT_LE(allocationsFor(9000), allocationsFor(1000) + kDoublings);
-}
-
-TEST(LinearAssignment, ZerosInsideKeepTheBlocks)
-{
-    for (const Storage storage : sparseStorages()) {
-        const Model a = patterned(storage, 3, 4, storage.classId != kxLOGICAL_CLASS);
-        const Call call(toElements(a, at({12, 4, 1, 2, 4}), kZero));
-        const kxArray* target = call.target();
-        const void* const blocks[] = {target->pr, target->ir, target->jc};
-        ASSERT_EQ(call.make(nullptr), spOK);
-        const void* const after[] = {target->pr, target->ir, target->jc};
-        EXPECT_TRUE(std::equal(std::begin(blocks), std::end(blocks), std::begin(after))) << storage;
-        EXPECT_EQ(target->nzmax, a.nzmax);
-    }
-}
-
 /// Values that the random tests do not draw, in every way of assigning one.
 TEST(Assignment, WhatIsZero)
 {

@@ -57,16 +57,6 @@ TEST(LinearReference, LargeMasks)
     expectEnds(linear(column.fit(), Subscript::sparseMask(0xF0000000, 1, {{0, 7}, {0, 0xEFFFFFFF}})), spOK);
 }
 
-TEST(LinearReference, MatricesPastTheMaximum)
-{
-    const MaxElements limit(10);
-    const Model a = patterned(kReal, 4, 4);
-    expectEnds(linear(a, Subscript::list({11})), spIndexExceedsMaxSize);
-    expectEnds(linear(a, Subscript::list({11}).as(kxINT8_CLASS)), spIndexOutOfRange);
-    expectEnds(linear(a, Subscript::range(9, 1, 11)), kMaxSizeError);
-    expectEnds(linear(a, Subscript::range(11, 1, 11)), spIndexOutOfRange);
-}
-
 /// What a call takes beside its result and the converted list of positions, which is four bytes for each.
 TEST(LinearReference, ExtraMemoryStaysBelowTheResult)
 {

@@ -5,15 +5,12 @@
 #include "support/generators.hpp"
 
 #include <cstdint>
-#include <limits>
 
 namespace zqsp::test::runtime {
 namespace {
 
 using ConvertTest = RuntimeTest;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr kxClassID kClasses[] = {kxLOGICAL_CLASS, kxCHAR_CLASS,   kxDOUBLE_CLASS, kxSINGLE_CLASS,
                                   kxINT8_CLASS,    kxUINT8_CLASS,  kxINT16_CLASS,  kxUINT16_CLASS,
                                   kxINT32_CLASS,   kxUINT32_CLASS, kxINT64_CLASS,  kxUINT64_CLASS};

@@ -2,15 +2,11 @@
 #include "arrays.hpp"
 
 #include <climits>
-#include <limits>
 
 namespace zqsp::test::runtime {
 namespace {
 
 using LimitsTest = RuntimeTest;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 TEST_F(LimitsTest, ProductsAreCheckedAtTheEdges)
 {

@@ -19,161 +19,96 @@ void expectPrinted(const std::vector<std::pair<std::string, std::string>>& cases
     }
 }
 
-TEST(Language, Numbers)
+/// Statements of which the last is true and the only one that prints, behind the same set-up.
+void expectTrue(const Texts& cases, const std::string& setUp = "")
 {
-    expectPrinted({
-        {"3", "ans = 3\n"},
-        {"x = .5, y = 1e-3;", "x = 0.5\n"},
-        {"1 + 2 * 3 - 4 / 8", "ans = 6.5\n"},
-        {"-2 - -3", "ans = 1\n"},
-        {"(1 + 2i) * (3 - 4i)", "ans = 11+2i\n"},
-        {"2i * 2i", "ans = -4\n"},
-        {"1 / 3", "ans = 0.3333333333\n"},
-        {"123456789012 * 1000", "ans = 123456789012000\n"},
-        {"int8(100) + 100", "ans = 127\n"},
-        {"int32(7) / 2", "ans = 4\n"},
-        {"class(single(1) + 1)", "ans = 'single'\n"},
-        {"1 < 2 == 1", "ans = 1\n"},
-        {"int64(9007199254740993) == int64(9007199254740993)", "ans = 1\n"},
-    });
+    for (const std::string& statements : cases) {
+        expectPrinted({{setUp + statements, "ans = 1\n"}});
+    }
+}
+
+TEST(Language, NumbersAndRanges)
+{
+    expectTrue({"1 + 2 * 3 - 4 / 8 == 6.5", "-2 - -3 == 1", "(1 + 2i) * (3 - 4i) == 11+2i", "1 < 2 == 1",
+                "int8(100) + 100 == 127", "int32(7) / 2 == 4", "isequal(class(single(1) + 1), 'single')",
+                "int64(9007199254740993) == int64(9007199254740993)", "isequal(5:-2:1, [5 3 1])",
+                "isequal(size(3:1), [1 0])", "isequal(2 * (1:3) + 1, [3 5 7])", "isequal(10 - (1:3), [9 8 7])",
+                "isequal(0:0.5:1, [0 0.5 1])", "r = 1:2000000000; r = 3 * r; numel(r) == 2000000000",
+                "A = sparse(20000000, 1); A(7) = 5; r = 20000000:-1:1; find(A(r)) == 19999994"});
+    expectPrinted({{"x = .5, y = 1e-3;", "x = 0.5\n"},
+                   {"2i * 2i, 1 / 3, 123456789012 * 1000", "ans = -4\nans = 0.3333333333\nans = 123456789012000\n"}});
 }
 
 TEST(Language, BracketsTellSignsAndQuotesBySpaces)
 {
-    expectPrinted({
-        {"[1 -2]", "ans = full double, 1-by-2\n   1  -2\n"},
-        {"[1 - 2]", "ans = -1\n"},
-        {"[1 , -2\n 3 4;]", "ans = full double, 2-by-2\n   1  -2\n   3   4\n"},
-        {"a = [1 2]; [a' a']", "ans = full double, 2-by-2\n  1  1\n  2  2\n"},
-        {"a = 5; [a 'x']", "ans = '\x05x'\n"},
-        {"a = [7 8]; [a(2) (1)]", "ans = full double, 1-by-2\n  8  1\n"},
-        {"s = 'it''s'", "s = 'it's'\n"},
-        {"s = \"say 'so'\" # a comment", "s = 'say 'so''\n"},
-        {"[1 2]'", "ans = full double, 2-by-1\n  1\n  2\n"},
-        {"[[] 1:3 []]", "ans = full double, 1-by-3\n  1  2  3\n"},
-        {"size([])", "ans = full double, 1-by-2\n  0  0\n"},
-        {"max = (1 +\n 2)", "max = 3\n"},
-    });
-}
-
-TEST(Language, RangesStayLazy)
-{
-    expectPrinted({
-        {"5:-2:1", "ans = full double, 1-by-3\n  5  3  1\n"},
-        {"3:1", "ans = full double, 1-by-0\n"},
-        {"2 * (1:3) + 1", "ans = full double, 1-by-3\n  3  5  7\n"},
-        {"10 - (1:3)", "ans = full double, 1-by-3\n  9  8  7\n"},
-        {"0:0.5:1", "ans = full double, 1-by-3\n    0  0.5    1\n"},
-        {"r = 1:2000000000; r = 3 * r; numel(r)", "ans = 2000000000\n"},
-        {"A = sparse(20000000, 1); A(7) = 5; r = 20000000:-1:1; find(A(r))", "ans = 19999994\n"},
-    });
+    expectTrue({"isequal([1 -2], [1, -2])", "isequal([1 - 2], -1)", "isequal([1 , -2\n 3 4;], [1 -2; 3 4])",
+                "a = [1 2]; isequal([a' a'], [1 1; 2 2])", "a = [7 8]; isequal([a(2) (1)], [8 1])",
+                "isequal([1 2]', [1; 2])", "isequal([[] 1:3 []], 1:3)", "isequal(size([]), [0 0])",
+                "isequal('it''s', \"it's\")"});
+    expectPrinted({{"a = 5; [a 'x']", "ans = '\x05x'\n"},
+                   {"s = \"say 'so'\" # a comment", "s = 'say 'so''\n"},
+                   {"max = (1 +\n 2)", "max = 3\n"}});
 }
 
 TEST(Language, SubscriptsAndEnd)
 {
-    const std::string a = "A = sparse([1 2 3 3], [1 1 2 3], [1 2 3 4]); ";
-    expectPrinted({
-        {a + "A(end, end)", "ans = sparse double, 1-by-1, nnz 1\n  (1,1)  4\n"},
-        {a + "A(end)", "ans = sparse double, 1-by-1, nnz 1\n  (1,1)  4\n"},
-        {a + "full(A(2:end, 1:end-1))", "ans = full double, 2-by-2\n  2  0\n  0  3\n"},
-        {a + "v = [3 1]; full(A(v(end), :))", "ans = full double, 1-by-3\n  1  0  0\n"},
-        {a + "full(A(A > 1))'", "ans = full double, 1-by-3\n  2  3  4\n"},
-        {a + "A(:)(3, 1)", "ans = sparse double, 1-by-1, nnz 0\n"},
-        {a + "A()", "ans = sparse double, 3-by-3, nnz 4\n  (1,1)  1\n  (2,1)  2\n  (3,2)  3\n  (3,3)  4\n"},
-        {a + "A(:, 2) = []; size(A)", "ans = full double, 1-by-2\n  3  2\n"},
-        {a + "A([1 3], :) = []; full(A)", "ans = full double, 1-by-3\n  2  0  0\n"},
-        {a + "A(A == 2) = 9; full(A(:, 1))'", "ans = full double, 1-by-3\n  1  9  0\n"},
-        {a + "e = []; A([], 1) = e; nnz(A)", "ans = 4\n"},
-        {"v = 1:5; v(2) = []", "v = full double, 1-by-4\n  1  3  4  5\n"},
-        {"v = [1 2; 3 4]; v(3, 3) = 7", "v = full double, 3-by-3\n  1  2  0\n  3  4  0\n  0  0  7\n"},
-        {"s = 'sparse'; s(end:-1:1)", "ans = 'esraps'\n"},
-        {"N(2, 3) = 5", "N = sparse double, 2-by-3, nnz 1\n  (2,3)  5\n"},
-        {"N(end + 1) = 4", "N = sparse double, 1-by-1, nnz 1\n  (1,1)  4\n"},
-        {"i = int16([0 3]); i(1) = 700", "i = full int16, 1-by-2\n  700    3\n"},
-    });
-}
-
-TEST(Language, VariablesShareNothingThatShows)
-{
-    TestShell shell;
-    shell("A = sprand(50, 40, 0.2, 3); B = A; C = A; A(3, :) = 0; B(:, 1:39) = []; C(C > 0.5) = -1;");
-    EXPECT_EQ(shell("isequal(A, C), size(B), isequal(sprand(50, 40, 0.2, 3)(:, 40), B)"),
-              "ans = 0\nans = full double, 1-by-2\n  50   1\nans = 1\n");
-    shell("A = speye(4) > 0; B = A; C = A; A(A) = false; B(B) = [];");
-    EXPECT_EQ(shell("nnz(A), numel(B), nnz(C)"), "ans = 0\nans = 12\nans = 4\n");
-}
-
-TEST(Language, ComparisonsOfSparseArrays)
-{
-    const std::string setUp = "A = sparse([1 2], [1 2], [5 -5], 2, 2); B = sparse([1 1], [1 2], [5 1], 2, 2); ";
-    expectPrinted({
-        {setUp + "full(A == B)", "ans = full logical, 2-by-2\n  1  0\n  1  0\n"},
-        {setUp + "full(A < 1)", "ans = full logical, 2-by-2\n  0  1\n  1  1\n"},
-        {setUp + "full(A ~= B)", "ans = full logical, 2-by-2\n  0  1\n  0  1\n"},
-        {setUp + "A >= 5", "ans = sparse logical, 2-by-2, nnz 1\n  (1,1)  1\n"},
-        {setUp + "A == [5 0; 0 0]", "ans = full logical, 2-by-2\n  1  1\n  1  0\n"},
-        {setUp + "full(A - B)", "ans = full double, 2-by-2\n   0  -1\n   0  -5\n"},
-        {setUp + "A + (-1) * A", "ans = sparse double, 2-by-2, nnz 0\n"},
-        {setUp + "full(2i * A)", "ans = full complex double, 2-by-2\n  0+10i   0+0i\n   0+0i  0-10i\n"},
-    });
+    expectTrue({"isequal(A(end, end), 4) & issparse(A(end, end))", "isequal(A(end), 4) & issparse(A(end))",
+                "isequal(A(2:end, 1:end-1), [2 0; 0 3])", "v = [3 1]; isequal(A(v(end), :), [1 0 0])",
+                "isequal(A(A > 1), [2; 3; 4])", "isequal(A(:)(3, 1), 0)", "isequal(A(), A)",
+                "A(:, 2) = []; isequal(size(A), [3 2])", "A([1 3], :) = []; isequal(A, [2 0 0])",
+                "A(A == 2) = 9; isequal(A(:, 1), [1; 9; 0])", "e = []; A([], 1) = e; nnz(A) == 4",
+                "v = 1:5; v(2) = []; isequal(v, [1 3 4 5])",
+                "v = [1 2; 3 4]; v(3, 3) = 7; isequal(v, [1 2 0; 3 4 0; 0 0 7]) & ~issparse(v)",
+                "s = 'sparse'; isequal(s(end:-1:1), 'esraps')", "N(2, 3) = 5; isequal(N, [0 0 0; 0 0 5]) & issparse(N)",
+                "N(end + 1) = 4; isequal(N, 4)", "i = int16([0 3]); i(1) = 700; isequal(i, int16([700 3]))",
+                "A(3, :) = 0; B = A; C = A; B(:, 1) = []; C(C > 1) = -1; isequal(A, [1 0 0; 2 0 0; 0 0 0])",
+                "L = A > 2; B = L; C = L; L(L) = false; B(B) = []; isequal([nnz(L), numel(B), nnz(C)], [0 7 2])"},
+               "A = sparse([1 2 3 3], [1 1 2 3], [1 2 3 4]); ");
 }
 
 TEST(Language, FunctionsOfArrays)
 {
-    expectPrinted({
-        {"sparse([1 1 2], [1 1 2], [2 3 -1])", "ans = sparse double, 2-by-2, nnz 2\n  (1,1)  5\n  (2,2)  -1\n"},
-        {"nnz(sparse([1 1], [1 1], [2 -2], 3, 3))", "ans = 0\n"},
-        {"class(sparse(1, 1, true))", "ans = 'logical'\n"},
-        {"find(sparse([2 1], [1 3], 1, 2, 3))'", "ans = full double, 1-by-2\n  2  5\n"},
-        {"find([0 1; 1 0])", "ans = full double, 2-by-1\n  2\n  3\n"},
-        {"real(sparse(1, [1 2], [3+4i 5i]))", "ans = sparse double, 1-by-2, nnz 1\n  (1,1)  3\n"},
-        {"imag(sparse(1, 1, 3+4i))", "ans = sparse double, 1-by-1, nnz 1\n  (1,1)  4\n"},
-        {"real(complex([1 2], 5))", "ans = full double, 1-by-2\n  1  2\n"},
-        {"nnz(complex(speye(3), sparse(3, 3)))", "ans = 3\n"},
-        {"reshape(speye(2), 1, 4)", "ans = sparse double, 1-by-4, nnz 2\n  (1,1)  1\n  (1,4)  1\n"},
-        {"isequal(sparse([1 0 2]), [1 0 2]), isequal(1:3, [1 2 3]'), isequal('ab', 'ab')",
-         "ans = 1\nans = 0\nans = 1\n"},
-        {"isequal(uint8([1 2]), [1 2]), isequal(uint64(1e30), 18446744073709551616)", "ans = 1\nans = 0\n"},
-        {"[speye(2); 5 6]", "ans = sparse double, 3-by-2, nnz 4\n  (1,1)  1\n  (3,1)  5\n  (2,2)  1\n  (3,2)  6\n"},
-        {"class([int8(1) 2.5]), class([true 2])", "ans = 'int8'\nans = 'double'\n"},
-        {"print('n:', 3, speye(2))", "n: 3 sparse double, 2-by-2, nnz 2\n"},
-        {"x = 1; help = 2; x = 3; vars",
-         "  help  full double, 1-by-1, 8 bytes\n  x     full double, 1-by-1, 8 bytes\n"},
-    });
+    expectTrue({"isequal(sparse([1 1 2], [1 1 2], [2 3 -1]), [5 0; 0 -1])",
+                "nnz(sparse([1 1], [1 1], [2 -2], 3, 3)) == 0", "isequal(class(sparse(1, 1, true)), 'logical')",
+                "isequal(find(sparse([2 1], [1 3], 1, 2, 3)), [2; 5])", "isequal(find([0 1; 1 0]), [2; 3])",
+                "R = real(sparse(1, [1 2], [3+4i 5i])); isequal(R, [3 0]) & nnz(R) == 1",
+                "isequal(imag(sparse(1, 1, 3+4i)), 4)", "isequal(real(complex([1 2], 5)), [1 2])",
+                "nnz(complex(speye(3), sparse(3, 3))) == 3", "isequal(reshape(speye(2), 1, 4), [1 0 0 1])",
+                "isequal(sparse([1 0 2]), [1 0 2])", "~isequal(1:3, [1 2 3]')", "isequal('ab', 'ab')",
+                "isequal(uint8([1 2]), [1 2])", "~isequal(uint64(1e30), 18446744073709551616)",
+                "isequal([speye(2); 5 6], [1 0; 0 1; 5 6]) & issparse([speye(2); 5 6])",
+                "isequal(class([int8(1) 2.5]), 'int8')", "isequal(class([true 2]), 'double')"});
+    expectPrinted({{"print('n:', 3, speye(2))", "n: 3 sparse double, 2-by-2, nnz 2\n"},
+                   {"x = 1; help = 2; x = 3; vars",
+                    "  help  full double, 1-by-1, 8 bytes\n  x     full double, 1-by-1, 8 bytes\n"}});
 }
 
 TEST(Language, OperatorsBindAndSpread)
 {
-    expectPrinted({
-        {"-2.^2, 2.^-1, 2^3.^1, 1./[2 4]", "ans = -4\nans = 0.5\nans = 8\nans = full double, 1-by-2\n   0.5  0.25\n"},
-        {"[1 2; 3 4] * [1; 1] == [3; 7] & ~0", "ans = full logical, 2-by-1\n  1\n  1\n"},
-        {"1 | 0 & 0, ~1 == 0", "ans = 1\nans = 1\n"},
-        {"[1+2i 3]', [1+2i 3].'", "ans = full complex double, 2-by-1\n  1-2i\n  3+0i\n"
-                                  "ans = full complex double, 2-by-1\n  1+2i\n  3+0i\n"},
-        {"a = [1 2]; a' .* a, a'.^2",
-         "ans = full double, 2-by-2\n  1  2\n  2  4\nans = full double, 2-by-1\n  1\n  4\n"},
-        {"(-8).^(1/3) == (-8+0i).^(1/3), (1i).^2", "ans = 1\nans = -1\n"},
-        {"x = [1 2 ... a comment\n 3]; y = x * ... and another\n 2 % and more", "y = full double, 1-by-3\n  2  4  6\n"},
-        {"\xef\xbb\xbfx = 1", "x = 1\n"},
-        {"S = sparse([2 0; 0 3]); issparse(S .* [1; 2]), issparse(S ./ 2), issparse(S + 1), issparse(S * S)",
-         "ans = 1\nans = 1\nans = 0\nans = 1\n"},
-    });
+    expectTrue({"-2.^2 == -4", "2.^-1 == 0.5", "2^3.^1 == 8", "isequal(1./[2 4], [0.5 0.25])",
+                "isequal([1 2; 3 4] * [1; 1] == [3; 7] & ~0, [true; true])", "1 | 0 & 0", "~1 == 0",
+                "isequal([1+2i 3]', [1-2i; 3])", "isequal([1+2i 3].', [1+2i; 3])",
+                "a = [1 2]; isequal(a' .* a, [1 2; 2 4])", "a = [1 2]; isequal(a'.^2, [1; 4])",
+                "(-8).^(1/3) == (-8+0i).^(1/3)", "isequal((1i).^2, -1)",
+                "x = [1 2 ... a comment\n 3]; y = x * ... and another\n 2; isequal(y, [2 4 6]) % and more",
+                "S = sparse([2 0; 0 3]); issparse(S .* [1; 2]) & issparse(S ./ 2) & ~issparse(S + 1) & issparse(S * S)",
+                "S = sparse([2 0; 0 3]); issparse(S >= 2) & ~issparse(S == [5 0; 0 0]) & nnz(S + (-1) * S) == 0"});
+    expectPrinted({{"\xef\xbb\xbfx = 1", "x = 1\n"}});
 }
 
 TEST(Language, ControlFlow)
 {
+    expectTrue({"s = 0; for k = 1:10 if k == 3, continue, end, if k > 5 break, end, s = s + k; end\ns == 12",
+                "n = 0; while n < 3\n n = n + 1;\nend\nn == 3",
+                "x = 0; if sparse([1 0]), x = 1; end, if 1:3 x = x + 2; end, x == 2",
+                "A = sparse(3, 3); for k = 1:3, A(k, k) = k; end, isequal(A(:, 3), [0; 0; 3])",
+                "[m, n] = size(zeros(2, 5)); [a(2), b] = size(ones(7, 8)); isequal([m n a b], [2 5 0 7 8])",
+                "x = 1:3; for k = 1:3\n x(end + 1) = k; end, isequal(x, [1 2 3 1 2 3])"});
     expectPrinted({
-        {"for k = [1 2; 3 4], k', end", "ans = full double, 1-by-2\n  1  3\nans = full double, 1-by-2\n  2  4\n"},
-        {"s = 0; for k = 1:10 if k == 3, continue, end, if k > 5 break, end, s = s + k; end\ns", "s = 12\n"},
-        {"n = 0; while n < 3\n n = n + 1;\nend\nn", "n = 3\n"},
+        {"for k = [1 2; 3 4], print(k(1), k(2)), end", "1 3\n2 4\n"},
         {"if [] 1, elseif [1 0] 2, else 3, end, if [1 2; 3 4] 4, end", "ans = 3\nans = 4\n"},
         {"for i = 1:2\n for j = 1:3\n  if j == 2, break, end\n  print(i, j)\n end\nend", "1 1\n2 1\n"},
-        {"x = 0; if sparse([1 0]), x = 1; end, if 1:3 x = x + 2; end, x", "x = 2\n"},
         {"for k = zeros(0, 3), k, end, for k = 5:1, k, end, for k = 'ab', k, end", "k = 'a'\nk = 'b'\n"},
-        {"A = sparse(3, 3); for k = 1:3, A(k, k) = k; end, full(A(:, 3))'", "ans = full double, 1-by-3\n  0  0  3\n"},
-        {"[m, n] = size(zeros(2, 5)); [a(2), b] = size(ones(7, 8)); m + n, full(a), b",
-         "ans = 7\nans = full double, 1-by-2\n  0  7\nb = 8\n"},
-        {"x = 1:3; for k = 1:3\n x(end + 1) = k; end, x", "x = full double, 1-by-6\n  1  2  3  1  2  3\n"},
     });
 }
 

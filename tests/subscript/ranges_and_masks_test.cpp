@@ -1,9 +1,8 @@
-// Colon objects and logical masks, seen through the exports.
+// Colon objects, seen through the exports; and what a subscript that fails costs.
 #include "support/call.hpp"
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <limits>
 
 using namespace zqsp::test;
@@ -74,19 +73,6 @@ TEST(SubscriptRanges, TheRuntimeSaysWhetherAStepIsReached)
     EXPECT_EQ(ends(1, 1, 7 / kNearlyOne, Export::Ref3, row(5)), Ended(spIndexOutOfRange));
 }
 
-TEST(SubscriptRanges, StayRangesWhereTheStopIsAFraction)
-{
-    const Model column = reshaped(row(5), 5, 1);
-    Model tall = Model::empty({}, 2000000001, 1);
-    tall.entries = column.entries;
-    const Call call({.callee = Export::Ref3, .a = tall.fit(), .i = Subscript::range(1, 1, 2e9 + 0.5)});
-    const LargestBlock page(4096);
-    Array result;
-    ASSERT_EQ(run([&] { return call.make(result.slot()); }), Ended());
-    EXPECT_EQ(kxGetNumberOfElements(result.get()), 2000000000U);
-    EXPECT_EQ(kxGetNumNonZeroEl(result.get()), 5U);
-}
-
 TEST(Subscripts, WhatFailsIsNotWrittenOut)
 {
     const auto far = [](unsigned rows, unsigned columns) {
@@ -142,71 +128,5 @@ TEST(Subscripts, WhatFailsIsNotWrittenOut)
             const LargestBlock page(4096);
             expectFails([&] { return call.make(nullptr); }, failure, call.unchanging(false));
         }
-    }
-}
-
-TEST(SubscriptMasks, EveryLengthAndPlace)
-{
-    // Around the words that a mask may be read by.
-    for (const unsigned n : {1U, 7U, 8U, 9U, 16U, 63U, 64U, 65U}) {
-        const Model a = row(n);
-        for (const unsigned length : {n - 1, n, n + 1, n + 9}) {
-            for (unsigned at = 0; at < length; ++at) {
-                std::vector<double> values(length, 0.0);
-                values[at] = std::array{1, 128, 255}[at % 3]; // any byte that is not zero is true
-                check(a, Subscript::mask(values));
-            }
-            const std::vector<double> all(length, 1.0);
-            check(a, Subscript::mask(all));
-            std::vector<double> allButEnds = all;
-            allButEnds.resize(n, 0);
-            allButEnds.front() = allButEnds.back() = 0;
-            allButEnds.resize(n + 20, 0);
-            check(a, Subscript::mask(allButEnds));
-        }
-    }
-}
-
-TEST(SubscriptMasks, Sparse)
-{
-    const Model a = row(6);
-    check(a, Subscript::sparseMask(4, 2, {{0, 3}, {1, 1}})); // 5 is the last position
-    check(a, Subscript::sparseMask(4, 2, {{0, 3}, {1, 2}})); // 6
-    check(a, Subscript::sparseMask(4, 3, {{2, 0}}));         // a later column
-    check(a, Subscript::sparseMask(9, 9, {{0, 5}}));         // room past the extent, not used
-    Subscript storesFalse = Subscript::sparseMask(9, 9, {{0, 6}});
-    storesFalse.storesFalse = true; // what is stored selects, whatever it is
-    check(a, storesFalse);
-}
-
-TEST(SubscriptRuns, MoreThanAnyBufferHolds)
-{
-    // The same positions in every form: 700 runs of one, two and three neighbours.
-    constexpr unsigned kExtent = 4000;
-    constexpr unsigned kMaskRows = 37;
-    std::vector<double> list;
-    std::vector<double> mask(kExtent, 0.0);
-    std::vector<Place> places;
-    for (unsigned runs = 0, p = 0; runs < 700; ++runs, p += 2) {
-        for (unsigned length = runs % 3 + 1; length > 0; --length, ++p) {
-            list.push_back(p + 1.0);
-            mask[p] = 1;
-            places.push_back({p / kMaskRows, p % kMaskRows});
-        }
-    }
-    std::vector<double> backwards(list.rbegin(), list.rend());
-    const Model flat = row(kExtent);
-    Model tall = Model::empty({}, kExtent, 2);
-    for (unsigned i = 0; i < kExtent; i += 2) {
-        tall.entries[{i % 4 / 2, i}] = i + 1.0;
-    }
-    tall.fit();
-    for (const Subscript& s : {Subscript::list(list), Subscript::list(backwards), Subscript::mask(mask),
-                               Subscript::sparseMask(kMaskRows, kExtent, places), Subscript::range(1, 3, kExtent),
-                               Subscript::range(kExtent, -3, 1)}) {
-        check(flat, s);
-        EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = tall, .i = s}));
-        EXPECT_EQ("", checkOperation({.callee = Export::DeleteRows, .a = tall, .i = s}));
-        EXPECT_EQ("", checkOperation({.callee = Export::Ref6, .a = flat, .i = Subscript::list({1, 1}), .j = s}));
     }
 }

@@ -3,15 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 using namespace zqsp::test;
 
 namespace {
 
 constexpr unsigned kExtent = 5;
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kMax = 0x7FFFFFFF;
 
 Model square()
@@ -28,9 +24,7 @@ Model square()
 void check(const Subscript& s)
 {
     const Model a = square();
-    Model column = Model::empty({}, kExtent, 1);
-    column.entries[{0, 2}] = 7;
-    column.fit();
+    const Model column = Model::of({}, {{0}, {0}, {7}, {0}, {0}});
     const Subscript one = Subscript::list({1});
     for (const Operation& op :
          {Operation{.callee = Export::Ref3, .a = column, .i = s}, Operation{.callee = Export::Ref4, .a = a, .i = s},

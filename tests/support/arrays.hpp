@@ -10,6 +10,7 @@
 #include <complex>
 #include <cstddef>
 #include <iosfwd>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,9 @@ using namespace matrix::detail::noninlined::kx_array_api;
 
 /// One element. Every class here holds the small numbers that the tests use exactly.
 using Value = std::complex<double>;
+
+inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// Owns a runtime array.
 class Array

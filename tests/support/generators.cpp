@@ -133,12 +133,12 @@ Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZero
     return a;
 }
 
-Model drawSelfSubscript(bool explicitZeros)
+Model drawSelfSubscript()
 {
     const Storage storage = drawOneIn(3) ? Storage{kxLOGICAL_CLASS, false} : drawStorage();
     const unsigned m = drawOneIn(3) ? 1 : draw(5);
     const unsigned n = drawOneIn(3) ? 1 : draw(5);
-    Model a = drawModelOfSize(storage, m, n, explicitZeros);
+    Model a = drawModelOfSize(storage, m, n);
     if (storage.classId != kxLOGICAL_CLASS && !drawOneIn(3)) {
         const unsigned highest = drawOneIn(2) ? std::min(m, n) : m * n;
         for (unsigned p = 0; p < m * n; ++p) {

@@ -48,7 +48,7 @@ Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZero
 
 /// A small matrix that is a good subscript of itself more often than not, as in A(A) = []: a mask, or full of small
 /// numbers.
-Model drawSelfSubscript(bool explicitZeros);
+Model drawSelfSubscript();
 
 /// A target that is not sparse yet: without a class, or full and empty.
 Model drawUnmadeTarget(Storage storage);

@@ -1,24 +1,27 @@
 #include "support/model_operations.hpp"
 
 #include <algorithm>
-#include <set>
+#include <optional>
 
 namespace zqsp::test {
 
 namespace {
 
-using PositionSet = std::set<std::uint64_t>;
-
-PositionSet deletedPositions(const Subscript& s, std::uint64_t extent)
+/// Ascending, each once.
+Positions deletedPositions(const Subscript& s, std::uint64_t extent)
 {
-    const Positions positions = convert(s, extent, Purpose::Deletion);
-    return {positions.begin(), positions.end()};
+    Positions positions = convert(s, extent, Purpose::Deletion);
+    std::ranges::sort(positions);
+    positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
+    return positions;
 }
 
-/// Where a kept position lies once the deleted ones are gone.
-std::uint64_t shifted(const PositionSet& deleted, std::uint64_t position)
+/// Where a kept position lies once the deleted ones are gone; nothing for one of these.
+std::optional<std::uint64_t> kept(const Positions& deleted, std::uint64_t position)
 {
-    return position - static_cast<std::uint64_t>(std::distance(deleted.begin(), deleted.lower_bound(position)));
+    const auto next = std::ranges::lower_bound(deleted, position);
+    const bool isDeleted = next != deleted.end() && *next == position;
+    return isDeleted ? std::nullopt : std::optional(position - static_cast<std::uint64_t>(next - deleted.begin()));
 }
 
 /// What a deletion makes of A, to be filled: a full array becomes sparse.
@@ -44,7 +47,7 @@ Model deleteLines(const Model& a, const Subscript& s, bool columns)
     if (s.form == Form::Colon) {
         return columns ? withoutAnything(a, a.m, 0) : withoutAnything(a, 0, a.n);
     }
-    const PositionSet deleted = deletedPositions(s, columns ? a.n : a.m);
+    const Positions deleted = deletedPositions(s, columns ? a.n : a.m);
     if (deleted.empty()) {
         return a;
     }
@@ -53,8 +56,8 @@ Model deleteLines(const Model& a, const Subscript& s, bool columns)
     for (const auto& [place, value] : a.entries) {
         Place moved = place;
         unsigned& line = columns ? moved.column : moved.row;
-        if (!deleted.contains(line)) {
-            line = static_cast<unsigned>(shifted(deleted, line));
+        if (const auto stays = kept(deleted, line)) {
+            line = static_cast<unsigned>(*stays);
             result.entries[moved] = value;
         }
     }
@@ -89,18 +92,18 @@ Model deleteElements(const Model& a, const Subscript& k)
     if (a.n != 1 && !fits) {
         throw Failure(spCannotResizeToRowVector);
     }
-    const PositionSet deleted = deletedPositions(k, std::min<std::uint64_t>(a.numel(), kxGetMaxNumberOfElements()));
+    const Positions deleted = deletedPositions(k, std::min<std::uint64_t>(a.numel(), kxGetMaxNumberOfElements()));
     if (a.isEmpty() || deleted.empty()) {
         return a;
     }
     const bool column = a.n == 1 && a.m != 1;
-    const auto kept = static_cast<unsigned>(a.numel() - deleted.size());
+    const auto left = static_cast<unsigned>(a.numel() - deleted.size());
     Model result = emptied(a);
-    result.m = column ? kept : 1;
-    result.n = column ? 1 : kept;
+    result.m = column ? left : 1;
+    result.n = column ? 1 : left;
     for (const auto& [place, value] : a.entries) {
-        if (!deleted.contains(a.linear(place))) {
-            result.entries[result.place(shifted(deleted, a.linear(place)))] = value;
+        if (const auto stays = kept(deleted, a.linear(place))) {
+            result.entries[result.place(*stays)] = value;
         }
     }
     return result;

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <set>
 
 namespace zqsp::test {
@@ -161,9 +160,8 @@ Subscript drawEmpty()
 /// Values that spoil a numeric subscript. For an assignment none may be a good index, however large.
 double drawBadValue(const Wanted& wanted)
 {
-    constexpr double kInf = std::numeric_limits<double>::infinity();
     const auto extent = static_cast<double>(wanted.extent);
-    std::vector<double> bad = {0, -3, 0.5, 1.5, std::numeric_limits<double>::quiet_NaN(), kInf, -kInf, 1e300, 3e9};
+    std::vector<double> bad = {0, -3, 0.5, 1.5, kNaN, kInf, -kInf, 1e300, 3e9};
     if (wanted.purpose != Purpose::Assignment) {
         bad.insert(bad.end(), {extent + 1, extent + 0.5, extent + 1.5, 2147483647, 2147483648, 4294967297});
     }

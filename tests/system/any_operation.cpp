@@ -59,6 +59,37 @@ void drawReshape(const Model& a, Operation& op)
     }
 }
 
+/// `count` indices below `extent` and a little more, in any order and with repeats.
+Subscript drawList(std::uint64_t count, std::uint64_t extent)
+{
+    std::vector<double> indices;
+    for (const unsigned index : drawMany(count, static_cast<unsigned>(extent) + 1 + draw(2))) {
+        indices.push_back(index + 1.0);
+    }
+    return Subscript::list(std::move(indices));
+}
+
+/// Where an operand of an assignment is the target, the others are drawn anew, to fit it more often than not.
+void fitToAliases(Operation& op)
+{
+    const Model& a = op.a;
+    if (op.bIs != Alias::None) {
+        const std::uint64_t lines = op.callee == Export::Ass3 ? a.numel() : op.callee == Export::Ass4 ? a.n : a.m;
+        op.i = drawList(lines, lines);
+        op.j = drawList(a.n, a.n);
+        return;
+    }
+    const unsigned own = namedBy(Subscript::ofModel(a), 0);
+    if (op.callee == Export::Ass3) {
+        op.b = drawRightSide(own);
+    } else if (op.callee == Export::Ass4) {
+        op.b = drawRightSide(a.m, own);
+    } else {
+        const unsigned columns = op.callee == Export::Ass5 ? a.n : namedBy(op.j, a.n);
+        op.b = drawRightSide(own, op.jIs == Alias::None ? columns : own);
+    }
+}
+
 /// Now and then an operand of a small target is the target, or shares its data, or both subscripts share theirs.
 void alias(Operation& op)
 {
@@ -71,6 +102,11 @@ void alias(Operation& op)
     }
     Alias& operand = assigns && drawOneIn(2) ? op.bIs : op.iIs;
     operand = drawFrom<Alias>({Alias::Target, Alias::SharesTarget});
+    if (assigns && !op.b.isDeletion()) {
+        op.iIs = drawOneIn(4) ? operand : op.iIs;
+        op.jIs = op.callee == Export::Ass6 && op.iIs != Alias::None && drawOneIn(2) ? Alias::SharesSubscript : op.jIs;
+        fitToAliases(op);
+    }
 }
 
 } // namespace
@@ -80,8 +116,8 @@ Model drawTarget(Export callee, Storage storage)
     if (isAssignment(callee) && drawOneIn(6)) {
         return drawUnmadeTarget(storage);
     }
-    if (isDeletion(callee) && drawOneIn(4)) {
-        return drawSelfSubscript(true);
+    if ((isAssignment(callee) || isDeletion(callee)) && drawOneIn(4)) {
+        return drawSelfSubscript();
     }
     const bool isFull = isDeletion(callee) && drawOneIn(8);
     Model a = drawModel(storage, !isFull);

@@ -6,8 +6,8 @@
 
 namespace zqsp::test {
 
-/// A target for this export: a matrix, for assignments also one without a class or without elements, for deletions also
-/// a full one or one that may be its own subscript.
+/// A target for this export: a matrix, or one that may be its own subscript; for assignments also one without a class
+/// or without elements, for deletions also a full one.
 Model drawTarget(Export callee, Storage storage);
 
 /// A call of this export on `a`, drawn while a property runs; one subscript in eight fails if `mayFail`. A subscript

@@ -72,40 +72,6 @@ TEST_P(Limits, ALowerMaximum)
 INSTANTIATE_TEST_SUITE_P(Exports, Limits, testing::ValuesIn(everyExport()),
                          [](const auto& tested) { return nameOf(tested.param); });
 
-TEST(Limits, TheLastIndexOf32Bits)
-{
-    const MaxElements limit(kTop);
-    const Model column = cornered(kReal, kTop, 1);
-    const Model pair = cornered(kReal, kTop, 2);
-    const Model small = patterned(kReal, 3, 2);
-    const Subscript last = at({kTop});
-    const Subscript ends = at({kTop, 1});
-    const Subscript both = at({2, 1});
-    const Operation cases[] = {
-        {.callee = Export::Ref2, .a = column},
-        {.callee = Export::Ref3, .a = column, .i = ends},
-        {.callee = Export::Ref3, .a = column, .i = Subscript::sparseMask(kTop, 1, {{0, 5}, {0, kTop - 1}})},
-        {.callee = Export::Ref5, .a = pair, .i = last},
-        {.callee = Export::Ref5, .a = pair, .i = ends},
-        {.callee = Export::Ref6, .a = pair, .i = ends, .j = both},
-        {.callee = Export::ReferenceByLists, .a = pair, .i = at({2, 4e9}), .j = both},
-        {.callee = Export::DeleteRows, .a = pair, .i = last},
-        {.callee = Export::DeleteElements, .a = column, .i = last},
-        {.callee = Export::Ass3, .a = patterned(kReal, 3, 1), .b = kSeven, .i = ends},
-        {.callee = Export::Ass3, .a = column, .b = kZero, .i = last},
-        {.callee = Export::Ass5, .a = small, .b = kSeven, .i = ends},
-        {.callee = Export::Ass5, .a = pair, .b = kZero, .i = last},
-        {.callee = Export::Ass6, .a = small, .b = kSeven, .i = last, .j = at({1})},
-        {.callee = Export::Ass6, .a = small, .b = kSeven, .i = ends, .j = both},
-        {.callee = Export::Ass6, .a = pair, .b = kZero, .i = ends, .j = both},
-        {.callee = Export::Reshape, .a = column, .newM = 0xFFFF, .newN = 0x10001},
-    };
-    for (const Operation& op : cases) {
-        EXPECT_TRUE(predict(op).ended.completed()) << op;
-        EXPECT_EQ("", checkOperation(op));
-    }
-}
-
 /// Calls whose result no memory holds, by the number of its columns or of its entries.
 TEST(Limits, ResultsPastMemory)
 {

@@ -31,6 +31,9 @@ const Model kColumn = with(kHigh, 1, {{0, 1}, {0, 8}, {0, 1000}, {0, kHigh / 2},
 const Model kTall = with(kHigh, 3, {{0, 1}, {0, 8}, {1, 2000000}, {1, kHigh - 2}, {2, 0}});
 const Model kFlat = with(3, kWide, {{1, 1}, {8, 0}, {kWide / 2, 2}, {kWide - 2, 1}});
 
+/// A growing list takes one more for each doubling; none is taken for a number or an entry.
+constexpr long kAllocations = 40;
+
 /// Every kind of subscript of an extent of at least ten.
 std::vector<Subscript> subscriptsOf(unsigned extent)
 {
@@ -70,6 +73,7 @@ void expectInProportion(const Operation& op)
     const Call call(op);
     kxArray* result = nullptr;
     const std::size_t before = kxrt::bytes_requested();
+    const long allocations = kxrt::allocations();
     const Ended ended = run([&] { return call.make(&result); });
     const std::size_t taken = kxrt::bytes_requested() - before;
     const Array owned(result);
@@ -77,6 +81,7 @@ void expectInProportion(const Operation& op)
     const kxArray* made = isReference(op.callee) ? result : call.target();
     const std::size_t items = op.a.nnz() + op.b.model.nnz() + kxGetNumNonZeroEl(made) + storedIn(op.i) + storedIn(op.j);
     const std::size_t columns = std::size_t{op.a.n} + op.b.n() + kxGetN(made);
+    EXPECT_LE(kxrt::allocations() - allocations, kAllocations) << op;
     EXPECT_LE(taken, kPerCall + kPerItem * items + kPerColumn * columns) << op;
 }
 

@@ -1,5 +1,5 @@
-// Whether a target keeps its scope: it does unless its content comes about anew. And a full one stays full where a call
-// changes nothing.
+// What a target keeps: its scope, unless its content comes about anew; its blocks, where nothing is added; and a full
+// one all, where a call changes nothing.
 #include "support/call.hpp"
 #include "support/patterns.hpp"
 
@@ -32,6 +32,31 @@ TEST(Scope, OfTargets)
         kxSetArrayScope(call.target(), kxELEMENT_SCOPE);
         EXPECT_EQ(call.make(nullptr), spOK) << op;
         EXPECT_EQ(call.target()->scope, expected) << op;
+    }
+}
+
+/// In place means in the blocks that were there. Only the column starts of a new row vector are new.
+TEST(Blocks, AreKeptWhereNothingIsAdded)
+{
+    for (const Storage storage : sparseStorages()) {
+        for (const Export callee : everyExport()) {
+            const bool isDeletion = callee >= Export::DeleteColumns && callee <= Export::DeleteElements;
+            const Call call({.callee = callee,
+                             .a = patterned(storage, 5, 6, storage.classId != kxLOGICAL_CLASS),
+                             .b = RightSide::scalar(0),
+                             .i = Subscript::list({3, 1, 4}),
+                             .j = Subscript::list({2, 6})});
+            if (!isAssignment(callee) && !isDeletion) {
+                continue;
+            }
+            const kxArray* a = call.target();
+            const auto blocks = [a] { return std::vector<const void*>{a->pr, a->pi, a->ir}; };
+            const auto before = blocks();
+            const void* const starts = a->jc;
+            ASSERT_EQ(call.make(nullptr), spOK);
+            EXPECT_EQ(blocks(), before) << storage << nameOf(callee);
+            EXPECT_TRUE(starts == a->jc || callee == Export::DeleteElements) << storage << nameOf(callee);
+        }
     }
 }
 
