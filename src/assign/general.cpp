@@ -48,16 +48,15 @@ unsigned oneStepMore(unsigned nzmax, unsigned /*m*/, unsigned /*n*/)
 void assignElement(Target& target, unsigned row, unsigned column, unsigned m, const kxArray* B)
 {
     checkColumnGrowth(target.get(), column);
-    const Columns b(B);
-    const bool isZero = isZeroScalar(B, b);
+    const RightSide b = RightSide::scalar(B);
     if (!isUnset(target.get())) {
         kxArray* const A = target.own();
         const unsigned* const dims = A->get_dimensions();
-        storeElement(A, row, column, std::max(m, dims[0]), std::max(column + 1, dims[1]), b, isZero, oneStepMore);
+        storeElement(A, row, column, std::max(m, dims[0]), std::max(column + 1, dims[1]), b, oneStepMore);
         return;
     }
     ArrayOwner fresh(kxCreateSparseNumericMatrix(m, column + 1, 1, classOf(B), kxREAL));
-    storeElement(fresh.get(), row, column, m, column + 1, b, isZero, oneStepMore);
+    storeElement(fresh.get(), row, column, m, column + 1, b, oneStepMore);
     target.become(std::move(fresh));
 }
 

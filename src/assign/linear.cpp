@@ -204,10 +204,10 @@ spStatus assignElements(Target& target, const kxArray* originalB, const kxArray*
     kxArray* const changed = fresh.get() != nullptr ? fresh.get() : target.own();
     const auto* range = std::get_if<IndexRange>(&positions);
     if (isSparse(B.get()) && count > 1 && !isScalar && range != nullptr) {
-        assignSparse(changed, m, n, Columns(B.get()), *range);
+        assignSparse(changed, m, n, RightSide::matrix(B.get()), *range);
     } else if (count > 0) {
         B.become(kxMustBeFull(B.get()));
-        assignPositions(changed, m, n, Columns(B.get()), isScalar, positions);
+        assignPositions(changed, m, n, isScalar ? RightSide::scalar(B.get()) : RightSide::matrix(B.get()), positions);
     }
     if (fresh.get() != nullptr) {
         target.become(std::move(fresh));

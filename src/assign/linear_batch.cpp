@@ -14,14 +14,13 @@ namespace {
 
 /// `grown`: the target, then.
 template <typename Plan>
-void carryOut(kxArray* A, const LinearLayout& grown, const AssignedValues& values, const Plan& plan)
+void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const Plan& plan)
 {
     Relay relay(
-        A,
-        {.capacity = plan.capacity(), .columns = std::max(grown.n(), kxGetN(A)), .imaginaryPart = values.areComplex()});
+        A, {.capacity = plan.capacity(), .columns = std::max(grown.n(), kxGetN(A)), .imaginaryPart = b.isComplex()});
     const Columns after = relay.after();
-    const unsigned step = values.isScalar() ? 0 : 1;
-    withStorage(after, after, values.b, [&](auto to, auto, auto from) {
+    const unsigned step = b.source(1);
+    withStorage(after, after, b.b, [&](auto to, auto, auto from) {
         relay.commit(plan.patches(), [&](const Patch& patch, unsigned at) {
             for (unsigned k = 0; k < patch.length; ++k) {
                 after.ir[at + k] = patch.row + k;
@@ -33,38 +32,38 @@ void carryOut(kxArray* A, const LinearLayout& grown, const AssignedValues& value
     kxSetN(A, grown.n());
 }
 
-void assignOne(kxArray* A, const LinearLayout& grown, const AssignedValues& values, unsigned position)
+void assignOne(kxArray* A, const LinearLayout& grown, const RightSide& b, unsigned position)
 {
     const Place place = grown.placeOf(position);
-    storeElement(A, place.row, place.column, grown.m(), grown.n(), values.b, values.anyZero(1), growCapacity);
+    storeElement(A, place.row, place.column, grown.m(), grown.n(), b, growCapacity);
 }
 
 /// Values for any positions, whose numbers are known.
-void assignListed(kxArray* A, const LinearLayout& initial, const LinearLayout& grown, const AssignedValues& values,
+void assignListed(kxArray* A, const LinearLayout& initial, const LinearLayout& grown, const RightSide& b,
                   const Numbers& numbers, const Subscript& positions)
 {
     const Columns a(A);
     const bool isInside = grown.m() == a.m && grown.n() == a.n;
-    const bool isPlain = isInside && !values.anyZero(countOf(positions));
+    const bool isPlain = isInside && !b.anyZero(countOf(positions));
     const Ordered ordered(borrowed(positions), isPlain ? Repeats::kLast : Repeats::kAll);
     const bool isMask = !std::holds_alternative<IndexList>(ordered.form()) &&
                         !std::holds_alternative<IndexRange>(ordered.form()); // is written out by now
     const Numbers ascending = isMask ? Numbers() : Numbers(ordered.form());
-    carryOut(A, grown, values,
-             PositionPlan(a, initial, values, numbers, isMask ? NumberView(numbers) : NumberView(ascending), ordered,
-                          isPlain));
+    carryOut(
+        A, grown, b,
+        PositionPlan(a, initial, b, numbers, isMask ? NumberView(numbers) : NumberView(ascending), ordered, isPlain));
 }
 
 /// Where every position is stored and no value is zero, the entries are overwritten in the order of the assignments:
 /// nothing is sorted, and the last of repeated positions wins by being last. `numbers`: those of `positions`. False,
 /// with nothing changed, elsewhere.
-bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValues& values, NumberView numbers,
+bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const RightSide& b, NumberView numbers,
                       const Subscript& positions)
 {
     constexpr unsigned kBlock = 256; // a miss ends the search
     const Columns a(A);
     const unsigned count = countOf(positions);
-    if (layout.placeOf(highestOf(positions)).column >= a.n || values.anyZero(count)) {
+    if (layout.placeOf(highestOf(positions)).column >= a.n || b.anyZero(count)) {
         return false;
     }
     const auto entries = Block<unsigned>::make(count);
@@ -81,12 +80,12 @@ bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const AssignedValu
             return false;
         }
     }
-    Relay relay(A, {.capacity = a.nzmax, .columns = a.n, .imaginaryPart = values.areComplex()});
+    Relay relay(A, {.capacity = a.nzmax, .columns = a.n, .imaginaryPart = b.isComplex()});
     relay.commitGrowth();
     const Columns after(A);
-    withStorage(after, after, values.b, [&](auto to, auto, auto from) {
+    withStorage(after, after, b.b, [&](auto to, auto, auto from) {
         for (unsigned t = 0; t < count; ++t) {
-            to.copy(entries[t], from, values.source(t));
+            to.copy(entries[t], from, b.source(t));
         }
     });
     return true;
@@ -126,43 +125,41 @@ void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& positi
 
 } // namespace
 
-void assignPositions(kxArray* A, unsigned m, unsigned n, const Columns& b, bool isScalar, const Subscript& positions)
+void assignPositions(kxArray* A, unsigned m, unsigned n, const RightSide& b, const Subscript& positions)
 {
     const Columns a(A);
-    const AssignedValues values(b, isScalar);
     const unsigned count = countOf(positions);
     const auto* range = std::get_if<IndexRange>(&positions);
-    const bool isRun = range != nullptr && range->ascending().isRun() && (isScalar || range->isRun());
-    const bool isEven = isScalar || !isRun || !values.anyZero(count);
+    const bool isRun = range != nullptr && range->ascending().isRun() && (!b.isMatrix() || range->isRun());
+    const bool isEven = !b.isMatrix() || !isRun || !b.anyZero(count);
     const std::uint64_t elements = std::uint64_t{m} * n;
     const unsigned first = firstOf(positions);
     const LinearLayout initial(m, n, first);
     LinearLayout grown = initial;
     grown.cover(highestOf(positions));
     if (count == 1) {
-        assignOne(A, grown, values, first);
+        assignOne(A, grown, b, first);
     } else if (isRun && isEven) {
-        carryOut(A, grown, values, LinearPlan::forRun(a, initial, values, *range));
-    } else if (values.areAllZero() && range != nullptr) {
+        carryOut(A, grown, b, LinearPlan::forRun(a, initial, b, *range));
+    } else if (b.isNothing() && range != nullptr) {
         removeStored(A, grown, range->ascending().below(elements));
-    } else if (values.areAllZero() && highestOf(positions) < elements) {
+    } else if (b.isNothing() && highestOf(positions) < elements) {
         removeStored(A, grown, positions);
     } else {
         const Numbers numbers(positions);
-        if (range != nullptr || !overwriteInOrder(A, initial, values, numbers, positions)) {
-            assignListed(A, initial, grown, values, numbers, positions);
+        if (range != nullptr || !overwriteInOrder(A, initial, b, numbers, positions)) {
+            assignListed(A, initial, grown, b, numbers, positions);
         }
     }
 }
 
-void assignSparse(kxArray* A, unsigned m, unsigned n, const Columns& b, const IndexRange& range)
+void assignSparse(kxArray* A, unsigned m, unsigned n, const RightSide& b, const IndexRange& range)
 {
     const LinearLayout initial(m, n, range.first);
     LinearLayout grown = initial;
     grown.cover(range.highest());
     const Columns a(A);
-    const AssignedValues values(b, false);
-    carryOut(A, grown, values, LinearPlan::forSparseValues(a, initial, values, range));
+    carryOut(A, grown, b, LinearPlan::forSparseValues(a, initial, b, range));
 }
 
 } // namespace zqsp

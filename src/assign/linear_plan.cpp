@@ -144,8 +144,7 @@ void LinearPlan::replay(const IndexRange& range)
     capacity_ = replay.capacity();
 }
 
-LinearPlan LinearPlan::forRun(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
-                              const IndexRange& range)
+LinearPlan LinearPlan::forRun(const Columns& a, const LinearLayout& layout, const RightSide& b, const IndexRange& range)
 {
     LinearPlan plan(a, layout);
     const IndexRange run = range.ascending();
@@ -160,9 +159,9 @@ LinearPlan LinearPlan::forRun(const Columns& a, const LinearLayout& layout, cons
         plan.add({.column = column,
                   .begin = begin,
                   .end = end.position + (end.stored ? 1U : 0U),
-                  .length = values.areAllZero() ? 0 : length,
+                  .length = b.isNothing() ? 0 : length,
                   .row = first,
-                  .source = values.source(t)});
+                  .source = b.source(t)});
         if (column == to.column) {
             break;
         }
@@ -172,7 +171,7 @@ LinearPlan LinearPlan::forRun(const Columns& a, const LinearLayout& layout, cons
     return plan;
 }
 
-LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
+LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& layout, const RightSide& b,
                                        const IndexRange& range)
 {
     LinearPlan plan(a, layout);
@@ -180,9 +179,9 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
     const Subscript present = ascending.below(std::uint64_t{a.m} * a.n);
     HitList hits(countOf(present));
     findHits(a, present, hits);
-    const unsigned brought = values.b.nnz();
+    const unsigned brought = b.b.nnz();
     const auto places = Block<unsigned>::make(brought); // of the values, in the order of the assignment
-    EntryWalk(values.b).write(brought, places.get(), brought);
+    EntryWalk(b.b).write(brought, places.get(), brought);
     unsigned read = 0; // values, from the one on that goes to the lowest position
     const auto source = [&] { return range.stride < 0 ? brought - 1 - read : read; };
     const auto nextOrdinal = [&] {
@@ -194,7 +193,7 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
         plan.add({.column = place.column,
                   .begin = slot.position,
                   .end = slot.position + (slot.stored ? 1U : 0U),
-                  .length = comes && !values.isZero(source()) ? 1U : 0U,
+                  .length = comes && !b.isZero(source()) ? 1U : 0U,
                   .row = place.row,
                   .source = comes ? source() : 0});
         read += comes ? 1U : 0U;
@@ -217,10 +216,10 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
     return plan;
 }
 
-PositionPlan::PositionPlan(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
-                           NumberView positions, NumberView ascending, const Ordered& ordered, bool isPlain)
+PositionPlan::PositionPlan(const Columns& a, const LinearLayout& layout, const RightSide& b, NumberView positions,
+                           NumberView ascending, const Ordered& ordered, bool isPlain)
     : layout_(layout),
-      values_(values),
+      b_(b),
       ascending_(ascending),
       ordered_(ordered),
       count_(ordered.count()),
@@ -258,7 +257,7 @@ void PositionPlan::changeInTurn(const Columns& a, NumberView positions)
             stored = drops != 0;
         }
         const unsigned t = ordered_.source(i);
-        const bool comes = !values_.isZero(t);
+        const bool comes = !b_.isZero(t);
         if (mayGrow) {
             steps[t] = static_cast<signed char>(static_cast<int>(comes) - static_cast<int>(stored));
         }

@@ -2,10 +2,10 @@
 #ifndef ZQSP_ASSIGN_LINEAR_PLAN_HPP
 #define ZQSP_ASSIGN_LINEAR_PLAN_HPP
 
+#include "assign/right_side.hpp"
 #include "core/fast_divisor.hpp"
 #include "core/growing_list.hpp"
 #include "core/relay.hpp"
-#include "core/values.hpp"
 #include "lookup/place_search.hpp"
 #include "subscript/ordered.hpp"
 
@@ -67,53 +67,6 @@ class LinearLayout
 /// signed 32-bit range go, else one more. Raises the out-of-memory error where there is none.
 unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n);
 
-/// The values to assign: those that `b` stores, or its first one for all positions.
-class AssignedValues
-{
-  public:
-    AssignedValues(const Columns& source, bool isScalar)
-        : b(source),
-          isScalar_(isScalar),
-          scalarIsZero_(isScalar && withStorage(source, [](auto values) { return values.isZero(0); }))
-    {
-    }
-
-    const Columns& b;
-
-    [[nodiscard]] bool isScalar() const { return isScalar_; }
-    /// Which value of b goes to position t.
-    [[nodiscard]] unsigned source(unsigned t) const { return isScalar_ ? 0 : t; }
-
-    /// Whether position t is assigned a zero.
-    [[nodiscard]] bool isZero(unsigned t) const
-    {
-        return isScalar_ ? scalarIsZero_ : withStorage(b, [t](auto values) { return values.isZero(t); });
-    }
-
-    [[nodiscard]] bool areAllZero() const { return scalarIsZero_; } // of a scalar; values are not looked through
-
-    [[nodiscard]] bool anyZero(unsigned count) const
-    {
-        if (isScalar_) {
-            return scalarIsZero_;
-        }
-        return withStorage(b, [count](auto values) {
-            unsigned t = 0;
-            while (t < count && !values.isZero(t)) {
-                ++t;
-            }
-            return t < count;
-        });
-    }
-
-    /// Whether b brings an imaginary part that is stored.
-    [[nodiscard]] bool areComplex() const { return b.pi != nullptr && !scalarIsZero_; }
-
-  private:
-    bool isScalar_;
-    bool scalarIsZero_;
-};
-
 /// The patches of a progression of positions, in ascending order, and the capacity that their assignment leaves. What
 /// finally happens at neighbouring rows of a column is a patch: from the first of them on, all are stored (`length` is
 /// their number), with the values of b from `source` on or the one of a scalar; or what is stored is removed.
@@ -122,11 +75,10 @@ class LinearPlan
   public:
     /// Neighbouring positions, ascending or (of a scalar) descending; all values are zero, or none. A patch for each
     /// column, whatever is stored there.
-    static LinearPlan forRun(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
-                             const IndexRange& range);
+    static LinearPlan forRun(const Columns& a, const LinearLayout& layout, const RightSide& b, const IndexRange& range);
     /// Values that are the entries of a sparse matrix, read column by column; all others are zero. Cost: entries of the
     /// target and of the matrix, and the matrix's columns.
-    static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const AssignedValues& values,
+    static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const RightSide& b,
                                       const IndexRange& range);
 
     [[nodiscard]] std::span<const Patch> patches() const { return patches_.elements(); }
@@ -153,7 +105,7 @@ class PositionPlan
     /// `positions`: in the order of the assignment; `ascending`: the numbers of `ordered`, which has them all unless
     /// the assignment only inserts and overwrites (`isPlain`): no value is zero then, and all positions lie inside of
     /// the target. What is given must outlive the plan. Raises on exhausted memory.
-    PositionPlan(const Columns& a, const LinearLayout& layout, const AssignedValues& values, NumberView positions,
+    PositionPlan(const Columns& a, const LinearLayout& layout, const RightSide& b, NumberView positions,
                  NumberView ascending, const Ordered& ordered, bool isPlain);
 
     [[nodiscard]] std::size_t size() const { return count_; }
@@ -168,7 +120,7 @@ class PositionPlan
                 .end = begin + (change & kDrops),
                 .length = change / kComes,
                 .row = place.row,
-                .source = values_.source(ordered_.source(static_cast<unsigned>(i)))};
+                .source = b_.source(ordered_.source(static_cast<unsigned>(i)))};
     }
     [[nodiscard]] const PositionPlan& patches() const { return *this; }
     [[nodiscard]] unsigned capacity() const { return capacity_; }
@@ -180,7 +132,7 @@ class PositionPlan
     void changeInTurn(const Columns& a, NumberView positions);
 
     LinearLayout layout_;
-    const AssignedValues& values_;
+    const RightSide& b_;
     NumberView ascending_;
     const Ordered& ordered_;
     unsigned count_;

@@ -1,23 +1,9 @@
 #include "assign/region_methods.hpp"
 #include "subscript/row_sets.hpp"
 
-#include <bit>
-
 namespace zqsp {
 
 namespace {
-
-/// What Ordered::has() takes, in nanoseconds: a division, a byte, or a search.
-unsigned costOfLook(const Subscript& rows)
-{
-    constexpr unsigned kDivision = 8;
-    constexpr unsigned kByte = 4;
-    constexpr unsigned kProbe = 4;
-    if (std::holds_alternative<IndexRange>(rows)) {
-        return kDivision;
-    }
-    return std::holds_alternative<LogicalMask>(rows) ? kByte : kProbe * std::bit_width(countOf(rows));
-}
 
 /// Rows that a set takes one by one: a mask comes by blocks.
 unsigned marksOf(const Subscript& rows)
@@ -41,7 +27,7 @@ RowFilter::RowFilter(const Columns& a, const Ordered& rows, const Ordered& colum
         looks_ += length;
         longest_ = std::max(longest_, length);
     });
-    if (setOfRowsPays(m, marksOf(rows.form()), looks_, costOfLook(rows.form()))) {
+    if (setOfRowsPays(m, marksOf(rows.form()), looks_, rows.count())) {
         others_ = othersOrNone(rows.form(), m);
     }
 }

@@ -8,6 +8,7 @@
 #include "core/search.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -23,13 +24,14 @@ struct EntrySpan
     [[nodiscard]] unsigned length() const { return end - begin; }
 };
 
-/// Whether a set of rows pays: its two bits for each of `m` rows have to be cleared, and `marks` rows to be
-/// added one by one, before it saves `costOfLook` for each of `looks` entries. (In nanoseconds, about.) A few rows far
-/// apart in a huge matrix do not cost its height.
-constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, unsigned costOfLook)
+/// Whether a set of `rows` rows pays: its two bits for each of `m` rows have to be cleared, and `marks` rows to be
+/// added one by one, before it saves a search among the rows for each of `looks` entries. (In nanoseconds, about.) A
+/// few rows far apart in a huge matrix do not cost its height.
+constexpr bool setOfRowsPays(unsigned m, unsigned marks, std::uint64_t looks, unsigned rows)
 {
     constexpr unsigned kRowsCleared = 64;
-    return std::uint64_t{m} / kRowsCleared + marks <= looks * costOfLook;
+    constexpr unsigned kProbe = 4;
+    return std::uint64_t{m} / kRowsCleared + marks <= looks * kProbe * static_cast<unsigned>(std::bit_width(rows));
 }
 
 /// Tells the rows of a column that are targets from those that are not.

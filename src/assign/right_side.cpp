@@ -1,7 +1,5 @@
 #include "assign/right_side.hpp"
 
-#include "core/values.hpp"
-
 #include <algorithm>
 #include <array>
 #include <functional>
@@ -68,6 +66,19 @@ void makeTruthsOne(Operand& B)
 bool isZeroScalar(const kxArray* B, const Columns& b)
 {
     return (isSparse(B) && b.nnz() == 0) || withStorage(b, [](auto values) { return values.isZero(0); });
+}
+
+bool RightSide::anyZero(unsigned count) const
+{
+    return isMatrix() ? withStorage(b,
+                                    [count](auto values) {
+                                        unsigned t = 0;
+                                        while (t < count && !values.isZero(t)) {
+                                            ++t;
+                                        }
+                                        return t < count;
+                                    })
+                      : isNothing();
 }
 
 } // namespace zqsp

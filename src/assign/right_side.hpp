@@ -4,6 +4,7 @@
 
 #include "core/columns.hpp"
 #include "core/owners.hpp"
+#include "core/values.hpp"
 
 namespace zqsp {
 
@@ -31,7 +32,7 @@ inline bool isZeroScalar(const kxArray* B)
     return isZeroScalar(B, Columns(B));
 }
 
-/// What a region is filled with: a sparse matrix, one value for every element, or nothing, which clears it.
+/// What elements are assigned: the values of a matrix, one value for all, or zeros, which clear them.
 struct RightSide
 {
     enum class Kind
@@ -45,17 +46,30 @@ struct RightSide
     Kind kind;
 
     /// B: 1-by-1, of either storage.
-    static RightSide scalar(const kxArray* B) { return {B, isZeroScalar(B) ? Kind::kNothing : Kind::kScalar}; }
-    /// B: sparse. A matrix whose repeats have been resolved to one element is still a matrix, and may store nothing.
-    static RightSide matrix(const kxArray* B) { return {B, Kind::kMatrix}; }
+    static RightSide scalar(const kxArray* B)
+    {
+        const Columns b(B);
+        return {b, isZeroScalar(B, b) ? Kind::kNothing : Kind::kScalar};
+    }
+    /// B: sparse, or full for linear positions. A matrix whose repeats have been resolved to one element is still a
+    /// matrix, and may store nothing.
+    static RightSide matrix(const kxArray* B) { return {Columns(B), Kind::kMatrix}; }
 
     [[nodiscard]] bool isNothing() const { return kind == Kind::kNothing; }
     [[nodiscard]] bool isScalar() const { return kind == Kind::kScalar; }
+    [[nodiscard]] bool isMatrix() const { return kind == Kind::kMatrix; }
     /// Whether it brings an imaginary part.
     [[nodiscard]] bool isComplex() const { return b.pi != nullptr && !isNothing(); }
 
-  private:
-    RightSide(const kxArray* B, Kind of) : b(B), kind(of) {}
+    /// Which value goes to the t-th of listed elements.
+    [[nodiscard]] unsigned source(unsigned t) const { return isMatrix() ? t : 0; }
+    /// Whether value t is zero.
+    [[nodiscard]] bool isZero(unsigned t) const
+    {
+        return isMatrix() ? withStorage(b, [t](auto values) { return values.isZero(t); }) : isNothing();
+    }
+    /// Whether one of the first `count` values is zero.
+    [[nodiscard]] bool anyZero(unsigned count) const;
 };
 
 } // namespace zqsp

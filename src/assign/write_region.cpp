@@ -113,15 +113,16 @@ void writeRegion(Target& target, const Region& region, unsigned namedRows, unsig
     fillTarget(target, region, b, freshCapacity, limits);
 }
 
-void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const Columns& b, bool isZero,
+void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const RightSide& b,
                   unsigned (*grown)(unsigned nzmax, unsigned m, unsigned n))
 {
     const Columns before(A);
     const Slot slot = findSlot(before, {row, column});
     const unsigned at = slot.position;
-    const bool becomesComplex = !isZero && b.pi != nullptr && before.pi == nullptr;
+    const bool isZero = b.isNothing();
+    const bool becomesComplex = b.isComplex() && before.pi == nullptr;
     if (slot.stored && !isZero && !becomesComplex) { // overwritten where it lies, within the present shape
-        withStorage(before, before, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
+        withStorage(before, before, b.b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
         return;
     }
     const bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
@@ -135,7 +136,7 @@ void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigne
     relay.commit(std::array{patch}, [&](const Patch&, unsigned) {
         if (!isZero) {
             after.ir[at] = row;
-            withStorage(after, after, b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
+            withStorage(after, after, b.b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
         }
     });
     kxSetM(A, m);

@@ -85,12 +85,6 @@ unsigned deleteByKernel(const Columns& a, unsigned nnz, const IndexList& list)
     return kept;
 }
 
-/// Whether the elements can be numbered, so that what is left of them fits a row vector.
-bool linearIndexable(const Columns& a)
-{
-    return a.n == 1 || kxCheckMN_nothrow(a.m, a.n, a.elementSize, nullptr);
-}
-
 /// Deletes the elements of A, whose rows become linear positions. Returns the number of entries left.
 unsigned compact(const Columns& a, const Subscript& deleted)
 {
@@ -101,8 +95,9 @@ unsigned compact(const Columns& a, const Subscript& deleted)
 
 spStatus deleteElements(Target& target, const kxArray* K)
 {
-    if (!linearIndexable(Columns(target.get()))) {
-        return spCannotResizeToRowVector;
+    const Columns before(target.get());
+    if (before.n != 1 && !kxCheckMN_nothrow(before.m, before.n, before.elementSize, nullptr)) {
+        return spCannotResizeToRowVector; // what is left could not be numbered as a row
     }
     const auto elements = static_cast<unsigned>(elementsOf(target.get()));
     Subscript positions;

@@ -102,9 +102,9 @@ TEST(HugeTargets, ARightSideOfNothingIsNotWrittenOut)
 
 TEST(HugeTargets, TheSetOfRowsMayBeRefused)
 {
-    EXPECT_FALSE(zqsp::setOfRowsPays(kHigh, 2, 1000, 16));
-    EXPECT_FALSE(zqsp::setOfRowsPays(1000, 500, 60, 8));
-    EXPECT_TRUE(zqsp::setOfRowsPays(1000000, 10, 2000, 16));
+    EXPECT_FALSE(zqsp::setOfRowsPays(kHigh, 2, 1000, 2));
+    EXPECT_FALSE(zqsp::setOfRowsPays(1000, 500, 12, 500));
+    EXPECT_TRUE(zqsp::setOfRowsPays(1000000, 10, 2000, 10));
     EXPECT_TRUE(zqsp::rewritingPays(1000, 600, 10));
     EXPECT_FALSE(zqsp::rewritingPays(1000, 100, 10)); // most entries lie elsewhere
     EXPECT_TRUE(zqsp::rewritingPays(1000, 100, 1));   // in few columns, of which each takes time
