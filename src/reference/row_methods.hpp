@@ -68,15 +68,23 @@ void turnRows(const Columns& a);
 class RowOrder
 {
   public:
-    /// Raises on exhausted memory. Workspace: a word for each row.
+    /// Both must outlive the order. Raises on exhausted memory. Workspace: a word for each row.
     RowOrder(const IndexList& rows, const RowSet& selected);
 
     /// Gives the entries of the columns first .. first+count-1 their new rows, and puts them into order; always of the
-    /// same array, or of its like. Raises on exhausted memory. Workspace: the longest column, up to three times.
+    /// same array, or of its like. Raises on exhausted memory. Workspace: the longest column, up to three times, or
+    /// once and up to one and a quarter words for each row.
     void apply(const Columns& a, unsigned first, unsigned count);
 
   private:
+    void sortEach(const Columns& a, unsigned first, unsigned last);
+    void readOff(const Columns& a, unsigned column);
+    const unsigned* ranks();
+
+    const IndexList& rows_;
+    const RowSet& selected_;
     Block<unsigned> places_;
+    Block<unsigned> ranks_; // of the rows, where these are not all there are
     ColumnSorter sorter_;
 };
 

@@ -27,6 +27,33 @@ std::vector<double> ones(unsigned count)
 
 } // namespace
 
+/// Columns of most rows, between others, are read off in the order of the rows.
+TEST(RowReference, DenseColumnsInAnyOrder)
+{
+    constexpr unsigned kRows = 50000;
+    Model a = evenColumns(kRows, 4, 3, 1000);
+    for (unsigned row = 0; row < kRows; ++row) {
+        if (row % 5 != 0) {
+            a.entries[{0, row}] = row + 0.5;
+            a.entries[{2, row}] = row + 0.25;
+        }
+    }
+    a.fit();
+    std::vector<double> all;
+    std::vector<double> most;
+    for (unsigned p = 0; p < kRows; ++p) {
+        all.push_back((p * 7919 + 11) % kRows + 1.0);
+        if (p % 11 != 0) {
+            most.push_back(all.back());
+        }
+    }
+    for (const auto& rows : {all, most}) {
+        const Subscript i = Subscript::list(rows);
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = a, .i = i}));
+        EXPECT_EQ("", checkOperation({.callee = Export::Ref6, .a = a, .i = i, .j = Subscript::list({3, 1, 3})}));
+    }
+}
+
 TEST(GeneralReference, CountsPast32BitsRaiseASizeError)
 {
     constexpr unsigned kMany = 65536; // times as many entries, 2^32 in all
