@@ -43,17 +43,14 @@ std::string readFile(const fs::path& path)
     std::string bytes;
     constexpr std::size_t kLeastRoom = 4096; // behind the last byte of a plain file, so that its end moves nothing
     bytes.reserve(fs::is_regular_file(path, ignored) ? fs::file_size(path, ignored) + kLeastRoom : 0);
-    for (;;) {
+    for (int got = 1; got > 0;) {
         pollInterrupt();
         const std::size_t used = bytes.size();
         const std::size_t room = std::max(bytes.capacity() - used, kLeastRoom);
         const auto chunk = static_cast<unsigned>(std::min<std::size_t>(kChunk, room));
         bytes.resize(used + chunk);
-        const int got = ::gzread(file, bytes.data() + used, chunk);
+        got = ::gzread(file, bytes.data() + used, chunk);
         bytes.resize(used + static_cast<std::size_t>(std::max(got, 0)));
-        if (got <= 0) {
-            break;
-        }
     }
     int status = Z_OK;
     const std::string reason = ::gzerror(file, &status);

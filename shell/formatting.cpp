@@ -33,32 +33,26 @@ char escaped(char c)
 
 std::vector<Piece> piecesOf(const std::string& format)
 {
+    static const std::regex kConversion("%[-+ #0]*[0-9]{0,4}([.][0-9]{0,4})?[diuxXocsfFeEgG]");
     std::vector<Piece> pieces(1);
-    for (std::size_t at = 0; at < format.size(); ++at) {
-        const char c = format[at];
-        const char next = at + 1 < format.size() ? format[at + 1] : '\0';
-        if (c == '\\') {
+    for (auto at = format.begin(); at != format.end(); ++at) {
+        const char next = at + 1 != format.end() ? at[1] : '\0';
+        std::smatch found;
+        if (*at == '\\') {
             pieces.back().text += escaped(next);
             ++at;
-        } else if (c != '%') {
-            pieces.back().text += c;
-        } else if (next == '%') {
-            pieces.back().text += '%';
-            ++at;
-        } else {
-            static const std::regex kConversion("%[-+ #0]*[0-9]{0,4}([.][0-9]{0,4})?[diuxXocsfFeEgG]");
-            std::smatch found;
-            const auto first = format.begin() + static_cast<std::ptrdiff_t>(at);
-            if (!std::regex_search(first, format.end(), found, kConversion, std::regex_constants::match_continuous)) {
-                const std::size_t stop = std::min(format.find_first_not_of("+-0 #123456789.", at + 1), at + 12);
-                fail("kxsh:arguments", "the format has a conversion that is unknown or too wide, '{}'",
-                     format.substr(at, stop - at + 1));
-            }
-            at += static_cast<std::size_t>(found.length()) - 1;
-            pieces.back().flags = found.str();
-            pieces.back().flags.pop_back();
-            pieces.back().conversion = format[at];
+        } else if (*at != '%' || next == '%') {
+            pieces.back().text += *at;
+            at += *at == '%' ? 1 : 0;
+        } else if (std::regex_search(at, format.end(), found, kConversion, std::regex_constants::match_continuous)) {
+            at += found.length() - 1;
+            pieces.back().flags.assign(found[0].first, at);
+            pieces.back().conversion = *at;
             pieces.emplace_back();
+        } else {
+            const std::string rest(at, format.end());
+            fail("kxsh:arguments", "the format has a conversion that is unknown or too wide, '{}'",
+                 rest.substr(0, std::min<std::size_t>(rest.find_first_not_of("+-0 #123456789.", 1), 12) + 1));
         }
     }
     return pieces;

@@ -142,16 +142,14 @@ Value speye(Session&, Arguments arguments)
 {
     const auto [m, n] = shapeOf(arguments);
     const unsigned count = std::min(m, n);
-    Value result = Value::sparse(m, n, count);
+    SparseResult<double> result(m, n, count);
     for (unsigned j = 0; j < n; ++j) {
-        pollAtStep(j);
         if (j < count) {
-            result.rowIndices()[j] = j;
-            result.data<double>()[j] = 1;
+            result.put(j, 1);
         }
-        result.starts()[j + 1] = std::min(j + 1, count);
+        result.closeColumn(j);
     }
-    return result;
+    return result.finish();
 }
 
 /// A full array of one value; without arguments, a single one.

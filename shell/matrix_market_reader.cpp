@@ -42,7 +42,7 @@ struct Header
     bool coordinate;
     Field field;
     Symmetry symmetry;
-    kxClassID noted = kxUNKNOWN_CLASS; ///< the class that mmwrite has noted, if it goes with the field
+    kxClassID id = kxDOUBLE_CLASS; ///< also the one that mmwrite has noted, if it goes with the field
 };
 
 /// Values of the element type T.
@@ -71,7 +71,7 @@ class Reader
         columns_ = sizeField("number of columns");
         lines_.require(header_.symmetry == Symmetry::kGeneral || rows_ == columns_,
                        "a symmetric matrix must be square, not {}-by-{}", rows_, columns_);
-        return withElementType(classOf(), [&]<typename T>(std::type_identity<T>) {
+        return withElementType(header_.id, [&]<typename T>(std::type_identity<T>) {
             using Element = std::conditional_t<std::is_same_v<T, char16_t>, double, T>; // no file holds text
             return header_.coordinate ? readCoordinates<Element>() : readArray<Element>();
         });
@@ -107,6 +107,7 @@ class Reader
                                                          {"skew-symmetric", Symmetry::kSkewSymmetric},
                                                          {"hermitian", Symmetry::kHermitian}});
         lines_.endOfLine();
+        header_.id = header_.field == Field::kPattern ? kxLOGICAL_CLASS : kxDOUBLE_CLASS;
         const bool signless = header_.symmetry == Symmetry::kGeneral || header_.symmetry == Symmetry::kSymmetric;
         lines_.require(header_.field != Field::kPattern || (header_.coordinate && signless),
                        "a pattern goes with coordinate format, general or symmetric");
@@ -131,16 +132,9 @@ class Reader
     void noteClass(kxClassID id)
     {
         const bool whole = isIntegerClass(id) || (id == kxLOGICAL_CLASS && !header_.coordinate);
-        const bool fits = header_.field == Field::kInteger ? whole : id == kxSINGLE_CLASS;
-        header_.noted = fits ? id : kxUNKNOWN_CLASS;
-    }
-
-    [[nodiscard]] kxClassID classOf() const
-    {
-        if (header_.field == Field::kPattern) {
-            return kxLOGICAL_CLASS;
+        if (header_.field == Field::kInteger ? whole : id == kxSINGLE_CLASS && header_.field != Field::kPattern) {
+            header_.id = id;
         }
-        return header_.noted == kxUNKNOWN_CLASS ? kxDOUBLE_CLASS : header_.noted;
     }
 
     unsigned sizeField(std::string_view what)
@@ -161,11 +155,8 @@ class Reader
     /// Refuses a count that the rest of the file cannot hold, before anything is allocated for it.
     void checkCount(std::uint64_t count) const
     {
-        const Field field = header_.field;
-        const std::size_t leastBytes = // of an entry, line end included
-            (header_.coordinate ? 4 : 0) + (field == Field::kPattern   ? 0
-                                            : field == Field::kComplex ? 4
-                                                                       : 2);
+        const std::size_t values = header_.field == Field::kPattern ? 0 : header_.field == Field::kComplex ? 2 : 1;
+        const std::size_t leastBytes = 2 * ((header_.coordinate ? 2 : 0) + values); // of an entry, line end included
         const std::size_t left = lines_.bytesLeft();
         lines_.require(count <= (left + 1) / leastBytes,
                        "the file cannot hold the {} entries announced: only {} bytes follow", count, left);
@@ -199,18 +190,13 @@ class Reader
         }
     }
 
+    /// The value of an entry that has its place, checked against the symmetry of the file.
     template <typename T>
     void readValue(Entry<T>& entry)
     {
         entry.re = value<T>();
         entry.im = header_.field == Field::kComplex ? value<T>() : T{};
         lines_.endOfLine();
-    }
-
-    /// Checks an entry against the symmetry of the file.
-    template <typename T>
-    void checkTriangle(const Entry<T>& entry) const
-    {
         if (header_.symmetry == Symmetry::kGeneral || entry.row > entry.column) {
             return;
         }
@@ -264,7 +250,7 @@ class Reader
         checkCount(count);
         const bool complex = header_.field == Field::kComplex;
         const Progress progress("reading", path_, 2 * count);
-        Assembly assembly(rows_, columns_, classOf(), complexity());
+        Assembly assembly(rows_, columns_, header_.id, complexity());
         std::vector<std::pair<unsigned, unsigned>> places;
         std::vector<T> values;
         places.reserve(count);
@@ -275,7 +261,6 @@ class Reader
             nextEntryLine(done, count);
             Entry<T> entry{index("row", rows_), index("column", columns_), T{}, T{}};
             readValue(entry);
-            checkTriangle(entry);
             places.emplace_back(entry.row, entry.column);
             values.push_back(entry.re);
             if (complex) {
@@ -311,7 +296,7 @@ class Reader
         const std::uint64_t below = n == 0 ? 0 : n * (n - 1) / 2;
         const std::uint64_t count = mirrors ? below + (skew ? 0 : n) : rows_ * n;
         checkCount(count);
-        Value result = Value::full(rows_, columns_, classOf(), complexity());
+        Value result = Value::full(rows_, columns_, header_.id, complexity());
         const auto put = [&, re = result.data<T>(), im = result.imagData<T>()](const Entry<T>& entry) {
             const std::size_t place = std::size_t{entry.column} * rows_ + entry.row;
             re[place] = entry.re;
@@ -328,7 +313,6 @@ class Reader
                 nextEntryLine(done++, count);
                 Entry<T> entry{i, j, T{}, T{}};
                 readValue(entry);
-                checkTriangle(entry);
                 withMirrored(entry, put);
             }
         }

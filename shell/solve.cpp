@@ -56,14 +56,12 @@ class Factors
     {
         const int n = static_cast<int>(n_);
         double* x = work_.data();
+        cs_di_ipvec(cholesky_ ? symbolic_->pinv : numeric_->pinv, b, x, n);
+        cs_di_lsolve(numeric_->L, x);
         if (cholesky_) {
-            cs_di_ipvec(symbolic_->pinv, b, x, n);
-            cs_di_lsolve(numeric_->L, x);
             cs_di_ltsolve(numeric_->L, x);
             cs_di_pvec(symbolic_->pinv, x, b, n);
         } else {
-            cs_di_ipvec(numeric_->pinv, b, x, n);
-            cs_di_lsolve(numeric_->L, x);
             cs_di_usolve(numeric_->U, x);
             cs_di_ipvec(symbolic_->q, x, b, n);
         }

@@ -32,6 +32,7 @@ struct Side
     int cell; ///< units per bin
 
     [[nodiscard]] int size() const { return static_cast<int>(bins) * cell; }
+    [[nodiscard]] unsigned elementsPerBin() const { return (length + bins - 1) / bins; }
     [[nodiscard]] unsigned binOf(unsigned index) const
     {
         return static_cast<unsigned>(std::uint64_t{index} * bins / length);
@@ -67,30 +68,27 @@ std::vector<unsigned> countBins(const Value& matrix, const Side& rows, const Sid
     return counts;
 }
 
-/// How many entries the bins that are not empty hold.
-struct Extremes
+/// Paper for an empty bin, else shades that grow with the logarithm of the count.
+struct Shades
 {
-    unsigned least = 0;
+    unsigned least = 0; ///< entries of a bin that is not empty
     unsigned most = 0;
-};
 
-Extremes extremesOf(std::vector<unsigned> counts)
-{
-    std::erase(counts, 0U);
-    const auto [least, most] = std::ranges::minmax_element(counts);
-    return counts.empty() ? Extremes{} : Extremes{*least, *most};
-}
-
-/// Paper for an empty bin, else a shade that grows with the logarithm of the count.
-unsigned shadeOf(unsigned count, const Extremes& extremes)
-{
-    if (count == 0) {
-        return kPaper;
+    explicit Shades(std::vector<unsigned> counts)
+    {
+        std::erase(counts, 0U);
+        if (!counts.empty()) {
+            least = std::ranges::min(counts);
+            most = std::ranges::max(counts);
+        }
     }
-    const double span = std::log(extremes.most) - std::log(extremes.least);
-    const double share = span == 0 ? 1 : (std::log(count) - std::log(extremes.least)) / span;
-    return kFirstShade + static_cast<unsigned>(std::lround(share * (kCellShades - 1)));
-}
+    [[nodiscard]] unsigned of(unsigned count) const
+    {
+        const double span = std::log(most) - std::log(least);
+        const double share = span == 0 ? 1 : (std::log(count) - std::log(least)) / span;
+        return count == 0 ? kPaper : kFirstShade + static_cast<unsigned>(std::lround(share * (kCellShades - 1)));
+    }
+};
 
 /// Numbers to label: 1 and the multiples of a round step, few enough for `room` units of `each`.
 std::vector<unsigned> ticksOf(unsigned length, int room, int each)
@@ -119,15 +117,15 @@ class Composer
     explicit Composer(const Value& matrix)
         : matrix_(matrix),
           rows_(sideOf(matrix.rows(), std::max(matrix.rows(), matrix.columns()))),
-          columns_(sideOf(matrix.columns(), std::max(matrix.rows(), matrix.columns())))
+          columns_(sideOf(matrix.columns(), std::max(matrix.rows(), matrix.columns()))),
+          bins_(countBins(matrix, rows_, columns_)),
+          shades_(bins_),
+          left_(std::max(digitsOf(matrix.rows()), 3) * kCharWidth + 24)
     {
     }
 
     Drawing compose()
     {
-        const auto digits = static_cast<int>(fmt::formatted_size("{}", matrix_.rows()));
-        left_ = std::max(digits, 3) * kCharWidth + 24;
-        top_ = 2 * kLineHeight + 24;
         frame();
         cells();
         axes();
@@ -136,43 +134,42 @@ class Composer
     }
 
   private:
+    static int digitsOf(unsigned number) { return static_cast<int>(fmt::formatted_size("{}", number)); }
+
+    /// Boxes and labels have their places from the upper left corner of the plot.
     void box(int x, int y, int width, int height, unsigned paint)
     {
-        drawing_.boxes.push_back({x, y, width, height, paint});
+        drawing_.boxes.push_back({left_ + x, kTop + y, width, height, paint});
     }
-
     void label(int x, int y, double share, std::string text)
     {
-        drawing_.labels.push_back({x, y, share, std::move(text)});
+        drawing_.labels.push_back({left_ + x, kTop + y, share, std::move(text)});
     }
 
     void frame()
     {
         const int w = columns_.size();
         const int h = rows_.size();
-        box(left_ - 2, top_ - 2, w + 4, 1, kFrame);
-        box(left_ - 2, top_ + h + 1, w + 4, 1, kFrame);
-        box(left_ - 2, top_ - 2, 1, h + 4, kFrame);
-        box(left_ + w + 1, top_ - 2, 1, h + 4, kFrame);
+        box(-2, -2, w + 4, 1, kFrame);
+        box(-2, h + 1, w + 4, 1, kFrame);
+        box(-2, -2, 1, h + 4, kFrame);
+        box(w + 1, -2, 1, h + 4, kFrame);
     }
 
     /// Neighbours of one shade in a row of bins become one box, unless cells stand apart.
     void cells()
     {
-        const std::vector<unsigned> counts = countBins(matrix_, rows_, columns_);
-        extremes_ = extremesOf(counts);
         const int gap = std::min(rows_.cell, columns_.cell) >= kGappedCell ? 1 : 0;
         for (unsigned i = 0; i < rows_.bins; ++i) {
-            const unsigned* row = counts.data() + std::size_t{i} * columns_.bins;
+            const unsigned* row = bins_.data() + std::size_t{i} * columns_.bins;
             for (unsigned j = 0; j < columns_.bins;) {
-                const unsigned shade = shadeOf(row[j], extremes_);
+                const unsigned shade = shades_.of(row[j]);
                 const unsigned first = j++;
-                while (gap == 0 && j < columns_.bins && shadeOf(row[j], extremes_) == shade) {
+                while (gap == 0 && j < columns_.bins && shades_.of(row[j]) == shade) {
                     ++j;
                 }
                 if (shade != kPaper) {
-                    box(left_ + static_cast<int>(first) * columns_.cell + gap,
-                        top_ + static_cast<int>(i) * rows_.cell + gap,
+                    box(static_cast<int>(first) * columns_.cell + gap, static_cast<int>(i) * rows_.cell + gap,
                         static_cast<int>(j - first) * columns_.cell - 2 * gap, rows_.cell - 2 * gap, shade);
                 }
             }
@@ -181,58 +178,57 @@ class Composer
 
     void axes()
     {
-        const auto digits = static_cast<int>(fmt::formatted_size("{}", columns_.length));
-        for (const unsigned tick : ticksOf(columns_.length, columns_.size(), (digits + 2) * kCharWidth)) {
-            const int x = left_ + columns_.middleOf(tick - 1);
-            box(x, top_ - 7, 1, 5, kInk);
-            label(x, top_ - 12, kCentred, fmt::to_string(tick));
+        const int each = (digitsOf(columns_.length) + 2) * kCharWidth;
+        for (const unsigned tick : ticksOf(columns_.length, columns_.size(), each)) {
+            const int x = columns_.middleOf(tick - 1);
+            box(x, -7, 1, 5, kInk);
+            label(x, -12, kCentred, fmt::to_string(tick));
         }
         for (const unsigned tick : ticksOf(rows_.length, rows_.size(), 2 * kLineHeight)) {
-            const int y = top_ + rows_.middleOf(tick - 1);
-            box(left_ - 7, y, 5, 1, kInk);
-            label(left_ - 12, y + 5, kEnding, fmt::to_string(tick));
+            const int y = rows_.middleOf(tick - 1);
+            box(-7, y, 5, 1, kInk);
+            label(-12, y + 5, kEnding, fmt::to_string(tick));
         }
-        drawing_.labels.push_back(
-            {left_ + std::max(columns_.size() / 2, 3 * kCharWidth), top_ - 14 - kLineHeight, kCentred, "column"});
-        drawing_.labels.push_back({left_ - 12, top_ - 14 - kLineHeight, kEnding, "row"});
+        label(std::max(columns_.size() / 2, 3 * kCharWidth), -14 - kLineHeight, kCentred, "column");
+        label(-12, -14 - kLineHeight, kEnding, "row");
     }
 
     void captions()
     {
-        const unsigned nnz = matrix_.entries();
-        std::vector<std::string> lines = {fmt::format("{}-by-{}, nnz {}", matrix_.rows(), matrix_.columns(), nnz)};
-        const bool empty = rows_.length == 0 || columns_.length == 0;
-        if (!empty && (rows_.bins < rows_.length || columns_.bins < columns_.length)) {
-            lines.push_back(fmt::format("each cell: about {}-by-{} elements",
-                                        (rows_.length + rows_.bins - 1) / rows_.bins,
-                                        (columns_.length + columns_.bins - 1) / columns_.bins));
-            lines.push_back(fmt::format("shades: {} to {} entries", extremes_.least, extremes_.most));
+        std::vector<std::string> lines = {
+            fmt::format("{}-by-{}, nnz {}", matrix_.rows(), matrix_.columns(), matrix_.entries())};
+        const bool binned = rows_.bins < rows_.length || columns_.bins < columns_.length;
+        if (matrix_.count() != 0 && binned) {
+            lines.push_back(
+                fmt::format("each cell: about {}-by-{} elements", rows_.elementsPerBin(), columns_.elementsPerBin()));
+            lines.push_back(fmt::format("shades: {} to {} entries", shades_.least, shades_.most));
         }
-        int y = top_ + rows_.size() + 12;
-        int widest = 0;
+        int y = rows_.size() + 12;
+        int widest = columns_.size();
         for (const std::string& line : lines) {
             y += kLineHeight + 2;
-            label(left_, y, kStarting, line);
+            label(0, y, kStarting, line);
             widest = std::max(widest, static_cast<int>(line.size()) * kCharWidth);
         }
         if (lines.size() > 1) {
             y += 8;
             for (unsigned shade = 0; shade < kCellShades; ++shade) {
-                box(left_ + static_cast<int>(shade) * 24, y, 24, 10, kFirstShade + shade);
+                box(static_cast<int>(shade) * 24, y, 24, 10, kFirstShade + shade);
             }
             y += 10;
         }
-        const auto digits = static_cast<int>(fmt::formatted_size("{}", matrix_.columns()));
-        drawing_.width = left_ + std::max(columns_.size(), widest) + digits * kCharWidth / 2 + 16;
-        drawing_.height = y + 16;
+        drawing_.width = left_ + widest + digitsOf(matrix_.columns()) * kCharWidth / 2 + 16;
+        drawing_.height = kTop + y + 16;
     }
+
+    static constexpr int kTop = 2 * kLineHeight + 24;
 
     const Value& matrix_;
     Side rows_;
     Side columns_;
-    int left_ = 0; ///< upper left corner of the plot
-    int top_ = 0;
-    Extremes extremes_;
+    std::vector<unsigned> bins_; ///< entries in each, row by row
+    Shades shades_;
+    int left_;
     Drawing drawing_;
 };
 

@@ -84,14 +84,12 @@ int readCharacter(EditLine*, wchar_t* out)
             return static_cast<int>(got);
         }
         const std::size_t length = std::mbrtowc(out, &byte, 1, &state);
-        if (length == static_cast<std::size_t>(-2)) {
-            continue; // more bytes of the character follow
+        if (length < static_cast<std::size_t>(-2)) {
+            return 1;
         }
         if (length == static_cast<std::size_t>(-1)) {
-            state = {};
-            continue;
+            state = {}; // no character; else more bytes of one follow
         }
-        return 1;
     }
 }
 

@@ -66,13 +66,13 @@ class TextLines
     /// Moves to the next line that is not blank.
     bool nextFilledLine()
     {
-        while (nextLine()) {
-            skipBlanks();
-            if (at_ != stop_) {
-                return true;
+        do {
+            if (!nextLine()) {
+                return false;
             }
-        }
-        return false;
+            skipBlanks();
+        } while (at_ == stop_);
+        return true;
     }
 
     /// The next word in small letters, empty at the end of the line.
