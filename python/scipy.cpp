@@ -1,6 +1,6 @@
 #include "scipy.hpp"
 
-#include "census.hpp"
+#include "order.hpp"
 
 #include <algorithm>
 #include <cstdint>
@@ -106,13 +106,9 @@ Pieces piecesOf(const Compressed& source, bool numbered = false)
     return made;
 }
 
-Order orderOf(const unsigned* rows, const unsigned* starts, unsigned m, unsigned n)
+Order orderIn(const Pieces& pieces)
 {
-    Census census(starts, m, n);
-    for (std::size_t e = 0; e < starts[n]; e += Census::kPiece) {
-        census.add(rows, e, std::min<std::size_t>(e + Census::kPiece, starts[n]));
-    }
-    return census.finish();
+    return orderOf({asWords(pieces.starts), asWords(pieces.indices), pieces.m, pieces.n, pieces.entries});
 }
 
 /// Blocks of its own. `order`, if asked for, is that of the copy, which nobody else can change.
@@ -123,21 +119,16 @@ Array copyOf(const Pieces& pieces, const Elements& elements, Order* order = null
     kx::kxFree(array->jc);
     kx::kxSetJc(array.get(), starts);
     kx::kxSetN(array.get(), pieces.n);
-    std::memcpy(array->jc, pieces.starts.data(), (std::size_t{pieces.n} + 1) * sizeof(unsigned));
-    if (array->jc[pieces.n] != pieces.entries) {
-        throw py::value_error("broken matrix: another thread changes its arrays");
-    }
     const Unlocked unlocked(pieces.entries);
-    Census census(array->jc, pieces.m, pieces.n);
-    for (std::size_t e = 0; e < pieces.entries; e += Census::kPiece) {
-        const std::size_t last = std::min<std::size_t>(e + Census::kPiece, pieces.entries);
-        std::memcpy(array->ir + e, pieces.indices.data() + e, (last - e) * sizeof(unsigned));
-        if (order != nullptr) {
-            census.add(array->ir, e, last);
-        }
-    }
     if (order != nullptr) {
-        *order = census.finish();
+        *order = orderOf({array->jc, array->ir, pieces.m, pieces.n, pieces.entries, asWords(pieces.starts),
+                          asWords(pieces.indices)});
+    } else {
+        std::memcpy(array->jc, pieces.starts.data(), (std::size_t{pieces.n} + 1) * sizeof(unsigned));
+        if (starts[pieces.n] != pieces.entries) {
+            throw py::value_error("broken matrix: another thread changes its arrays");
+        }
+        std::memcpy(array->ir, pieces.indices.data(), pieces.entries * sizeof(unsigned));
     }
     if (elements.numbered) {
         std::copy_n(static_cast<const unsigned*>(pieces.values), pieces.entries, static_cast<unsigned*>(array->pr));
@@ -208,7 +199,7 @@ bool isCanonical(const Compressed& source)
         return marked == Py_True;
     }
     const Pieces pieces = piecesOf(source);
-    const Order order = orderOf(asWords(pieces.indices), asWords(pieces.starts), pieces.m, pieces.n);
+    const Order order = orderIn(pieces);
     if (order == Order::sound) {
         py::setattr(source.matrix, "has_canonical_format", py::bool_(true));
     }
@@ -220,7 +211,7 @@ Compressed canonical(const py::object& matrix)
     // Broken arrays must be found before SciPy's own code runs over them.
     if (const auto source = compressed(matrix)) {
         const Pieces pieces = piecesOf(*source);
-        const Order order = orderOf(asWords(pieces.indices), asWords(pieces.starts), pieces.m, pieces.n);
+        const Order order = orderIn(pieces);
         if (!source->byRows && order == Order::sound) {
             return *source;
         }
@@ -269,7 +260,7 @@ std::optional<Array> checkedArray(const Compressed& source, const Elements& elem
 
 void requireSound(const kxArray* array)
 {
-    if (orderOf(array->ir, array->jc, rowsOf(array), columnsOf(array)) == Order::unsorted) {
+    if (orderOf({array->jc, array->ir, rowsOf(array), columnsOf(array), entriesOf(array)}) == Order::unsorted) {
         throw py::value_error("entries are not in order, or stored twice; call sum_duplicates() first");
     }
 }
