@@ -113,11 +113,4 @@ void expectMakes(const Operation& operation, const Model& expected)
     EXPECT_EQ("", diff(call.target(), expected)) << operation;
 }
 
-void expectGives(const Operation& operation, const Model& expected)
-{
-    const bool anyCapacity = predict(operation).result.nzmax == Model::kAnyCapacity;
-    expectMakes(operation, withCapacity(expected, anyCapacity ? Model::kAnyCapacity : expected.nzmax));
-    EXPECT_EQ("", checkOperation(operation));
-}
-
 } // namespace zqsp::test

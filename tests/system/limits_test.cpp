@@ -50,7 +50,7 @@ TEST_P(Limits, ALowerMaximum)
     const Export callee = GetParam();
     unsigned decided = 0;
     property(1000, [&] {
-        const Model drawn = drawModel();
+        const Model drawn = drawModel(drawStorage());
         const Model a = drawOneIn(2) ? drawn : reshaped(drawn, drawn.n, drawn.m);
         const Operation op = drawOperation(callee, a, false);
         const Outcome unlimited = predict(op);
