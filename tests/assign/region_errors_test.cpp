@@ -59,3 +59,15 @@ TEST(RegionErrors, CountsPast32Bits)
         EXPECT_EQ("", makeAndCheck(Call(op), op, tooLarge).complaint) << op; // too large for the model
     }
 }
+
+/// Up to a moderate height, the entries of several columns are bounded by a share of the maximum.
+TEST(RegionErrors, EntriesBeyondAShareOfTheMaximum)
+{
+    const MaxElements limit(100);
+    for (const unsigned m : {10U, 0x200000U, 0x200001U}) {
+        for (const unsigned columns : {1U, 4U, 6U, 7U, 25U, 26U}) {
+            const Subscript j = Subscript::range(1, 1, columns);
+            EXPECT_EQ("", checkOperation(toRegion(Model::empty(kReal, m, 30), at({1, 2}), j, kSeven)));
+        }
+    }
+}

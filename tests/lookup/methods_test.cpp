@@ -3,36 +3,30 @@
 #include "delete/delete_elements.hpp"
 #include "lookup/find_hits.hpp"
 #include "reference/row_methods.hpp"
+#include "support/draw.hpp"
 #include "support/model.hpp"
 #include "support/tables.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <tuple>
 
 using namespace zqsp;
 using zqsp::test::Array;
+using zqsp::test::draw;
 using zqsp::test::Model;
 
 namespace {
-
-std::mt19937 generator(1);
-
-unsigned below(unsigned end)
-{
-    return static_cast<unsigned>(generator() % end);
-}
 
 /// A matrix that stores about one element in `each`.
 Model randomMatrix(unsigned m, unsigned n, unsigned each)
 {
     Model a = Model::empty({}, m, n);
     for (unsigned i = 0; i < m * n / each; ++i) {
-        a.entries[a.place(below(m * n))] = i + 1.0;
+        a.entries[a.place(draw(m * n))] = i + 1.0;
     }
-    a.nzmax = a.nnz() + below(3) * 20;
+    a.nzmax = a.nnz() + draw(3) * 20;
     return a;
 }
 
@@ -70,7 +64,7 @@ struct Named
 Named drawn(unsigned count, unsigned end, Order order)
 {
     Named named{std::vector<unsigned>(count), order};
-    std::generate(named.positions.begin(), named.positions.end(), [end] { return below(end); });
+    std::generate(named.positions.begin(), named.positions.end(), [end] { return draw(end); });
     if (order != Order::kUnsorted) {
         std::sort(named.positions.begin(), named.positions.end());
     }
@@ -189,6 +183,7 @@ void expectTakesRows(const Model& a, const Named& named, const Subscript& form, 
 
 TEST(Lookup, EveryMethodGivesOneAnswer)
 {
+    const test::SeededDraws draws(1);
     using enum LookupMethod;
     const std::pair<unsigned, unsigned> shapes[] = {{90, 120}, {12000, 1}, {3, 4000}};
     test::forEachTable([&](const Kernels& table) {
@@ -197,7 +192,7 @@ TEST(Lookup, EveryMethodGivesOneAnswer)
             for (const unsigned each : {1U, 5U, 400U}) {
                 const Model a = randomMatrix(m, n, each);
                 for (const unsigned count : {2U, 70U, 3000U, 20000U}) {
-                    const unsigned end = m * n - below(m * n / 2);
+                    const unsigned end = m * n - draw(m * n / 2);
                     const Named unsorted = drawn(count, end, Order::kUnsorted);
                     expectFinds(a, unsorted, unsorted.list(), {kSearches, kFilteredSearches});
                     for (const Order order : {Order::kAscending, Order::kDescending}) {
@@ -210,7 +205,7 @@ TEST(Lookup, EveryMethodGivesOneAnswer)
                     expectFinds(a, once, once.sparseMask(), {kIntersection, kSearches, kFilteredSearches});
                 }
                 for (const unsigned stride : {1U, 3U, 1000U}) {
-                    Named steps = strided(below(100), stride, m * n - below(1000));
+                    Named steps = strided(draw(100), stride, m * n - draw(1000));
                     expectFinds(a, steps, steps.range(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
                     std::reverse(steps.positions.begin(), steps.positions.end());
                     expectFinds(a, steps, steps.range(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
@@ -222,6 +217,7 @@ TEST(Lookup, EveryMethodGivesOneAnswer)
 
 TEST(Rows, EveryMethodGivesOneAnswer)
 {
+    const test::SeededDraws draws(1);
     test::forEachTable([&](const Kernels& table) {
         SCOPED_TRACE(table.name);
         for (const unsigned each : {1U, 5U, 400U}) {
@@ -245,6 +241,7 @@ TEST(Rows, EveryMethodGivesOneAnswer)
 
 TEST(Deletion, EveryMethodGivesOneAnswer)
 {
+    const test::SeededDraws draws(1);
     using enum DeletionMethod;
     test::forEachTable([&](const Kernels& table) {
         SCOPED_TRACE(table.name);
@@ -256,7 +253,7 @@ TEST(Deletion, EveryMethodGivesOneAnswer)
                 expectDeletes(a, once, once.mask(), {kByPositions, kByEntries});
             }
             for (const unsigned stride : {1U, 3U, 1000U}) {
-                const Named steps = strided(below(100), stride, 10000);
+                const Named steps = strided(draw(100), stride, 10000);
                 expectDeletes(a, steps, steps.range(), {kByPositions, kByEntries});
             }
         }

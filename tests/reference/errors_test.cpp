@@ -15,7 +15,7 @@ struct LegacyErrorsReturn : Setting
     LegacyErrorsReturn() : Setting([] { kxrt::legacy_errors_raise(true); }) { kxrt::legacy_errors_raise(false); }
 };
 
-/// The exception of a message leaves by its own class, whose bases tell the message.
+/// The exception of a message leaves by its own class.
 template <typename Tag>
 void expectException(const std::function<void()>& throwIt)
 {
@@ -31,9 +31,6 @@ void expectException(const std::function<void()>& throwIt)
         EXPECT_TRUE(error.message_id().arguments.empty());
         EXPECT_EQ(error.error_id(), std::string(Tag::group) + ":" + Tag::key);
     }
-    EXPECT_THROW(throwIt(), fl::except::IMsgIDException);
-    EXPECT_THROW(throwIt(), fl::except::IUserException);
-    EXPECT_THROW(throwIt(), std::exception);
     EXPECT_EQ(leaks.complaint(), "");
 }
 

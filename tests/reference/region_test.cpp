@@ -20,12 +20,53 @@ Model evenColumns(unsigned m, unsigned n, unsigned length, unsigned firstRow = 0
     return a.fit();
 }
 
-std::vector<double> ones(unsigned count)
+} // namespace
+
+/// At the ends of the rule. Repeated rows make the search set more capacity aside than there are entries, which tells
+/// the methods apart.
+TEST(RowReference, MethodIsChosenByTheRule)
 {
-    return std::vector<double>(count, 1.0);
+    for (unsigned length = 1; length < 40; ++length) {
+        for (const unsigned m : {20 * length, 20 * length + 1, 50U, 51U}) {
+            const Model a = evenColumns(std::max(m, length), 2, length);
+            for (const double last : {1U, a.m}) {
+                EXPECT_EQ("",
+                          checkOperation({.callee = Export::Ref5, .a = a, .i = Subscript::list({1, 1, 1, 1, last})}));
+            }
+        }
+    }
 }
 
-} // namespace
+/// A run of rows is cut out of very long columns and selected from what lies between them.
+TEST(RowReference, RunsOfRowsInColumnsOfAnyLength)
+{
+    Model a = evenColumns(20000, 1300, 1, 3000);
+    for (const unsigned j : {0U, 256U}) {
+        for (unsigned row = j; row < 18000; ++row) {
+            a.entries[{j, row}] = row + 0.5;
+        }
+    }
+    a.fit();
+    for (const Subscript& j : {Subscript::colon(), Subscript::list({700, 1, 256, 257, 258, 257, 257, 1, 601})}) {
+        for (const auto& [first, last] : {std::pair{1.0, 3000.0}, {3001.0, 20000.0}, {17900.0, 18100.0}}) {
+            EXPECT_EQ("",
+                      checkOperation({.callee = Export::Ref6, .a = a, .i = Subscript::range(first, 1, last), .j = j}));
+        }
+    }
+}
+
+/// Nearly all entries lie in a few rows, which nobody expects.
+TEST(GeneralReference, RoomIsMadeForMoreThanExpected)
+{
+    const Model a = evenColumns(1200, 400, 120);
+    std::vector<double> rows = {1200};
+    for (unsigned i = 0; i < 120; ++i) {
+        rows.push_back(i * 7 % 120 + 1.0);
+    }
+    EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = a, .i = Subscript::list(rows)}));
+    std::ranges::sort(rows);
+    EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = a, .i = Subscript::list(rows)}));
+}
 
 /// Columns of most rows, between others, are read off in the order of the rows.
 TEST(RowReference, DenseColumnsInAnyOrder)
@@ -57,7 +98,7 @@ TEST(RowReference, DenseColumnsInAnyOrder)
 TEST(GeneralReference, CountsPast32BitsRaiseASizeError)
 {
     constexpr unsigned kMany = 65536; // times as many entries, 2^32 in all
-    const Subscript many = Subscript::list(ones(kMany));
+    const Subscript many = Subscript::list(std::vector<double>(kMany, 1.0));
     const Model column = evenColumns(kMany, 1, kMany);
     const Outcome tooLarge{Failure(kMaxSizeError), {}};
     const Operation cases[] = {

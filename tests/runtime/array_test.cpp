@@ -185,17 +185,5 @@ TEST_F(ArrayTest, AnAllZeroImaginaryPartIsDropped)
     EXPECT_TRUE(dropped(real)); // the setter has made it complex
 }
 
-/// What the library makes is seen to fail in the tests of the system.
-TEST_F(ArrayTest, CreationIsAllOrNothing)
-{
-    const auto made = [] { const Array cube(kxCreateNumericArray(3, kCube, kxINT8_CLASS, kxCOMPLEX)); };
-    const std::size_t blocks = kxrt::live_blocks();
-    for (long failing = 1; failing <= 4; ++failing) {
-        kxrt::fail_allocation_after(failing);
-        EXPECT_EQ(errorOf(made), "kx:outOfMemory") << failing;
-        EXPECT_EQ(kxrt::live_blocks(), blocks) << failing;
-    }
-}
-
 } // namespace
 } // namespace zqsp::test::runtime

@@ -221,33 +221,12 @@ TEST(MatrixMarket, FilesKeepTheirModeAndNothingIsLeftBehind)
         EXPECT_NE(shell.errors(), "") << name;
     }
     EXPECT_EQ(contentOf(path), kept);
+    shell("mmwrite('/dev/full', sprand(1000, 1000, 0.1))");
+    EXPECT_EQ(shell.identifier(), "kxsh:file");
+    EXPECT_TRUE(fs::exists("/dev/full"));
     shell("mmwrite(['" + path + "' double(0) 'x'], speye(3))");
     EXPECT_EQ(shell.identifier(), "kxsh:arguments") << "a NUL ends no name";
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / ""), fs::directory_iterator()), 3);
-}
-
-TEST(MatrixMarket, AFailedWriteLeavesTheOldFile)
-{
-    const TestFolder folder;
-    const std::string path = folder.file("kept.mtx", "precious");
-    TestShell shell;
-    shell("mmwrite('" + path + "', 'text')");
-    EXPECT_EQ(shell.identifier(), "kxsh:arguments");
-    EXPECT_EQ(contentOf(path), "precious");
-    shell("mmwrite('/dev/full', sprand(1000, 1000, 0.1))");
-    EXPECT_EQ(shell.identifier(), "kxsh:file");
-    EXPECT_TRUE(std::filesystem::exists("/dev/full"));
-}
-
-TEST(MatrixMarket, RelativeNamesAreAlsoFoundBesideTheScript)
-{
-    const TestFolder folder;
-    const std::string data = folder.file("beside.mtx", "%%MatrixMarket matrix array real general\n1 1\n42\n");
-    const std::string script = folder.file("script.kx", "x = mmread('beside.mtx');");
-    TestShell shell;
-    std::ostringstream errors;
-    EXPECT_EQ(runScript(shell.session(), errors, script), Runner::Outcome::kDone) << errors.str();
-    EXPECT_EQ(shell("x"), "x = 42\n");
 }
 
 } // namespace

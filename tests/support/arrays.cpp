@@ -48,11 +48,6 @@ std::ostream& operator<<(std::ostream& out, Storage storage)
     return out << nameOf(storage);
 }
 
-std::string testNameOf(Storage storage)
-{
-    return std::string(nameOfClass(storage.classId)) + (storage.complex ? "Complex" : "");
-}
-
 bool isNumeric(kxClassID id)
 {
     return id >= kxDOUBLE_CLASS && id <= kxUINT64_CLASS;

@@ -73,8 +73,6 @@ const std::vector<Storage>& sparseStorages();
 /// "double complex"
 std::string nameOf(Storage storage);
 std::ostream& operator<<(std::ostream& out, Storage storage);
-/// A name that can be part of a test's name: "DoubleComplex".
-std::string testNameOf(Storage storage);
 
 /// Whether the class can carry an imaginary part (6..15).
 bool isNumeric(kxClassID id);

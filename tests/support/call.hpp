@@ -48,6 +48,7 @@ struct Made
 {
     Ended ended;
     bool faulted = false;       ///< whether an allocation failed
+    long allocations = 0;       ///< asked for
     std::string complaint = {}; ///< "" when all is well
 };
 

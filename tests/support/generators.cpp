@@ -120,11 +120,6 @@ Model drawModel(Storage storage, bool explicitZeros)
     return drawModel(storage, shape, explicitZeros);
 }
 
-Model drawModel()
-{
-    return drawModel(drawStorage());
-}
-
 Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros)
 {
     Model a = Model::empty(storage, m, n);

@@ -41,7 +41,6 @@ enum class Shape
 /// are often all zero.
 Model drawModel(Storage storage, Shape shape, bool explicitZeros = true);
 Model drawModel(Storage storage, bool explicitZeros = true); ///< any shape but AtLimit
-Model drawModel();                                           ///< any storage
 
 /// A matrix of this very size.
 Model drawModelOfSize(Storage storage, unsigned m, unsigned n, bool explicitZeros = true);
@@ -93,9 +92,6 @@ void requireNone(const std::string& complaint);
 
 /// The same with the text of checkOperation().
 void holds(const Operation& operation);
-
-/// The same with the text of checkFaults().
-void survivesFaults(const Operation& operation, unsigned* faults = nullptr);
 
 /// Checks a property, which draws its operands and asserts, `runs` times within a gtest test.
 void property(int runs, const std::function<void()>& body);

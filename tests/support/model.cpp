@@ -145,14 +145,15 @@ bool sameEntry(const std::pair<const Place, Value>& a, const std::pair<const Pla
     return a.first == b.first && sameValue(a.second, b.second);
 }
 
-} // namespace
-
+/// The first broken invariant of a sparse array, or "".
 std::string brokenInvariant(const kxArray* array)
 {
     const unsigned mayBeComplex = isNumeric(classOf(array)) ? kxFLAG_MAY_BE_COMPLEX : 0U;
     return array->flags == (kxFLAG_SPARSE | mayBeComplex) ? kxCheckSparse(array)
                                                           : "flags " + std::to_string(array->flags);
 }
+
+} // namespace
 
 std::string diff(const kxArray* array, const Model& expected)
 {

@@ -85,9 +85,8 @@ Array toArray(const Model& model);
 /// The model of an array whose invariants hold.
 Model fromArray(const kxArray* array);
 
-/// The first broken invariant of a sparse array (column starts, rows, capacity, flags, class), or "".
-std::string brokenInvariant(const kxArray* array);
-/// How the array differs from the model, invariants first; "" when it does not.
+/// How the array differs from the model, invariants (column starts, rows, capacity, flags, class) first; "" when it
+/// does not.
 std::string diff(const kxArray* array, const Model& expected);
 
 /// Equality of values; NaN equals NaN.

@@ -83,9 +83,8 @@ std::string checkFaults(const Operation& operation, unsigned* faults = nullptr);
 
 /// Expects (gtest) that the call ends so, in the model as well; all else as checkOperation().
 void expectEnds(const Operation& operation, const Failure& failure);
-/// Expects that the call gives the target a content given by hand; expectGives(): in the model as well.
+/// Expects that the call gives the target a content given by hand.
 void expectMakes(const Operation& operation, const Model& expected);
-void expectGives(const Operation& operation, const Model& expected);
 
 std::ostream& operator<<(std::ostream& out, const Operation& operation);
 

@@ -24,6 +24,16 @@ inline Model patterned(Storage storage, unsigned m, unsigned n, bool explicitZer
     return a;
 }
 
+/// m-by-n with ones at these places.
+inline Model withOnes(Storage storage, unsigned m, unsigned n, const std::vector<Place>& places)
+{
+    Model a = Model::empty(storage, m, n);
+    for (const Place place : places) {
+        a.entries[place] = 1;
+    }
+    return a.fit();
+}
+
 } // namespace zqsp::test
 
 #endif

@@ -113,11 +113,6 @@ void holds(const Operation& operation)
     requireNone(checkOperation(operation));
 }
 
-void survivesFaults(const Operation& operation, unsigned* faults)
-{
-    requireNone(checkFaults(operation, faults));
-}
-
 void property(int runs, const std::function<void()>& body)
 {
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();

@@ -18,7 +18,7 @@ TEST_P(FaultTable, EveryAllocationFailsOnce)
     unsigned faults = 0;
     property(1500, [&] {
         const Export callee = GetParam();
-        survivesFaults(drawOperation(callee, drawTarget(callee, drawStorage()), false), &faults);
+        requireNone(checkFaults(drawOperation(callee, drawTarget(callee, drawStorage()), false), &faults));
     });
     RecordProperty("faults", static_cast<int>(faults));
     EXPECT_GT(faults, 100U);

@@ -11,22 +11,13 @@ using namespace zqsp::test;
 
 namespace {
 
-constexpr unsigned kTop = 0xFFFFFFFF;
 const RightSide kSeven = RightSide::scalar(7);
 const RightSide kZero = RightSide::scalar(0);
-
-Subscript at(std::vector<double> indices)
-{
-    return Subscript::list(std::move(indices));
-}
 
 /// With entries in the first and the last element.
 Model cornered(Storage storage, unsigned m, unsigned n)
 {
-    Model a = Model::empty(storage, m, n);
-    a.entries[{0, 0}] = 1;
-    a.entries[{n - 1, m - 1}] = 1;
-    return a.fit();
+    return withOnes(storage, m, n, {{0, 0}, {n - 1, m - 1}});
 }
 
 Model filledColumn(Storage storage, unsigned m)
@@ -50,7 +41,7 @@ TEST_P(Limits, ALowerMaximum)
     const Export callee = GetParam();
     unsigned decided = 0;
     property(1000, [&] {
-        const Model drawn = drawModel();
+        const Model drawn = drawModel(drawStorage());
         const Model a = drawOneIn(2) ? drawn : reshaped(drawn, drawn.n, drawn.m);
         const Operation op = drawOperation(callee, a, false);
         const Outcome unlimited = predict(op);
@@ -79,8 +70,8 @@ TEST(Limits, ResultsPastMemory)
     constexpr std::size_t kMany = 9000; // times 65536 entries of 8 bytes are more than 2^32 bytes
     const Model row = patterned(kReal, 1, 3);
     const Model column = filledColumn(kReal, 0x10000);
-    const Subscript repeated = at(std::vector<double>(kMany, 1));
-    const Subscript lastColumn = at({536870912}); // further ones are past a quarter of the maximum
+    const Subscript repeated = Subscript::list(std::vector<double>(kMany, 1));
+    const Subscript lastColumn = Subscript::list({536870912}); // further ones are past a quarter of the maximum
     const Model wide = cornered(kLogical, 0x10000, 0x7FFF);
     Model fullRow = filledColumn(kReal, 0x10000);
     fullRow = reshaped(fullRow, 1, 0x10000);
@@ -89,13 +80,17 @@ TEST(Limits, ResultsPastMemory)
         {.callee = Export::Ref5, .a = fullRow, .i = repeated},
         {.callee = Export::Ref6, .a = column, .i = Subscript::range(0x10000, -1, 1), .j = repeated},
         {.callee = Export::ReferenceByLists, .a = column, .i = Subscript::colon(), .j = repeated},
-        {.callee = Export::Ass3, .a = row, .b = kSeven, .i = at({2147483647})},
+        {.callee = Export::Ass3, .a = row, .b = kSeven, .i = Subscript::list({2147483647})},
         {.callee = Export::Ass4, .a = row, .b = kSeven, .i = lastColumn},
-        {.callee = Export::Ass6, .a = row, .b = kSeven, .i = at({1}), .j = lastColumn},
-        {.callee = Export::Ass6, .a = row, .b = kSeven, .i = at({1, 2}), .j = lastColumn},
-        {.callee = Export::Ass6, .a = Model::unset(), .b = kSeven, .i = at({1}), .j = at({2147483647})},
-        {.callee = Export::Ass6, .a = row, .b = kZero, .i = at({1, 2}), .j = lastColumn},
-        {.callee = Export::DeleteElements, .a = wide, .i = at({2})},
+        {.callee = Export::Ass6, .a = row, .b = kSeven, .i = Subscript::list({1}), .j = lastColumn},
+        {.callee = Export::Ass6, .a = row, .b = kSeven, .i = Subscript::list({1, 2}), .j = lastColumn},
+        {.callee = Export::Ass6,
+         .a = Model::unset(),
+         .b = kSeven,
+         .i = Subscript::list({1}),
+         .j = Subscript::list({2147483647})},
+        {.callee = Export::Ass6, .a = row, .b = kZero, .i = Subscript::list({1, 2}), .j = lastColumn},
+        {.callee = Export::DeleteElements, .a = wide, .i = Subscript::list({2})},
         {.callee = Export::Reshape, .a = cornered(kReal, 2147483647, 1), .newM = 1, .newN = 2147483647},
     };
     for (const Operation& op : cases) {
@@ -130,11 +125,15 @@ TEST(Limits, SubscriptsOfMoreElementsThanTheMaximum)
         {{.callee = Export::Ref5, .a = a, .i = zeros}, spIndexBelowOne},
         {{.callee = Export::DeleteRows, .a = a, .i = zeros}, spIndexBelowOne},
         {{.callee = Export::Ass3, .a = a, .b = kSeven, .i = zeros}, kNotPositiveIntegerError},
-        {{.callee = Export::Ass3, .a = patterned(kReal, 1, 3), .b = kSeven, .i = at({1, 1, 1, 1, 1, 2, 3})}, {}},
+        {{.callee = Export::Ass3,
+          .a = patterned(kReal, 1, 3),
+          .b = kSeven,
+          .i = Subscript::list({1, 1, 1, 1, 1, 2, 3})},
+         {}},
         {{.callee = Export::Ass3, .a = patterned(kReal, 1, 3), .b = kSeven, .i = mask}, kSizeLimitError},
         {{.callee = Export::Ass4, .a = a, .b = kSeven, .i = mask}, spIndexOutOfRange},
         {{.callee = Export::Ass5, .a = a, .b = kSeven, .i = mask}, spIndexOutOfRange},
-        {{.callee = Export::Ass6, .a = a, .b = kSeven, .i = at({1}), .j = mask}, spIndexOutOfRange},
+        {{.callee = Export::Ass6, .a = a, .b = kSeven, .i = Subscript::list({1}), .j = mask}, spIndexOutOfRange},
     };
     for (const auto& [op, failure] : cases) {
         const Call call(op);
