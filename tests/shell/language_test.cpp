@@ -135,6 +135,7 @@ TEST(Language, FunctionsOfArrays)
          "ans = 1\nans = 0\nans = 1\n"},
         {"isequal(uint8([1 2]), [1 2]), isequal(uint64(1e30), 18446744073709551616)", "ans = 1\nans = 0\n"},
         {"[speye(2); 5 6]", "ans = sparse double, 3-by-2, nnz 4\n  (1,1)  1\n  (3,1)  5\n  (2,2)  1\n  (3,2)  6\n"},
+        {"size([sparse(0, 3); sparse(3, 0)])", "ans = full double, 1-by-2\n  3  0\n"},
         {"class([int8(1) 2.5]), class([true 2])", "ans = 'int8'\nans = 'double'\n"},
         {"print('n:', 3, speye(2))", "n: 3 sparse double, 2-by-2, nnz 2\n"},
         {"x = 1; help = 2; x = 3; vars",
