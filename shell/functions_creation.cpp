@@ -158,9 +158,10 @@ Value filled(Arguments arguments, kxClassID id, T value)
 {
     const auto [m, n] = arguments.empty() ? Shape{1, 1} : shapeOf(arguments);
     Value result = Value::full(m, n, id);
-    for (std::size_t k = 0; k < result.count() && value != T{}; ++k) {
-        pollAtStep(k);
-        result.data<T>()[k] = value;
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
+    for (std::size_t first = 0; first < result.count() && value != T{}; first += kPiece) {
+        pollInterrupt();
+        std::fill_n(result.data<T>() + first, std::min(kPiece, result.count() - first), value);
     }
     return result;
 }

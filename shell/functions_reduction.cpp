@@ -45,6 +45,7 @@ Direction directionOf(Arguments arguments)
 template <typename F>
 Value folded(const Value& array, Direction direction, double start, F f)
 {
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
     const std::size_t m = array.rows();
     const unsigned* starts = array.starts();
     const unsigned* rows = array.rowIndices();
@@ -59,18 +60,19 @@ Value folded(const Value& array, Direction direction, double start, F f)
             const std::size_t next = oneRun ? array.columns() : std::size_t{j} + 1;
             std::size_t k = array.isSparse() ? starts[j] : j * m;
             const std::size_t stop = array.isSparse() ? starts[next] : next * m;
-            double inColumn = start; // not in memory while the column is run through
-            for (; k < stop && !direction.keepsRows; ++k) {
-                pollAtStep(k);
-                inColumn = f(inColumn, static_cast<double>(values[k]));
-            }
-            for (; k < stop; ++k) {
-                pollAtStep(k);
-                double& inRow = out[array.isSparse() ? rows[k] : k - j * m];
-                inRow = f(inRow, static_cast<double>(values[k]));
-            }
-            if (!direction.keepsRows) {
-                out[direction.keepsColumns ? j : 0] = inColumn;
+            double& total = out[direction.keepsColumns ? j : 0];
+            while (k < stop) {
+                pollInterrupt();
+                const std::size_t last = std::min(k + kPiece, stop);
+                double inColumn = total; // not in memory while the column is run through
+                for (; k < last && !direction.keepsRows; ++k) {
+                    inColumn = f(inColumn, static_cast<double>(values[k]));
+                }
+                total = inColumn;
+                for (; k < last; ++k) {
+                    double& inRow = out[array.isSparse() ? rows[k] : k - j * m];
+                    inRow = f(inRow, static_cast<double>(values[k]));
+                }
             }
         }
     });

@@ -77,7 +77,8 @@ TEST(Language, FunctionsOfArrays)
                 "isequal(sparse([1 0 2]), [1 0 2])", "~isequal(1:3, [1 2 3]')", "isequal('ab', 'ab')",
                 "isequal(uint8([1 2]), [1 2])", "~isequal(uint64(1e30), 18446744073709551616)",
                 "isequal([speye(2); 5 6], [1 0; 0 1; 5 6]) & issparse([speye(2); 5 6])",
-                "isequal(class([int8(1) 2.5]), 'int8')", "isequal(class([true 2]), 'double')"});
+                "isequal(size([sparse(0, 3); sparse(3, 0)]), [3 0])", "isequal(class([int8(1) 2.5]), 'int8')",
+                "isequal(class([true 2]), 'double')"});
     expectPrinted({{"print('n:', 3, speye(2))", "n: 3 sparse double, 2-by-2, nnz 2\n"},
                    {"x = 1; help = 2; x = 3; vars",
                     "  help  full double, 1-by-1, 8 bytes\n  x     full double, 1-by-1, 8 bytes\n"}});
