@@ -11,17 +11,9 @@
 
 namespace zqsp {
 
-/// What a visit is about to read of a column.
-enum class Reading
-{
-    kRows,   ///< row indices
-    kEntries ///< row indices and values
-};
-
 /// Asks for the cache lines at both ends of what will be read of a column, and of values for one in the middle, which
 /// is no other than these where there are three at most: few columns are longer. (Inlined by force: a function that
 /// only prefetches has no effect in the eyes of the compiler, which drops its calls.)
-template <Reading reading>
 [[gnu::always_inline]] inline void prefetchColumn(const Columns& a, unsigned column)
 {
     const std::size_t begin = a.jc[column];
@@ -29,13 +21,11 @@ template <Reading reading>
     const std::size_t middle = (begin + end) / 2;
     __builtin_prefetch(a.ir + begin);
     __builtin_prefetch(a.ir + end);
-    if constexpr (reading == Reading::kEntries) {
-        for (const std::byte* const values : {a.pr, a.pi}) {
-            if (values != nullptr) {
-                __builtin_prefetch(values + begin * a.elementSize);
-                __builtin_prefetch(values + middle * a.elementSize);
-                __builtin_prefetch(values + end * a.elementSize);
-            }
+    for (const std::byte* const values : {a.pr, a.pi}) {
+        if (values != nullptr) {
+            __builtin_prefetch(values + begin * a.elementSize);
+            __builtin_prefetch(values + middle * a.elementSize);
+            __builtin_prefetch(values + end * a.elementSize);
         }
     }
 }
@@ -43,7 +33,7 @@ template <Reading reading>
 /// f(first, length) for every run of columns, in subscript order, with what will be read of runs to come on its way to
 /// the cache. Scattered columns are otherwise one cache miss after another: measured, their gathering is two to three
 /// times as fast so. (Inlined by force: what f counts would else live in memory that its stores may alias.)
-template <Reading reading = Reading::kEntries, typename F>
+template <typename F>
 [[gnu::always_inline]] inline void forEachColumnRun(const Columns& a, const Subscript& columns, F&& f)
 {
     constexpr std::size_t kStartsAhead = 64;
@@ -55,7 +45,7 @@ template <Reading reading = Reading::kEntries, typename F>
                 __builtin_prefetch(a.jc + runs[i + kStartsAhead].first);
             }
             if (i + kEntriesAhead < runs.size()) {
-                prefetchColumn<reading>(a, runs[i + kEntriesAhead].first);
+                prefetchColumn(a, runs[i + kEntriesAhead].first);
             }
             f(runs[i].first, runs[i].length);
         }
@@ -66,7 +56,7 @@ template <Reading reading = Reading::kEntries, typename F>
 template <typename F>
 [[gnu::always_inline]] inline void forEachColumn(const Columns& a, const Subscript& columns, F&& f)
 {
-    forEachColumnRun<Reading::kRows>(a, columns, [&](unsigned first, unsigned length) {
+    forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
         for (unsigned i = 0; i < length; ++i) {
             f(first + i, a.length(first + i));
         }

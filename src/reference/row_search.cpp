@@ -38,7 +38,11 @@ void mergeHits(const Rows& rows, unsigned count, const Columns& a, unsigned j, F
     }
     if ((end - e) / kApart >= count) {
         findPlaces(
-            a, count, [&rows, j](unsigned t) { return Place{rows[t], j}; }, hit);
+            a, count,
+            [&rows, j](unsigned t) {
+                return Place{rows[t], j};
+            },
+            hit);
         return;
     }
     while (e < end && i < count) {

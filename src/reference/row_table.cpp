@@ -38,58 +38,22 @@ void setCapacity(kxArray* array, unsigned capacity)
 
 constexpr unsigned kBlock = 4096; // entries that are looked at together, and put in order while a cache has them
 
-constexpr unsigned kBits = 8; // of a byte
-
-/// How many bits of a byte are set. (The instruction is not there on all processors.)
-constexpr auto kOnes = [] {
-    std::array<std::uint8_t, 1U << kBits> ones{};
-    for (unsigned byte = 0; byte < ones.size(); ++byte) {
-        ones[byte] = static_cast<std::uint8_t>(countOnes(byte));
-    }
-    return ones;
-}();
-
 /// What was found in a block of entries. (Nothing is initialised: it is large.)
 struct Found
 {
-    unsigned begin; // of the block
-    unsigned size;  // of the block
     unsigned number;
     std::array<unsigned, kBlock + kKernelSlack> positions;
 
     /// ends[i] = `before` and how many were found before from[i], for ascending positions in the block.
     void countBefore(const unsigned* from, unsigned count, unsigned before, unsigned* ends) const
     {
-        if (count == 0) {
-            return;
-        }
-        constexpr unsigned kFew = 16; // one in so many: what lies between two that were found is filled
-        if (number < count / kFew) {
-            unsigned i = 0;
-            for (unsigned found = 0; found < number; ++found) {
-                const unsigned next = gallop(from, i, count, positions[found] + 1);
-                std::fill(ends + i, ends + next, before + found);
-                i = next;
-            }
-            std::fill(ends + i, ends + count, before + number);
-            return;
-        }
-        std::array<std::uint8_t, kBlock / kBits> marks; // a bit for each entry
-        std::array<unsigned, kBlock / kBits> sums;      // what was found before these
-        const unsigned bytes = (size - 1) / kBits + 1;
-        std::fill_n(marks.begin(), bytes, std::uint8_t{0});
+        unsigned i = 0;
         for (unsigned found = 0; found < number; ++found) {
-            const unsigned at = positions[found] - begin;
-            marks[at / kBits] = static_cast<std::uint8_t>(marks[at / kBits] | 1U << at % kBits);
+            const unsigned next = gallop(from, i, count, positions[found] + 1);
+            std::fill(ends + i, ends + next, before + found);
+            i = next;
         }
-        for (unsigned i = 0; i < bytes; ++i) {
-            sums[i] = before;
-            before += kOnes[marks[i]];
-        }
-        for (unsigned i = 0; i < count; ++i) {
-            const unsigned at = from[i] - begin;
-            ends[i] = sums[at / kBits] + kOnes[marks[at / kBits] & ((1U << at % kBits) - 1)];
-        }
+        std::fill(ends + i, ends + count, before + number);
     }
 };
 
@@ -109,8 +73,6 @@ class Sieve
 
     void find(const unsigned* ir, unsigned begin, unsigned size, Found& found) const
     {
-        found.begin = begin;
-        found.size = size;
         found.number =
             kernels().siftRows(set_.words(), few_ ? &*few_ : nullptr, ir, begin, begin + size, found.positions.data());
     }

@@ -4,10 +4,22 @@ namespace zqsp {
 
 namespace {
 
+/// What ascends is added by blocks: one after the other in the same word, each number would wait for the one before.
 template <typename Form>
 void addTo(RowSet& set, unsigned, const Form& form)
 {
-    form.forEach([&set](unsigned number) { set.add(number); });
+    unsigned block = 0;
+    std::uint64_t bits = 0;
+    form.forEach([&](unsigned number) {
+        const unsigned inBlock = number % kMaskBlock;
+        if (number - inBlock != block) {
+            set.addAll(block, bits);
+            block = number - inBlock;
+            bits = 0;
+        }
+        bits |= std::uint64_t{1} << inBlock;
+    });
+    set.addAll(block, bits);
 }
 
 /// A range takes no longer than the set has words: one with short strides comes by blocks.
