@@ -15,17 +15,15 @@ class RegionPatches
   public:
     /// `rows`: of the region. Raises on exhausted memory.
     RegionPatches(const Columns& a, const Region& region, const RowFilter& filter, const RightSide& b, NumberView rows)
-        : a_(a),
-          filter_(filter),
-          b_(b),
-          rows_(rows),
-          rowCount_(region.rows.count()),
-          rowsAreRun_(region.rows.isRun()),
-          total_(a.nnz())
+        : a_(a), filter_(filter), b_(b), rows_(rows), rowCount_(region.rows.count()), rowsAreRun_(region.rows.isRun())
     {
-        patches_.reserve(static_cast<unsigned>(
-            std::min<std::uint64_t>(region.columns.count(), a.nnz() + region.entriesOf(b)))); // mostly one for each
-        if (!rowsAreRun_) {
+        constexpr std::uint64_t kPatchesEach = 4; // of most columns where their rows change one by one
+        const std::uint64_t columns = region.columns.count();
+        if (rowsAreRun_) {
+            patches_.reserve(static_cast<unsigned>(std::min(columns, a.nnz() + region.entriesOf(b))));
+        } else {
+            patches_.reserve(static_cast<unsigned>(
+                std::min({columns * kPatchesEach, filter.looks() + region.entriesOf(b), std::uint64_t{UINT32_MAX}})));
             stored_ = Block<unsigned>::make(std::min<std::uint64_t>(filter.longest(), roomFor(rowCount_)) + 1);
         }
         region.columns.forEach([this](unsigned t, unsigned column) { visitColumn(t, column); });
@@ -33,9 +31,9 @@ class RegionPatches
 
     [[nodiscard]] std::span<const Patch> list() const { return patches_.elements(); }
     /// Entries of the target afterwards.
-    [[nodiscard]] std::uint64_t total() const { return total_; }
+    [[nodiscard]] std::uint64_t total() const { return a_.nnz() + growth_; }
     /// Entries of the target columns afterwards.
-    [[nodiscard]] std::uint64_t inTargetColumns() const { return inTargetColumns_; }
+    [[nodiscard]] std::uint64_t inTargetColumns() const { return before_ + growth_; }
 
   private:
     [[gnu::noinline]] void visitColumn(unsigned t, unsigned column)
@@ -44,7 +42,7 @@ class RegionPatches
         const unsigned source = isMatrix ? b_.b.jc[t] : 0;
         const unsigned sourceEnd = isMatrix ? b_.b.jc[t + std::size_t{1}] : b_.isScalar() ? rowCount_ : 0;
         const EntrySpan span = filter_.spanIn(a_, column);
-        inTargetColumns_ += column < a_.n ? a_.length(column) : 0;
+        before_ += column < a_.n ? a_.length(column) : 0;
         if (span.length() == 0 || rowsAreRun_) {
             add({.column = column,
                  .begin = span.begin,
@@ -67,7 +65,7 @@ class RegionPatches
             }
         };
         for (unsigned at = span.begin, count = 0; source < sourceEnd; source += count) {
-            at = gallopNear(a_.ir, at, span.end, targetRow(source));
+            at = placeFrom(at, span, targetRow(source));
             drop(at);
             const unsigned replaced = dropped != droppedEnd && *dropped == at ? 1 : 0;
             count = 1;
@@ -80,6 +78,19 @@ class RegionPatches
             at += replaced;
         }
         drop(span.end);
+    }
+
+    /// Where a row belongs among the entries of a span from `at` on.
+    [[nodiscard]] unsigned placeFrom(unsigned at, EntrySpan span, unsigned row) const
+    {
+        constexpr unsigned kFewEntries = 16; // passed over in the time of a call
+        if (span.length() > kFewEntries) {
+            return gallopNear(a_.ir, at, span.end, row);
+        }
+        while (at < span.end && a_.ir[at] < row) {
+            ++at;
+        }
+        return at;
     }
 
     /// The target row of an entry of b.
@@ -114,10 +125,7 @@ class RegionPatches
         if (patch.length + dropped == 0) {
             return;
         }
-        total_ += patch.length;
-        total_ -= dropped;
-        inTargetColumns_ += patch.length;
-        inTargetColumns_ -= dropped;
+        growth_ += patch.length - dropped;
         patches_.add(patch);
     }
 
@@ -129,8 +137,8 @@ class RegionPatches
     bool rowsAreRun_;
     Block<unsigned> stored_; // entries of a column in target rows
     GrowingList<Patch> patches_;
-    std::uint64_t total_;
-    std::uint64_t inTargetColumns_ = 0;
+    std::uint64_t before_ = 0; // entries of the target columns
+    std::uint64_t growth_ = 0; // modulo 2^64
 };
 
 /// The target rows of `count` entries of b from `begin` on.
