@@ -18,7 +18,7 @@ def getitem(C: Any, key: Any) -> Any:
     """C[key], with SciPy's meaning of the key.
 
     C    a SciPy matrix or array; in compressed columns or rows it is read where it lies, another format is converted
-         to compressed columns first
+         to compressed columns first; a Matrix counts as what its tocsc() gives
     key  what stands between the brackets: a tuple for two subscripts. Integers, slices, masks, arrays of integers;
          0-based, negative ones from the end
 
@@ -92,6 +92,8 @@ def _prepared(C: Any) -> Any:
     """C in compressed columns or rows and in order; C itself where it is so already."""
     if not sp.issparse(C):
         raise TypeError(f"a SciPy sparse matrix is needed, not {type(C).__name__}")
+    if isinstance(C, _core.Matrix):
+        return C._scipy(False)
     if C.format not in ("csc", "csr"):
         return C.tocsc()
     if C.has_canonical_format:
