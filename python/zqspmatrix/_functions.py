@@ -76,7 +76,7 @@ def reshape(C: Any, shape: Shape, order: str = "C") -> Any:
 
     ValueError: another number of elements, or another order. Cost: a copy of C; in the other order, two transposes.
     """
-    sizes = resolved_shape(C.shape, shape)
+    sizes = resolved_shape((C if hasattr(C, "shape") else _prepared(C)).shape, shape)
     made = _core.reshape(C, sizes, by_columns(order))
     return reshape(_prepared(C), sizes, order) if made is NotImplemented else made
 
