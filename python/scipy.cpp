@@ -168,7 +168,11 @@ std::optional<Compressed> compressed(const py::object& matrix)
 {
     static const py::handle names[] = {interned("format"), interned("data"), interned("indices"), interned("indptr"),
                                        interned("_shape"), interned("csc"),  interned("csr")};
-    const py::object format = matrix.attr(names[0]);
+    const auto format = py::reinterpret_steal<py::object>(PyObject_GetAttr(matrix.ptr(), names[0].ptr()));
+    if (!format) {
+        PyErr_Clear();
+        return {};
+    }
     const auto isFormat = [&](py::handle name) {
         return format.is(name) || PyUnicode_Compare(format.ptr(), name.ptr()) == 0;
     };
@@ -178,9 +182,10 @@ std::optional<Compressed> compressed(const py::object& matrix)
     }
     const py::object own = dictionaryOf(matrix);
     PyObject* shape = own ? PyDict_GetItemWithError(own.ptr(), names[4].ptr()) : nullptr;
-    const py::object counted =
-        shape != nullptr ? py::reinterpret_borrow<py::object>(shape) : py::object(matrix.attr("shape"));
-    const auto [rows, columns] = counted.cast<std::pair<py::ssize_t, py::ssize_t>>();
+    if (shape == nullptr) { // not SciPy's own
+        return {};
+    }
+    const auto [rows, columns] = py::handle(shape).cast<std::pair<py::ssize_t, py::ssize_t>>();
     return Compressed{matrix,
                       arrayAttribute(matrix, own, names[1]),
                       arrayAttribute(matrix, own, names[2]),

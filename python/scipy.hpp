@@ -25,7 +25,7 @@ struct Compressed
     [[nodiscard]] py::ssize_t entries() const;
 };
 
-/// Nothing for another format.
+/// Nothing for another format, and for what is no matrix of SciPy.
 std::optional<Compressed> compressed(const py::object& matrix);
 /// compressed() of what `tocsc` makes of a SciPy matrix, arrays found sound, entries sorted and no element stored twice
 /// (in a copy where need be). ValueError for broken arrays, which are not shown to SciPy's own code before. Cost: a

@@ -18,7 +18,7 @@ def getitem(C: Any, key: Any) -> Any:
     """C[key], with SciPy's meaning of the key.
 
     C    a SciPy matrix or array; in compressed columns or rows it is read where it lies, another format is converted
-         to compressed columns first
+         to compressed columns first; a Matrix counts as what its tocsc() gives
     key  what stands between the brackets: a tuple for two subscripts. Integers, slices, masks, arrays of integers;
          0-based, negative ones from the end
 
@@ -76,7 +76,7 @@ def reshape(C: Any, shape: Shape, order: str = "C") -> Any:
 
     ValueError: another number of elements, or another order. Cost: a copy of C; in the other order, two transposes.
     """
-    sizes = resolved_shape(C.shape, shape)
+    sizes = resolved_shape((C if hasattr(C, "shape") else _prepared(C)).shape, shape)
     made = _core.reshape(C, sizes, by_columns(order))
     return reshape(_prepared(C), sizes, order) if made is NotImplemented else made
 
@@ -92,6 +92,8 @@ def _prepared(C: Any) -> Any:
     """C in compressed columns or rows and in order; C itself where it is so already."""
     if not sp.issparse(C):
         raise TypeError(f"a SciPy sparse matrix is needed, not {type(C).__name__}")
+    if isinstance(C, _core.Matrix):
+        return C._scipy(False)
     if C.format not in ("csc", "csr"):
         return C.tocsc()
     if C.has_canonical_format:

@@ -141,8 +141,10 @@ class Matrix(_core.Matrix, _Sparse):  # type: ignore[misc]
         transposed: Matrix = self._transposed()
         return transposed
 
-    def transpose(self) -> "Matrix":
-        """The transpose, a new Matrix."""
+    def transpose(self, axes: None = None, copy: bool = True) -> "Matrix":
+        """The transpose, a new Matrix. Other axes than None are a ValueError, as in SciPy."""
+        if axes is not None:
+            raise ValueError("a Matrix is transposed as a whole: axes must be None")
         return self.T
 
     def copy(self) -> "Matrix":
@@ -177,9 +179,9 @@ class Matrix(_core.Matrix, _Sparse):  # type: ignore[misc]
         """In coordinates, as SciPy converts."""
         return self._scipy(False).tocoo()
 
-    def toarray(self) -> "np.ndarray[Any, Any]":
-        """A dense array of all elements, of M's dtype."""
-        dense: "np.ndarray[Any, Any]" = self._scipy(False).toarray()
+    def toarray(self, order: Optional[str] = None, out: Any = None) -> "np.ndarray[Any, Any]":
+        """A dense array of all elements, of M's dtype; order ("C", "F") and out as in SciPy."""
+        dense: "np.ndarray[Any, Any]" = self._scipy(False).toarray(order, out)
         return dense
 
     def __array__(self, dtype: Any = None, copy: Optional[bool] = None) -> "np.ndarray[Any, Any]":
@@ -270,6 +272,17 @@ def _by_scipy(name: str) -> Any:
     return method
 
 
+def _changed_by_scipy(name: str) -> Any:
+    def method(self: Matrix, *arguments: Any, **keywords: Any) -> None:
+        changed = self._scipy(True)
+        getattr(changed, name)(*arguments, **keywords)
+        self._load(changed, True, False)
+
+    method.__name__ = name
+    method.__doc__ = f"{name} as SciPy has it, in place."
+    return method
+
+
 def _attribute_of_scipy(name: str) -> property:
     return property(lambda self: getattr(self._scipy(False), name), doc=f"{name} as SciPy has it, read-only.")
 
@@ -279,9 +292,12 @@ for _name in (
     "sum mean min max argmin argmax dot multiply power conj conjugate getH maximum minimum diagonal trace nonzero "
     "count_nonzero astype asfptype asformat getmaxprint __str__ todense tobsr todia todok tolil getrow getcol getnnz "
     "__eq__ __ne__ __lt__ __le__ __gt__ __ge__ __add__ __radd__ __sub__ __rsub__ __mul__ __rmul__ __matmul__ "
-    "__rmatmul__ __truediv__ __rtruediv__ __pow__ __neg__ __abs__ __round__"
+    "__rmatmul__ __truediv__ __rtruediv__ __pow__ __neg__ __abs__ __round__ arcsin arcsinh arctan arctanh ceil deg2rad "
+    "expm1 floor log1p rad2deg rint sign sin sinh sqrt tan tanh trunc nanmax nanmin check_format sorted_indices"
 ).split():
     if hasattr(sp.csc_matrix, _name):
         setattr(Matrix, _name, _by_scipy(_name))
+for _name in "eliminate_zeros prune resize sort_indices sum_duplicates".split():
+    setattr(Matrix, _name, _changed_by_scipy(_name))
 for _name in "data indices indptr has_sorted_indices has_canonical_format maxprint A H real imag size".split():
     setattr(Matrix, _name, _attribute_of_scipy(_name))

@@ -151,6 +151,13 @@ TEST(Order, NamesTheFirstFault)
         EXPECT_EQ(message({4, {1, 2}, {0, 1}}), "broken matrix: column 0 has entries 1 to 2 of 2");
         EXPECT_EQ(message({4, {0, 2}, {0, 4}}), "broken matrix: an entry lies outside a size of 4");
         EXPECT_EQ(message({0, {0, 1}, {0}}), "broken matrix: an entry lies outside a size of 0");
+        Sample far{9, Words(5000, 5), {0, 1, 2, 3, 4}}; // with starts that must not be followed
+        far.starts[0] = 0;
+        far.starts[100] = (1U << 31U) + 4; // no step down from here, as a signed word
+        far.starts[101] = 1;
+        EXPECT_EQ(message(far), "broken matrix: column 99 has entries 5 to 2147483652 of 5");
+        std::fill(far.starts.begin() + 100, far.starts.end() - 1, 1U << 30U);
+        EXPECT_EQ(message(far), "broken matrix: column 99 has entries 5 to 1073741824 of 5");
     }
 }
 
