@@ -1,6 +1,7 @@
 // Small calls, for callgrind to count their instructions (see check.sh): of each, one dump with its name. Elsewhere the
 // requests do nothing.
 #include "kernels/tables.hpp"
+#include "support/arrays.hpp"
 
 #include <kx_runtime.hpp>
 #include <zqspmatrix.h>
@@ -9,26 +10,10 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <memory>
 
-using namespace ::matrix::detail::noninlined::kx_array_api;
+using namespace zqsp::test;
 
 namespace {
-
-struct Destroy
-{
-    void operator()(kxArray* array) const { kxDestroyArray(array); }
-};
-using Array = std::unique_ptr<kxArray, Destroy>;
-
-/// Row of 1-based numbers.
-Array list(std::initializer_list<double> values)
-{
-    const unsigned dims[] = {1, static_cast<unsigned>(values.size())};
-    Array made(kxCreateNumericArray(2, dims, kxDOUBLE_CLASS, kxREAL));
-    std::copy(values.begin(), values.end(), static_cast<double*>(made->pr));
-    return made;
-}
 
 /// n-by-n, real, `perColumn` entries in each column at equal distances, those of the next column a row further down,
 /// and room for some more.
@@ -81,10 +66,10 @@ void countReference(const char* name, const Array& A, F&& refer)
 
 void countSingles(const Array& A)
 {
-    const Array i = list({41});
-    const Array j = list({51});
-    const Array value = list({7});
-    const Array none = list({42});
+    const Array i = doubles({41});
+    const Array j = doubles({51});
+    const Array value = doubles({7});
+    const Array none = doubles({42});
     countReference("read", A, [&](const kxArray* a, kxArray** r) { return spRef6(a, i.get(), j.get(), r); });
     countReference("read-zero", A, [&](const kxArray* a, kxArray** r) { return spRef6(a, none.get(), j.get(), r); });
     countReference("column", A, [&](const kxArray* a, kxArray** r) { return spRef4(a, j.get(), r); });
@@ -94,10 +79,10 @@ void countSingles(const Array& A)
 
 void countExports(const Array& A)
 {
-    const Array I = list({2, 9, 5});
-    const Array K = list({12, 99, 55});
-    const Array b = list({7, 8, 9});
-    const Array value = list({7});
+    const Array I = doubles({2, 9, 5});
+    const Array K = doubles({12, 99, 55});
+    const Array b = doubles({7, 8, 9});
+    const Array value = doubles({7});
     const unsigned rows[] = {1, 8, 4};
     countReference("spRef2", A, [](const kxArray* a, kxArray** r) { return spRef2(a, r); });
     countReference("spRef3", A, [&](const kxArray* a, kxArray** r) { return spRef3(a, K.get(), r); });

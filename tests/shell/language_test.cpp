@@ -103,7 +103,7 @@ TEST(Language, ControlFlow)
                 "n = 0; while n < 3\n n = n + 1;\nend\nn == 3",
                 "x = 0; if sparse([1 0]), x = 1; end, if 1:3 x = x + 2; end, x == 2",
                 "A = sparse(3, 3); for k = 1:3, A(k, k) = k; end, isequal(A(:, 3), [0; 0; 3])",
-                "[m, n] = size(zeros(2, 5)); [a(2), b] = size(ones(7, 8)); isequal([m n a b], [2 5 0 7 8])",
+                "[m, n] = size(zeros(2, 5)); a = 4; [a(2), b] = size(ones(7, 8)); isequal([m n a b], [2 5 4 7 8])",
                 "x = 1:3; for k = 1:3\n x(end + 1) = k; end, isequal(x, [1 2 3 1 2 3])"});
     expectPrinted({
         {"for k = [1 2; 3 4], print(k(1), k(2)), end", "1 3\n2 4\n"},

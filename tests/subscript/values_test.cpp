@@ -102,12 +102,11 @@ TEST(SubscriptValues, BadValueAnywhereInALongList)
 TEST(SubscriptValues, SparseAndComplex)
 {
     // holding a zero comes before being complex, and both before the values
-    Subscript holdsZero = Subscript::sparseList({1, 0, 9});
-    Subscript complex = Subscript::list({9, 0, 1});
-    check(holdsZero);
-    holdsZero.complex = complex.complex = true;
-    check(holdsZero);
-    check(complex);
+    for (Subscript s : {Subscript::sparseList({1, 0, 9}), Subscript::list({9, 0, 1})}) {
+        check(s);
+        s.complex = true;
+        check(s);
+    }
 }
 
 TEST(SubscriptValues, HiddenClassIsAskedFor)

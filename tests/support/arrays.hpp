@@ -7,6 +7,7 @@
 
 #include <kx_runtime.hpp>
 
+#include <algorithm>
 #include <complex>
 #include <cstddef>
 #include <iosfwd>
@@ -54,6 +55,14 @@ class Array
   private:
     kxArray* array_ = nullptr;
 };
+
+/// A full row of doubles.
+inline Array doubles(const std::vector<double>& values)
+{
+    Array made(kxCreateDoubleMatrix(1, static_cast<unsigned>(values.size()), kxREAL));
+    std::copy(values.begin(), values.end(), static_cast<double*>(made->pr));
+    return made;
+}
 
 /// Element storage of an array.
 struct Storage

@@ -143,6 +143,11 @@ bool isAssignment(Export callee)
     return callee >= Export::Ass3 && callee <= Export::Ass6;
 }
 
+bool isDeletion(Export callee)
+{
+    return callee >= Export::DeleteColumns && callee <= Export::DeleteElements;
+}
+
 Model modelled(const Operation& operation)
 {
     return traitsOf(operation.callee).model(operation);

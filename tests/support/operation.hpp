@@ -39,6 +39,7 @@ std::vector<Export> everyExport();
 const char* nameOf(Export callee);
 bool isReference(Export callee);
 bool isAssignment(Export callee);
+bool isDeletion(Export callee);
 
 /// What an operand is, other than an array of its own.
 enum class Alias

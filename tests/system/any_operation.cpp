@@ -10,11 +10,6 @@ namespace {
 
 constexpr unsigned kVast = 10000; // more than a model lists
 
-bool isDeletion(Export callee)
-{
-    return callee >= Export::DeleteColumns && callee <= Export::DeleteElements;
-}
-
 /// An extent of the target that a subscript leaves open: that of an empty square target comes from the right-hand side.
 unsigned openExtent(const Model& a, unsigned extent)
 {

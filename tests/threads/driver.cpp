@@ -1,30 +1,24 @@
 // Threads at work on one runtime: read-only operands that all share, shared copies that are given up and made private,
 // calls that fail, blocks that change threads. Every answer is checked; the thread sanitizer looks for races meanwhile.
 // Exit status 0 when all is well.
-#include <kx_runtime.hpp>
+#include "support/arrays.hpp"
+
 #include <zqspmatrix.h>
 
 #include <array>
 #include <atomic>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
-using namespace matrix::detail::noninlined::kx_array_api;
+using namespace zqsp::test;
 
 namespace {
 
 constexpr unsigned kThreads = 4;
 constexpr unsigned kRounds = 400;
 constexpr unsigned kSize = 60;
-
-struct Destroy
-{
-    void operator()(kxArray* array) const { kxDestroyArray(array); }
-};
-using Array = std::unique_ptr<kxArray, Destroy>;
 
 std::atomic<unsigned> wrong{0};
 
@@ -33,13 +27,6 @@ void expect(bool holds, const char* what)
     if (!holds && wrong.fetch_add(1) == 0) {
         std::fprintf(stderr, "wrong: %s\n", what);
     }
-}
-
-Array row(const std::vector<double>& values)
-{
-    Array made(kxCreateDoubleMatrix(1, static_cast<unsigned>(values.size()), kxREAL));
-    std::copy(values.begin(), values.end(), static_cast<double*>(made->pr));
-    return made;
 }
 
 /// Every third element stored; element (i, j), 1-based, is 100 * i + j.
@@ -61,10 +48,10 @@ Array matrix()
 struct Operands
 {
     Array A = matrix();
-    Array I = row({4, 1, 10});
-    Array J = row({1, 4});
-    Array five = row({5});
-    Array beyond = row({1, kSize + 1});
+    Array I = doubles({4, 1, 10});
+    Array J = doubles({1, 4});
+    Array five = doubles({5});
+    Array beyond = doubles({1, kSize + 1});
     Array range = Array(kxCreateColonObject(1, 2, 9));
 };
 
