@@ -40,8 +40,8 @@ TEST(RowReference, MethodIsChosenByTheRule)
 /// A run of rows is cut out of very long columns and selected from what lies between them.
 TEST(RowReference, RunsOfRowsInColumnsOfAnyLength)
 {
-    Model a = evenColumns(20000, 1300, 1, 3000);
-    for (const unsigned j : {0U, 256U}) {
+    Model a = evenColumns(20000, 2500, 1, 3000);
+    for (const unsigned j : {0U, 256U, 258U}) {
         for (unsigned row = j; row < 18000; ++row) {
             a.entries[{j, row}] = row + 0.5;
         }
