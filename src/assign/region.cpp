@@ -17,9 +17,10 @@ RowFilter::RowFilter(const Columns& a, const Ordered& rows, const Ordered& colum
     : rows_(rows),
       lowest_(rows.lowest()),
       highest_(rows.highest()),
-      coversAll_(rows.isRun() && lowest_ == 0 && highest_ + 1 >= a.m)
+      coversAll_(rows.isRun() && lowest_ == 0 && highest_ + 1 >= a.m),
+      isScattered_(!rows.isRun())
 {
-    if (rows.isRun()) {
+    if (!isScattered_) {
         return;
     }
     columns.forEach([&](unsigned, unsigned column) {

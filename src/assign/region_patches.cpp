@@ -17,7 +17,7 @@ class RegionPatches
     RegionPatches(const Columns& a, const Region& region, const RowFilter& filter, const RightSide& b, NumberView rows)
         : a_(a), filter_(filter), b_(b), rows_(rows), rowCount_(region.rows.count()), rowsAreRun_(region.rows.isRun())
     {
-        constexpr std::uint64_t kPatchesEach = 4; // of most columns where their rows change one by one
+        constexpr std::uint64_t kPatchesEach = 2; // of most columns where their rows change one by one
         const std::uint64_t columns = region.columns.count();
         if (rowsAreRun_) {
             patches_.reserve(static_cast<unsigned>(std::min(columns, a.nnz() + region.entriesOf(b))));
@@ -83,14 +83,9 @@ class RegionPatches
     /// Where a row belongs among the entries of a span from `at` on.
     [[nodiscard]] unsigned placeFrom(unsigned at, EntrySpan span, unsigned row) const
     {
-        constexpr unsigned kFewEntries = 16; // passed over in the time of a call
-        if (span.length() > kFewEntries) {
-            return gallopNear(a_.ir, at, span.end, row);
-        }
-        while (at < span.end && a_.ir[at] < row) {
-            ++at;
-        }
-        return at;
+        return span.end - at <= kComparedRows && at + std::uint64_t{kComparedRows} <= a_.nzmax
+                   ? at + rankAmong(a_.ir + at, span.end - at, row)
+                   : gallopNear(a_.ir, at, span.end, row);
     }
 
     /// The target row of an entry of b.

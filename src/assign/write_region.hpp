@@ -26,10 +26,10 @@ void checkColumnGrowth(const kxArray* A, unsigned highest);
 void writeRegion(Target& target, const Region& region, unsigned namedRows, unsigned namedColumns, Operand& B,
                  unsigned freshCapacity, const FillLimits& limits = {});
 
-/// A(row,column) = b, one value, 0-based. The target becomes m-by-n,
-/// which cover the element, and which only an empty target may have more of now. A zero is not stored: it
-/// removes what is there. Where a new entry finds no room, grown(nzmax, m, n) is the capacity to come.
-/// A must be sparse and of b's class; it is unchanged where this raises. Cost: n + the entries behind the element.
+/// A(row,column) = b, one value, 0-based. The target becomes m-by-n, which cover the element, and which only an empty
+/// target may have more of now. A zero is not stored: it removes what is there. Where a new entry finds no room,
+/// grown(nzmax, m, n) is the capacity to come. A must be sparse and of b's class; it is unchanged where this raises.
+/// Cost: n + the entries behind the element.
 void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const RightSide& b,
                   unsigned (*grown)(unsigned nzmax, unsigned m, unsigned n));
 

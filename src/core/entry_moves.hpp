@@ -141,20 +141,33 @@ inline void copyEntries(const Columns& target, std::size_t to, const Columns& so
     }
 }
 
-/// The same for a target that is filled from front to back: what lies behind the new entries is lost.
+/// Copies `count` elements of `size` bytes in whole rounds.
+template <std::size_t size>
+inline void copyRounds(std::byte* to, const std::byte* from, std::size_t count)
+{
+    for (std::size_t i = 0; i < count * size; i += kRound * size) {
+        copyRound<size>(to + i, from + i);
+    }
+}
+
+/// copyEntries() for a target that is filled from front to back: what lies behind the new entries is lost.
 inline void appendEntries(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
                           std::size_t count)
 {
+    const std::size_t size = target.elementSize;
     const std::size_t whole = wholeRounds(count);
-    if (count > kLongMove || target.elementSize != sizeof(double) || target.pi != nullptr || source.pi != nullptr ||
-        to + whole > target.nzmax || from + whole > source.nzmax) {
+    if (count > kLongMove || (size != sizeof(double) && size != 1) ||
+        (target.pi != nullptr) != (source.pi != nullptr) || to + whole > target.nzmax || from + whole > source.nzmax) {
         copyEntries(target, to, source, from, count);
         return;
     }
-    for (std::size_t i = 0; i < count; i += kRound) { // without rounds: uniform/set-rows.full 12, 16
-        copyRound<sizeof(unsigned)>(reinterpret_cast<std::byte*>(target.ir + to + i),
-                                    reinterpret_cast<const std::byte*>(source.ir + from + i));
-        copyRound<sizeof(double)>(target.pr + (to + i) * sizeof(double), source.pr + (from + i) * sizeof(double));
+    // Without rounds: uniform/set-rows.full 12, 16.
+    const auto copyRun = size == 1 ? copyRounds<1> : copyRounds<sizeof(double)>;
+    copyRounds<sizeof(unsigned)>(reinterpret_cast<std::byte*>(target.ir + to),
+                                 reinterpret_cast<const std::byte*>(source.ir + from), count);
+    copyRun(target.pr + to * size, source.pr + from * size, count);
+    if (target.pi != nullptr) {
+        copyRun(target.pi + to * size, source.pi + from * size, count);
     }
 }
 

@@ -45,9 +45,6 @@ class Relay
     /// Raises the runtime's errors for sizes and memory.
     Relay(kxArray* target, const Needs& needs);
 
-    /// Whether the entries stay in their blocks: what is needed of entries that are replaced must then be saved before
-    /// commit().
-    [[nodiscard]] bool inPlace() const { return inPlace_; }
     /// The target as it was: its entries until an in-place commit(), else as long as the relay lives.
     [[nodiscard]] const Columns& before() const { return before_; }
     /// The entries as they will be, for commit()'s `write`. The column starts are those of before().

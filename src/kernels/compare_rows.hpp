@@ -17,7 +17,7 @@ constexpr unsigned kComparedRows = 16;
 
 /// How many of kComparedRows rows from `rows` on, the first `length` of them ascending, come before the first one that
 /// is not below `row`; at most `length`.
-inline unsigned rankAmong(const unsigned* rows, unsigned length, unsigned row)
+[[gnu::always_inline]] inline unsigned rankAmong(const unsigned* rows, unsigned length, unsigned row)
 {
 #ifdef __SSE2__
     const __m128i sign = _mm_set1_epi32(INT32_MIN); // the comparison is a signed one

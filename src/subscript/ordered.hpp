@@ -29,8 +29,6 @@ class Ordered
 
     /// The ascending numbers.
     [[nodiscard]] const Subscript& form() const { return form_; }
-    /// Numbers as the subscript names them.
-    [[nodiscard]] unsigned named() const { return named_; }
     /// Numbers of form().
     [[nodiscard]] unsigned count() const { return countOf(form_); }
     /// Of none, 0.
@@ -69,7 +67,7 @@ class Ordered
     void orderWithSources(const IndexList& list, bool lastOnly);
 
     Subscript form_;
-    unsigned named_;
+    unsigned named_; // numbers as the subscript names them
     unsigned lowest_ = 0;
     unsigned highest_ = 0;
     bool isReversed_ = false;
