@@ -30,6 +30,8 @@ class RowSet
     }
 
     void add(unsigned number) { words_[number / RowWord::kBits].members |= 1U << number % RowWord::kBits; }
+    /// Makes these the members among the numbers 32 * word and the 31 behind it.
+    void setWord(unsigned word, std::uint32_t members) { words_[word].members = members; }
     /// Adds first + i for each bit i that is set; `first` is a multiple of 64.
     void addAll(unsigned first, std::uint64_t bits)
     {

@@ -1,25 +1,28 @@
 #include "subscript/row_sets.hpp"
 
+#include "kernels/branch_free.hpp"
+
 namespace zqsp {
 
 namespace {
 
-/// What ascends is added by blocks: one after the other in the same word, each number would wait for the one before.
+/// What ascends or descends is gathered in a register, and each word written anew with each number: no number waits for
+/// the one before to be read back, and no branch asks whether the word is another. The set is still empty.
 template <typename Form>
 void addTo(RowSet& set, unsigned, const Form& form)
 {
-    unsigned block = 0;
-    std::uint64_t bits = 0;
+    if (form.order() == Order::kUnsorted) {
+        form.forEach([&set](unsigned number) { set.add(number); });
+        return;
+    }
+    unsigned word = 0;
+    std::uint32_t members = 0;
     form.forEach([&](unsigned number) {
-        const unsigned inBlock = number % kMaskBlock;
-        if (number - inBlock != block) {
-            set.addAll(block, bits);
-            block = number - inBlock;
-            bits = 0;
-        }
-        bits |= std::uint64_t{1} << inBlock;
+        const unsigned own = number / RowWord::kBits;
+        members = valueIf(own == word, members) | 1U << number % RowWord::kBits;
+        word = own;
+        set.setWord(word, members);
     });
-    set.addAll(block, bits);
 }
 
 /// A range takes no longer than the set has words: one with short strides comes by blocks.
