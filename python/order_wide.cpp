@@ -11,8 +11,10 @@
 #include <array>
 #include <cstdint>
 
+#ifndef ZQSP_AVX2 // where the instructions are emulated, the emulation defines them empty
 #define ZQSP_AVX2 gnu::target("avx2,bmi,bmi2,popcnt")
 #define ZQSP_AVX512 gnu::target("avx512f,avx2,bmi,bmi2,popcnt")
+#endif
 
 namespace zqsp::python {
 namespace {

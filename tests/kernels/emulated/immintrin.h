@@ -131,6 +131,23 @@ inline __m128i narrowed(__m512i words)
                                                         [](std::uint32_t w) { return static_cast<std::uint8_t>(w); }));
 }
 
+/// The words of `low` from number `first` on, and behind them those of `high`.
+inline __m512i joined(__mmask16 lanes, __m512i high, __m512i low, unsigned first)
+{
+    const auto front = std::bit_cast<Words>(low);
+    const auto back = std::bit_cast<Words>(high);
+    Words words{};
+    for (unsigned i = 0; i < words.size(); ++i) {
+        const unsigned at = first + i;
+        words[i] = (lanes >> i & 1U) == 0 ? 0 : at < front.size() ? front[at] : back[at - front.size()];
+    }
+    return std::bit_cast<__m512i>(words);
+}
+inline bool isLessSigned(std::uint32_t a, std::uint32_t b)
+{
+    return static_cast<std::int32_t>(a) < static_cast<std::int32_t>(b);
+}
+
 inline constexpr __mmask16 kAll = 0xFFFF;
 
 } // namespace zqsp::emulated
@@ -152,6 +169,11 @@ inline constexpr __mmask16 kAll = 0xFFFF;
 #define _mm512_mask_cmplt_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::less<>())
 #define _mm512_mask_cmpgt_epu32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::greater<>())
 #define _mm512_mask_cmpneq_epi32_mask(lanes, a, b) zqsp::emulated::compare(lanes, a, b, std::not_equal_to<>())
+#define _mm512_cmpneq_epi32_mask(a, b) _mm512_mask_cmpneq_epi32_mask(zqsp::emulated::kAll, a, b)
+#define _mm512_cmplt_epi32_mask(a, b) zqsp::emulated::compare(zqsp::emulated::kAll, a, b, zqsp::emulated::isLessSigned)
+#define _mm512_maskz_alignr_epi32 zqsp::emulated::joined
+#define _mm_popcnt_u32(word) std::popcount(word)
+#define _mm_popcnt_u64(word) static_cast<long long>(std::popcount(word))
 #define _mm512_cmplt_epu32_mask(a, b) _mm512_mask_cmplt_epu32_mask(zqsp::emulated::kAll, a, b)
 #define _mm512_cmpgt_epu32_mask(a, b) _mm512_mask_cmpgt_epu32_mask(zqsp::emulated::kAll, a, b)
 #define _mm512_cvtepi32_pd zqsp::emulated::toDoubles
