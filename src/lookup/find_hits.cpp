@@ -43,24 +43,15 @@ void findByEntries(const Columns& a, const PositionSpan& span, Members members, 
     }
 }
 
-/// Each entry is looked for in an ascending list, from where the one before was; or in a descending one, from its end.
+/// Each entry is looked for in a list, from where the one before was.
 void findInList(const Columns& a, const PositionSpan& span, const IndexList& list, HitList& hits)
 {
-    struct
-    {
-        const unsigned* lowest;
-        std::ptrdiff_t step;
-        unsigned operator[](std::size_t i) const { return lowest[static_cast<std::ptrdiff_t>(i) * step]; }
-    } sorted = {list.begin(), 1};
     const unsigned count = list.count();
-    if (list.order() == Order::kDescending) {
-        sorted = {list.end() - 1, -1};
-    }
     unsigned t = 0;
     for (EntryPositions entries(a, span); entries.count() > 0; entries.advance(entries.count())) {
         for (unsigned i = 0; i < entries.count(); ++i) {
             const unsigned position = entries.positions()[i];
-            for (t = gallop(sorted, t, count, position); t < count && sorted[t] == position; ++t) {
+            for (t = gallop(list, t, count, position); t < count && list[t] == position; ++t) {
                 const HitList::Room room = hits.room(1);
                 *room.ordinals = t;
                 *room.sources = entries.begin() + i;
@@ -148,10 +139,10 @@ Positions formOf(const Subscript& positions)
 unsigned lowestOf(const Subscript& positions)
 {
     if (const auto* range = std::get_if<IndexRange>(&positions)) {
-        return range->ascending().first;
+        return range->first;
     }
     const auto* list = std::get_if<IndexList>(&positions);
-    return list == nullptr ? 0 : (list->order() == Order::kDescending ? list->end()[-1] : *list->begin());
+    return list == nullptr ? 0 : *list->begin();
 }
 
 /// The entries that may be meant: of an unsorted list, all at positions of 32 bits.
@@ -170,7 +161,7 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
         if (const auto* mask = std::get_if<LogicalMask>(&positions)) {
             findByEntries(a, span, MaskMembers(*mask), true, hits);
         } else if (const auto* range = std::get_if<IndexRange>(&positions)) {
-            findByEntries(a, span, RangeMembers(range->ascending()), false, hits);
+            findByEntries(a, span, RangeMembers(*range), false, hits);
         } else {
             findInList(a, span, std::get<IndexList>(positions), hits);
         }
@@ -211,13 +202,11 @@ void findHits(const Columns& a, const Subscript& positions, HitList& hits)
         noteMethod(method);
         find(method, a, span, positions, hits);
     }
-    hits.finish();
 }
 
 void findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions, HitList& hits)
 {
     find(method, a, spanOf(a, positions), positions, hits);
-    hits.finish();
 }
 
 } // namespace zqsp

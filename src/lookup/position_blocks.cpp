@@ -15,23 +15,16 @@ PositionBlock PositionBlocks::next()
 
 PositionBlock PositionBlocks::fill(const IndexRange& range)
 {
-    const IndexRange ascending = range.ascending();
     const unsigned count = std::min(kBlock, range.size - ordinal_);
     for (unsigned i = 0; i < count; ++i) {
-        buffer_[i] = ascending[std::size_t{ordinal_} + i];
+        buffer_[i] = range[std::size_t{ordinal_} + i];
     }
     return {.positions = buffer_.data(), .count = count};
 }
 
 PositionBlock PositionBlocks::fill(const IndexList& list)
 {
-    const unsigned count = std::min(kBlock, list.count() - ordinal_);
-    if (list.order() != Order::kDescending) {
-        return {.positions = list.begin() + ordinal_, .count = count};
-    }
-    const unsigned* const end = list.end() - ordinal_;
-    std::reverse_copy(end - count, end, buffer_.begin());
-    return {.positions = buffer_.data(), .count = count};
+    return {.positions = list.begin() + ordinal_, .count = std::min(kBlock, list.count() - ordinal_)};
 }
 
 PositionBlock PositionBlocks::fill(const LogicalMask& mask)

@@ -18,8 +18,7 @@ struct PositionBlock
     unsigned ordinal = 0;
 };
 
-/// Positions in ascending order, which a descending subscript is read backwards for; those of an unsorted list as they
-/// come. A list that needs no turning is looked at where it is; nothing is written out whole.
+/// Positions in the order of the subscript. A list is looked at where it is; nothing is written out whole.
 class PositionBlocks
 {
   public:

@@ -14,10 +14,6 @@
 
 namespace zqsp {
 
-namespace {
-
-/// Gives the blocks of a result another size, unless a few entries less are all there is to it. Raises on exhausted
-/// memory.
 void setCapacity(kxArray* array, unsigned capacity)
 {
     constexpr unsigned kFew = 64;
@@ -35,6 +31,8 @@ void setCapacity(kxArray* array, unsigned capacity)
     }
     array->nzmax = capacity;
 }
+
+namespace {
 
 constexpr unsigned kBlock = 4096; // entries that are looked at together, and put in order while a cache has them
 

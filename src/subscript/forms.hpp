@@ -236,6 +236,24 @@ inline Subscript borrowed(const Subscript& subscript)
     return std::get<SparseLogicalMask>(subscript);
 }
 
+/// Turns a descending subscript round. Whether it was one.
+inline bool turnIfDescending(Subscript& subscript)
+{
+    if (orderOf(subscript) != Order::kDescending) {
+        return false;
+    }
+    if (auto* range = std::get_if<IndexRange>(&subscript)) {
+        *range = range->ascending();
+    } else {
+        auto& list = std::get<IndexList>(subscript); // masks ascend
+        const unsigned count = list.count();
+        auto indices = list.take();
+        std::reverse(indices.get(), indices.get() + count);
+        subscript = IndexList(std::move(indices), count, Order::kAscending);
+    }
+    return true;
+}
+
 /// Whether the subscript is the run 0, 1, ..., extent-1.
 inline bool selectsAll(const Subscript& subscript, unsigned extent)
 {
