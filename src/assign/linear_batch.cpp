@@ -4,7 +4,7 @@
 #include "assign/write_region.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <algorithm>
 
