@@ -2,7 +2,7 @@
 #include "core/counts.hpp"
 #include "core/values.hpp"
 #include "kernels/select_loop.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 namespace zqsp {
 

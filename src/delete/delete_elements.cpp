@@ -12,7 +12,7 @@
 #include "lookup/members.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <zqspmatrix.h>
 

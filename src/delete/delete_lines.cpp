@@ -7,8 +7,7 @@
 #include "kernels/select_loop.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
-#include "subscript/row_sets.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <zqspmatrix.h>
 
@@ -98,7 +97,9 @@ unsigned removeRows(const Columns& a, Subscript rows)
         return range->count();
     }
     if (!searchesRows(a, range != nullptr ? 0 : countOf(rows))) {
-        const RowSet kept = othersThan(rows, a.m);
+        RowSet kept(a.m);
+        addAll(kept, rows);
+        kept.rankOthers();
         moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
         return a.m - kept.count();
     }

@@ -2,7 +2,6 @@
 
 #include "core/search.hpp"
 #include "core/sort.hpp"
-#include "subscript/runs.hpp"
 
 #include <algorithm>
 
@@ -161,7 +160,7 @@ Numbers::Numbers(const Subscript& subscript)
     } else {
         written_ = Block<unsigned>::make(countOf(subscript));
         unsigned* end = written_.get();
-        std::visit([&end](const auto& mask) { mask.forEach([&end](unsigned number) { *end++ = number; }); }, subscript);
+        forEachIndex(subscript, [&end](unsigned number) { *end++ = number; });
         list = written_.get();
     }
 }

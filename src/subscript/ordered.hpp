@@ -2,7 +2,7 @@
 #ifndef ZQSP_SUBSCRIPT_ORDERED_HPP
 #define ZQSP_SUBSCRIPT_ORDERED_HPP
 
-#include "subscript/forms.hpp"
+#include "subscript/walk.hpp"
 
 #include <cstdint>
 #include <utility>
@@ -47,8 +47,7 @@ class Ordered
     template <typename F>
     void forEach(F&& f) const
     {
-        std::visit([&f](const auto& form) { form.forEach([&f, i = 0U](unsigned number) mutable { f(i++, number); }); },
-                   form_);
+        forEachIndex(form_, [&f, i = 0U](unsigned number) mutable { f(i++, number); });
     }
 
     /// The place that names the i-th number.
