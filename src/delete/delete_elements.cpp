@@ -3,8 +3,6 @@
 
 #include "core/entry_moves.hpp"
 #include "core/note_method.hpp"
-#include "core/operand_check.hpp"
-#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/target.hpp"
 #include "kernels/select_loop.hpp"

@@ -1,7 +1,5 @@
 // A(:,J) = [] and A(I,:) = [].
 #include "core/entry_moves.hpp"
-#include "core/operand_check.hpp"
-#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/target.hpp"
 #include "kernels/select_loop.hpp"

@@ -47,8 +47,8 @@ void HitList::addPiece(unsigned size)
 unsigned HitList::append(Piece& piece, unsigned done)
 {
     const unsigned upper = ordinals_[done] >> kHalf;
-    if (shares_.count() == 0 || upper != shares_.elements().back().upper) {
-        shares_.add({upper, 0});
+    if (shares_.empty() || upper != shares_.back().upper) {
+        shares_.push_back({upper, 0});
     }
     const unsigned* const begin = ordinals_.data() + done;
     const unsigned* end = begin + std::min(waiting_ - done, piece.capacity - piece.count);
@@ -67,7 +67,7 @@ unsigned HitList::append(Piece& piece, unsigned done)
         std::copy_n(sources, size, sourcesBehind<unsigned>(piece.ordinals, piece.capacity) + piece.count);
     }
     piece.count += size;
-    shares_.data()[shares_.count() - 1].count += size;
+    shares_.back().count += size;
     count_ += size;
     return size;
 }
@@ -82,12 +82,12 @@ Hits HitList::next(Place& place)
     if (place.piece == used_) {
         return {nullptr, nullptr, 0};
     }
-    if (place.doneOfShare == shares_.data()[place.share].count) {
+    if (place.doneOfShare == shares_[place.share].count) {
         ++place.share;
         place.doneOfShare = 0;
     }
     const Piece& piece = pieces_[place.piece];
-    const Share share = shares_.data()[place.share];
+    const Share share = shares_[place.share];
     const unsigned size = std::min({kRoom, piece.count - place.done, share.count - place.doneOfShare});
     const std::uint16_t* const ordinals = piece.ordinals + place.done;
     std::transform(ordinals, ordinals + size, ordinals_.begin(),

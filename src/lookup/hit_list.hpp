@@ -2,7 +2,6 @@
 #ifndef ZQSP_LOOKUP_HIT_LIST_HPP
 #define ZQSP_LOOKUP_HIT_LIST_HPP
 
-#include "core/growing_list.hpp"
 #include "core/owners.hpp"
 #include "kernels/kernels.hpp"
 
@@ -116,7 +115,7 @@ class [[gnu::visibility("default")]] HitList
     unsigned count_ = 0;
     unsigned waiting_ = 0;
     unsigned used_ = 0; // pieces
-    GrowingList<Share> shares_;
+    List<Share> shares_;
     std::array<Piece, kMostPieces> pieces_;
     std::array<unsigned, 2 * kRoom + kKernelSlack> ordinals_;
     std::array<unsigned, 2 * kRoom + kKernelSlack> sources_;
