@@ -2,7 +2,6 @@
 #include "assign/linear_batch.hpp"
 #include "assign/region.hpp"
 #include "core/errors.hpp"
-#include "core/operand_check.hpp"
 #include "core/relay.hpp"
 #include "core/target.hpp"
 #include "subscript/colon_range.hpp"

@@ -1,6 +1,7 @@
 #include "assign/linear_plan.hpp"
 
-#include "core/counts.hpp"
+#include "assign/write_region.hpp"
+#include "core/errors.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
 
@@ -110,7 +111,7 @@ void LinearPlan::add(const Patch& patch)
     const unsigned dropped = patch.end - patch.begin;
     insertions_ += patch.length - std::min(patch.length, dropped);
     if (patch.length > 0 || dropped > 0) {
-        patches_.add(patch);
+        patches_.push_back(patch);
     }
 }
 
@@ -125,7 +126,7 @@ void LinearPlan::replay(const IndexRange& range)
     const unsigned m = layout.m();
     const unsigned n = layout.n();
     CapacityReplay replay(a_);
-    const std::span<const Patch> patches = patches_.elements();
+    const std::span<const Patch> patches = patches_;
     for (std::size_t i = 0; i < patches.size(); ++i) {
         const Patch& patch = patches[range.stride < 0 ? patches.size() - 1 - i : i];
         const unsigned dropped = patch.end - patch.begin;

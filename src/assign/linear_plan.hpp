@@ -4,7 +4,7 @@
 
 #include "assign/right_side.hpp"
 #include "core/fast_divisor.hpp"
-#include "core/growing_list.hpp"
+#include "core/owners.hpp"
 #include "core/relay.hpp"
 #include "lookup/place_search.hpp"
 #include "subscript/ordered.hpp"
@@ -81,7 +81,7 @@ class LinearPlan
     static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const RightSide& b,
                                       const IndexRange& range);
 
-    [[nodiscard]] std::span<const Patch> patches() const { return patches_.elements(); }
+    [[nodiscard]] std::span<const Patch> patches() const { return patches_; }
     [[nodiscard]] unsigned capacity() const { return capacity_; }
 
   private:
@@ -92,7 +92,7 @@ class LinearPlan
 
     const Columns& a_;
     const LinearLayout& layout_;
-    GrowingList<Patch> patches_;
+    List<Patch> patches_;
     std::uint64_t insertions_ = 0;
     unsigned capacity_;
 };

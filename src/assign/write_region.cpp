@@ -1,6 +1,6 @@
 #include "assign/write_region.hpp"
 
-#include "core/counts.hpp"
+#include "core/errors.hpp"
 #include "core/relay.hpp"
 #include "core/values.hpp"
 #include "lookup/place_search.hpp"

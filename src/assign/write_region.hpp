@@ -13,6 +13,9 @@ inline Repeats repeatsFor(const kxArray* B)
     return kxIsScalar(B) ? Repeats::kNone : Repeats::kLast;
 }
 
+/// So many entries more is the capacity that a full target is given for one new entry: a deliberate small step.
+constexpr unsigned kCapacityStep = 10;
+
 /// Raises "pmaxsize" where a target with sparse content cannot grow to cover column `highest` (0-based).
 void checkColumnGrowth(const kxArray* A, unsigned highest);
 
