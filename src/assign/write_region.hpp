@@ -10,7 +10,7 @@ namespace zqsp {
 /// What becomes of a row or column that is named repeatedly, when B is assigned.
 inline Repeats repeatsFor(const kxArray* B)
 {
-    return kxIsScalar(B) ? Repeats::kNone : Repeats::kLast;
+    return kxIsScalar(B) ? Repeats::kLast : Repeats::kLast;
 }
 
 /// Raises "pmaxsize" where a target with sparse content cannot grow to cover column `highest` (0-based).
