@@ -102,7 +102,7 @@ void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& named)
     HitList hits(std::min(countOf(positions), a.nnz()));
     findHits(a, positions, hits);
     const unsigned count = hits.count();
-    const Ordered removed(IndexList(hits.takeSources(), count, orderOf(positions)), Repeats::kNone);
+    const Ordered removed(IndexList(hits.takeSources(), count, orderOf(positions)), Repeats::kLast);
     const auto patches = Block<Patch>::make(count);
     std::size_t size = 0;
     unsigned column = 0;

@@ -10,7 +10,7 @@ namespace zqsp {
 /// What becomes of a row or column that is named repeatedly, when B is assigned.
 inline Repeats repeatsFor(const kxArray* B)
 {
-    return kxIsScalar(B) ? Repeats::kNone : Repeats::kLast;
+    return kxIsScalar(B) ? Repeats::kLast : Repeats::kLast;
 }
 
 /// So many entries more is the capacity that a full target is given for one new entry: a deliberate small step.

@@ -89,7 +89,7 @@ spStatus deleteElements(Target& target, const kxArray* K)
     if (status != spOK) {
         return status;
     }
-    const Ordered deleted(std::move(positions), Repeats::kNone);
+    const Ordered deleted(std::move(positions), Repeats::kLast);
     const unsigned left = elements - deleted.count();
     if (left == elements) {
         return spOK;

@@ -53,7 +53,7 @@ spStatus deleteColumns(Target& target, const kxArray* J)
     if (status != spOK) {
         return status;
     }
-    const Ordered deleted(std::move(columns), Repeats::kNone);
+    const Ordered deleted(std::move(columns), Repeats::kLast);
     if (deleted.count() > 0) {
         kxArray* const A = target.own();
         kxSetN(A, compactColumns(Columns(A), deleted.form()));
@@ -94,7 +94,7 @@ unsigned removeRows(const Columns& a, Subscript rows)
         moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
         return a.m - kept.count();
     }
-    const Ordered deleted(std::move(rows), Repeats::kNone);
+    const Ordered deleted(std::move(rows), Repeats::kLast);
     const Numbers numbers(deleted.form());
     ListedRows listed{numbers, deleted.count()};
     selectColumns(entriesOf(a), a.jc, a.n, Others<ListedRows>{listed}, entriesOf(a), 0, a.jc + 1);

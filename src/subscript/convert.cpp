@@ -80,8 +80,7 @@ spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscr
     if (isPlainNumber(subscript)) {
         const double value = *static_cast<const double*>(subscript->pr);
         if (ValueRules::forNumbers(kxDOUBLE_CLASS, extent).accepts(value)) {
-            const unsigned index = static_cast<unsigned>(value) - 1;
-            form = IndexRange(index, index, 1, 1);
+            form = IndexRange::single(static_cast<unsigned>(value) - 1);
             return spOK;
         }
     }

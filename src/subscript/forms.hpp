@@ -45,6 +45,7 @@ struct IndexRange
 
     /// 0, 1, ..., extent-1: what the bare colon selects.
     static IndexRange all(unsigned extent) { return {0, extent - 1, 1, extent}; }
+    static IndexRange single(unsigned index) { return {index, index, 1, 1}; }
 
     [[nodiscard]] unsigned count() const { return size; }
     [[nodiscard]] Order order() const { return stride < 0 ? Order::kDescending : Order::kAscending; }
