@@ -1,5 +1,5 @@
 // A(K) = B, with A(:) = B and A(K) = [].
-#include "assign/linear_batch.hpp"
+#include "assign/linear_plan.hpp"
 #include "assign/region.hpp"
 #include "core/errors.hpp"
 #include "core/relay.hpp"
