@@ -1,6 +1,6 @@
 // Assignments to few entries in huge extents: ranges stay ranges, and nothing is allocated by positions or height.
 #include "assign/cases.hpp"
-#include "assign/region_methods.hpp"
+#include "assign/region.hpp"
 #include "support/call.hpp"
 
 using namespace zqsp::test;
