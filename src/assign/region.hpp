@@ -91,11 +91,11 @@ class RowFilter
         if (coversAll_ || (isScattered_ && end - begin <= kComparedRows)) { // asked in less time than cut
             return {begin, end};
         }
-        const unsigned first = placeAmong(a, begin, end, lowest_);
+        const unsigned first = firstNotBelow(a, begin, end, lowest_);
         if (lowest_ == highest_) {
             return {first, first + (first < end && a.ir[first] == lowest_ ? 1U : 0U)};
         }
-        return {first, placeAmong(a, first, end, highest_ + 1)};
+        return {first, firstNotBelow(a, first, end, highest_ + 1)};
     }
 
     /// Writes the entries of a span that lie in target rows to `found`, which has room for one more than the span.
@@ -123,6 +123,15 @@ class RowFilter
     [[nodiscard]] const RowSet* others() const { return others_ ? &*others_ : nullptr; }
 
   private:
+    /// (Of one row in one column after another the probes go much the same way: a predicted branch is ahead of a gallop
+    /// that waits for each. tall/set-rows.one 0.39, 0.51.)
+    static unsigned firstNotBelow(const Columns& a, unsigned begin, unsigned end, unsigned row)
+    {
+        return end - begin <= kComparedRows && canCompare(a, begin)
+                   ? begin + rankAmong(a.ir + begin, end - begin, row)
+                   : static_cast<unsigned>(std::lower_bound(a.ir + begin, a.ir + end, row) - a.ir);
+    }
+
     const Ordered& rows_;
     unsigned lowest_;
     unsigned highest_;
