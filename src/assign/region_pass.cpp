@@ -117,15 +117,20 @@ class Pass
     /// ends there, that of the first one its own. Returns the last of the ends.
     [[gnu::always_inline]] unsigned select(unsigned end, const Columns& to, unsigned at)
     {
-        constexpr unsigned kFewEntries = 64; // cost less here than a call: uniform/set-region.zero 0.50, 0.63
+        constexpr unsigned kFewEntries = 64; // of one column: the kernel costs more (uniform1/set-region.zero 0.034, 0.036)
         unsigned* const starts = jc_ + column_;
         const unsigned count = end - column_;
         const unsigned stop = jc_[end];
         starts[0] = next_; // as before
         if (others_ == nullptr) {
             std::fill_n(starts + 1, count, at);
-        } else if (stop - next_ <= kFewEntries) {
-            at = selectColumns(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at, starts + 1);
+        } else if (count == 1 && stop - next_ <= kFewEntries) {
+            at = withMoves(
+                entriesOf(from_), entriesOf(to), [&](auto source, auto target) __attribute__((always_inline)) {
+                    return selectEntries(from_.ir, source, next_, stop, others_->unmoved(),
+                                         to.nzmax - at >= stop - next_, to.ir, target, at);
+                });
+            starts[1] = at;
         } else {
             at = kernels().moveSelected(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at,
                                         starts + 1);
@@ -223,7 +228,7 @@ bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const R
                     .columns = region.n,
                     .imaginaryPart = b.isComplex(),
                     .freshBlocks = true});
-    const Aside aside(a, std::size_t{std::max(filter.longest(), kBlock)} + kKernelSlack);
+    const Aside aside(a, std::min<std::uint64_t>(filter.looks(), std::max(filter.longest(), kBlock)) + kKernelSlack);
     const Numbers rows(region.rows.form());
     relay.commitAnew([&](const Columns& after) {
         Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), aside.view()});
