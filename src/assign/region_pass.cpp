@@ -117,7 +117,8 @@ class Pass
     /// ends there, that of the first one its own. Returns the last of the ends.
     [[gnu::always_inline]] unsigned select(unsigned end, const Columns& to, unsigned at)
     {
-        constexpr unsigned kFewEntries = 64; // of one column: the kernel costs more (uniform1/set-region.zero 0.034, 0.036)
+        constexpr unsigned kFewEntries =
+            64; // of one column: the kernel costs more (uniform1/set-region.zero 0.034, 0.036)
         unsigned* const starts = jc_ + column_;
         const unsigned count = end - column_;
         const unsigned stop = jc_[end];
