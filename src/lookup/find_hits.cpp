@@ -100,9 +100,10 @@ void findAtPlaces(const Columns& a, unsigned count, PlaceOf placeOf, OrdinalOf o
 {
     const HitList::Room room = hits.room(count);
     unsigned found = 0;
-    findPlaces(a, count, placeOf, [&](unsigned t, unsigned entry) {
+    searchPlaces(a, count, placeOf, [&](unsigned t, Slot slot) { // is written first, and stays where it is stored
         room.ordinals[found] = ordinalOf(t);
-        room.sources[found++] = entry;
+        room.sources[found] = slot.position;
+        found += slot.stored ? 1U : 0U;
     });
     hits.keep(found);
 }
