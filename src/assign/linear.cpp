@@ -1,8 +1,7 @@
 // A(K) = B, with A(:) = B and A(K) = [].
-#include "assign/linear_batch.hpp"
+#include "assign/linear_plan.hpp"
 #include "assign/region.hpp"
 #include "core/errors.hpp"
-#include "core/operand_check.hpp"
 #include "core/relay.hpp"
 #include "core/target.hpp"
 #include "subscript/colon_range.hpp"

@@ -1,7 +1,6 @@
-#include "assign/linear_batch.hpp"
-
+// A(K) = B for many positions, by their plan; or where only values change, or entries go.
 #include "assign/linear_plan.hpp"
-#include "assign/write_region.hpp"
+#include "assign/store_element.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
 #include "subscript/walk.hpp"
@@ -13,18 +12,17 @@ namespace zqsp {
 namespace {
 
 /// `grown`: the target, then.
-template <typename Plan>
-void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const Plan& plan)
+void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const LinearPlan& plan)
 {
     Relay relay(
         A, {.capacity = plan.capacity(), .columns = std::max(grown.n(), kxGetN(A)), .imaginaryPart = b.isComplex()});
     const Columns after = relay.after();
-    const unsigned step = b.source(1);
+    const std::size_t step = b.isMatrix() ? 1 : 0; // from value to value
     withStorage(after, after, b.b, [&](auto to, auto, auto from) {
         relay.commit(plan.patches(), [&](const Patch& patch, unsigned at) {
             for (unsigned k = 0; k < patch.length; ++k) {
                 after.ir[at + k] = patch.row + k;
-                to.copy(at + k, from, patch.source + std::size_t{k} * step);
+                to.copy(at + k, from, patch.source + k * step);
             }
         });
     });
@@ -36,22 +34,6 @@ void assignOne(kxArray* A, const LinearLayout& grown, const RightSide& b, unsign
 {
     const Place place = grown.placeOf(position);
     storeElement(A, place.row, place.column, grown.m(), grown.n(), b, growCapacity);
-}
-
-/// Values for any positions, whose numbers are known.
-void assignListed(kxArray* A, const LinearLayout& initial, const LinearLayout& grown, const RightSide& b,
-                  const Numbers& numbers, const Subscript& positions)
-{
-    const Columns a(A);
-    const bool isInside = grown.m() == a.m && grown.n() == a.n;
-    const bool isPlain = isInside && !b.anyZero(countOf(positions));
-    const Ordered ordered(borrowed(positions), isPlain ? Repeats::kLast : Repeats::kAll);
-    const bool isMask = !std::holds_alternative<IndexList>(ordered.form()) &&
-                        !std::holds_alternative<IndexRange>(ordered.form()); // is written out by now
-    const Numbers ascending = isMask ? Numbers() : Numbers(ordered.form());
-    carryOut(
-        A, grown, b,
-        PositionPlan(a, initial, b, numbers, isMask ? NumberView(numbers) : NumberView(ascending), ordered, isPlain));
 }
 
 /// Where every position is stored and no value is zero, the entries are overwritten in the order of the assignments:
@@ -113,7 +95,7 @@ void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& named)
         }
     });
     Relay relay(A, {.capacity = a.nzmax, .columns = std::max(grown.n(), a.n)});
-    relay.commit(std::span<const Patch>(patches.get(), size), [](const Patch&, unsigned) {});
+    relay.commit({patches.get(), size}, [](const Patch&, unsigned) {});
     kxSetM(A, grown.m());
     kxSetN(A, grown.n());
 }
@@ -131,7 +113,7 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const RightSide& b, con
     const unsigned first = firstOf(positions);
     const LinearLayout initial(m, n, first);
     LinearLayout grown = initial;
-    grown.cover(highestOf(positions));
+    grown.cover(grown.placeOf(highestOf(positions)));
     if (count == 1) {
         assignOne(A, grown, b, first);
     } else if (isRun && isEven) {
@@ -143,7 +125,8 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const RightSide& b, con
     } else {
         const Numbers numbers(positions);
         if (range != nullptr || !overwriteInOrder(A, initial, b, numbers, positions)) {
-            assignListed(A, initial, grown, b, numbers, positions);
+            const bool isInside = grown.m() == a.m && grown.n() == a.n;
+            carryOut(A, grown, b, LinearPlan::forPositions(a, initial, b, positions, numbers, isInside));
         }
     }
 }
@@ -152,7 +135,7 @@ void assignSparse(kxArray* A, unsigned m, unsigned n, const RightSide& b, const 
 {
     const LinearLayout initial(m, n, range.first);
     LinearLayout grown = initial;
-    grown.cover(range.highest());
+    grown.cover(grown.placeOf(range.highest()));
     const Columns a(A);
     carryOut(A, grown, b, LinearPlan::forSparseValues(a, initial, b, range));
 }

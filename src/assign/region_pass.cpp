@@ -1,5 +1,5 @@
 #include "assign/region_methods.hpp"
-#include "core/counts.hpp"
+#include "core/errors.hpp"
 #include "core/values.hpp"
 #include "kernels/select_loop.hpp"
 #include "subscript/walk.hpp"

@@ -1,7 +1,6 @@
 // A(:,J) = B and A(I,:) = B: their common entry, and a worker each.
 #include "assign/write_region.hpp"
-#include "core/counts.hpp"
-#include "core/operand_check.hpp"
+#include "core/errors.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>

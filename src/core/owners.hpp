@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace zqsp {
 
@@ -49,7 +50,7 @@ class Block
     /// was.
     void resize(std::size_t count)
     {
-        data_ = static_cast<T*>(data_ == nullptr ? kxMalloc(count * sizeof(T)) : kxRealloc(data_, count * sizeof(T)));
+        data_ = static_cast<T*>(data_ == nullptr ? kxMalloc(count * sizeof(T)) : kxReallocExCheck(data_, count * sizeof(T)));
     }
 
     [[nodiscard]] T* get() const noexcept { return data_; }
@@ -61,6 +62,21 @@ class Block
   private:
     T* data_ = nullptr;
 };
+
+/// For containers of the standard library whose memory is the runtime's; raises on exhausted memory.
+template <typename T>
+struct RuntimeAllocator
+{
+    using value_type = T;
+
+    T* allocate(std::size_t count) { return static_cast<T*>(kxMalloc(count * sizeof(T))); }
+    void deallocate(T* block, std::size_t /*count*/) noexcept { kxFree(block); }
+    bool operator==(const RuntimeAllocator&) const = default;
+};
+
+/// A list that grows with what is found.
+template <typename T>
+using List = std::vector<T, RuntimeAllocator<T>>;
 
 /// Owns an array until it is handed out.
 class ArrayOwner

@@ -3,8 +3,6 @@
 
 #include "core/entry_moves.hpp"
 #include "core/note_method.hpp"
-#include "core/operand_check.hpp"
-#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/target.hpp"
 #include "kernels/select_loop.hpp"
@@ -45,28 +43,13 @@ unsigned deleteByPositions(const Columns& a, unsigned nnz, const Subscript& dele
     return kept;
 }
 
-/// Positions but for some, lowered by those below them. These are counted first: that passes over where the answer is.
 template <typename Members>
-struct OtherPositions
-{
-    Members deleted;
-    unsigned below = 0;
-
-    bool selects(unsigned position)
-    {
-        below = deleted.newRow(position);
-        return !deleted.selects(position);
-    }
-    [[nodiscard]] unsigned newRow(unsigned position) const { return position - below; }
-};
-
-template <typename Members>
-unsigned deleteByEntries(const Columns& a, unsigned nnz, const Members& deleted)
+unsigned deleteByEntries(const Columns& a, unsigned nnz, Members deleted)
 {
     EntryWalk(a).replaceRows(nnz);
     const Entries entries = entriesOf(a);
     return withMoves(entries, entries, [&, ir = a.ir](auto from, auto to) {
-        return selectEntries(ir, from, 0, nnz, OtherPositions<Members>{deleted}, true, ir, to, 0);
+        return selectEntries(ir, from, 0, nnz, Others<Members>{deleted}, true, ir, to, 0);
     });
 }
 

@@ -1,7 +1,5 @@
 // A(:,J) = [] and A(I,:) = [].
 #include "core/entry_moves.hpp"
-#include "core/operand_check.hpp"
-#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/target.hpp"
 #include "kernels/select_loop.hpp"
@@ -63,22 +61,15 @@ spStatus deleteColumns(Target& target, const kxArray* J)
     return spOK;
 }
 
-/// All rows but listed ones, each of which is searched for: for few entries in a high matrix.
-template <typename Numbers>
-struct UnlistedRows
+/// Listed rows, each of which is searched for: for few entries in a high matrix.
+struct ListedRows
 {
-    const Numbers& deleted; // strictly ascending
+    NumberView rows; // strictly ascending
     unsigned count;
+    unsigned below = 0;
 
-    [[nodiscard]] bool selects(unsigned row) const
-    {
-        const unsigned before = newRank(row);
-        return before == count || deleted[before] != row;
-    }
-    [[nodiscard]] unsigned newRow(unsigned row) const { return row - newRank(row); }
-
-  private:
-    [[nodiscard]] unsigned newRank(unsigned row) const { return lowerBound(deleted, 0, count, row); }
+    unsigned newRow(unsigned row) { return below = lowerBound(rows, 0, count, row); }
+    [[nodiscard]] bool selects(unsigned row) const { return below < count && rows[below] == row; }
 };
 
 /// Whether a set of all rows costs more than a search for each entry among so many numbers, listed for it.
@@ -93,7 +84,7 @@ unsigned removeRows(const Columns& a, Subscript rows)
 {
     const auto* range = std::get_if<IndexRange>(&rows);
     if (range != nullptr && range->ascending().isRun()) {
-        moveSelected(a, 0, a.n, RowGap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
+        moveSelected(a, 0, a.n, OtherRows{range->ascending().first, range->count()}, a, 0, a.jc + 1);
         return range->count();
     }
     if (!searchesRows(a, range != nullptr ? 0 : countOf(rows))) {
@@ -105,8 +96,8 @@ unsigned removeRows(const Columns& a, Subscript rows)
     }
     const Ordered deleted(std::move(rows), Repeats::kLast);
     const Numbers numbers(deleted.form());
-    const UnlistedRows<Numbers> kept{numbers, deleted.count()};
-    selectColumns(entriesOf(a), a.jc, a.n, kept, entriesOf(a), 0, a.jc + 1);
+    ListedRows listed{numbers, deleted.count()};
+    selectColumns(entriesOf(a), a.jc, a.n, Others<ListedRows>{listed}, entriesOf(a), 0, a.jc + 1);
     return deleted.count();
 }
 

@@ -55,7 +55,7 @@ class HitList
         constexpr unsigned kMany = 1U << 18U; // takes no second thought
         const std::size_t needed = std::size_t{count_} + size;
         const std::size_t further =
-            count_ < kMany ? std::min(most_, capacity_ == 0 ? kFew : kMany) : count_ + count_ / 4;
+            count_ < kMany ? std::min(most_, capacity_ == 0 ? kFew : kMany) : std::size_t{count_} + count_ / 4;
         capacity_ = std::max(needed, further);
         ordinals_.resize(capacity_ + kKernelSlack);
         sources_.resize(capacity_ + kKernelSlack);

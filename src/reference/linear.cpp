@@ -1,7 +1,6 @@
 // A(:) and A(K): finds the stored entries at the selected linear positions (a plan), then builds the result.
 #include "core/entry_moves.hpp"
 #include "core/errors.hpp"
-#include "core/operand_check.hpp"
 #include "core/values.hpp"
 #include "lookup/entry_positions.hpp"
 #include "lookup/find_hits.hpp"

@@ -1,5 +1,5 @@
 // A(I,J): chooses the method by what is known of the rows.
-#include "core/counts.hpp"
+#include "core/errors.hpp"
 #include "core/note_method.hpp"
 #include "core/search.hpp"
 #include "kernels/kernels.hpp"

@@ -1,6 +1,5 @@
-#include "core/counts.hpp"
 #include "core/entry_moves.hpp"
-#include "core/row_selection.hpp"
+#include "core/errors.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
 #include "reference/column_visit.hpp"
