@@ -1,7 +1,6 @@
 // A(I,J) = B.
 #include "assign/write_region.hpp"
-#include "core/counts.hpp"
-#include "core/operand_check.hpp"
+#include "core/errors.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>

@@ -3,8 +3,9 @@
 #define ZQSP_ASSIGN_REGION_METHODS_HPP
 
 #include "assign/region.hpp"
+#include "core/entry_moves.hpp"
 #include "core/relay.hpp"
-#include "core/row_selection.hpp"
+#include "core/row_set.hpp"
 #include "core/search.hpp"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "assign/region_methods.hpp"
-#include "core/counts.hpp"
+#include "core/errors.hpp"
 #include "core/values.hpp"
 #include "kernels/select_loop.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 namespace zqsp {
 

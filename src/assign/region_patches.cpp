@@ -1,6 +1,6 @@
 #include "assign/region_methods.hpp"
-#include "core/counts.hpp"
-#include "core/growing_list.hpp"
+#include "core/errors.hpp"
+#include "core/owners.hpp"
 #include "core/values.hpp"
 
 namespace zqsp {
@@ -29,7 +29,7 @@ class RegionPatches
         region.columns.forEach([this](unsigned t, unsigned column) { visitColumn(t, column); });
     }
 
-    [[nodiscard]] std::span<const Patch> list() const { return patches_.elements(); }
+    [[nodiscard]] std::span<const Patch> list() const { return patches_; }
     /// Entries of the target afterwards.
     [[nodiscard]] std::uint64_t total() const { return a_.nnz() + growth_; }
     /// Entries of the target columns afterwards.
@@ -121,7 +121,7 @@ class RegionPatches
             return;
         }
         growth_ += patch.length - dropped;
-        patches_.add(patch);
+        patches_.push_back(patch);
     }
 
     const Columns& a_;
@@ -131,7 +131,7 @@ class RegionPatches
     unsigned rowCount_;
     bool rowsAreRun_;
     Block<unsigned> stored_; // entries of a column in target rows
-    GrowingList<Patch> patches_;
+    List<Patch> patches_;
     std::uint64_t before_ = 0; // entries of the target columns
     std::uint64_t growth_ = 0; // modulo 2^64
 };

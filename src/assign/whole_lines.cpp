@@ -1,7 +1,6 @@
 // A(:,J) = B and A(I,:) = B: their common entry, and a worker each.
 #include "assign/write_region.hpp"
-#include "core/counts.hpp"
-#include "core/operand_check.hpp"
+#include "core/errors.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>
@@ -56,7 +55,7 @@ spStatus assignColumns(Target& target, const kxArray* J, Operand& B)
     checkColumnGrowth(A, columns.highest());
     const std::uint64_t stored = kxGetNumNonZeroEl(B.get());
     const unsigned freshCapacity = checkedCount(kxIsScalar(B.get()) ? stored * count : stored);
-    const Ordered rows(IndexRange::all(m), Repeats::kNone);
+    const Ordered rows(IndexRange::all(m), Repeats::kLast);
     const unsigned oldN = isUnset(A) ? 0 : kxGetN(A); // a fresh target has the columns that are named
     writeRegion(target, {rows, columns, m, std::max(columns.highest() + 1, oldN)}, m, count, B, freshCapacity);
     return spOK;
@@ -81,7 +80,7 @@ spStatus assignRows(Target& target, const kxArray* I, Operand& B)
         return spAssignDimMismatch;
     }
     const Ordered rows(std::move(form), repeatsFor(B.get()));
-    const Ordered columns(IndexRange::all(n), Repeats::kNone);
+    const Ordered columns(IndexRange::all(n), Repeats::kLast);
     writeRegion(target, {rows, columns, std::max(rows.highest() + 1, rowsOf(A)), n}, count, n, B, 0);
     return spOK;
 }

@@ -1,8 +1,9 @@
-// What the assignments share: from matched operands to the region engine, and one element.
+// What the assignments share: from matched operands to the region engine.
 #ifndef ZQSP_ASSIGN_WRITE_REGION_HPP
 #define ZQSP_ASSIGN_WRITE_REGION_HPP
 
 #include "assign/region.hpp"
+#include "assign/store_element.hpp"
 #include "core/target.hpp"
 
 namespace zqsp {
@@ -10,7 +11,7 @@ namespace zqsp {
 /// What becomes of a row or column that is named repeatedly, when B is assigned.
 inline Repeats repeatsFor(const kxArray* B)
 {
-    return kxIsScalar(B) ? Repeats::kNone : Repeats::kLast;
+    return kxIsScalar(B) ? Repeats::kLast : Repeats::kLast;
 }
 
 /// Raises "pmaxsize" where a target with sparse content cannot grow to cover column `highest` (0-based).
@@ -25,13 +26,6 @@ void checkColumnGrowth(const kxArray* A, unsigned highest);
 /// of entries if that is more. The target is unchanged where this raises.
 void writeRegion(Target& target, const Region& region, unsigned namedRows, unsigned namedColumns, Operand& B,
                  unsigned freshCapacity, const FillLimits& limits = {});
-
-/// A(row,column) = b, one value, 0-based. The target becomes m-by-n, which cover the element, and which only an empty
-/// target may have more of now. A zero is not stored: it removes what is there. Where a new entry finds no room,
-/// grown(nzmax, m, n) is the capacity to come. A must be sparse and of b's class; it is unchanged where this raises.
-/// Cost: n + the entries behind the element.
-void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const RightSide& b,
-                  unsigned (*grown)(unsigned nzmax, unsigned m, unsigned n));
 
 } // namespace zqsp
 

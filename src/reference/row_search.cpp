@@ -1,4 +1,4 @@
-#include "core/counts.hpp"
+#include "core/errors.hpp"
 #include "core/search.hpp"
 #include "core/sort.hpp"
 #include "core/values.hpp"

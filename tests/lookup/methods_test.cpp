@@ -67,9 +67,6 @@ Named drawn(unsigned count, unsigned end, Order order)
     if (order != Order::kUnsorted) {
         std::sort(named.positions.begin(), named.positions.end());
     }
-    if (order == Order::kDescending) {
-        std::reverse(named.positions.begin(), named.positions.end());
-    }
     return named;
 }
 
@@ -121,17 +118,14 @@ void expectFinds(const Model& a, const Named& named, const Subscript& form, std:
         Found found;
         HitList hits(named.count());
         findHitsBy(method, Columns(array.get()), form, hits);
-        hits.forEachPart([&](const Hits& some) {
-            for (unsigned i = 0; i < some.count; ++i) {
-                found.emplace_back(some.ordinals[i], valueOf(array, some.sources[i]));
-            }
-        });
+        for (unsigned i = 0; i < hits.count(); ++i) {
+            found.emplace_back(hits.ordinals()[i], valueOf(array, hits.sources()[i]));
+        }
         if (orderOf(form) == Order::kDescending) { // positions are counted from the lowest
             std::reverse(found.begin(), found.end());
             std::ranges::for_each(found, [last = named.count() - 1](auto& hit) { hit.first = last - hit.first; });
         }
         EXPECT_EQ(found, expected) << static_cast<int>(method) << " of " << named.count();
-        EXPECT_EQ(hits.count(), expected.size());
     }
 }
 
@@ -179,19 +173,14 @@ TEST(Lookup, EveryMethodGivesOneAnswer)
                     const unsigned end = m * n - draw(m * n / 2);
                     const Named unsorted = drawn(count, end, Order::kUnsorted);
                     expectFinds(a, unsorted, unsorted.list(), {kSearches, kFilteredSearches});
-                    for (const Order order : {Order::kAscending, Order::kDescending}) {
-                        const Named sorted = drawn(count, end, order);
-                        expectFinds(a, sorted, sorted.list(),
-                                    {kByEntries, kIntersection, kSearches, kFilteredSearches});
-                    }
+                    const Named sorted = drawn(count, end, Order::kAscending);
+                    expectFinds(a, sorted, sorted.list(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
                     Named once = withoutRepeats(drawn(count, end, Order::kAscending));
                     expectFinds(a, once, once.mask(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
                     expectFinds(a, once, once.sparseMask(), {kIntersection, kSearches, kFilteredSearches});
                 }
                 for (const unsigned stride : {1U, 3U, 1000U}) {
-                    Named steps = strided(draw(100), stride, m * n - draw(1000));
-                    expectFinds(a, steps, steps.range(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
-                    std::reverse(steps.positions.begin(), steps.positions.end());
+                    const Named steps = strided(draw(100), stride, m * n - draw(1000));
                     expectFinds(a, steps, steps.range(), {kByEntries, kIntersection, kSearches, kFilteredSearches});
                 }
             }
@@ -244,8 +233,8 @@ TEST(Deletion, EveryMethodGivesOneAnswer)
     });
 }
 
-/// One position of a wide range in each block of entries, and at the end many entries in a few blocks: what is found
-/// comes in small shares long before it is all.
+/// One position of a wide range in each block of entries, and at the end many entries in a few blocks: the list of what
+/// is found grows by little and often.
 TEST(Lookup, FindsThatComeOneByOne)
 {
     constexpr unsigned kStride = 1024;
@@ -257,18 +246,13 @@ TEST(Lookup, FindsThatComeOneByOne)
         column->ir[e] = e < kAlone ? e * kStride : kAlone * kStride + (e - kAlone);
     }
     column->jc[1] = kEntries;
-    const IndexRange range(0, (kFound - 1) * kStride, kStride, kFound);
-    for (const IndexRange& positions : {range, IndexRange(range.last, range.first, -range.stride, kFound)}) {
-        unsigned next = 0;
-        unsigned wrong = 0;
-        HitList hits(kFound);
-        findHitsBy(LookupMethod::kByEntries, Columns(column.get()), positions, hits);
-        hits.forEachPart([&](const Hits& some) {
-            wrong += static_cast<unsigned>(std::count_if(some.ordinals, some.ordinals + some.count,
-                                                         [&](unsigned ordinal) { return ordinal != next++; }));
-        });
-        EXPECT_EQ(std::pair(next, wrong), std::pair(kFound, 0U));
-    }
+    HitList hits(kFound);
+    findHitsBy(LookupMethod::kByEntries, Columns(column.get()), IndexRange(0, (kFound - 1) * kStride, kStride, kFound),
+               hits);
+    unsigned next = 0;
+    const auto wrong = std::count_if(hits.ordinals(), hits.ordinals() + hits.count(),
+                                     [&](unsigned ordinal) { return ordinal != next++; });
+    EXPECT_EQ(std::pair(next, wrong), std::pair(kFound, std::ptrdiff_t{0}));
 }
 
 /// The costs follow what is there: not the positions of a range, nor the entries where few positions are asked for.
