@@ -138,7 +138,7 @@ class Filter
     ZQSP_AVX2 explicit Filter(const FewRows& few) : first_(folded(few.first())), second_(folded(few.second())) {}
 
     /// A bit for each of eight rows.
-    ZQSP_AVX2 [[nodiscard]] unsigned passing(const unsigned* rows) const
+    [[nodiscard]] ZQSP_AVX2 unsigned passing(const unsigned* rows) const
     {
         const __m256i product = _mm256_mullo_epi32(load(rows), inAll(kHashMultiplier));
         const __m256i next = _mm256_slli_epi32(product, FewRows::kNext);
@@ -230,7 +230,7 @@ struct Lanes
             gone_ = _mm256_or_si256(gone_, _mm256_cmpeq_epi32(old_, own));
             lowered_ = _mm256_add_epi32(lowered_, areBelow(own, old_));
         }
-        ZQSP_AVX2 [[nodiscard]] Choice choice() const
+        [[nodiscard]] ZQSP_AVX2 Choice choice() const
         {
             return chosen(lowered_, _mm256_andnot_si256(gone_, _mm256_set1_epi32(-1)), count_);
         }

@@ -183,7 +183,7 @@ class BlockMover
     void moveValues(const std::byte* from, unsigned begin, unsigned count, std::byte* to, unsigned at, std::size_t room,
                     Next next) const
     {
-        const auto move = [=, this](const auto* values, auto* places) {
+        const auto move = [&](const auto* values, auto* places) {
             moveWords(values + begin, count, places + at, room, next);
         };
         if (from_.elementSize == 1) {
