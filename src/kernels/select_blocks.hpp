@@ -184,7 +184,7 @@ class BlockMover
                     Next next) const
     {
         const auto move = [=, this](const auto* values, auto* places) {
-            moveWords(values + begin, count, places + at, room, next);
+            this->moveWords(values + begin, count, places + at, room, next);
         };
         if (from_.elementSize == 1) {
             move(reinterpret_cast<const std::uint8_t*>(from), reinterpret_cast<std::uint8_t*>(to));
