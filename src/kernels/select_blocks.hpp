@@ -183,8 +183,8 @@ class BlockMover
     void moveValues(const std::byte* from, unsigned begin, unsigned count, std::byte* to, unsigned at, std::size_t room,
                     Next next) const
     {
-        const auto move = [&](const auto* values, auto* places) {
-            moveWords(values + begin, count, places + at, room, next);
+        const auto move = [=, this](const auto* values, auto* places) {
+            this->moveWords(values + begin, count, places + at, room, next);
         };
         if (from_.elementSize == 1) {
             move(reinterpret_cast<const std::uint8_t*>(from), reinterpret_cast<std::uint8_t*>(to));
