@@ -1,8 +1,6 @@
 // A(K) = B, with A(:) = B and A(K) = [].
 #include "assign/linear_plan.hpp"
-#include "assign/region.hpp"
 #include "core/errors.hpp"
-#include "core/relay.hpp"
 #include "core/target.hpp"
 #include "subscript/colon_range.hpp"
 #include "subscript/convert.hpp"
@@ -12,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace zqsp {
 
@@ -113,36 +112,31 @@ ArrayOwner reshapedCopy(const kxArray* B, kxClassID id, unsigned m, unsigned n)
     return copy;
 }
 
-/// Every element of a sparse A becomes one non-zero value.
-spStatus fillWholly(kxArray* A, const kxArray* B)
-{
-    const unsigned m = rowsOf(A);
-    const unsigned n = kxGetN(A);
-    unsigned elements = 0;
-    if (!kxCheckMN_nothrow(m, n, 1, &elements)) {
-        return spIndexExceedsMaxSize;
-    }
-    if (elements == 0) {
-        Relay(A, {.capacity = 1, .columns = n}).commitGrowth();
-        return spOK;
-    }
-    const Ordered rows(IndexRange::all(m), Repeats::kLast);
-    const Ordered columns(IndexRange::all(n), Repeats::kLast);
-    fillRegion(A, {rows, columns, m, n}, RightSide::scalar(B), {.capacity = elements});
-    return spOK;
-}
-
 /// A(:) = scalar of A's class.
 spStatus fillWithScalar(Target& target, const kxArray* scalar)
 {
     if (isUnset(target.get())) {
         return spOK;
     }
-    if (!isZeroScalar(scalar)) {
-        return fillWholly(target.own(), scalar);
+    const unsigned m = rowsOf(target.get());
+    const unsigned n = kxGetN(target.get());
+    if (isZeroScalar(scalar)) {
+        std::fill_n(target.own()->jc, std::size_t{n} + 1, 0U);
+        return spOK;
     }
-    kxArray* const A = target.own();
-    std::fill_n(A->jc, std::size_t{kxGetN(A)} + 1, 0U);
+    unsigned elements = 0;
+    if (!kxCheckMN_nothrow(m, n, 1, &elements)) {
+        return spIndexExceedsMaxSize;
+    }
+    ArrayOwner full(kxCreateSparseNumericMatrix(m, n, std::max(elements, 1U), classOf(scalar), complexityOf(scalar)));
+    const Columns a(full.get());
+    const Columns b(scalar);
+    withStorage(a, a, b, [elements](auto to, auto, auto from) { to.fill(0, from, 0, elements); });
+    for (unsigned j = 0, e = 0; j < n; ++j) {
+        std::iota(a.ir + e, a.ir + e + m, 0U);
+        a.jc[j + std::size_t{1}] = e += m;
+    }
+    target.become(std::move(full), target.get()->scope);
     return spOK;
 }
 

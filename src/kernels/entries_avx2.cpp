@@ -84,10 +84,29 @@ ZQSP_AVX2 inline __m256i widened(std::uint64_t bytes)
 }
 
 /// Those of four doubles that are selected, in the lowest places.
-ZQSP_AVX2 inline __m256i pressed(const double* from, unsigned selected)
+ZQSP_AVX2 inline __m256i pressed(__m256d values, unsigned selected)
 {
-    return _mm256_permutevar8x32_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from)),
-                                       widened(kPairsIn[selected]));
+    return _mm256_permutevar8x32_epi32(_mm256_castpd_si256(values), widened(kPairsIn[selected]));
+}
+
+/// All bits of the first `count` of four lanes.
+ZQSP_AVX2 inline __m256i pairsOf(unsigned count)
+{
+    return _mm256_cmpgt_epi64(_mm256_set1_epi64x(count), _mm256_set_epi64x(3, 2, 1, 0));
+}
+
+ZQSP_AVX2 inline __m256d loadSome(const double* from, unsigned count)
+{
+    return _mm256_maskload_pd(from, pairsOf(count));
+}
+
+ZQSP_AVX2 inline void storeSome(double* to, std::size_t room, __m256i values, unsigned count)
+{
+    if (room >= kLanes / 2) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), values);
+    } else {
+        _mm256_maskstore_pd(to, pairsOf(count), _mm256_castsi256_pd(values));
+    }
 }
 
 /// How many bits are set, by fours of them (Mula, Kurz and Lemire, 2018).
@@ -239,10 +258,21 @@ struct Lanes
     {
         constexpr unsigned kHalf = kLanes / 2;
         const unsigned lowBits = selected % (1U << kHalf);
-        const __m256i low = pressed(from, lowBits);
-        const __m256i high = pressed(from + kHalf, selected >> kHalf);
+        const __m256i low = pressed(_mm256_loadu_pd(from), lowBits);
+        const __m256i high = pressed(_mm256_loadu_pd(from + kHalf), selected >> kHalf);
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), low);
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + countOnesAtOnce(lowBits)), high);
+    }
+
+    ZQSP_AVX2 static void pressSome(const double* from, unsigned count, unsigned selected, double* to, std::size_t room)
+    {
+        constexpr unsigned kHalf = kLanes / 2;
+        const unsigned lowBits = selected % (1U << kHalf);
+        const __m256i low = pressed(loadSome(from, count), lowBits);
+        const __m256i high = pressed(loadSome(from + kHalf, count - std::min(count, kHalf)), selected >> kHalf);
+        storeSome(to, room, low, countOnesAtOnce(lowBits));
+        const unsigned before = countOnesAtOnce(lowBits);
+        storeSome(to + before, room - before, high, countOnesAtOnce(selected >> kHalf));
     }
 
     ZQSP_AVX2 static void press(const std::uint8_t* from, unsigned selected, std::uint8_t* to)

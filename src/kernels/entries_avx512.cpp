@@ -164,6 +164,24 @@ struct Lanes
         _mm512_storeu_pd(to + countOnesAtOnce(lowBits), high);
     }
 
+    ZQSP_AVX512 static void pressSome(const double* from, unsigned count, unsigned selected, double* to,
+                                      std::size_t room)
+    {
+        constexpr unsigned kHalf = kLanes / 2;
+        const auto store = [](double* place, std::size_t rest, __mmask8 bits, __m512d values) ZQSP_AVX512 {
+            const unsigned written = rest >= kHalf ? kHalf : countOnesAtOnce(bits);
+            _mm512_mask_storeu_pd(place, static_cast<__mmask8>(lanesOf(written)),
+                                  _mm512_maskz_compress_pd(bits, values));
+        };
+        const __mmask16 lanes = lanesOf(count);
+        const auto lowBits = static_cast<__mmask8>(selected);
+        const __m512d low = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes), from);
+        const __m512d high = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes >> kHalf), from + kHalf);
+        store(to, room, lowBits, low);
+        const unsigned before = countOnesAtOnce(lowBits);
+        store(to + before, room - before, static_cast<__mmask8>(selected >> kHalf), high);
+    }
+
     ZQSP_AVX512 static void press(const std::uint8_t* from, unsigned selected, std::uint8_t* to)
     {
         const __m512i wide = _mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));

@@ -37,12 +37,16 @@ void mergeHits(const Rows& rows, unsigned count, const Columns& a, unsigned j, F
         return;
     }
     if ((end - e) / kApart >= count) {
-        findPlaces(
+        searchPlaces(
             a, count,
             [&rows, j](unsigned t) {
                 return Place{rows[t], j};
             },
-            hit);
+            [&hit](unsigned t, Slot slot) {
+                if (slot.stored) {
+                    hit(t, slot.position);
+                }
+            });
         return;
     }
     while (e < end && i < count) {

@@ -1,6 +1,6 @@
 // Assignments in huge extents, and to arrays with huge capacities: what is obtained for them, and what is not.
 #include "assign/cases.hpp"
-#include "assign/region_methods.hpp"
+#include "assign/region.hpp"
 #include "support/call.hpp"
 
 using namespace zqsp::test;

@@ -271,7 +271,7 @@ TEST(Lookup, TheChoice)
         EXPECT_EQ(chooseLookup({Positions::kSparseMask, 1000000, 1000, 1000}, costs), kIntersection);
         EXPECT_EQ(chooseLookup({Positions::kSorted, 1000, 1000, 1000000}, costs), kSearches);
         EXPECT_EQ(chooseLookup({Positions::kUnsorted, 1000000, 1000, 1000}, costs), kFilteredSearches);
-        EXPECT_EQ(chooseLookup({Positions::kUnsorted, 1000000, 1000, 1000000}, costs), kSearches);
+        EXPECT_EQ(chooseLookup({Positions::kUnsorted, 1000000, 1000, kHuge}, costs), kSearches);
         EXPECT_EQ(chooseDeletion(IndexRange(0, kHuge, 2, kHuge / 2), 3, costs), DeletionMethod::kByEntries);
         EXPECT_EQ(chooseDeletion(IndexRange(0, kHuge, 1, kHuge), 3, costs), DeletionMethod::kByPositions); // one block
         EXPECT_EQ(chooseDeletion(IndexRange(0, 20, 2, 10), kHuge, costs), DeletionMethod::kByPositions);
