@@ -39,14 +39,6 @@ Refusal refusalOf(const Mask& mask)
     return {mask.count(), highest, highest};
 }
 
-std::optional<Refusal> fromNumbers(const kxArray* numbers, const ValueRules& rules, Subscript& positions)
-{
-    if (const auto refused = convertNumbers(numbers, rules, positions)) {
-        return Refusal{static_cast<unsigned>(elementsOf(numbers)), highestNumber(numbers), *refused};
-    }
-    return std::nullopt;
-}
-
 std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Subscript& positions)
 {
     requireRealPositive(K);
@@ -56,20 +48,19 @@ std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Su
         requireRealPositive(numbers.get()); // a stored zero is gone by now
     }
     const Operand readable = readableNumbers(numbers.get());
-    return fromNumbers(readable.get(), rules, positions);
+    if (const auto refused = convertNumbers(readable.get(), rules, positions)) {
+        return Refusal{static_cast<unsigned>(elementsOf(readable.get())), highestNumber(readable.get()), *refused};
+    }
+    return std::nullopt;
 }
 
 std::optional<Refusal> fromRange(const kxArray* K, const ValueRules& rules, Subscript& positions)
 {
     const ColonRange range(K);
-    if (const auto refused = range.firstRefused(rules)) {
+    if (const auto refused = range.convert(rules, positions)) {
         return Refusal{range.count(), range.highest(), *refused};
     }
-    if (const auto indices = range.indices()) {
-        positions = *indices;
-        return std::nullopt;
-    }
-    return fromNumbers(range.written().get(), rules, positions);
+    return std::nullopt;
 }
 
 std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, Subscript& positions)

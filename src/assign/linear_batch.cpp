@@ -3,7 +3,7 @@
 #include "assign/store_element.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <algorithm>
 
@@ -38,9 +38,9 @@ void assignOne(kxArray* A, const LinearLayout& grown, const RightSide& b, unsign
 
 /// Where every position is stored and no value is zero, the entries are overwritten in the order of the assignments:
 /// nothing is sorted, and the last of repeated positions wins by being last. `numbers`: those of `positions`. False,
-/// with nothing changed, elsewhere.
-bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const RightSide& b, NumberView numbers,
-                      const Subscript& positions)
+/// with nothing changed, elsewhere. (Not inlined: its searches need all registers.)
+[[gnu::noinline]] bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const RightSide& b, NumberView numbers,
+                                        const Subscript& positions)
 {
     constexpr unsigned kBlock = 256; // a miss ends the search
     const Columns a(A);
@@ -76,20 +76,15 @@ bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const RightSide& b
 /// A(K) = 0: what is stored at the positions, all inside of A, goes, nothing comes; A becomes as large as `grown`. No
 /// position is sorted, only the entries that are found; and where positions outnumber the entries, it is these that are
 /// looked for.
-void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& positions)
+void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& named)
 {
     const Columns a(A);
-    HitList hits(countOf(positions));
+    Subscript positions = borrowed(named);
+    turnIfDescending(positions);
+    HitList hits(std::min(countOf(positions), a.nnz()));
     findHits(a, positions, hits);
-    auto entries = Block<unsigned>::make(hits.count());
-    unsigned count = 0;
-    hits.forEachPart([&](const Hits& some) {
-        std::copy_n(some.sources, some.count, entries.get() + count);
-        count += some.count;
-    });
-    const bool areSorted = orderOf(positions) != Order::kUnsorted; // they come from the lowest position on
-    const Ordered removed(IndexList(std::move(entries), count, areSorted ? Order::kAscending : Order::kUnsorted),
-                          Repeats::kNone);
+    const unsigned count = hits.count();
+    const Ordered removed(IndexList(hits.takeSources(), count, orderOf(positions)), Repeats::kLast);
     const auto patches = Block<Patch>::make(count);
     std::size_t size = 0;
     unsigned column = 0;

@@ -151,7 +151,7 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
     LinearPlan plan(a, layout);
     const IndexRange ascending = range.ascending();
     const Subscript present = ascending.below(std::uint64_t{a.m} * a.n);
-    HitList hits(countOf(present));
+    HitList hits(std::min(countOf(present), a.nnz()));
     findHits(a, present, hits);
     const unsigned brought = b.b.nnz();
     const auto places = Block<unsigned>::make(brought); // of the values, in the order of the assignment
@@ -178,13 +178,11 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
             assign(i, place, findSlot(a, place));
         }
     };
-    hits.forEachPart([&](const Hits& some) {
-        for (unsigned h = 0; h < some.count; ++h) {
-            const unsigned ordinal = some.ordinals[h];
-            insertBelow(ordinal);
-            assign(ordinal, layout.placeOf(ascending[ordinal]), {some.sources[h], true});
-        }
-    });
+    for (unsigned h = 0; h < hits.count(); ++h) {
+        const unsigned ordinal = hits.ordinals()[h];
+        insertBelow(ordinal);
+        assign(ordinal, layout.placeOf(ascending[ordinal]), {hits.sources()[h], true});
+    }
     insertBelow(range.size);
     plan.replay(range);
     return plan;

@@ -3,7 +3,6 @@
 #include "core/errors.hpp"
 #include "core/owners.hpp"
 #include "core/values.hpp"
-#include "subscript/row_sets.hpp"
 
 namespace zqsp {
 
@@ -157,13 +156,18 @@ RowFilter::RowFilter(const Columns& a, const Ordered& rows, const Ordered& colum
     if (!isScattered_) {
         return;
     }
-    columns.forEach([&](unsigned, unsigned column) {
-        const unsigned length = column < a.n ? a.length(column) : 0;
-        looks_ += length;
-        longest_ = std::max(longest_, length);
+    forEachRun(columns.form(), [&](unsigned first, unsigned count) {
+        for (unsigned column = first; column - first < count && column < a.n; ++column) {
+            looks_ += a.length(column);
+            longest_ = std::max(longest_, a.length(column));
+        }
     });
     if (setOfRowsPays(m, marksOf(rows.form()), looks_, rows.count())) {
-        others_ = othersOrNone(rows.form(), m);
+        others_ = RowSet::emptyOrNone(m);
+        if (others_) {
+            addAll(*others_, rows.form());
+            others_->rankOthers();
+        }
     }
 }
 

@@ -3,7 +3,7 @@
 #include "core/errors.hpp"
 #include "core/values.hpp"
 #include "kernels/select_loop.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 namespace zqsp {
 

@@ -233,9 +233,8 @@ spStatus assignConverted(Target& target, Operand& B, const Named& named, Subscri
     } else if (named.J == nullptr) {
         columnForm = IndexRange::all(columnCount);
     }
-    const Repeats repeats = isScalar ? Repeats::kNone : Repeats::kLast;
-    const Ordered rows(std::move(rowForm), repeats);
-    const Ordered columns(std::move(columnForm), repeats);
+    const Ordered rows(std::move(rowForm), Repeats::kLast);
+    const Ordered columns(std::move(columnForm), Repeats::kLast);
     const unsigned m = grown(rowsOf(A), rowCount, rows);
     const unsigned n = grown(isUnset(A) ? 0 : kxGetN(A), columnCount, columns); // a fresh one has what is named
     if (named.areBoth() && rowCount == 1 && columnCount == 1) {

@@ -46,6 +46,13 @@ class Block
     /// The same; empty where memory is exhausted.
     static Block zeroedOrNone(std::size_t count) { return Block(kxCallocEx(count, sizeof(T))); }
 
+    /// Gives the block room for `count` elements; those that fit stay. Raises on exhausted memory, with the block as it
+    /// was.
+    void resize(std::size_t count)
+    {
+        data_ = static_cast<T*>(data_ == nullptr ? kxMalloc(count * sizeof(T)) : kxReallocExCheck(data_, count * sizeof(T)));
+    }
+
     [[nodiscard]] T* get() const noexcept { return data_; }
     T& operator[](std::size_t i) const noexcept { return data_[i]; }
     explicit operator bool() const noexcept { return data_ != nullptr; }

@@ -10,7 +10,7 @@
 #include "lookup/members.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <zqspmatrix.h>
 
@@ -89,7 +89,7 @@ spStatus deleteElements(Target& target, const kxArray* K)
     if (status != spOK) {
         return status;
     }
-    const Ordered deleted(std::move(positions), Repeats::kNone);
+    const Ordered deleted(std::move(positions), Repeats::kLast);
     const unsigned left = elements - deleted.count();
     if (left == elements) {
         return spOK;

@@ -5,8 +5,7 @@
 #include "kernels/select_loop.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
-#include "subscript/row_sets.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <zqspmatrix.h>
 
@@ -54,7 +53,7 @@ spStatus deleteColumns(Target& target, const kxArray* J)
     if (status != spOK) {
         return status;
     }
-    const Ordered deleted(std::move(columns), Repeats::kNone);
+    const Ordered deleted(std::move(columns), Repeats::kLast);
     if (deleted.count() > 0) {
         kxArray* const A = target.own();
         kxSetN(A, compactColumns(Columns(A), deleted.form()));
@@ -89,11 +88,13 @@ unsigned removeRows(const Columns& a, Subscript rows)
         return range->count();
     }
     if (!searchesRows(a, range != nullptr ? 0 : countOf(rows))) {
-        const RowSet kept = othersThan(rows, a.m);
+        RowSet kept(a.m);
+        addAll(kept, rows);
+        kept.rankOthers();
         moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
         return a.m - kept.count();
     }
-    const Ordered deleted(std::move(rows), Repeats::kNone);
+    const Ordered deleted(std::move(rows), Repeats::kLast);
     const Numbers numbers(deleted.form());
     ListedRows listed{numbers, deleted.count()};
     selectColumns(entriesOf(a), a.jc, a.n, Others<ListedRows>{listed}, entriesOf(a), 0, a.jc + 1);

@@ -25,7 +25,7 @@ enum class Positions
     kRange,
     kMask,
     kSparseMask,
-    kSorted,   ///< a list that ascends or descends
+    kSorted,   ///< a list that ascends
     kUnsorted, ///< any other list
 };
 
