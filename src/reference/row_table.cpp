@@ -185,7 +185,11 @@ ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& sel
                       bool sifts, std::optional<RowOrder> order)
 {
     if (selected.hasAll()) {
-        return gatherColumns(a, columns, order ? &*order : nullptr);
+        ArrayOwner result = gatherColumns(a, columns);
+        if (order) {
+            order->apply(Columns(result.get()), 0, countOf(columns));
+        }
+        return result;
     }
     const std::uint64_t entries = entriesIn(a, columns);
     SelectedRows result(a, selected, countOf(columns), entries);

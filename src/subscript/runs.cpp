@@ -31,33 +31,44 @@ std::size_t RunWalk::fill(const IndexRange& range)
     return count;
 }
 
-/// Each index is written as the end of a run, its own or that of the one before: no branch asks which, as in a list
-/// that was drawn at random nobody can foresee.
+/// Runs from as many of `count` indices as the buffer has room for.
+RunWalk::Taken RunWalk::take(const unsigned* indices, std::size_t count, unsigned offset, std::size_t runs)
+{
+    constexpr std::size_t kTogether = 32;
+    std::size_t i = 0;
+    while (i < count && runs < kBuffer) {
+        const std::size_t end = i + std::min({kTogether, count - i, kBuffer - runs});
+        // Mostly, none has a neighbour, which takes no chain of steps from one index to the next.
+        unsigned neighbours = 0;
+        for (std::size_t k = i + 1; k < end; ++k) {
+            neighbours += indices[k] == indices[k - 1] + 1 ? 1U : 0U;
+        }
+        if (neighbours == 0 && !(runs > 0 && buffer_[runs - 1].end() == indices[i] + offset)) {
+            for (; i < end; ++i) {
+                buffer_[runs++] = {indices[i] + offset, 1};
+            }
+            continue;
+        }
+        // Each index is written as the end of a run, its own or that of the one before: no branch asks which.
+        Run run = runs > 0 ? buffer_[--runs] : Run{indices[i] + offset, 0};
+        for (; i < end; ++i) {
+            const unsigned index = indices[i] + offset;
+            const bool goesOn = index == run.end();
+            buffer_[runs] = run;
+            runs += goesOn ? 0U : 1U;
+            run.first = index - valueIf(goesOn, run.length);
+            run.length = valueIf(goesOn, run.length) + 1;
+        }
+        buffer_[runs++] = run;
+    }
+    return {i, runs};
+}
+
 std::size_t RunWalk::fill(const IndexList& list)
 {
-    const unsigned* const indices = list.begin();
-    const unsigned end = list.count();
-    if (position_ == end) {
-        return 0;
-    }
-    unsigned first = indices[position_];
-    unsigned next = first; // what the run goes on with
-    std::size_t count = 1;
-    while (position_ < end && count < kBuffer) {
-        const auto stop = position_ + static_cast<unsigned>(std::min<std::size_t>(kBuffer - count, end - position_));
-        for (; position_ < stop; ++position_) {
-            const unsigned index = indices[position_];
-            const bool goesOn = index == next;
-            count += goesOn ? 0U : 1U;
-            first = index - valueIf(goesOn, index - first);
-            next = index + 1;
-            buffer_[count - 1] = {first, next - first};
-        }
-    }
-    for (; position_ < end && indices[position_] == next; ++position_, ++next) {
-        ++buffer_[count - 1].length;
-    }
-    return count;
+    const Taken taken = take(list.begin() + position_, list.count() - position_, 0, 0);
+    position_ += static_cast<unsigned>(taken.indices);
+    return taken.runs;
 }
 
 std::size_t RunWalk::fill(const LogicalMask& mask)
@@ -74,11 +85,11 @@ std::size_t RunWalk::fill(const LogicalMask& mask)
             buffer_[count - 1].length += static_cast<unsigned>(std::countr_one(bits)); // goes on from the last block
             bits &= bits + 1;
         }
-        while (bits != 0) {
-            const auto first = static_cast<unsigned>(std::countr_zero(bits));
-            const auto length = static_cast<unsigned>(std::countr_one(bits >> first));
-            buffer_[count++] = {block + first, length};
-            bits &= bits + (std::uint64_t{1} << first); // the carry runs through the run and clears it
+        // Where runs begin and where they end is read off two words: neither waits for the other.
+        std::uint64_t firsts = bits & ~(bits << 1U);
+        for (std::uint64_t lasts = bits & ~(bits >> 1U); firsts != 0; firsts &= firsts - 1, lasts &= lasts - 1) {
+            const auto first = static_cast<unsigned>(std::countr_zero(firsts));
+            buffer_[count++] = {block + first, static_cast<unsigned>(std::countr_zero(lasts)) + 1 - first};
         }
     }
     return count;
@@ -86,23 +97,16 @@ std::size_t RunWalk::fill(const LogicalMask& mask)
 
 std::size_t RunWalk::fill(const SparseLogicalMask& mask)
 {
-    std::size_t count = 0;
-    const unsigned end = mask.count();
-    while (position_ < end) {
+    std::size_t runs = 0;
+    for (const unsigned end = mask.count(); position_ < end && runs < kBuffer;) {
         while (mask.jc[maskColumn_ + 1] <= position_) {
             ++maskColumn_;
         }
-        const unsigned index = maskColumn_ * mask.m + mask.ir[position_];
-        if (count > 0 && buffer_[count - 1].first + buffer_[count - 1].length == index) {
-            ++buffer_[count - 1].length;
-        } else if (count < kBuffer) {
-            buffer_[count++] = {index, 1};
-        } else {
-            break;
-        }
-        ++position_;
+        const Taken taken = take(mask.ir + position_, mask.jc[maskColumn_ + 1] - position_, maskColumn_ * mask.m, runs);
+        position_ += static_cast<unsigned>(taken.indices);
+        runs = taken.runs;
     }
-    return count;
+    return runs;
 }
 
 } // namespace zqsp

@@ -14,6 +14,8 @@ struct Run
 {
     unsigned first;
     unsigned length;
+
+    [[nodiscard]] unsigned end() const { return first + length; }
 };
 
 /// Delivers the runs of a subscript, in subscript order, a buffer at a time. The form is looked at once per buffer, so
@@ -22,6 +24,9 @@ struct Run
 class RunWalk
 {
   public:
+    /// The most runs that are delivered together.
+    static constexpr std::size_t kBuffer = 512;
+
     /// The subscript must outlive the walk.
     explicit RunWalk(const Subscript& subscript) : subscript_(subscript) {}
 
@@ -34,7 +39,12 @@ class RunWalk
     std::size_t fill(const LogicalMask& mask);
     std::size_t fill(const SparseLogicalMask& mask);
 
-    static constexpr std::size_t kBuffer = 512;
+    struct Taken
+    {
+        std::size_t indices;
+        std::size_t runs; ///< in the buffer
+    };
+    Taken take(const unsigned* indices, std::size_t count, unsigned offset, std::size_t runs);
 
     const Subscript& subscript_;
     unsigned position_ = 0;   // next index of the subscript, next mask byte, or next stored entry of a sparse mask
