@@ -83,10 +83,9 @@ ArrayOwner searchColumns(const Columns& a, const Ordered& rows, const Numbers& n
     if (capacity == Capacity::kExact) {
         forEachHit([&total](unsigned, unsigned) { ++total; }, [] {});
     }
-    ArrayOwner result = createLike(a, k, countOf(columns),
-                                   capacity == Capacity::kExact
-                                       ? checkedCount(total)
-                                       : searchCapacity(a, columns, k, countRepeats(rows.form())));
+    ArrayOwner result = createLike(
+        a, k, countOf(columns),
+        capacity == Capacity::kExact ? checkedCount(total) : searchCapacity(a, columns, k, countRepeats(rows.form())));
     const Columns out(result.get());
     withStorage(a, [&](auto from) {
         const decltype(from) to(out);
