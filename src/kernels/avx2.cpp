@@ -9,7 +9,6 @@
 
 #include "kernels/plain_loops.hpp"
 #include "kernels/portable.hpp"
-#include "kernels/select_loop.hpp"
 #include "kernels/tables.hpp"
 
 namespace zqsp::avx2 {
@@ -19,26 +18,6 @@ namespace {
 ZQSP_AVX2 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
 {
     return stepsLoop(indices, count, expected);
-}
-
-unsigned countSelected(const unsigned* rows, unsigned count, const RowChoice& choice)
-{
-    return std::visit([=](auto known) ZQSP_AVX2 { return countLoop(rows, count, known); }, choice);
-}
-
-/// Ranks of rows count ones.
-ZQSP_AVX2 unsigned moveRanked(const Entries& from, const unsigned* jc, unsigned columns, RankedRows choice,
-                              const Entries& to, unsigned at, unsigned* ends)
-{
-    return selectColumns(from, jc, columns, choice, to, at, ends);
-}
-
-unsigned moveSelected(const Entries& from, const unsigned* jc, unsigned columns, const RowChoice& choice,
-                      const Entries& to, unsigned at, unsigned* ends)
-{
-    const auto* ranked = std::get_if<RankedRows>(&choice);
-    return ranked != nullptr ? moveRanked(from, jc, columns, *ranked, to, at, ends)
-                             : portable::moveSelected(from, jc, columns, choice, to, at, ends);
 }
 
 ZQSP_AVX2 void rankRows(const unsigned* rows, unsigned count, unsigned* ranks)
@@ -57,12 +36,10 @@ Kernels makeTable()
     Kernels most = portable::table;
     most.name = "avx2";
     most.stepsTo = stepsTo;
-    most.countSelected = countSelected;
-    most.moveSelected = moveSelected;
+    setEntries(most);
     most.rankRows = rankRows;
     most.costs.mostRanked =
         112; // columns ranked and sorted, in nanoseconds per entry: of 96 rows 4.8, 8.8; of 128 5.8, 5.7
-    most.siftRows = siftRows;
     // Milliseconds for 10^6 entries, through a filter of 256 bits and without: ten rows 0.18, 0.46; a hundred 1.5, 0.5.
     most.costs.mostFewRows = 48;
     most.costs.rowsPerSifted = 8; // sifted and moved: one row in ten 0.34, 0.43; in four 0.49, 0.44

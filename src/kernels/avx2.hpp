@@ -13,8 +13,8 @@
 
 namespace zqsp::avx2 {
 
-unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
-                  unsigned* found);
+/// Puts the loops over entries into a table.
+void setEntries(Kernels& table);
 
 } // namespace zqsp::avx2
 

@@ -1,10 +1,162 @@
 #include "kernels/avx512.hpp"
 
+#include "kernels/portable.hpp"
 #include "kernels/tables.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
 
 namespace zqsp::avx512 {
 
 namespace {
+
+/// Measured: a third of the time of registers of 128 bits.
+ZQSP_AVX512 bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
+{
+    constexpr unsigned kHalf = kLanes / 2;
+    const __m512d good = _mm512_set1_pd(1); // in the lanes behind the last value
+    const __m512i one = _mm512_set1_epi32(1);
+    const __m512i top = _mm512_set1_epi32(static_cast<int>(highest));
+    unsigned bad = 0;
+    for (unsigned i = 0; i < count; i += kLanes) {
+        const __mmask16 lanes = lanesOf(count - i);
+        const __m512d low = _mm512_mask_loadu_pd(good, static_cast<__mmask8>(lanes), values + i);
+        const __m512d high = _mm512_mask_loadu_pd(good, static_cast<__mmask8>(lanes >> kHalf), values + i + kHalf);
+        const __m256i lowWords = _mm512_cvttpd_epi32(low); // the lowest word for what cannot be converted
+        const __m256i highWords = _mm512_cvttpd_epi32(high);
+        bad |= _mm512_cmp_pd_mask(_mm512_cvtepi32_pd(lowWords), low, _CMP_NEQ_UQ);
+        bad |= _mm512_cmp_pd_mask(_mm512_cvtepi32_pd(highWords), high, _CMP_NEQ_UQ);
+        const __m512i words = _mm512_inserti64x4(_mm512_castsi256_si512(lowWords), highWords, 1);
+        const __m512i found = _mm512_sub_epi32(words, one);
+        bad |= _mm512_cmpge_epu32_mask(found, top);
+        _mm512_mask_storeu_epi32(indices + i, lanes, found);
+    }
+    return bad == 0;
+}
+
+ZQSP_AVX512 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
+{
+    const __m512i step = _mm512_set1_epi32(static_cast<int>(expected));
+    unsigned falls = 0;
+    unsigned rises = 0;
+    unsigned others = 0;
+    const unsigned* const before = indices - 1;
+    for (unsigned i = 0; i < count; i += kLanes) {
+        const __mmask16 lanes = lanesOf(count - i);
+        const __m512i to = _mm512_maskz_loadu_epi32(lanes, indices + i);
+        const __m512i from = _mm512_maskz_loadu_epi32(lanes, before + i);
+        falls |= _mm512_mask_cmplt_epu32_mask(lanes, to, from);
+        rises |= _mm512_mask_cmpgt_epu32_mask(lanes, to, from);
+        others |= _mm512_mask_cmpneq_epi32_mask(lanes, _mm512_sub_epi32(to, from), step);
+    }
+    return {falls != 0, rises != 0, others != 0};
+}
+
+ZQSP_AVX512 void rankRows(const unsigned* rows, unsigned count, unsigned* ranks)
+{
+    if (count <= kLanes) {
+        const __mmask16 lanes = lanesOf(count);
+        const __m512i all = _mm512_maskz_loadu_epi32(lanes, rows);
+        for (unsigned i = 0; i < count; ++i) {
+            const __mmask16 below = _mm512_mask_cmplt_epu32_mask(lanes, all, inAll(rows[i]));
+            ranks[i] = countOnesAtOnce(below);
+        }
+        return;
+    }
+    const unsigned whole = count / kLanes * kLanes;
+    const __mmask16 lanes = lanesOf(count - whole);
+    const __m512i last = _mm512_maskz_loadu_epi32(lanes, rows + whole);
+    for (unsigned i = 0; i < count; ++i) {
+        const __m512i own = inAll(rows[i]);
+        unsigned rank = 0;
+        for (unsigned v = 0; v < whole; v += kLanes) {
+            rank += countOnesAtOnce(_mm512_cmplt_epu32_mask(_mm512_loadu_si512(rows + v), own));
+        }
+        rank += countOnesAtOnce(_mm512_mask_cmplt_epu32_mask(lanes, last, own));
+        ranks[i] = rank;
+    }
+}
+
+/// The numbers of the lanes that are set, counted from `base` on, to kLanes words.
+ZQSP_AVX512 inline void storeLaneNumbers(__mmask16 lanes, unsigned base, unsigned* to)
+{
+    const __m512i numbered = _mm512_add_epi32(laneNumbers(), _mm512_set1_epi32(static_cast<int>(base)));
+    _mm512_storeu_si512(to, _mm512_maskz_compress_epi32(lanes, numbered));
+}
+
+/// Which of sixteen numbers are among sixteen others.
+ZQSP_AVX512 inline __mmask16 membersOf(const unsigned* others, const unsigned* numbers)
+{
+    const __m512i asked = _mm512_loadu_si512(numbers);
+    __mmask16 found = 0;
+    for (unsigned i = 0; i < kLanes; ++i) {
+        found = _kor_mask16(found, _mm512_cmpeq_epi32_mask(asked, inAll(others[i])));
+    }
+    return found;
+}
+
+/// Sixteen of the one list are compared with sixteen of the other at a time, whatever comes of it. Measured: a fifth of
+/// the time of galloping. (The scheme is that of Schlegel, Willhalm and Lehner, 2011.)
+ZQSP_AVX512 Common intersect(const unsigned* first, unsigned firstCount, const unsigned* second, unsigned secondCount,
+                             unsigned* inFirst, unsigned* inSecond)
+{
+    unsigned f = 0;
+    unsigned s = 0;
+    unsigned count = 0;
+    while (firstCount - f >= kLanes && secondCount - s >= kLanes) {
+        const unsigned* const mine = first + f;
+        const unsigned* const theirs = second + s;
+        if (const __mmask16 found = membersOf(mine, theirs); found != 0) {
+            const __mmask16 from = membersOf(theirs, mine);
+            storeLaneNumbers(found, s, inSecond + count);
+            storeLaneNumbers(from, f, inFirst + count);
+            if (countOnesAtOnce(found) != countOnesAtOnce(from)) { // repeats: several are the same one
+                for (unsigned i = count; i < count + countOnesAtOnce(found); ++i) {
+                    inFirst[i] = static_cast<unsigned>(std::find(mine, mine + kLanes, second[inSecond[i]]) - first);
+                }
+            }
+            count += countOnesAtOnce(found);
+        }
+        // Whichever ends first is done; of equal ends the second list, which may repeat.
+        const bool secondEnds = theirs[kLanes - 1] <= mine[kLanes - 1];
+        s += valueIf(secondEnds, kLanes);
+        f += valueIf(!secondEnds, kLanes);
+    }
+    return portable::intersectRest(first, firstCount, second, secondCount, {count, f, s}, inFirst, inSecond);
+}
+
+ZQSP_AVX512 void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
+{
+    // The columns with entries are marked in a table; from sixteen marks at a time follow sixteen starts. How many
+    // columns lie between two entries, which nobody can foresee, takes no branch.
+    constexpr unsigned kColumns = 4096; // of a table, which stays in the nearest cache
+    constexpr unsigned kMarks = 64;     // in a register
+    const __m512i one = _mm512_set1_epi32(1);
+    const __m512i below = _mm512_sub_epi32(_mm512_sllv_epi32(one, laneNumbers()), one);
+    alignas(kMarks) std::array<std::uint8_t, kColumns> marks{};
+    unsigned written = 0; // columns
+    unsigned entry = 0;   // the first one behind them
+    while (length - written >= kColumns) {
+        unsigned before = entry;
+        for (; entry < count && columns[entry] - written < kColumns; ++entry) {
+            marks[columns[entry] - written] = 0xFF;
+        }
+        for (unsigned c = 0; c < kColumns; c += kMarks) {
+            std::uint64_t bits = _mm512_movepi8_mask(_mm512_load_si512(&marks[c]));
+            _mm512_store_si512(&marks[c], _mm512_setzero_si512());
+            for (unsigned i = 0; i < kMarks; i += kLanes, bits >>= kLanes) {
+                const auto group = static_cast<unsigned>(bits & 0xFFFFU);
+                const __m512i found = _mm512_and_si512(inAll(group), below);
+                const __m512i start = inAll(before);
+                _mm512_storeu_si512(starts + written + c + i, _mm512_add_epi32(start, _mm512_popcnt_epi32(found)));
+                before += countOnesAtOnce(group);
+            }
+        }
+        written += kColumns;
+    }
+    portable::writeStartsFrom(written, entry, columns, count, length, starts);
+}
 
 Kernels makeTable()
 {
@@ -20,12 +172,12 @@ Kernels makeTable()
                   .entriesPerDeleted = 64,
                   .intersectShortColumns = 1,
                   .intersectLongColumns = 8};
-    setIntersect(wide);
-    setNumbers(wide);
-    setRank(wide);
-    setSelect(wide);
-    setSift(wide);
-    setStarts(wide);
+    wide.storeIndices = storeIndices;
+    wide.stepsTo = stepsTo;
+    wide.rankRows = rankRows;
+    wide.intersect = intersect;
+    wide.writeStarts = writeStarts;
+    setEntries(wide);
     return wide;
 }
 

@@ -16,7 +16,7 @@ enum class LookupMethod
                        ///< cells/linear.mask50 1.9, 7.8; a range (it divides) cells/linear.strided 1.5, 24
     kIntersection,     ///< ascending positions and entries are gone through together: uniform/linear.sorted 1.6, 4.0
     kSearches,         ///< each position is searched in its column, many at a time: the one method for any positions
-    kFilteredSearches, ///< likewise where a filter of all entries does not rule it out: skew/linear.random 1.7, 3.6
+    kFilteredSearches, ///< likewise where a filter of all entries does not rule it out: tall/linear.random 3.7, 12
 };
 
 /// What the positions are.
@@ -25,7 +25,7 @@ enum class Positions
     kRange,
     kMask,
     kSparseMask,
-    kSorted,   ///< a list that ascends or descends
+    kSorted,   ///< a list that ascends
     kUnsorted, ///< any other list
 };
 

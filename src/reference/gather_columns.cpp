@@ -1,5 +1,5 @@
-#include "core/counts.hpp"
 #include "core/entry_moves.hpp"
+#include "core/errors.hpp"
 #include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
@@ -34,8 +34,8 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
     constexpr unsigned kFew = 4; // columns, whose ends are written together: where a short run ends, nobody can foresee
     constexpr std::size_t kStartsAhead = 64;
     constexpr std::size_t kBlocksAhead = 32;
-    std::array<unsigned, RunWalk::kBuffer + kBlocksAhead> begins;
-    std::array<unsigned, RunWalk::kBuffer + kBlocksAhead> ends;
+    std::array<unsigned, IndexWalk::kBlock + kBlocksAhead> begins;
+    std::array<unsigned, IndexWalk::kBlock + kBlocksAhead> ends;
     const Values to(out);
     unsigned* columnEnd = out.jc + 1;
     const unsigned* const lastForFew = out.n < kFew ? nullptr : out.jc + out.n - kFew + 1;

@@ -1,4 +1,4 @@
-#include "core/counts.hpp"
+#include "core/errors.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
 #include "lookup/place_search.hpp"
@@ -36,12 +36,16 @@ void mergeHits(const Rows& rows, unsigned count, const Columns& a, unsigned j, F
         return;
     }
     if ((end - e) / kApart >= count) {
-        findPlaces(
+        searchPlaces(
             a, count,
             [&rows, j](unsigned t) {
                 return Place{rows[t], j};
             },
-            hit);
+            [&hit](unsigned t, Slot slot) {
+                if (slot.stored) {
+                    hit(t, slot.position);
+                }
+            });
         return;
     }
     while (e < end && i < count) {

@@ -1,11 +1,9 @@
 // Sizes at the ends of what the runtime, 32 bits and the memory allow: each call gives what the model says, or the
 // error of the limit that it breaks with its target byte for byte as it was and nothing leaked.
 #include "support/call.hpp"
-#include "support/draw.hpp"
 #include "support/patterns.hpp"
-#include "system/any_operation.hpp"
 
-#include <sstream>
+#include <gtest/gtest.h>
 
 using namespace zqsp::test;
 
@@ -29,39 +27,7 @@ Model filledColumn(Storage storage, unsigned m)
     return a.fit();
 }
 
-class Limits : public testing::TestWithParam<Export>
-{
-};
-
 } // namespace
-
-/// The maximum is lowered to about the size of the operands once these exist.
-TEST_P(Limits, ALowerMaximum)
-{
-    const Export callee = GetParam();
-    unsigned decided = 0;
-    property(1000, [&] {
-        const Model drawn = drawModel(drawStorage());
-        const Model a = drawOneIn(2) ? drawn : reshaped(drawn, drawn.n, drawn.m);
-        const Operation op = drawOperation(callee, a, false);
-        const Outcome unlimited = predict(op);
-        const Call call(op);
-        const MaxElements limit(drawMaximum(op));
-        const Outcome expected = predict(op);
-        const std::string complaint = makeAndCheck(call, op, expected).complaint;
-        if (!complaint.empty()) {
-            std::ostringstream text;
-            text << op << "\n  at most " << kxGetMaxNumberOfElements() << " elements" << complaint;
-            requireNone(text.str());
-        }
-        decided += expected.ended == unlimited.ended ? 0 : 1;
-    });
-    const bool knowsTheMaximum = callee != Export::ReferenceByLists && callee != Export::Reshape;
-    EXPECT_EQ(decided > 0, knowsTheMaximum) << decided;
-}
-
-INSTANTIATE_TEST_SUITE_P(Exports, Limits, testing::ValuesIn(everyExport()),
-                         [](const auto& tested) { return nameOf(tested.param); });
 
 /// Calls whose result no memory holds, by the number of its columns or of its entries.
 TEST(Limits, ResultsPastMemory)

@@ -11,7 +11,7 @@ class Random : public testing::TestWithParam<Export>
   protected:
     /// So many calls on targets of each storage, drawn as target(storage).
     template <typename Target>
-    static void check(int runs, const std::vector<unsigned>& most, Target target)
+    static void check(unsigned runs, const std::vector<unsigned>& most, Target target)
     {
         for (const Storage storage : sparseStorages()) {
             property(runs, [&] { holds(drawOperation(GetParam(), target(storage), true, drawFrom(most))); });

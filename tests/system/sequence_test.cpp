@@ -17,12 +17,6 @@ namespace {
 
 constexpr std::uint64_t kNoEnd = 1000000000;
 
-std::uint64_t setting(const char* name, std::uint64_t otherwise)
-{
-    const char* text = std::getenv(name);
-    return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
-}
-
 std::vector<const zqsp::Kernels*> tablesAskedFor()
 {
     const auto available = zqsp::availableKernels();

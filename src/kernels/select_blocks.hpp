@@ -1,0 +1,319 @@
+// Selecting entries by whole registers: the text behind the tables that have such loops. Who includes this says first
+// what its functions are compiled for (ZQSP_LOOPS), and has a struct of Lanes:
+//
+//     kCount                                   words in a register, at most sixteen
+//     Choice                                   new rows, and bits of those that are selected
+//     choose(rows, count, choice)              the Choice among `count` rows, at least one, or kCount if these are more
+//     storeRows(choice, to, room)              writes what is selected; where there is room, a register
+//     press(from, selected, to)                writes what is selected of kCount doubles, or bytes, and writes on up to
+//                                              kCount
+//     pressSome(from, count, ..., room)        the same of `count` doubles, or kCount if these are more, and within
+//     `room` numbersFrom(first)                       first, first + 1, ..., as new rows columnEnds(...) see
+//     moveSelectedBy() Filter(few)                              passing(rows): bits of those of kCount rows that a
+//     filter lets pass Lowered                                  the Choice among ascending positions, as deleted ones
+//     are passed
+#ifndef ZQSP_KERNELS_SELECT_BLOCKS_HPP
+#define ZQSP_KERNELS_SELECT_BLOCKS_HPP
+
+#include "kernels/portable.hpp"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+
+namespace zqsp {
+
+namespace {
+
+// The loops work on blocks, first the rows of one, then its values: what is moved may overlap its source where it moves
+// to a lower place. Up to `room` elements from `to` on may be written, at least as many as are selected; what lies
+// behind these is lost.
+
+constexpr unsigned kBlockSize = 1024; // entries; a block stays in the nearest caches between the loops
+
+/// What the next loop will read, asked for in the one before: the processor's own foresight does not see from one block
+/// to the next.
+struct Next
+{
+    const std::byte* begin;
+    unsigned groupSize; ///< bytes of as many entries as a register has words; 0 for nothing
+
+    [[gnu::always_inline]] void prefetch(unsigned group) const
+    {
+        const std::byte* const there = begin + std::size_t{group} * groupSize;
+        __builtin_prefetch(there);
+        __builtin_prefetch(there + groupSize / 2); // two lines at most
+    }
+};
+
+/// What is selected of one block: for each group of as many entries as a register has a bit for each of these, and
+/// above the bits how many are selected before the group.
+template <unsigned lanes>
+class Selection
+{
+  public:
+    void set(unsigned group, unsigned selected, unsigned before) { words_[group] = before << lanes | selected; }
+    [[nodiscard]] unsigned bits(unsigned group) const { return words_[group] & ((1U << lanes) - 1); }
+    [[nodiscard]] unsigned before(unsigned group) const { return words_[group] >> lanes; }
+    [[nodiscard]] const unsigned* words() const { return words_.data(); }
+
+  private:
+    std::array<unsigned, kBlockSize / lanes> words_;
+};
+
+/// The choice among ascending positions: each is lowered by the deleted ones before it. Four of these are always
+/// compared, so that their number, which nobody can foresee, takes no branch where they are a fifth of the entries or
+/// fewer.
+template <typename Lanes>
+ZQSP_LOOPS inline typename Lanes::Choice chooseOf(const unsigned* rows, unsigned count, DeletedList& deleted)
+{
+    constexpr unsigned kAlways = 4;
+    const unsigned last = rows[std::min(Lanes::kCount, count) - 1];
+    typename Lanes::Lowered lowered(rows, count, deleted.passed);
+    const unsigned* const next = deleted.positions + deleted.passed;
+    if (deleted.count - deleted.passed >= kAlways) {
+        for (unsigned i = 0; i < kAlways; ++i) {
+            lowered.pass(next[i]);
+            deleted.passed += next[i] <= last ? 1U : 0U;
+        }
+    }
+    for (; deleted.passed < deleted.count && deleted.positions[deleted.passed] <= last; ++deleted.passed) {
+        lowered.pass(deleted.positions[deleted.passed]);
+    }
+    return lowered.choice();
+}
+
+template <typename Lanes, typename Rows>
+ZQSP_LOOPS inline typename Lanes::Choice chooseOf(const unsigned* rows, unsigned count, Rows choice)
+{
+    return Lanes::choose(rows, count, choice);
+}
+
+/// Some bytes, through a buffer.
+template <typename Lanes>
+ZQSP_LOOPS inline void pressBytes(const std::uint8_t* from, unsigned count, unsigned selected, std::uint8_t* to)
+{
+    std::array<std::uint8_t, Lanes::kCount> group{};
+    std::memcpy(group.data(), from, std::min(Lanes::kCount, count));
+    Lanes::press(group.data(), selected, group.data());
+    std::memcpy(to, group.data(), countOnesAtOnce(selected));
+}
+
+template <typename Lanes>
+class BlockMover
+{
+  public:
+    BlockMover(const Entries& from, const Entries& to) : from_(from), to_(to), inPlace_(from.ir == to.ir) {}
+
+    /// Moves what is selected of `size` entries from `begin` on to `at` and behind. Returns how many entries that is.
+    template <typename Rows>
+    unsigned move(unsigned begin, unsigned size, Rows& choice, unsigned at)
+    {
+        const std::size_t room = (inPlace_ ? begin + size : to_.capacity) - at;
+        const unsigned groupSize = kCount * from_.elementSize;
+        const std::size_t offset = std::size_t{begin} * from_.elementSize;
+        const Next nextRows{reinterpret_cast<const std::byte*>(from_.ir + begin + size), kCount * sizeof *from_.ir};
+        // (Whether the values will be read, as far as one can tell.)
+        selected_ = moveRows(from_.ir + begin, size, choice, to_.ir + at, room,
+                             {from_.pr + offset, selected_ != 0 ? groupSize : 0});
+        if (selected_ == 0) {
+            return 0;
+        }
+        if (from_.pi == nullptr) {
+            moveValues(from_.pr, begin, size, to_.pr, at, room, nextRows);
+            return selected_;
+        }
+        moveValues(from_.pr, begin, size, to_.pr, at, room, {from_.pi + offset, groupSize});
+        moveValues(from_.pi, begin, size, to_.pi, at, room, nextRows);
+        return selected_;
+    }
+
+    [[nodiscard]] const Selection<Lanes::kCount>& selection() const { return selection_; }
+
+  private:
+    static constexpr unsigned kCount = Lanes::kCount;
+
+    /// How many groups of `count` entries can be taken and written in whole registers.
+    static unsigned wholeGroups(unsigned count, std::size_t room) { return room >= count ? count / kCount : 0; }
+
+    /// Learns what is selected, moves its new rows, and returns how many there are.
+    template <typename Rows>
+    ZQSP_LOOPS unsigned moveRows(const unsigned* rows, unsigned count, Rows& choice, unsigned* to, std::size_t room,
+                                 Next next)
+    {
+        const unsigned whole = wholeGroups(count, room);
+        unsigned written = 0;
+        for (unsigned g = 0; g < whole; ++g) {
+            next.prefetch(g);
+            const auto chosen = chooseOf<Lanes>(rows + std::size_t{g} * kCount, kCount, choice);
+            selection_.set(g, chosen.selected, written);
+            Lanes::storeRows(chosen, to + written, kCount);
+            written += countOnesAtOnce(chosen.selected);
+        }
+        for (unsigned g = whole; g * kCount < count; ++g) {
+            const auto chosen = chooseOf<Lanes>(rows + std::size_t{g} * kCount, count - g * kCount, choice);
+            selection_.set(g, chosen.selected, written);
+            Lanes::storeRows(chosen, to + written, room - written);
+            written += countOnesAtOnce(chosen.selected);
+        }
+        return written;
+    }
+
+    template <typename Word>
+    ZQSP_LOOPS void moveWords(const Word* values, unsigned count, Word* to, std::size_t room, Next next) const
+    {
+        const unsigned whole = wholeGroups(count, room);
+        for (unsigned g = 0; g < whole; ++g) {
+            next.prefetch(g);
+            Lanes::press(values + std::size_t{g} * kCount, selection_.bits(g), to + selection_.before(g));
+        }
+        for (unsigned g = whole; g * kCount < count; ++g) {
+            const std::size_t at = selection_.before(g);
+            const Word* const from = values + std::size_t{g} * kCount;
+            if constexpr (sizeof(Word) == 1) {
+                pressBytes<Lanes>(from, count - g * kCount, selection_.bits(g), to + at);
+            } else {
+                Lanes::pressSome(from, count - g * kCount, selection_.bits(g), to + at, room - at);
+            }
+        }
+    }
+
+    /// `from` and `to`: whole blocks.
+    void moveValues(const std::byte* from, unsigned begin, unsigned count, std::byte* to, unsigned at, std::size_t room,
+                    Next next) const
+    {
+        const auto move = [=, this](const auto* values, auto* places) {
+            moveWords(values + begin, count, places + at, room, next);
+        };
+        if (from_.elementSize == 1) {
+            move(reinterpret_cast<const std::uint8_t*>(from), reinterpret_cast<std::uint8_t*>(to));
+        } else {
+            move(reinterpret_cast<const double*>(from), reinterpret_cast<double*>(to));
+        }
+    }
+
+    const Entries& from_;
+    const Entries& to_;
+    bool inPlace_;
+    unsigned selected_ = 1;
+    Selection<Lanes::kCount> selection_;
+};
+
+/// Whether the loops serve: few entries, those of one column mostly, are not worth the preparations; and values have 1
+/// or 8 bytes.
+bool serve(const Entries& entries, unsigned count)
+{
+    constexpr unsigned kFewEntries = 8;
+    return count > kFewEntries && (entries.elementSize == 1 || entries.elementSize == sizeof(double));
+}
+
+template <typename Lanes>
+unsigned countSelectedBy(const unsigned* rows, unsigned count, const RowChoice& choice)
+{
+    return std::visit(
+        [=](auto known) ZQSP_LOOPS {
+            unsigned selected = 0;
+            for (unsigned left = count; left > 0; left -= std::min(Lanes::kCount, left)) {
+                selected += countOnesAtOnce(Lanes::choose(rows + (count - left), left, known).selected);
+            }
+            return selected;
+        },
+        choice);
+}
+
+template <typename Lanes>
+unsigned moveSelectedBy(const Entries& from, const unsigned* jc, unsigned columns, const RowChoice& choice,
+                        const Entries& to, unsigned at, unsigned* ends)
+{
+    const unsigned last = jc[columns];
+    if (!serve(from, last - jc[0])) {
+        return portable::moveSelected(from, jc, columns, choice, to, at, ends);
+    }
+    return std::visit(
+        [&, at, ends, columns](auto rows) mutable {
+            BlockMover<Lanes> mover(from, to);
+            const unsigned* columnEnd = jc + 1;
+            for (unsigned begin = jc[0], size = 0; begin < last; begin += size) {
+                size = std::min(kBlockSize, last - begin);
+                const unsigned selected = mover.move(begin, size, rows, at);
+                const unsigned served = Lanes::columnEnds(columnEnd, columns, begin, size, at, mover.selection(), ends);
+                columnEnd += served;
+                ends += served;
+                columns -= served;
+                at += selected;
+            }
+            std::fill_n(ends, columns, at);
+            return at;
+        },
+        choice);
+}
+
+template <typename Lanes>
+unsigned closeUpBy(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept)
+{
+    if (!serve(entries, end - begin)) {
+        return portable::closeUp(entries, begin, end, deleted, kept);
+    }
+    BlockMover<Lanes> mover(entries, entries);
+    for (unsigned size = 0; begin < end; begin += size) {
+        size = std::min(kBlockSize, end - begin);
+        kept += mover.move(begin, size, deleted, kept);
+    }
+    return kept;
+}
+
+/// Of the entries begin .. end-1, those in rows of a set, as siftRows() of the kernels says.
+template <typename Lanes>
+ZQSP_LOOPS unsigned siftBy(const RowWord* rows, const unsigned* ir, unsigned begin, unsigned end, unsigned* found)
+{
+    unsigned count = 0;
+    for (; end - begin >= Lanes::kCount; begin += Lanes::kCount) {
+        auto chosen = Lanes::choose(ir + begin, Lanes::kCount, RankedRows{rows});
+        chosen.newRows = Lanes::numbersFrom(begin);
+        Lanes::storeRows(chosen, found + count, Lanes::kCount);
+        count += countOnesAtOnce(chosen.selected);
+    }
+    return count + portable::siftRows(rows, nullptr, ir, begin, end, found + count);
+}
+
+/// The same of those that a filter lets pass, of which a group of rows has none mostly.
+template <typename Lanes>
+ZQSP_LOOPS unsigned siftFewBy(const FewRows& few, const RowWord* rows, const unsigned* ir, unsigned begin, unsigned end,
+                              unsigned* found)
+{
+    const typename Lanes::Filter filter(few);
+    unsigned count = 0;
+    for (; end - begin >= Lanes::kCount; begin += Lanes::kCount) {
+        for (unsigned passed = filter.passing(ir + begin); passed != 0; passed &= passed - 1) {
+            const unsigned e = begin + static_cast<unsigned>(__builtin_ctz(passed));
+            if (rows[ir[e] / RowWord::kBits].has(ir[e])) {
+                found[count++] = e;
+            }
+        }
+    }
+    return count + portable::siftRows(rows, nullptr, ir, begin, end, found + count);
+}
+
+template <typename Lanes>
+unsigned siftRowsBy(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
+                    unsigned* found)
+{
+    return few != nullptr ? siftFewBy<Lanes>(*few, rows, ir, begin, end, found)
+                          : siftBy<Lanes>(rows, ir, begin, end, found);
+}
+
+template <typename Lanes>
+void setEntriesBy(Kernels& table)
+{
+    table.countSelected = countSelectedBy<Lanes>;
+    table.moveSelected = moveSelectedBy<Lanes>;
+    table.closeUp = closeUpBy<Lanes>;
+    table.siftRows = siftRowsBy<Lanes>;
+}
+
+} // namespace
+
+} // namespace zqsp
+
+#endif
