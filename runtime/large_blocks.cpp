@@ -204,7 +204,7 @@ std::byte* resizeMapping(std::byte* base, std::size_t bytes) noexcept
 {
     const std::size_t have = headOf(base).length;
     const std::size_t length = mappedLength(bytes);
-    if (length <= have && length >= have / 2) {
+    if (length <= have && length >= have / 4) { // a kept one may have been twice as long as its taker asked for
         return base;
     }
     void* moved = mremap(base, have, length, MREMAP_MAYMOVE);

@@ -24,7 +24,7 @@ struct Mapping
 /// A mapping of at least `bytes` bytes.
 Mapping takeMapping(std::size_t bytes) noexcept;
 /// Makes the mapping `bytes` long, moving it if need be, with its content kept; null (and the mapping unchanged) on
-/// failure. Shrinking by less than half keeps it as it is.
+/// failure. Shrinking to a quarter or more keeps it as it is.
 std::byte* resizeMapping(std::byte* base, std::size_t bytes) noexcept;
 /// Gives a mapping back.
 void dropMapping(std::byte* base) noexcept;

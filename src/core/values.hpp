@@ -23,23 +23,39 @@ inline void copyEnds(T* to, const T* from, std::size_t count)
 /// Copies `count` elements between disjoint blocks. Short runs, the usual length of a sparse column, are copied in
 /// place, in two pieces that may overlap: as often as a loop over random lengths ends, a branch is mispredicted
 /// (measured on scattered columns of ten: half the time), and more than the run would touch lines that nobody needs.
+/// The shortest ones take no branch at all where there is `room` for so many elements in both blocks, and what lies
+/// behind the copy may be lost.
 template <typename T>
-inline void copyRun(T* to, const T* from, std::size_t count)
+inline void copyRun(T* to, const T* from, std::size_t count, std::size_t room = 0)
 {
     constexpr std::size_t kPiece = 16;
-    if (count > 2 * kPiece) {
+    constexpr std::size_t kLeast = kPiece / 4;
+    if (count <= 2 * kLeast && room >= kLeast) {
+        copyEnds<kLeast>(to, from, std::max(count, kLeast));
+    } else if (count > 2 * kPiece) {
         std::memcpy(to, from, count * sizeof(T));
     } else if (count > kPiece) {
         copyEnds<kPiece>(to, from, count);
     } else if (count > kPiece / 2) {
         copyEnds<kPiece / 2>(to, from, count);
-    } else if (count >= kPiece / 4) {
-        copyEnds<kPiece / 4>(to, from, count);
+    } else if (count >= kLeast) {
+        copyEnds<kLeast>(to, from, count);
     } else if (count > 1) {
         copyEnds<2>(to, from, count);
     } else if (count == 1) {
         *to = *from;
     }
+}
+
+/// Asks for the cache lines at both ends of an array's elements begin .. end-1, and for one in the middle, which is no
+/// other than these where there are three at most. (Inlined by force: a function that only prefetches has no effect in
+/// the eyes of the compiler, which drops its calls.)
+template <typename T>
+[[gnu::always_inline]] inline void prefetchRun(const T* from, std::size_t begin, std::size_t end)
+{
+    __builtin_prefetch(from + begin);
+    __builtin_prefetch(from + (begin + end) / 2);
+    __builtin_prefetch(from + end);
 }
 
 /// Values held in one typed array: logical bytes or real doubles.
@@ -51,10 +67,12 @@ struct PlainValues
     explicit PlainValues(const Columns& a) : pr(reinterpret_cast<T*>(a.pr)) {}
 
     void copy(std::size_t to, const PlainValues& from, std::size_t source) const { pr[to] = from.pr[source]; }
-    void copyRun(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count) const
+    void copyRun(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count,
+                 std::size_t room = 0) const
     {
-        zqsp::copyRun(pr + to, from.pr + source, count);
+        zqsp::copyRun(pr + to, from.pr + source, count, room);
     }
+    [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const { prefetchRun(pr, begin, end); }
     void fill(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count) const
     {
         std::fill_n(pr + to, count, from.pr[source]);
@@ -80,14 +98,20 @@ struct ComplexValues
         pr[to] = from.pr[source];
         pi[to] = from.imaginary(source);
     }
-    void copyRun(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
+    void copyRun(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count,
+                 std::size_t room = 0) const
     {
-        zqsp::copyRun(pr + to, from.pr + source, count);
+        zqsp::copyRun(pr + to, from.pr + source, count, room);
         if (from.pi != nullptr) {
-            zqsp::copyRun(pi + to, from.pi + source, count);
+            zqsp::copyRun(pi + to, from.pi + source, count, room);
         } else {
             std::fill_n(pi + to, count, 0.0);
         }
+    }
+    [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const
+    {
+        prefetchRun(pr, begin, end);
+        prefetchRun(pi, begin, end); // a null pointer's lines are no harm
     }
     void fill(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
     {
@@ -123,7 +147,8 @@ struct GenericValues
             std::memset(pi + to * size, 0, size);
         }
     }
-    void copyRun(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
+    void copyRun(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count,
+                 std::size_t /*room*/ = 0) const
     {
         if (count == 0) {
             return; // arrays without capacity may lack the blocks
@@ -136,6 +161,10 @@ struct GenericValues
                 std::memset(pi + to * size, 0, count * size);
             }
         }
+    }
+    [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const
+    {
+        prefetchRun(pr, begin * size, end * size);
     }
     void fill(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
     {

@@ -88,9 +88,9 @@ class EntryWalk
             const unsigned size = pieceEnd - begin;
             const unsigned* const rows = ir + begin;
             if (const std::size_t whole = wholeRounds(size); whole <= std::min<std::size_t>(room, nzmax - begin)) {
-                for (unsigned i = 0; i < size; i += kRound) {
-                    for (unsigned lane = i; lane < i + kRound; ++lane) {
-                        to[lane] = start + rows[lane];
+                for (std::size_t i = 0; i < size; i += kRound) {
+                    for (std::size_t lane = 0; lane < kRound; ++lane) {
+                        to[i + lane] = start + rows[i + lane];
                     }
                 }
             } else {

@@ -61,39 +61,20 @@ void ColumnSorter::sortColumn(const Columns& a, Values values, unsigned column)
     }
 }
 
-namespace {
-
-/// Lists the columns of more than one entry, of `count` ones. Neighbours that have one or none together are passed
-/// over; else no branch asks for the length of a column, which nobody can foresee.
-unsigned listLongOnes(const unsigned* jc, unsigned count, unsigned* longOnes)
-{
-    constexpr unsigned kTogether = 8;
-    unsigned found = 0;
-    for (unsigned j = 0; j < count;) {
-        const unsigned next = j + std::min(kTogether, count - j);
-        if (jc[next] - jc[j] > 1) {
-            for (; j < next; ++j) {
-                longOnes[found] = j;
-                found += jc[j + 1] - jc[j] > 1 ? 1U : 0U;
-            }
-        }
-        j = next;
-    }
-    return found;
-}
-
-} // namespace
-
 void ColumnSorter::sort(const Columns& a, unsigned first, unsigned count)
 {
-    constexpr unsigned kColumns = 256; // at a time
-    std::array<unsigned, kColumns> longOnes;
+    constexpr unsigned kTogether = 256;
+    std::array<unsigned, kTogether> longOnes; // of more than one entry, which no branch asks for each
     withStorage(a, [&](auto values) {
-        const unsigned last = first + count;
-        for (unsigned next = first; next < last; next += std::min(kColumns, last - next)) {
-            const unsigned found = listLongOnes(a.jc + next, std::min(kColumns, last - next), longOnes.data());
+        for (unsigned done = 0, size = 0; done < count; done += size) {
+            size = std::min(kTogether, count - done);
+            unsigned found = 0;
+            for (unsigned j = first + done; j < first + done + size; ++j) {
+                longOnes[found] = j;
+                found += a.length(j) > 1 ? 1U : 0U;
+            }
             for (unsigned i = 0; i < found; ++i) {
-                sortColumn(a, values, next + longOnes[i]);
+                sortColumn(a, values, longOnes[i]);
             }
         }
     });

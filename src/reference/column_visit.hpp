@@ -11,13 +11,11 @@
 
 namespace zqsp {
 
-/// Asks for the cache lines at both ends of what will be read of a column, and of values for one in the middle, which
-/// is no other than these where there are three at most: few columns are longer. (Inlined by force: a function that
-/// only prefetches has no effect in the eyes of the compiler, which drops its calls.)
-[[gnu::always_inline]] inline void prefetchColumn(const Columns& a, unsigned column)
+/// Asks for the cache lines at both ends of what will be read of the entries, and of values for one in the middle,
+/// which is no other than these where there are three at most: few columns are longer. (Inlined by force: a function
+/// that only prefetches has no effect in the eyes of the compiler, which drops its calls.)
+[[gnu::always_inline]] inline void prefetchEntries(const Columns& a, std::size_t begin, std::size_t end)
 {
-    const std::size_t begin = a.jc[column];
-    const std::size_t end = a.jc[column + 1];
     const std::size_t middle = (begin + end) / 2;
     __builtin_prefetch(a.ir + begin);
     __builtin_prefetch(a.ir + end);
@@ -45,7 +43,8 @@ template <typename F>
                 __builtin_prefetch(a.jc + runs[i + kStartsAhead].first);
             }
             if (i + kEntriesAhead < runs.size()) {
-                prefetchColumn(a, runs[i + kEntriesAhead].first);
+                const unsigned* const ends = a.jc + runs[i + kEntriesAhead].first;
+                prefetchEntries(a, ends[0], ends[1]);
             }
             f(runs[i].first, runs[i].length);
         }

@@ -19,11 +19,9 @@ inline ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned 
 /// memory.
 void setCapacity(kxArray* array, unsigned capacity);
 
-class RowOrder;
-
-/// A(:,columns): all rows of the selected columns, in subscript order, or in a given order of the rows. nzmax is the
-/// exact count. Cost: columns + entries written.
-ArrayOwner gatherColumns(const Columns& a, const Subscript& columns, RowOrder* order = nullptr);
+/// A(:,columns): all rows of the selected columns, in subscript order. nzmax is the exact count. Cost: columns +
+/// entries written.
+ArrayOwner gatherColumns(const Columns& a, const Subscript& columns);
 
 /// Whether selecting `k` rows counts as done with a map from old to new rows (true) or as searching each column for
 /// each row (false). The rule is part of the interface, since it decides the capacity of the result: exact with a map,

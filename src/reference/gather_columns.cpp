@@ -3,7 +3,9 @@
 #include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
-#include "reference/row_methods.hpp"
+
+#include <algorithm>
+#include <array>
 
 namespace zqsp {
 
@@ -23,58 +25,85 @@ ArrayOwner gatherNeighbours(const Columns& a, unsigned first, unsigned count)
     return result;
 }
 
-/// Neighbouring columns are neighbours in ir, pr and pi as well: a run of columns moves as one block.
+/// Neighbouring columns are neighbours in ir, pr and pi as well: a run of columns moves as one block. The blocks of
+/// some hundred runs are known before they move: empty ones are dropped without a branch, and what others hold is on
+/// its way to the cache. (Of columns that stand alone, the lines are half the time; see bench/limits.md.)
 template <typename Values>
-void copyColumns(const Columns a, Values from, const Subscript& columns, const Columns& out, RowOrder* order)
+void copyColumns(const Columns a, Values from, const Subscript& columns, const Columns& out)
 {
-    constexpr unsigned kOrdered = 4096; // entries that are put into order together, while a cache has them
+    constexpr unsigned kFew = 4; // columns, whose ends are written together: where a short run ends, nobody can foresee
+    constexpr std::size_t kStartsAhead = 64;
+    constexpr std::size_t kBlocksAhead = 32;
+    std::array<unsigned, IndexWalk::kBlock + kBlocksAhead> begins;
+    std::array<unsigned, IndexWalk::kBlock + kBlocksAhead> ends;
     const Values to(out);
-    unsigned written = 0;
     unsigned* columnEnd = out.jc + 1;
-    unsigned* ordered = out.jc;
-    const auto putInOrder = [&] {
-        const auto last = columnEnd - 1;
-        order->apply(out, static_cast<unsigned>(ordered - out.jc), static_cast<unsigned>(last - ordered));
-        ordered = last;
-    };
-    const auto copy = [&](unsigned first, unsigned length) __attribute__((always_inline))
+    const unsigned* const lastForFew = out.n < kFew ? nullptr : out.jc + out.n - kFew + 1;
+    const unsigned* const lastOfFew = a.n < kFew ? nullptr : a.jc + a.n - kFew;
+    unsigned written = 0;
+    const auto prefetch = [&](std::size_t block) __attribute__((always_inline))
     {
-        const unsigned begin = a.jc[first];
-        const unsigned size = a.jc[first + length] - begin;
-        const unsigned shift = written - begin;
-        for (unsigned j = 0; j < length; ++j) {
-            *columnEnd++ = a.jc[first + j + 1] + shift;
-        }
-        if (size == 0) {
-            return;
-        }
-        copyRun(out.ir + written, a.ir + begin, size);
-        to.copyRun(written, from, begin, size);
-        written += size;
+        __builtin_prefetch(a.ir + begins[block]);
+        __builtin_prefetch(a.ir + ends[block]);
+        from.prefetch(begins[block], ends[block]);
     };
-    if (order == nullptr) {
-        forEachColumnRun(a, columns, copy);
-        return;
-    }
-    forEachColumnBlock(a, columns, kOrdered, [&](unsigned first, unsigned length) {
-        copy(first, length);
-        if (written - *ordered >= kOrdered) {
-            putInOrder();
+    RunWalk walk(columns);
+    for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
+        unsigned end = written;
+        std::size_t count = 0;
+        for (std::size_t i = 0; i < runs.size(); ++i) {
+            if (i + kStartsAhead < runs.size()) {
+                __builtin_prefetch(a.jc + runs[i + kStartsAhead].first);
+            }
+            const auto [first, length] = runs[i];
+            const unsigned* const starts = a.jc + first;
+            const unsigned begin = starts[0];
+            begins[count] = begin;
+            ends[count] = starts[length];
+            count += begin != starts[length] ? 1 : 0;
+            unsigned done = 0;
+            if (columnEnd <= lastForFew && starts <= lastOfFew) {
+                std::array<unsigned, kFew> few; // read as a whole before it is written: the compiler need not ask
+                std::copy_n(starts + 1, kFew, few.begin());
+                for (unsigned& column : few) {
+                    column += end - begin;
+                }
+                std::copy_n(few.begin(), kFew, columnEnd);
+                done = kFew;
+            }
+            for (; done < length; ++done) {
+                columnEnd[done] = starts[done + 1] + (end - begin);
+            }
+            columnEnd += length;
+            end += starts[length] - begin;
         }
-    });
-    putInOrder();
+        std::fill_n(begins.begin() + count, kBlocksAhead, begins[0]);
+        std::fill_n(ends.begin() + count, kBlocksAhead, ends[0]);
+        for (std::size_t i = 0; i < std::min(count, kBlocksAhead); ++i) {
+            prefetch(i);
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            prefetch(i + kBlocksAhead);
+            const unsigned begin = begins[i];
+            const unsigned size = ends[i] - begin;
+            const unsigned room = std::min(a.nzmax - begin, out.nzmax - written);
+            copyRun(out.ir + written, a.ir + begin, size, room);
+            to.copyRun(written, from, begin, size, room);
+            written += size;
+        }
+    }
 }
 
 } // namespace
 
-ArrayOwner gatherColumns(const Columns& a, const Subscript& columns, RowOrder* order)
+ArrayOwner gatherColumns(const Columns& a, const Subscript& columns)
 {
     const auto* range = std::get_if<IndexRange>(&columns);
-    if (order == nullptr && range != nullptr && range->isRun()) {
+    if (range != nullptr && range->isRun()) {
         return gatherNeighbours(a, range->first, range->count());
     }
     ArrayOwner result = createLike(a, a.m, countOf(columns), checkedCount(entriesIn(a, columns)));
-    withStorage(a, [&](auto from) { copyColumns(a, from, columns, Columns(result.get()), order); });
+    withStorage(a, [&](auto from) { copyColumns(a, from, columns, Columns(result.get())); });
     return result;
 }
 

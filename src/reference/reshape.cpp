@@ -1,49 +1,62 @@
 #include "core/columns.hpp"
 #include "core/owners.hpp"
-#include "lookup/entry_positions.hpp"
+#include "core/search.hpp"
+#include "lookup/place_search.hpp"
 
 #include <zqspmatrix.h>
 
-#include <numeric>
+#include <algorithm>
+#include <cstdint>
 
 namespace zqsp {
 
 namespace {
 
-/// A row of the new shape together with the carry into the next column.
-struct WrappedRow
+/// The first of the entries begin .. end-1, of one column, that lies at a row or below it.
+unsigned firstFrom(const Columns& a, unsigned begin, unsigned end, unsigned row)
 {
-    unsigned row;
-    unsigned carry;
-};
-
-/// (x + y) modulo m for x, y < m, without overflow where x + y does not fit 32 bits.
-WrappedRow addModulo(unsigned x, unsigned y, unsigned m)
-{
-    const unsigned room = m - x;
-    return y < room ? WrappedRow{x + y, 0} : WrappedRow{y - room, 1};
+    return end - begin <= kComparedRows && canCompare(a, begin) ? begin + rankAmong(a.ir + begin, end - begin, row)
+                                                                : gallop(a.ir, begin, end, row);
 }
 
-/// Each old column covers q whole new columns and r rows more; the place where it starts is kept as a new column and
-/// row, so that no linear position, which may exceed 32 bits, is ever formed.
-void reshapeByDivision(const Columns& a, unsigned newM, unsigned newN, unsigned* newJc)
+void addToRows(const Columns& a, unsigned begin, unsigned end, unsigned shift)
 {
-    const unsigned q = a.m / newM;
-    const unsigned r = a.m % newM;
-    unsigned startRow = 0;
-    unsigned startColumn = 0;
-    for (unsigned j = 0; j < a.n; ++j) {
-        for (unsigned e = a.jc[j]; e < a.jc[j + std::size_t{1}]; ++e) {
-            const unsigned row = a.ir[e];
-            const WrappedRow wrapped = addModulo(row % newM, startRow, newM);
-            a.ir[e] = wrapped.row;
-            ++newJc[startColumn + row / newM + wrapped.carry + std::size_t{1}];
+    std::for_each(a.ir + begin, a.ir + end, [shift](unsigned& row) { row += shift; });
+}
+
+/// Each old column is cut where new ones begin. No linear position, which may exceed 32 bits, is ever formed.
+void reshapeColumns(const Columns& a, unsigned newM, unsigned* newEnd)
+{
+    unsigned startRow = 0; // of the new column that an old one goes on with
+    for (std::size_t j = 0; j < a.n; ++j) {
+        unsigned begin = a.jc[j];
+        const unsigned end = a.jc[j + 1];
+        const unsigned first = newM - startRow; // the row that the next new column begins with
+        std::uint64_t next = first;
+        if (first < a.m && a.m - first <= newM) {
+            // Cut once: where a short column is, nobody can foresee.
+            *newEnd++ = firstFrom(a, begin, end, first);
+            for (unsigned e = begin; e < end; ++e) {
+                a.ir[e] += valueIf(a.ir[e] < first, newM) - first;
+            }
+            next += newM;
+        } else {
+            unsigned shift = startRow;
+            for (; next < a.m; next += newM) {
+                const auto row = static_cast<unsigned>(next);
+                const unsigned cut = firstFrom(a, begin, end, row);
+                addToRows(a, begin, cut, shift);
+                *newEnd++ = begin = cut;
+                shift = 0U - row;
+            }
+            addToRows(a, begin, end, shift);
         }
-        const WrappedRow next = addModulo(startRow, r, newM);
-        startRow = next.row;
-        startColumn += q + next.carry;
+        startRow = static_cast<unsigned>(newM - (next - a.m));
+        if (startRow == newM) {
+            *newEnd++ = end;
+            startRow = 0;
+        }
     }
-    std::partial_sum(newJc, newJc + newN + 1, newJc);
 }
 
 } // namespace
@@ -69,12 +82,7 @@ void spReshape(kxArray* A, unsigned newM, unsigned newN)
     // The zeroed column starts are all that a reshape allocates; nothing has changed until they are there.
     Block<unsigned> newJc(kxCallocExCheck(static_cast<std::size_t>(newN) + 1, sizeof(unsigned)));
     if (a.nnz() > 0) {
-        if (kxCheckMN_nothrow(a.m, a.n, 1, nullptr)) {
-            EntryWalk(a).replaceRows(a.nnz());
-            cutIntoColumns(a.ir, a.nnz(), newM, newN, newJc.get());
-        } else {
-            reshapeByDivision(a, newM, newN, newJc.get());
-        }
+        reshapeColumns(a, newM, newJc.get() + 1);
     }
     kxFreeEx(a.jc);
     kxSetJc(A, newJc.release());

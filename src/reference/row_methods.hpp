@@ -1,6 +1,6 @@
-// The ways of taking rows out of columns. gatherRegion() chooses. The run of rows, the search and the table live in
-// row_interval.cpp, row_search.cpp and row_table.cpp; rows in any order or repeated are then put there by
-// row_order.cpp. Rows ascend or are in no order: what descends is gathered from its end, and turned round.
+// The ways of taking rows out of columns. gatherRegion() chooses. The search lives in row_search.cpp, what passes over
+// entries or cuts out runs in row_table.cpp; rows in any order or repeated are then put there by row_order.cpp. Rows
+// ascend or are in no order: what descends is gathered from its end, and turned round.
 #ifndef ZQSP_REFERENCE_ROW_METHODS_HPP
 #define ZQSP_REFERENCE_ROW_METHODS_HPP
 
@@ -48,8 +48,8 @@ struct RowCounts
 [[gnu::visibility("default")]] ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows,
                                                    const Subscript& columns, Capacity capacity);
 
-/// Neighbouring rows (an ascending run, or none): what a column holds of them is one block, found by two searches. No
-/// workspace.
+/// Neighbouring rows (an ascending run, or none): what a long column holds of them is one block, found by two searches;
+/// short ones are passed over. No workspace.
 ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subscript& columns, Capacity capacity);
 
 /// Rows and the entries of each column merged by galloping along the longer of the two. Workspace: for an unsorted list

@@ -1,6 +1,5 @@
 #include "core/errors.hpp"
 #include "core/search.hpp"
-#include "core/sort.hpp"
 #include "core/values.hpp"
 #include "lookup/place_search.hpp"
 #include "reference/column_visit.hpp"
@@ -78,49 +77,34 @@ ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript
 {
     const Numbers numbers(rows.form());
     const unsigned k = rows.count();
-    const unsigned repeats = countRepeats(rows.form());
-    const auto forEachHit = [&](unsigned j, auto&& hit) { mergeHits(numbers, k, a, j, hit); };
+    const auto forEachHit = [&](auto&& hit, auto&& columnDone) {
+        forEachColumn(a, columns, [&](unsigned j, unsigned) {
+            mergeHits(numbers, k, a, j, hit);
+            columnDone();
+        });
+    };
     std::uint64_t total = 0;
-    unsigned longest = 0;
-    forEachColumn(a, columns, [&](unsigned j, unsigned length) {
-        longest = std::max(longest, length);
-        if (capacity == Capacity::kExact) {
-            forEachHit(j, [&total](unsigned, unsigned) { ++total; });
-        }
-    });
-    ArrayOwner result =
-        createLike(a, k, countOf(columns),
-                   capacity == Capacity::kExact ? checkedCount(total) : searchCapacity(a, columns, k, repeats));
+    if (capacity == Capacity::kExact) {
+        forEachHit([&total](unsigned, unsigned) { ++total; }, [] {});
+    }
+    ArrayOwner result = createLike(
+        a, k, countOf(columns),
+        capacity == Capacity::kExact ? checkedCount(total) : searchCapacity(a, columns, k, countRepeats(rows.form())));
     const Columns out(result.get());
-    const bool ascending = rows.sources() == nullptr; // new rows ascend with the rows they come from
-    const std::uint64_t mostHits = ascending ? 0 : std::uint64_t{longest} + repeats;
-    const auto keyCount = static_cast<unsigned>(std::min<std::uint64_t>(mostHits, k));
-    const auto keys = Block<Key>::make(keyCount);
-    const KeySorter sorter(keyCount, k);
     withStorage(a, [&](auto from) {
         const decltype(from) to(out);
         unsigned written = 0;
         unsigned* columnEnd = out.jc + 1;
-        const auto put = [&](unsigned newRow, unsigned e) {
-            out.ir[written] = newRow;
-            to.copy(written++, from, e);
-        };
-        forEachColumn(a, columns, [&](unsigned j, unsigned) {
-            std::size_t count = 0;
-            forEachHit(j, [&](unsigned i, unsigned e) {
-                if (ascending) {
-                    put(i, e);
-                } else {
-                    keys[count++] = makeKey(rows.source(i), e);
-                }
-            });
-            sorter.sort(keys.get(), count);
-            for (std::size_t i = 0; i < count; ++i) {
-                put(majorOf(keys[i]), minorOf(keys[i]));
-            }
-            *columnEnd++ = written;
-        });
+        forEachHit(
+            [&](unsigned i, unsigned e) {
+                out.ir[written] = rows.source(i);
+                to.copy(written++, from, e);
+            },
+            [&] { *columnEnd++ = written; });
     });
+    if (rows.sources() != nullptr) { // the new rows do not ascend with those they come from
+        ColumnSorter().sort(out, 0, out.n);
+    }
     return result;
 }
 

@@ -2,6 +2,7 @@
 #include "core/errors.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
+#include "lookup/place_search.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
@@ -78,39 +79,39 @@ class Sieve
     std::optional<FewRows> few_;
 };
 
-/// A result that takes up columns one after the other. In the beginning it has the room that its rows need if they are
-/// like all others, and in the end its size.
+/// A result that takes up columns one after the other.
 class SelectedRows
 {
   public:
-    /// `entries`: all of the columns to come. Raises on exhausted memory, as the others do.
-    SelectedRows(const Columns& a, const RowSet& rows, unsigned columns, std::uint64_t entries)
+    /// To have `rowCount` rows, and the given capacity or else that of what it holds in the end; until then it has the
+    /// room that its rows need if they are like all others. Raises on exhausted memory, as the others do.
+    SelectedRows(const Columns& a, const RowChoice& rows, unsigned rowCount, const Subscript& columns,
+                 std::optional<unsigned> capacity = {})
         : a_(a),
           rows_(rows),
-          entries_(entries),
-          result_(createLike(a, rows.count(), columns, firstRoom())),
+          isExact_(!capacity),
+          entries_(capacity ? *capacity : entriesIn(a, columns)),
+          result_(createLike(a, rowCount, countOf(columns), capacity ? *capacity : firstRoom(rowCount))),
           out_(result_.get())
     {
     }
 
-    [[nodiscard]] const Columns& columns() const { return out_; }
-    [[nodiscard]] unsigned columnsTaken() const { return taken_; }
-    /// In the columns from `first` on.
-    [[nodiscard]] unsigned entriesSince(unsigned first) const { return written_ - out_.jc[first]; }
+    /// All of the columns to come, or of fewer.
+    [[nodiscard]] std::uint64_t entries() const { return entries_; }
 
-    /// What lies in the rows, with their ranks for new rows.
+    /// What lies in the rows.
     void select(unsigned first, unsigned count)
     {
         const unsigned begin = a_.jc[first];
         const unsigned size = a_.jc[first + count] - begin;
         if (size > out_.nzmax - written_) {
-            makeRoom(countSelected(a_, begin, begin + size, rows_.ranked()));
+            makeRoom(countSelected(a_, begin, begin + size, rows_));
         }
-        written_ = moveSelected(a_, first, count, rows_.ranked(), out_, written_, out_.jc + taken_ + 1);
+        written_ = moveSelected(a_, first, count, rows_, out_, written_, out_.jc + taken_ + 1);
         taken_ += count;
     }
 
-    /// The same where that is little: values are looked at only of what is found.
+    /// The same for the members of a set, where that is little: values are looked at only of what is found.
     void sift(const Sieve& sieve, unsigned first, unsigned count)
     {
         Found found;
@@ -132,17 +133,42 @@ class SelectedRows
         taken_ += count;
     }
 
+    /// The same for a run of rows, which are one block of each column.
+    void cutOut(const RowInterval& rows, unsigned first, unsigned count)
+    {
+        unsigned begin = 0;
+        searchPlaces(
+            a_, 2 * count,
+            [&](unsigned t) {
+                return Place{rows.first + valueIf(t % 2 == 1, rows.size), first + t / 2};
+            },
+            [&](unsigned t, Slot slot) {
+                if (t % 2 == 0) {
+                    begin = slot.position;
+                    return;
+                }
+                const unsigned size = slot.position - begin;
+                makeRoom(size);
+                copyValues(out_, written_, a_, begin, size);
+                std::transform(a_.ir + begin, a_.ir + slot.position, out_.ir + written_,
+                               [&rows](unsigned row) { return row - rows.first; });
+                out_.jc[++taken_] = written_ += size;
+            });
+    }
+
     ArrayOwner finish()
     {
-        setCapacity(result_.get(), written_);
+        if (isExact_) {
+            setCapacity(result_.get(), written_);
+        }
         return std::move(result_);
     }
 
   private:
-    unsigned firstRoom() const
+    unsigned firstRoom(unsigned rowCount) const
     {
         const std::uint64_t known = std::min<std::uint64_t>(entries_, UINT32_MAX);
-        const std::uint64_t expected = known * rows_.count() / a_.m;
+        const std::uint64_t expected = known * rowCount / a_.m;
         return static_cast<unsigned>(std::min(known, expected + expected / 4 + kBlock));
     }
 
@@ -158,57 +184,71 @@ class SelectedRows
 
     void take(const unsigned* entries, unsigned count)
     {
+        const auto& ranks = std::get<RankedRows>(rows_);
         withStorage(a_, [&](auto from) {
             const decltype(from) to(out_);
             for (unsigned i = 0; i < count; ++i) {
-                out_.ir[written_ + i] = rows_.ranked().newRow(a_.ir[entries[i]]);
+                out_.ir[written_ + i] = ranks.newRow(a_.ir[entries[i]]);
                 to.copy(written_ + i, from, entries[i]);
             }
         });
     }
 
     const Columns& a_;
-    const RowSet& rows_;
-    std::uint64_t entries_;
+    const RowChoice rows_;
+    const bool isExact_;
+    const std::uint64_t entries_;
     ArrayOwner result_;
     Columns out_;
     unsigned taken_ = 0;   // columns
     unsigned written_ = 0; // entries
 };
 
-/// What lies in the selected rows, which get their ranks for new rows, and from these those that an order gives them.
+/// What lies in the selected rows, with their ranks for new rows.
 ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& selected, const Subscript& columns,
-                      bool sifts, std::optional<RowOrder> order)
+                      bool sifts)
 {
     if (selected.hasAll()) {
-        return gatherColumns(a, columns, order ? &*order : nullptr);
+        return gatherColumns(a, columns);
     }
-    const std::uint64_t entries = entriesIn(a, columns);
-    SelectedRows result(a, selected, countOf(columns), entries);
+    SelectedRows result(a, selected.ranked(), selected.count(), columns);
     std::optional<Sieve> sieve;
     if (sifts) {
-        sieve.emplace(selected, rows, entries);
+        sieve.emplace(selected, rows, result.entries());
     }
-    unsigned ordered = 0;
-    constexpr unsigned kUnordered = 1U << 16; // entries: it is in order already what comes out
-    forEachColumnBlock(a, columns, order ? kBlock : kUnordered, [&](unsigned first, unsigned count) {
+    constexpr unsigned kTogether = 1U << 16; // entries
+    forEachColumnBlock(a, columns, kTogether, [&](unsigned first, unsigned count) {
         if (sieve) {
             result.sift(*sieve, first, count);
         } else {
             result.select(first, count);
         }
-        if (order && result.entriesSince(ordered) >= kBlock) {
-            order->apply(result.columns(), ordered, result.columnsTaken() - ordered);
-            ordered = result.columnsTaken();
-        }
     });
-    if (order) {
-        order->apply(result.columns(), ordered, result.columnsTaken() - ordered);
-    }
     return result.finish();
 }
 
 } // namespace
+
+ArrayOwner gatherByInterval(const Columns& a, const IndexRange& range, const Subscript& columns, Capacity capacity)
+{
+    constexpr std::uint64_t kLong = 64;      // entries: two searches and a copy take less than a pass over them
+    constexpr unsigned kTogether = 1U << 14; // entries: a column of more stands alone, whatever is around it
+    const RowInterval rows{range.first, range.count()};
+    if (rows.size == 0) {
+        return createLike(a, 0, countOf(columns), 0);
+    }
+    SelectedRows result(a, rows, rows.size, columns,
+                        capacity == Capacity::kExact ? std::optional<unsigned>()
+                                                     : searchCapacity(a, columns, rows.size, 0));
+    forEachColumnBlock(a, columns, kTogether, [&](unsigned first, unsigned count) {
+        if (a.jc[first + count] - a.jc[first] > count * kLong) {
+            result.cutOut(rows, first, count);
+        } else {
+            result.select(first, count);
+        }
+    });
+    return result.finish();
+}
 
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns, bool sifts)
 {
@@ -225,12 +265,14 @@ ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscrip
             const ArrayOwner some = gatherColumns(a, columns);
             return gatherByTable(Columns(some.get()), rows, IndexRange::all(countOf(columns)), sifts);
         }
-        const ArrayOwner once = selectRows(a, rows, selected, columns, sifts, {});
+        const ArrayOwner once = selectRows(a, rows, selected, columns, sifts);
         return repeatRows(Columns(once.get()), *list, selected);
     }
-    const bool ascend = orderOf(rows) == Order::kAscending; // new rows are ranks among the old ones
-    return selectRows(a, rows, selected, columns, sifts,
-                      ascend ? std::nullopt : std::optional<RowOrder>(std::in_place, *list, selected));
+    ArrayOwner result = selectRows(a, rows, selected, columns, sifts);
+    if (orderOf(rows) != Order::kAscending) { // others are their own ranks
+        RowOrder(*list, selected).apply(Columns(result.get()), 0, countOf(columns));
+    }
+    return result;
 }
 
 } // namespace zqsp

@@ -58,8 +58,6 @@ std::span<const unsigned> IndexWalk::fill(const SparseLogicalMask& mask)
     return {buffer_.data(), end - begin};
 }
 
-/// Each index is written as the end of a run, its own or that of the one before: no branch asks which, as in a list
-/// that was drawn at random nobody can foresee.
 std::span<const Run> RunWalk::next()
 {
     const auto* range = std::get_if<IndexRange>(&subscript_);
@@ -75,15 +73,30 @@ std::span<const Run> RunWalk::next()
         std::ranges::transform(indices, runs_.begin(), [](unsigned index) { return Run{index, 1}; });
         return {runs_.data(), indices.size()};
     }
-    unsigned first = 0;
-    unsigned next = indices.empty() ? 0 : indices[0] + 1; // what the run goes on with, unless it is the first
+    constexpr std::size_t kTogether = 32;
     std::size_t count = 0;
-    for (const unsigned index : indices) {
-        const bool goesOn = index == next;
-        count += goesOn ? 0U : 1U;
-        first = index - valueIf(goesOn, index - first);
-        next = index + 1;
-        runs_[count - 1] = {first, next - first};
+    for (std::size_t i = 0; i < indices.size();) {
+        const std::size_t end = i + std::min(kTogether, indices.size() - i);
+        // Mostly, none has a neighbour, which takes no chain of steps from one index to the next.
+        unsigned neighbours = 0;
+        for (std::size_t k = std::max<std::size_t>(i, 1); k < end; ++k) {
+            neighbours += indices[k] == indices[k - 1] + 1 ? 1U : 0U;
+        }
+        if (neighbours == 0) {
+            for (; i < end; ++i) {
+                runs_[count++] = {indices[i], 1};
+            }
+            continue;
+        }
+        // Each index is written as the end of a run, its own or that of the one before: no branch asks which.
+        unsigned first = count == 0 ? indices[i] : runs_[count - 1].first;
+        for (; i < end; ++i) {
+            const unsigned index = indices[i];
+            const bool goesOn = count != 0 && index == indices[i - 1] + 1;
+            count += goesOn ? 0U : 1U;
+            first = index - valueIf(goesOn, index - first);
+            runs_[count - 1] = {first, index + 1 - first};
+        }
     }
     return {runs_.data(), count};
 }
@@ -102,11 +115,11 @@ std::span<const Run> RunWalk::fill(const LogicalMask& mask)
             runs_[count - 1].length += static_cast<unsigned>(std::countr_one(bits)); // goes on from the last block
             bits &= bits + 1;
         }
-        while (bits != 0) {
-            const auto first = static_cast<unsigned>(std::countr_zero(bits));
-            const auto length = static_cast<unsigned>(std::countr_one(bits >> first));
-            runs_[count++] = {block + first, length};
-            bits &= bits + (std::uint64_t{1} << first); // the carry runs through the run and clears it
+        // Where runs begin and where they end is read off two words: neither waits for the other.
+        std::uint64_t firsts = bits & ~(bits << 1U);
+        for (std::uint64_t lasts = bits & ~(bits >> 1U); firsts != 0; firsts &= firsts - 1, lasts &= lasts - 1) {
+            const auto first = static_cast<unsigned>(std::countr_zero(firsts));
+            runs_[count++] = {block + first, static_cast<unsigned>(std::countr_zero(lasts)) + 1 - first};
         }
     }
     return {runs_.data(), count};

@@ -65,8 +65,8 @@ struct Run
     unsigned length;
 };
 
-/// Delivers the runs of a subscript, in its order, some at a time: a list or mask whose indices are neighbours comes as
-/// the blocks it really is.
+/// Delivers the runs of a subscript, in its order, some at a time (IndexWalk::kBlock at most): a list or mask whose
+/// indices are neighbours comes as the blocks it really is.
 class RunWalk
 {
   public:
