@@ -4,6 +4,7 @@
 #include "core/errors.hpp"
 #include "core/relay.hpp"
 #include "core/target.hpp"
+#include "core/values.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>
@@ -37,6 +38,26 @@ spStatus shapeMismatch(const kxArray* B)
     return hasFlag(B, kxFLAG_EMPTY_LITERAL) ? spEmptyAssignDisallowed : spAssignDimMismatch;
 }
 
+/// A copy of B whose rows come from the last to the first. (A colon reference would refuse columns beyond the runtime's
+/// maximum, and a list takes as long as B is high.)
+ArrayOwner upsideDown(const kxArray* B)
+{
+    ArrayOwner turned(kxCreateDeepCopy(B));
+    const Columns from(B);
+    const Columns to(turned.get());
+    withStorage(to, [&](auto values) {
+        const decltype(values) source(from);
+        for (unsigned j = 0; j < from.n; ++j) {
+            unsigned at = from.jc[j + std::size_t{1}];
+            for (unsigned e = from.jc[j]; at > from.jc[j]; ++e) {
+                to.ir[--at] = from.m - 1 - from.ir[e];
+                values.copy(at, source, e);
+            }
+        }
+    });
+    return turned;
+}
+
 /// B in the region's order: transposed where it is a vector that lies across the region, and with its rows and columns
 /// in the ascending order of the targets where the subscripts are not, repeats resolved.
 void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsigned namedColumns)
@@ -46,8 +67,7 @@ void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsig
     }
     B.become(kxMustBeSparse(B.get()));
     if (region.rows.isReversed()) {
-        B.become(
-            kxSparseColonReference(B.get(), static_cast<int>(namedRows), -1, 1, 1, 1, static_cast<int>(namedColumns)));
+        B.become(upsideDown(B.get()).release());
     }
     const unsigned* const rows = region.rows.sources();
     const unsigned* columns = region.columns.sources();

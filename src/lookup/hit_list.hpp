@@ -64,6 +64,9 @@ class HitList
     Block<unsigned> cut(Block<unsigned>& block) const
     {
         const unsigned size = std::max(count_, 1U); // no runtime is asked for a block of nothing
+        if (capacity_ - count_ <= kRoom) {
+            return std::move(block);
+        }
         if (size < capacity_ / 2) {
             auto small = Block<unsigned>::make(size);
             std::copy_n(block.get(), count_, small.get());

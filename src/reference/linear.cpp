@@ -59,12 +59,17 @@ ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitLi
     if (count == 0) {
         return createLike(a, shape.m, shape.n, capacity);
     }
-    Block<unsigned> ordinals = hits.takeOrdinals();
+    constexpr unsigned kFew = 256; // their ordinals are copied in less time than blocks change hands
     const Block<unsigned> sources = hits.takeSources();
-    ArrayOwner result = createShaped(a, shape, 1);
-    kxFree(result->ir);
-    kxSetIr(result.get(), ordinals.release());
-    setCapacity(result.get(), capacity);
+    ArrayOwner result = createShaped(a, shape, count <= kFew ? capacity : 1);
+    if (count <= kFew) {
+        std::copy_n(hits.ordinals(), count, result->ir);
+    } else {
+        Block<unsigned> ordinals = hits.takeOrdinals();
+        kxFree(result->ir);
+        kxSetIr(result.get(), ordinals.release());
+        setCapacity(result.get(), capacity);
+    }
     const Columns out(result.get());
     unsigned source = turned ? count - 1 : 0;
     withStorage(a, [&](auto from) {
