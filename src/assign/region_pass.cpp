@@ -11,34 +11,7 @@ namespace {
 
 constexpr unsigned kBlock = 1024; // entries, and columns, at a time: these stay in the nearest caches
 
-/// Entries that are put together aside before they come to their places.
-class Aside
-{
-  public:
-    /// Room for so many of a kind of array. Raises on exhausted memory.
-    Aside(const Columns& a, std::size_t capacity)
-        : view_(a),
-          ir_(Block<unsigned>::make(capacity)),
-          pr_(Block<std::byte>::make(capacity * a.elementSize)),
-          pi_(a.pi != nullptr ? Block<std::byte>::make(capacity * a.elementSize) : Block<std::byte>())
-    {
-        view_.nzmax = static_cast<unsigned>(std::min<std::size_t>(capacity, UINT32_MAX));
-        view_.ir = ir_.get();
-        view_.pr = pr_.get();
-        view_.pi = pi_.get();
-    }
-
-    /// As columns of that kind; the column starts mean nothing.
-    [[nodiscard]] const Columns& view() const { return view_; }
-
-  private:
-    Columns view_;
-    Block<unsigned> ir_;
-    Block<std::byte> pr_;
-    Block<std::byte> pi_;
-};
-
-/// What is set in, and where what stays is put together.
+/// What is set in, and an array in which what stays is put together before it comes to its place.
 struct Filling
 {
     const RightSide& b;
@@ -229,10 +202,12 @@ bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const R
                     .columns = region.n,
                     .imaginaryPart = b.isComplex(),
                     .freshBlocks = true});
-    const Aside aside(a, std::min<std::uint64_t>(filter.looks(), std::max(filter.longest(), kBlock)) + kKernelSlack);
+    const std::uint64_t atOnce = std::min<std::uint64_t>(filter.looks(), std::max(filter.longest(), kBlock));
+    const auto room = static_cast<unsigned>(std::min<std::uint64_t>(atOnce + kKernelSlack, a.nzmax));
+    const ArrayOwner aside(kxCreateSparseNumericMatrix(1, 1, room, a.classId, a.complexity()));
     const Numbers rows(region.rows.form());
     relay.commitAnew([&](const Columns& after) {
-        Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), aside.view()});
+        Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), Columns(aside.get())});
     });
     return true;
 }

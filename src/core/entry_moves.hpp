@@ -2,7 +2,7 @@
 #ifndef ZQSP_CORE_ENTRY_MOVES_HPP
 #define ZQSP_CORE_ENTRY_MOVES_HPP
 
-#include "core/columns.hpp"
+#include "core/values.hpp"
 #include "kernels/kernels.hpp"
 
 #include <algorithm>
@@ -31,20 +31,25 @@ inline void copyRound(std::byte* to, const std::byte* from)
     }
 }
 
+/// Copies `count` elements of `size` bytes in whole rounds.
+template <std::size_t size>
+inline void copyRounds(std::byte* to, const std::byte* from, std::size_t count)
+{
+    for (std::size_t i = 0; i < count * size; i += kRound * size) {
+        copyRound<size>(to + i, from + i);
+    }
+}
+
 /// Moves whole rounds to a place at least a round away: upwards from the front, downwards from the back, so that
 /// nothing is written over before it has moved.
 template <std::size_t size>
 inline void moveRounds(std::byte* block, std::size_t to, std::size_t from, std::size_t count)
 {
-    constexpr std::size_t kBytes = kRound * size;
-    const std::size_t bytes = wholeRounds(count) * size;
     if (to < from) {
-        std::byte* const at = block + to * size;
-        const std::byte* const source = block + from * size;
-        for (std::size_t i = 0; i < bytes; i += kBytes) {
-            copyRound<size>(at + i, source + i);
-        }
+        copyRounds<size>(block + to * size, block + from * size, count);
     } else {
+        constexpr std::size_t kBytes = kRound * size;
+        const std::size_t bytes = wholeRounds(count) * size;
         std::byte* const end = block + (to + count) * size;
         const std::byte* const sourceEnd = block + (from + count) * size;
         for (std::size_t i = kBytes; i <= bytes; i += kBytes) {
@@ -57,7 +62,9 @@ inline void moveRounds(std::byte* block, std::size_t to, std::size_t from, std::
 inline void moveRun(std::byte* block, std::size_t size, std::size_t to, std::size_t from, std::size_t count,
                     bool rounded)
 {
-    if (rounded && size == sizeof(double)) {
+    if (rounded && size == sizeof(unsigned)) {
+        moveRounds<sizeof(unsigned)>(block, to, from, count);
+    } else if (rounded && size == sizeof(double)) {
         moveRounds<sizeof(double)>(block, to, from, count);
     } else if (rounded && size == 1) {
         moveRounds<1>(block, to, from, count);
@@ -66,47 +73,17 @@ inline void moveRun(std::byte* block, std::size_t size, std::size_t to, std::siz
     }
 }
 
-/// Moves rows to a lower place, as moveRounds() or memmove() would, and lowers them by `lowered`.
-inline void moveRowsLowered(unsigned* rows, std::size_t to, std::size_t from, std::size_t count, unsigned lowered,
-                            bool rounded)
-{
-    if (!rounded) {
-        for (std::size_t i = 0; i < count; ++i) {
-            rows[to + i] = rows[from + i] - lowered;
-        }
-        return;
-    }
-    for (std::size_t i = 0; i < count; i += kRound) {
-        std::array<unsigned, kRound> round; // read as a whole before it is written: the compiler need not ask
-        std::copy_n(rows + from + i, kRound, round.begin());
-        for (unsigned& row : round) {
-            row -= lowered;
-        }
-        std::copy_n(round.begin(), kRound, rows + to + i);
-    }
-}
-
 /// Moves `count` entries of one array from position `from` to position `to`, where many such moves go on in one
-/// direction: the two places may overlap, and what lies between the far ends of the two is lost. Where entries move to
-/// a lower place or none, their rows can be lowered on the way.
-inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std::size_t count, unsigned lowered = 0)
+/// direction: the two places may overlap, and what lies between the far ends of the two is lost.
+inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std::size_t count)
 {
-    if (count == 0 || (to == from && lowered == 0)) {
+    if (count == 0 || to == from) {
         return;
     }
     const std::size_t distance = to < from ? from - to : to - from;
     const bool fits = to < from ? from + wholeRounds(count) <= a.nzmax : from + count >= wholeRounds(count);
     const bool rounded = count <= kLongMove && distance >= kRound && fits;
-    if (lowered != 0) {
-        moveRowsLowered(a.ir, to, from, count, lowered, rounded);
-        if (to == from) {
-            return;
-        }
-    } else if (rounded) {
-        moveRounds<sizeof(unsigned)>(reinterpret_cast<std::byte*>(a.ir), to, from, count);
-    } else {
-        std::memmove(a.ir + to, a.ir + from, count * sizeof *a.ir);
-    }
+    moveRun(reinterpret_cast<std::byte*>(a.ir), sizeof *a.ir, to, from, count, rounded);
     moveRun(a.pr, a.elementSize, to, from, count, rounded);
     if (a.pi != nullptr) {
         moveRun(a.pi, a.elementSize, to, from, count, rounded);
@@ -118,18 +95,7 @@ inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std:
 inline void copyValues(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
                        std::size_t count)
 {
-    if (count == 0) {
-        return; // arrays without capacity may lack the blocks
-    }
-    const std::size_t size = target.elementSize;
-    std::memcpy(target.pr + to * size, source.pr + from * size, count * size);
-    if (target.pi != nullptr) {
-        if (source.pi != nullptr) {
-            std::memcpy(target.pi + to * size, source.pi + from * size, count * size);
-        } else {
-            std::memset(target.pi + to * size, 0, count * size);
-        }
-    }
+    GenericValues(target).copyRun(to, GenericValues(source), from, count);
 }
 
 /// The same with their rows.
@@ -139,15 +105,6 @@ inline void copyEntries(const Columns& target, std::size_t to, const Columns& so
     if (count > 0) {
         std::memcpy(target.ir + to, source.ir + from, count * sizeof *target.ir);
         copyValues(target, to, source, from, count);
-    }
-}
-
-/// Copies `count` elements of `size` bytes in whole rounds.
-template <std::size_t size>
-inline void copyRounds(std::byte* to, const std::byte* from, std::size_t count)
-{
-    for (std::size_t i = 0; i < count * size; i += kRound * size) {
-        copyRound<size>(to + i, from + i);
     }
 }
 

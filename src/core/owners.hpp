@@ -5,38 +5,27 @@
 #include "core/runtime.hpp"
 
 #include <cstddef>
+#include <memory>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace zqsp {
 
+struct FreeBlock
+{
+    void operator()(void* block) const noexcept { kxFree(block); }
+};
+
 /// Owns a block of `T` from the runtime's allocator.
 template <typename T>
-class Block
+class Block : public std::unique_ptr<T[], FreeBlock>
 {
     static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>);
 
   public:
     Block() = default;
-    explicit Block(void* adopted) noexcept : data_(static_cast<T*>(adopted)) {}
-    Block(Block&& other) noexcept : data_(other.release()) {}
-    Block& operator=(Block&& other) noexcept
-    {
-        if (this != &other) {
-            kxFree(data_);
-            data_ = other.release();
-        }
-        return *this;
-    }
-    Block(const Block&) = delete;
-    Block& operator=(const Block&) = delete;
-    ~Block()
-    {
-        if (data_ != nullptr) {
-            kxFree(data_);
-        }
-    }
+    explicit Block(void* adopted) noexcept : std::unique_ptr<T[], FreeBlock>(static_cast<T*>(adopted)) {}
 
     /// `count` uninitialised elements of a temporary; raises on exhausted memory. (Blocks that an array is to hold have
     /// their 32-bit sizes checked by whoever makes them.)
@@ -50,18 +39,11 @@ class Block
     /// was.
     void resize(std::size_t count)
     {
-        data_ = static_cast<T*>(data_ == nullptr ? kxMalloc(count * sizeof(T))
-                                                 : kxReallocExCheck(data_, count * sizeof(T)));
+        Block resized(this->get() == nullptr ? kxMalloc(count * sizeof(T))
+                                             : kxReallocExCheck(this->get(), count * sizeof(T)));
+        static_cast<void>(this->release());
+        *this = std::move(resized);
     }
-
-    [[nodiscard]] T* get() const noexcept { return data_; }
-    T& operator[](std::size_t i) const noexcept { return data_[i]; }
-    explicit operator bool() const noexcept { return data_ != nullptr; }
-    /// Hands the block over to an array or a caller.
-    [[nodiscard]] T* release() noexcept { return std::exchange(data_, nullptr); }
-
-  private:
-    T* data_ = nullptr;
 };
 
 /// For containers of the standard library whose memory is the runtime's; raises on exhausted memory.
@@ -79,39 +61,19 @@ struct RuntimeAllocator
 template <typename T>
 using List = std::vector<T, RuntimeAllocator<T>>;
 
+struct DestroyArray
+{
+    void operator()(kxArray* array) const noexcept { kxDestroyArray(array); }
+};
+
 /// Owns an array until it is handed out.
-class ArrayOwner
+class ArrayOwner : public std::unique_ptr<kxArray, DestroyArray>
 {
   public:
-    ArrayOwner() = default;
-    explicit ArrayOwner(kxArray* adopted) noexcept : array_(adopted) {}
-    ArrayOwner(ArrayOwner&& other) noexcept : array_(other.release()) {}
-    ArrayOwner& operator=(ArrayOwner&& other) noexcept
-    {
-        if (this != &other) {
-            kxDestroyArray(array_);
-            array_ = other.release();
-        }
-        return *this;
-    }
-    ArrayOwner(const ArrayOwner&) = delete;
-    ArrayOwner& operator=(const ArrayOwner&) = delete;
-    ~ArrayOwner()
-    {
-        if (array_ != nullptr) {
-            kxDestroyArray(array_);
-        }
-    }
-
-    [[nodiscard]] kxArray* get() const noexcept { return array_; }
-    kxArray* operator->() const noexcept { return array_; }
-    [[nodiscard]] kxArray* release() noexcept { return std::exchange(array_, nullptr); }
+    using unique_ptr::unique_ptr;
 
     /// Replaces the whole content of `target`; nothing is raised.
     void moveOnto(kxArray* target) noexcept { kxMoveArrayOntoHeader(target, release()); }
-
-  private:
-    kxArray* array_ = nullptr;
 };
 
 /// The current form of an operand: the caller's own array, or a conversion of it that is owned here.

@@ -46,25 +46,24 @@ Digits digitsFor(std::size_t count, unsigned bits)
 
 /// Stable distributions by one digit after another, of so many bits each. All digits are counted in one pass; one that
 /// is the same in all keys is passed over.
-template <unsigned digits>
-void radixSort(Key* keys, Key* other, std::size_t count, unsigned digitBits)
+void radixSort(Key* keys, Key* other, std::size_t count, Digits digits)
 {
-    const std::size_t buckets = std::size_t{1} << digitBits;
-    const auto digit = [digitBits, buckets](Key key, unsigned d) {
-        return key >> (32 + d * digitBits) & (buckets - 1);
+    const std::size_t buckets = std::size_t{1} << digits.bits;
+    const auto digit = [bits = digits.bits, buckets](Key key, unsigned d) {
+        return key >> (32 + d * bits) & (buckets - 1);
     };
-    std::array<std::array<std::uint32_t, std::size_t{1} << kWidestDigit>, digits> next;
-    for (auto& counters : next) {
-        std::fill_n(counters.begin(), buckets, 0);
+    std::array<std::array<std::uint32_t, std::size_t{1} << kWidestDigit>, kMostDigits> next;
+    for (unsigned d = 0; d < digits.count; ++d) {
+        std::fill_n(next[d].begin(), buckets, 0);
     }
     for (std::size_t i = 0; i < count; ++i) {
-        for (unsigned d = 0; d < digits; ++d) {
+        for (unsigned d = 0; d < digits.count; ++d) {
             ++next[d][digit(keys[i], d)];
         }
     }
     Key* from = keys;
     Key* to = other;
-    for (unsigned d = 0; d < digits; ++d) {
+    for (unsigned d = 0; d < digits.count; ++d) {
         if (next[d][digit(from[0], d)] == count) {
             continue;
         }
@@ -97,17 +96,7 @@ void KeySorter::sortLong(Key* keys, std::size_t count) const
         std::sort(keys, keys + count);
         return;
     }
-    const Digits digits = digitsFor(count, bits_);
-    switch (digits.count) {
-    case 1:
-        return radixSort<1>(keys, other_.get(), count, digits.bits);
-    case 2:
-        return radixSort<2>(keys, other_.get(), count, digits.bits);
-    case 3:
-        return radixSort<3>(keys, other_.get(), count, digits.bits);
-    default:
-        return radixSort<kMostDigits>(keys, other_.get(), count, digits.bits);
-    }
+    radixSort(keys, other_.get(), count, digitsFor(count, bits_));
 }
 
 } // namespace zqsp

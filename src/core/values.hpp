@@ -138,28 +138,18 @@ struct GenericValues
     }
 
     /// The element may be its own source.
-    void copy(std::size_t to, const GenericValues& from, std::size_t source) const
-    {
-        std::memmove(pr + to * size, from.pr + source * size, size);
-        if (pi != nullptr && from.pi != nullptr) {
-            std::memmove(pi + to * size, from.pi + source * size, size);
-        } else if (pi != nullptr) {
-            std::memset(pi + to * size, 0, size);
-        }
-    }
+    void copy(std::size_t to, const GenericValues& from, std::size_t source) const { copyRun(to, from, source, 1); }
     void copyRun(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count,
                  std::size_t /*room*/ = 0) const
     {
         if (count == 0) {
             return; // arrays without capacity may lack the blocks
         }
-        std::memcpy(pr + to * size, from.pr + source * size, count * size);
-        if (pi != nullptr) {
-            if (from.pi != nullptr) {
-                std::memcpy(pi + to * size, from.pi + source * size, count * size);
-            } else {
-                std::memset(pi + to * size, 0, count * size);
-            }
+        std::memmove(pr + to * size, from.pr + source * size, count * size);
+        if (pi != nullptr && from.pi != nullptr) {
+            std::memmove(pi + to * size, from.pi + source * size, count * size);
+        } else if (pi != nullptr) {
+            std::memset(pi + to * size, 0, count * size);
         }
     }
     [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const

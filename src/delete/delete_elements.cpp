@@ -29,7 +29,10 @@ unsigned deleteByPositions(const Columns& a, unsigned nnz, const Subscript& dele
     unsigned kept = 0;    // entries that stay, of those looked at
     unsigned removed = 0; // positions deleted so far
     const auto keep = [&](unsigned end) {
-        moveEntries(a, kept, next, end - next, removed);
+        for (unsigned e = next; e < end; ++e) {
+            a.ir[e] -= removed;
+        }
+        moveEntries(a, kept, next, end - next);
         kept += end - next;
     };
     forEachRun(deleted, [&](unsigned first, unsigned length) {
