@@ -59,7 +59,8 @@ ZQSP_EXPORT spStatus spRef2(const kxArray* A, kxArray** result);
 
 /* A(K): nzmax is the exact count. Statuses 2, 4, 9, 10. A bare colon is spRef2, with its error. Throws pmaxsize for a
  * range that reaches past the last element of an A with more elements than can be counted, unless it has one value.
- * Cost: k log(entries of a column); ascending K: k + nnz at most. Memory: less than the result. */
+ * Cost: k log(entries of a column); ascending K: k + nnz at most. Memory: less than the result; for k positions in no
+ * order, as many as the entries that they may meet, at most 4 bytes for each of these, 4 MB in all. */
 ZQSP_EXPORT spStatus spRef3(const kxArray* A, const kxArray* K, kxArray** result);
 
 /* A(:,J): m-by-k, nzmax is the exact count. Statuses 2, 4, 9, 10. Cost: k + out. Memory: none. */
