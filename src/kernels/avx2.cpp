@@ -5,7 +5,6 @@
 // fast as the portable loop: steps 2 to 3.4, counting by a set 1.4, by an interval 2, moving by ranks 2.3, ranking
 // columns of ten rows 1.2, of sixteen 1.8, of a hundred 2.2. Without gain: numbers to indices (1.0 to 1.2), moving by
 // other choices, sifting without a filter, intersecting (0.8 to 1), column starts; closing up gained 1.1 to 1.3.
-#include "kernels/plain_loops.hpp"
 #include "kernels/portable.hpp"
 #include "kernels/tables.hpp"
 
@@ -258,6 +257,14 @@ struct Lanes
 
     ZQSP_AVX2 static __m256i numbersFrom(unsigned first) { return _mm256_add_epi32(laneNumbers(), inAll(first)); }
 
+    /// Lanes behind `count` have all bits.
+    ZQSP_AVX2 static __m256i loadRows(const unsigned* rows, unsigned count)
+    {
+        const __m256i others = _mm256_andnot_si256(lanesOf(count), _mm256_set1_epi32(-1));
+        return _mm256_or_si256(load(rows, count), others);
+    }
+    ZQSP_AVX2 static unsigned below(__m256i rows, unsigned row) { return bitsOf(areBelow(rows, inAll(row))); }
+
     ZQSP_AVX2 static void storeRows(Choice choice, unsigned* to, std::size_t room)
     {
         const __m256i rows = _mm256_permutevar8x32_epi32(choice.newRows, widened(kLanesIn[choice.selected]));
@@ -317,18 +324,10 @@ struct Lanes
 
 ZQSP_AVX2 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
 {
-    return stepsLoop(indices, count, expected);
+    return portable::stepsLoop(indices, count, expected);
 }
 
-ZQSP_AVX2 void rankRows(const unsigned* rows, unsigned count, unsigned* ranks)
-{
-    constexpr unsigned kFewRows = 4; // the rows, just written, reach narrower registers sooner: measured, half the time
-    if (count <= kFewRows) {
-        portable::rankRows(rows, count, ranks);
-        return;
-    }
-    rankLoop(rows, count, ranks);
-}
+} // namespace
 
 Kernels makeTable()
 {
@@ -337,15 +336,12 @@ Kernels makeTable()
     most.name = "avx2";
     most.stepsTo = stepsTo;
     setEntriesBy<Lanes>(most);
-    most.rankRows = rankRows;
     most.costs.mostRanked = 96;
     most.costs.mostFewRows = 32;
     most.costs.rowsPerSifted = 64;
     most.costs.entriesPerDeleted = 128;
     return most;
 }
-
-} // namespace
 
 const Kernels table = makeTable();
 
