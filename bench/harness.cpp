@@ -61,11 +61,13 @@ double median(const std::vector<double>& values)
     return quantile(values, 0.5);
 }
 
-/// The median of some runs in a row, so that short ones find their data where the runs before have left them.
+/// The median of some runs in a row, behind one that is not timed: each finds its data where its own runs have left
+/// them, whichever side or table ran before the turn.
 double turn(Contender& contender)
 {
     constexpr std::size_t kMostRuns = 5;
     constexpr double kLongTurn = 0.01;
+    timeOnce(contender);
     std::vector<double> times;
     const double start = secondsOn(CLOCK_MONOTONIC);
     do {
@@ -105,7 +107,6 @@ class Measurement
         }
         for (const Side& yardstick : comparison_.yardsticks) {
             const ContenderOwner side = yardstick.make();
-            timeOnce(*side);
             counters[yardstick.name] = median({turn(*side), turn(*side), turn(*side)}) * 1e3;
         }
         const ContenderOwner best = findBest(counters);
@@ -157,7 +158,8 @@ class Measurement
             if (peerFirst && peer != nullptr) {
                 peer_.push_back(turn(*peer));
             }
-            for (std::size_t t = 0; t < tables_.size(); ++t) {
+            for (std::size_t k = 0; k < tables_.size(); ++k) {
+                const std::size_t t = (round + k) % tables_.size(); // each of them follows the peer at times
                 useKernels(*tables_[t]);
                 ours_[t].push_back(turn(ours));
             }

@@ -109,7 +109,7 @@ void addSelections(std::vector<Loop>& loops)
     add("moveSelected/ranked/bytes", RankedRows{set.data()}, 1);
     add("moveSelected/unmoved", UnmovedRows{set.data()}, 8);
     add("moveSelected/interval", RowInterval{m / 4, m / 2}, 8);
-    add("moveSelected/gap", RowGap{m / 4, m / 2}, 8);
+    add("moveSelected/gap", OtherRows{m / 4, m / 2}, 8);
     const Words rows = draws(kEntries, m);
     for (const auto& [name, choice] : {std::pair<std::string, RowChoice>{"ranked", RankedRows{set.data()}},
                                        {"interval", RowInterval{m / 4, m / 2}}}) {

@@ -163,7 +163,8 @@ of them, and left out of the figures above.
 
 All sides compute the same matrix (compared by a weighted sum over the entries). Results are dropped outside of the
 timed region on every side; what a peer puts off is finished within it. An operation in place works on a fresh copy whose
-making is not timed. A turn is the median of up to five runs in a row; a run counts the lesser of wall and processor time.
+making is not timed. A turn is one untimed run and the median of up to five that follow; a run counts the lesser of wall
+and processor time.
 Linear subscripts are drawn from the first 2^31 - 1 cells; in `grid` these hold 10,700 entries only. Peers are given rows
 and columns instead of positions, but have to search a mask; what a peer has no means for, it is not asked. SciPy's single
 calls are scaled from 20 to 1,000.

@@ -39,7 +39,8 @@ KX_EXPORT std::size_t live_blocks();
 KX_EXPORT void fail_allocation_after(long n);
 /// Allocations and reallocations asked for so far.
 KX_EXPORT long allocations();
-/// The bytes asked for by those that were not refused at the door (by fail_allocation_after or set_largest_block).
+/// The bytes asked for by those that were not refused at the door (by fail_allocation_after or set_largest_block); for
+/// a block that is to have another size, the difference.
 KX_EXPORT std::size_t bytes_requested();
 /// How often the system was asked for a fresh mapping; all other large blocks came out of those kept.
 KX_EXPORT long fresh_mappings();

@@ -197,6 +197,7 @@ void* tryReallocate(void* block, std::size_t size) noexcept
     if (block == nullptr) {
         return newBlock(own, size, false);
     }
+    ThreadMemory::add(own, Count::bytesRequested, -static_cast<std::int64_t>(blockSize(block)));
     if (!isHeldByOthers(block) && kindFor(blockSize(block)) == kindFor(size)) {
         return resizeInKind(block, size);
     }

@@ -1,9 +1,6 @@
 // A(K) = B, with A(:) = B and A(K) = [].
-#include "assign/linear_batch.hpp"
-#include "assign/region.hpp"
+#include "assign/linear_plan.hpp"
 #include "core/errors.hpp"
-#include "core/operand_check.hpp"
-#include "core/relay.hpp"
 #include "core/target.hpp"
 #include "subscript/colon_range.hpp"
 #include "subscript/convert.hpp"
@@ -13,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace zqsp {
 
@@ -41,14 +39,6 @@ Refusal refusalOf(const Mask& mask)
     return {mask.count(), highest, highest};
 }
 
-std::optional<Refusal> fromNumbers(const kxArray* numbers, const ValueRules& rules, Subscript& positions)
-{
-    if (const auto refused = convertNumbers(numbers, rules, positions)) {
-        return Refusal{static_cast<unsigned>(elementsOf(numbers)), highestNumber(numbers), *refused};
-    }
-    return std::nullopt;
-}
-
 std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Subscript& positions)
 {
     requireRealPositive(K);
@@ -58,20 +48,19 @@ std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Su
         requireRealPositive(numbers.get()); // a stored zero is gone by now
     }
     const Operand readable = readableNumbers(numbers.get());
-    return fromNumbers(readable.get(), rules, positions);
+    if (const auto refused = convertNumbers(readable.get(), rules, positions)) {
+        return Refusal{static_cast<unsigned>(elementsOf(readable.get())), highestNumber(readable.get()), *refused};
+    }
+    return std::nullopt;
 }
 
 std::optional<Refusal> fromRange(const kxArray* K, const ValueRules& rules, Subscript& positions)
 {
     const ColonRange range(K);
-    if (const auto refused = range.firstRefused(rules)) {
+    if (const auto refused = range.convert(rules, positions)) {
         return Refusal{range.count(), range.highest(), *refused};
     }
-    if (const auto indices = range.indices()) {
-        positions = *indices;
-        return std::nullopt;
-    }
-    return fromNumbers(range.written().get(), rules, positions);
+    return std::nullopt;
 }
 
 std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, Subscript& positions)
@@ -123,36 +112,31 @@ ArrayOwner reshapedCopy(const kxArray* B, kxClassID id, unsigned m, unsigned n)
     return copy;
 }
 
-/// Every element of a sparse A becomes one non-zero value.
-spStatus fillWholly(kxArray* A, const kxArray* B)
-{
-    const unsigned m = rowsOf(A);
-    const unsigned n = kxGetN(A);
-    unsigned elements = 0;
-    if (!kxCheckMN_nothrow(m, n, 1, &elements)) {
-        return spIndexExceedsMaxSize;
-    }
-    if (elements == 0) {
-        Relay(A, {.capacity = 1, .columns = n}).commitGrowth();
-        return spOK;
-    }
-    const Ordered rows(IndexRange::all(m), Repeats::kNone);
-    const Ordered columns(IndexRange::all(n), Repeats::kNone);
-    fillRegion(A, {rows, columns, m, n}, RightSide::scalar(B), {.capacity = elements});
-    return spOK;
-}
-
 /// A(:) = scalar of A's class.
 spStatus fillWithScalar(Target& target, const kxArray* scalar)
 {
     if (isUnset(target.get())) {
         return spOK;
     }
-    if (!isZeroScalar(scalar)) {
-        return fillWholly(target.own(), scalar);
+    const unsigned m = rowsOf(target.get());
+    const unsigned n = kxGetN(target.get());
+    if (isZeroScalar(scalar)) {
+        std::fill_n(target.own()->jc, std::size_t{n} + 1, 0U);
+        return spOK;
     }
-    kxArray* const A = target.own();
-    std::fill_n(A->jc, std::size_t{kxGetN(A)} + 1, 0U);
+    unsigned elements = 0;
+    if (!kxCheckMN_nothrow(m, n, 1, &elements)) {
+        return spIndexExceedsMaxSize;
+    }
+    ArrayOwner full(kxCreateSparseNumericMatrix(m, n, std::max(elements, 1U), classOf(scalar), complexityOf(scalar)));
+    const Columns a(full.get());
+    const Columns b(scalar);
+    withStorage(a, a, b, [elements](auto to, auto, auto from) { to.fill(0, from, 0, elements); });
+    for (unsigned j = 0, e = 0; j < n; ++j) {
+        std::iota(a.ir + e, a.ir + e + m, 0U);
+        a.jc[j + std::size_t{1}] = e += m;
+    }
+    target.become(std::move(full), target.get()->scope);
     return spOK;
 }
 

@@ -1,10 +1,9 @@
-#include "assign/linear_batch.hpp"
-
+// A(K) = B for many positions, by their plan; or where only values change, or entries go.
 #include "assign/linear_plan.hpp"
-#include "assign/write_region.hpp"
+#include "assign/store_element.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <algorithm>
 
@@ -13,18 +12,17 @@ namespace zqsp {
 namespace {
 
 /// `grown`: the target, then.
-template <typename Plan>
-void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const Plan& plan)
+void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const LinearPlan& plan)
 {
     Relay relay(
         A, {.capacity = plan.capacity(), .columns = std::max(grown.n(), kxGetN(A)), .imaginaryPart = b.isComplex()});
     const Columns after = relay.after();
-    const unsigned step = b.source(1);
+    const std::size_t step = b.isMatrix() ? 1 : 0; // from value to value
     withStorage(after, after, b.b, [&](auto to, auto, auto from) {
         relay.commit(plan.patches(), [&](const Patch& patch, unsigned at) {
             for (unsigned k = 0; k < patch.length; ++k) {
                 after.ir[at + k] = patch.row + k;
-                to.copy(at + k, from, patch.source + std::size_t{k} * step);
+                to.copy(at + k, from, patch.source + k * step);
             }
         });
     });
@@ -38,27 +36,11 @@ void assignOne(kxArray* A, const LinearLayout& grown, const RightSide& b, unsign
     storeElement(A, place.row, place.column, grown.m(), grown.n(), b, growCapacity);
 }
 
-/// Values for any positions, whose numbers are known.
-void assignListed(kxArray* A, const LinearLayout& initial, const LinearLayout& grown, const RightSide& b,
-                  const Numbers& numbers, const Subscript& positions)
-{
-    const Columns a(A);
-    const bool isInside = grown.m() == a.m && grown.n() == a.n;
-    const bool isPlain = isInside && !b.anyZero(countOf(positions));
-    const Ordered ordered(borrowed(positions), isPlain ? Repeats::kLast : Repeats::kAll);
-    const bool isMask = !std::holds_alternative<IndexList>(ordered.form()) &&
-                        !std::holds_alternative<IndexRange>(ordered.form()); // is written out by now
-    const Numbers ascending = isMask ? Numbers() : Numbers(ordered.form());
-    carryOut(
-        A, grown, b,
-        PositionPlan(a, initial, b, numbers, isMask ? NumberView(numbers) : NumberView(ascending), ordered, isPlain));
-}
-
 /// Where every position is stored and no value is zero, the entries are overwritten in the order of the assignments:
 /// nothing is sorted, and the last of repeated positions wins by being last. `numbers`: those of `positions`. False,
-/// with nothing changed, elsewhere.
-bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const RightSide& b, NumberView numbers,
-                      const Subscript& positions)
+/// with nothing changed, elsewhere. (Not inlined: its searches need all registers.)
+[[gnu::noinline]] bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const RightSide& b, NumberView numbers,
+                                        const Subscript& positions)
 {
     constexpr unsigned kBlock = 256; // a miss ends the search
     const Columns a(A);
@@ -94,20 +76,15 @@ bool overwriteInOrder(kxArray* A, const LinearLayout& layout, const RightSide& b
 /// A(K) = 0: what is stored at the positions, all inside of A, goes, nothing comes; A becomes as large as `grown`. No
 /// position is sorted, only the entries that are found; and where positions outnumber the entries, it is these that are
 /// looked for.
-void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& positions)
+void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& named)
 {
     const Columns a(A);
-    HitList hits(countOf(positions));
+    Subscript positions = borrowed(named);
+    turnIfDescending(positions);
+    HitList hits(std::min(countOf(positions), a.nnz()));
     findHits(a, positions, hits);
-    auto entries = Block<unsigned>::make(hits.count());
-    unsigned count = 0;
-    hits.forEachPart([&](const Hits& some) {
-        std::copy_n(some.sources, some.count, entries.get() + count);
-        count += some.count;
-    });
-    const bool areSorted = orderOf(positions) != Order::kUnsorted; // they come from the lowest position on
-    const Ordered removed(IndexList(std::move(entries), count, areSorted ? Order::kAscending : Order::kUnsorted),
-                          Repeats::kNone);
+    const unsigned count = hits.count();
+    const Ordered removed(IndexList(hits.takeSources(), count, orderOf(positions)), Repeats::kLast);
     const auto patches = Block<Patch>::make(count);
     std::size_t size = 0;
     unsigned column = 0;
@@ -118,7 +95,7 @@ void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& positi
         }
     });
     Relay relay(A, {.capacity = a.nzmax, .columns = std::max(grown.n(), a.n)});
-    relay.commit(std::span<const Patch>(patches.get(), size), [](const Patch&, unsigned) {});
+    relay.commit({patches.get(), size}, [](const Patch&, unsigned) {});
     kxSetM(A, grown.m());
     kxSetN(A, grown.n());
 }
@@ -136,7 +113,7 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const RightSide& b, con
     const unsigned first = firstOf(positions);
     const LinearLayout initial(m, n, first);
     LinearLayout grown = initial;
-    grown.cover(highestOf(positions));
+    grown.cover(grown.placeOf(highestOf(positions)));
     if (count == 1) {
         assignOne(A, grown, b, first);
     } else if (isRun && isEven) {
@@ -148,7 +125,8 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const RightSide& b, con
     } else {
         const Numbers numbers(positions);
         if (range != nullptr || !overwriteInOrder(A, initial, b, numbers, positions)) {
-            assignListed(A, initial, grown, b, numbers, positions);
+            const bool isInside = grown.m() == a.m && grown.n() == a.n;
+            carryOut(A, grown, b, LinearPlan::forPositions(a, initial, b, positions, numbers, isInside));
         }
     }
 }
@@ -157,7 +135,7 @@ void assignSparse(kxArray* A, unsigned m, unsigned n, const RightSide& b, const 
 {
     const LinearLayout initial(m, n, range.first);
     LinearLayout grown = initial;
-    grown.cover(range.highest());
+    grown.cover(grown.placeOf(range.highest()));
     const Columns a(A);
     carryOut(A, grown, b, LinearPlan::forSparseValues(a, initial, b, range));
 }

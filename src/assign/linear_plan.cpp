@@ -1,46 +1,43 @@
 #include "assign/linear_plan.hpp"
 
-#include "core/counts.hpp"
+#include "assign/store_element.hpp"
 #include "core/search.hpp"
 #include "lookup/find_hits.hpp"
 
 #include <algorithm>
-#include <limits>
 
 namespace zqsp {
 
 namespace {
 
-/// slotOf(i, slot) for ascending positions. Where they outnumber the entries, each is reached by a step or none from
-/// the one before; elsewhere their places are searched together, as a walk would have to wait for the one before.
+/// slotOf(i, place, slot) for ascending positions. What lies in columns that A does not have yet comes behind all
+/// entries.
 template <typename F>
-[[gnu::always_inline]] inline void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions,
-                                             unsigned count, F&& slotOf)
+void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions, unsigned count, F&& slotOf)
 {
     const auto placeOf = [&](std::size_t i) { return layout.placeOf(positions[i]); };
     const struct
     {
         const LinearLayout& layout;
-        const NumberView& positions;
-        unsigned operator[](std::size_t i) const { return layout.placeOf(positions[i]).column; }
+        NumberView positions;
+        unsigned operator[](unsigned i) const { return layout.placeOf(positions[i]).column; }
     } columns{layout, positions};
     const unsigned inside = lowerBound(columns, 0, count, a.n);
-    if (inside > a.nnz()) {
-        unsigned entry = 0;
-        for (unsigned i = 0; i < inside; ++i) {
+    if (inside <= a.nnz()) {
+        searchPlaces(a, inside, placeOf, [&](unsigned i, Slot slot) { slotOf(i, placeOf(i), slot); });
+    } else { // a step or none leads from one to the next (cells/set-linear.mask5 7.4, 11)
+        for (unsigned i = 0, entry = 0; i < inside; ++i) {
             const Place place = placeOf(i);
             entry = std::max(entry, a.jc[place.column]);
             const unsigned end = a.jc[place.column + std::size_t{1}];
             while (entry < end && a.ir[entry] < place.row) {
                 ++entry;
             }
-            slotOf(i, Slot{entry, entry < end && a.ir[entry] == place.row});
+            slotOf(i, place, Slot{entry, entry < end && a.ir[entry] == place.row});
         }
-    } else {
-        searchPlaces(a, inside, placeOf, slotOf);
     }
     for (unsigned i = inside; i < count; ++i) {
-        slotOf(i, Slot{a.nnz(), false});
+        slotOf(i, placeOf(i), Slot{a.nnz(), false});
     }
 }
 
@@ -51,13 +48,13 @@ class CapacityReplay
     explicit CapacityReplay(const Columns& a) : stored_(a.nnz()), capacity_(a.nzmax) {}
 
     /// So many insertions into a target of these dimensions.
-    void insert(unsigned count, const LinearLayout& layout)
+    void insert(std::uint64_t count, const LinearLayout& layout)
     {
         while (count > 0) {
             if (stored_ == capacity_) {
                 capacity_ = growCapacity(capacity_, layout.m(), layout.n());
             }
-            const unsigned fitting = std::min(count, capacity_ - stored_);
+            const auto fitting = static_cast<unsigned>(std::min<std::uint64_t>(count, capacity_ - stored_));
             stored_ += fitting;
             count -= fitting;
         }
@@ -75,7 +72,7 @@ unsigned replaySteps(const Columns& a, LinearLayout layout, NumberView positions
 {
     CapacityReplay replay(a);
     for (std::size_t t = 0; t < steps.size(); ++t) {
-        layout.cover(positions[t]);
+        layout.cover(layout.placeOf(positions[t]));
         if (steps[t] > 0) {
             replay.insert(1, layout);
         } else if (steps[t] < 0) {
@@ -87,30 +84,12 @@ unsigned replaySteps(const Columns& a, LinearLayout layout, NumberView positions
 
 } // namespace
 
-unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n)
-{
-    constexpr unsigned kMost = std::numeric_limits<std::int32_t>::max();
-    unsigned elements = 0;
-    const bool countable = kxCheckMN_nothrow(m, n, 1, &elements);
-    const unsigned cap = countable ? elements : std::numeric_limits<std::uint32_t>::max();
-    if (nzmax < kMost - kCapacityStep) {
-        return std::min(nzmax + kCapacityStep, cap);
-    }
-    if (nzmax < kMost) {
-        return std::min(nzmax + 1, cap);
-    }
-    if (!countable) {
-        raiseOutOfMemory();
-    }
-    return cap;
-}
-
 void LinearPlan::add(const Patch& patch)
 {
     const unsigned dropped = patch.end - patch.begin;
     insertions_ += patch.length - std::min(patch.length, dropped);
     if (patch.length > 0 || dropped > 0) {
-        patches_.add(patch);
+        patches_.push_back(patch);
     }
 }
 
@@ -121,23 +100,23 @@ void LinearPlan::replay(const IndexRange& range)
         return;
     }
     LinearLayout layout = layout_;
-    layout.cover(range.first); // from the last to the first, this makes the target as large as it becomes
-    const unsigned m = layout.m();
-    const unsigned n = layout.n();
+    layout.cover(layout.placeOf(range.first)); // from the last to the first, this makes it as large as it becomes
     CapacityReplay replay(a_);
-    const std::span<const Patch> patches = patches_.elements();
-    for (std::size_t i = 0; i < patches.size(); ++i) {
-        const Patch& patch = patches[range.stride < 0 ? patches.size() - 1 - i : i];
+    for (std::size_t i = 0; i < patches_.size(); ++i) {
+        const Patch& patch = patches_[range.stride < 0 ? patches_.size() - 1 - i : i];
         const unsigned dropped = patch.end - patch.begin;
         if (patch.length < dropped) {
             replay.remove(dropped - patch.length);
             continue;
         }
-        const unsigned reach = patch.row + patch.length; // what lies beyond the target is not stored
-        const unsigned beyond = patch.column >= n ? patch.length : std::min(patch.length, reach - std::min(reach, m));
-        replay.insert(patch.length - dropped - beyond, layout);
-        for (unsigned left = beyond; left > 0; --left) {
-            layout.cover(Place{reach - left, patch.column});
+        const unsigned reach = patch.row + patch.length;
+        unsigned left = patch.length - dropped;
+        if (left > 0 && layout.covers({reach - 1, patch.column})) {
+            replay.insert(left, layout);
+            continue;
+        }
+        for (; left > 0; --left) { // what lies beyond the target is not stored: it comes last
+            layout.cover({reach - left, patch.column});
             replay.insert(1, layout);
         }
     }
@@ -177,7 +156,7 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
     LinearPlan plan(a, layout);
     const IndexRange ascending = range.ascending();
     const Subscript present = ascending.below(std::uint64_t{a.m} * a.n);
-    HitList hits(countOf(present));
+    HitList hits(std::min(countOf(present), a.nnz()));
     findHits(a, present, hits);
     const unsigned brought = b.b.nnz();
     const auto places = Block<unsigned>::make(brought); // of the values, in the order of the assignment
@@ -204,69 +183,73 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
             assign(i, place, findSlot(a, place));
         }
     };
-    hits.forEachPart([&](const Hits& some) {
-        for (unsigned h = 0; h < some.count; ++h) {
-            const unsigned ordinal = some.ordinals[h];
-            insertBelow(ordinal);
-            assign(ordinal, layout.placeOf(ascending[ordinal]), {some.sources[h], true});
-        }
-    });
+    for (unsigned h = 0; h < hits.count(); ++h) {
+        const unsigned ordinal = hits.ordinals()[h];
+        insertBelow(ordinal);
+        assign(ordinal, layout.placeOf(ascending[ordinal]), {hits.sources()[h], true});
+    }
     insertBelow(range.size);
     plan.replay(range);
     return plan;
 }
 
-PositionPlan::PositionPlan(const Columns& a, const LinearLayout& layout, const RightSide& b, NumberView positions,
-                           NumberView ascending, const Ordered& ordered, bool isPlain)
-    : layout_(layout),
-      b_(b),
-      ascending_(ascending),
-      ordered_(ordered),
-      count_(ordered.count()),
-      begins_(Block<unsigned>::make(count_)),
-      changes_(Block<unsigned char>::make(count_)),
-      capacity_(a.nzmax)
+LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout, const RightSide& b,
+                                    const Subscript& positions, NumberView numbers, bool isInside)
 {
-    unsigned insertions = 0;
-    findSlots(a, layout_, ascending_, count_, // what it needs is copied: bytes that are written may be anything
-              [&insertions, begins = begins_.get(), changes = changes_.get()](unsigned i, Slot slot) {
-                  begins[i] = slot.position;
-                  changes[i] = slot.stored ? kComes | kDrops : kComes;
-                  insertions += slot.stored ? 0U : 1U;
-              });
-    if (isPlain) {
-        CapacityReplay replay(a);
-        replay.insert(insertions, layout_);
-        capacity_ = replay.capacity();
+    LinearPlan plan(a, layout);
+    const bool isPlain = isInside && !b.anyZero(countOf(positions)); // it only inserts and overwrites
+    const Ordered ordered(borrowed(positions), isPlain ? Repeats::kLast : Repeats::kAll);
+    const bool isInOrder = ordered.sources() == nullptr && !ordered.isReversed();
+    const Numbers sorted = isInOrder ? Numbers() : Numbers(ordered.form());
+    const NumberView ascending = isInOrder ? numbers : NumberView(sorted);
+    const unsigned count = ordered.count();
+    plan.patches_.reserve(count);
+    findSlots(a, layout, ascending, count, [&](unsigned i, Place place, Slot slot) {
+        plan.add({.column = place.column,
+                  .begin = slot.position,
+                  .end = slot.position + (slot.stored ? 1U : 0U),
+                  .length = 1,
+                  .row = place.row,
+                  .source = b.source(ordered.source(i))});
+    });
+    if (!isPlain) {
+        plan.changeInTurn(b, ordered, ascending, numbers);
     } else {
-        changeInTurn(a, positions);
+        CapacityReplay replay(a);
+        replay.insert(plan.insertions_, layout);
+        plan.capacity_ = replay.capacity();
     }
+    return plan;
 }
 
 /// Lets zeros remove what is stored, and the last of repeated positions win; the capacity follows the changes in the
 /// order of the assignment.
-void PositionPlan::changeInTurn(const Columns& a, NumberView positions)
+void LinearPlan::changeInTurn(const RightSide& b, const Ordered& ordered, NumberView ascending, NumberView numbers)
 {
-    const bool mayGrow = a.nnz() + std::uint64_t{count_} > a.nzmax;
-    const auto steps = mayGrow ? Block<signed char>::make(count_) : Block<signed char>();
+    const unsigned count = ordered.count();
+    const bool mayGrow = a_.nnz() + std::uint64_t{count} > a_.nzmax;
+    const auto steps = mayGrow ? Block<signed char>::make(count) : Block<signed char>();
     bool stored = false; // whether the present position is, after the assignments seen so far
-    for (unsigned i = 0; i < count_; ++i) {
-        const unsigned position = ascending_[i];
-        const unsigned char drops = changes_[i] & kDrops;
-        if (i == 0 || ascending_[i - std::size_t{1}] != position) {
-            stored = drops != 0;
+    for (unsigned i = 0; i < count; ++i) {
+        Patch& patch = patches_[i];
+        const unsigned position = ascending[i];
+        if (i == 0 || ascending[i - std::size_t{1}] != position) {
+            stored = patch.end != patch.begin;
         }
-        const unsigned t = ordered_.source(i);
-        const bool comes = !b_.isZero(t);
+        const unsigned t = ordered.source(i);
+        const bool comes = !b.isZero(t);
         if (mayGrow) {
             steps[t] = static_cast<signed char>(static_cast<int>(comes) - static_cast<int>(stored));
         }
         stored = comes;
-        const bool isLast = i + 1 == count_ || ascending_[i + std::size_t{1}] != position;
-        changes_[i] = isLast ? (comes ? kComes : 0) | drops : 0;
+        patch.length = comes ? 1 : 0;
+        if (i + 1 < count && ascending[i + std::size_t{1}] == position) {
+            patch.end = patch.begin;
+            patch.length = 0;
+        }
     }
     if (mayGrow) {
-        capacity_ = replaySteps(a, layout_, positions, {steps.get(), count_});
+        capacity_ = replaySteps(a_, layout_, numbers, {steps.get(), count});
     }
 }
 

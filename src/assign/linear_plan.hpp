@@ -1,15 +1,15 @@
-// How A(K) = B changes the target, known before anything moves: the places, the values, and the patches.
+// A(K) = B for many positions, in one pass over the target: how it changes, known before anything moves.
 #ifndef ZQSP_ASSIGN_LINEAR_PLAN_HPP
 #define ZQSP_ASSIGN_LINEAR_PLAN_HPP
 
 #include "assign/right_side.hpp"
 #include "core/fast_divisor.hpp"
-#include "core/growing_list.hpp"
 #include "core/relay.hpp"
 #include "lookup/place_search.hpp"
 #include "subscript/ordered.hpp"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace zqsp {
 
@@ -37,21 +37,15 @@ class LinearLayout
         }
         return isColumn_ ? Place{position, 0} : Place{0, position};
     }
-
-    /// Grows the dimensions to cover a position.
-    void cover(unsigned position)
-    {
-        if (!isMatrix_) {
-            cover(placeOf(position));
-        }
-    }
+    [[nodiscard]] bool covers(Place place) const { return place.row < m_ && place.column < n_; }
+    /// Grows the dimensions to cover a place.
     void cover(Place place)
     {
         m_ = std::max(m_, place.row + 1);
         n_ = std::max(n_, place.column + 1);
     }
-    /// Where a run of positions goes over to the next column; a column's never does.
-    [[nodiscard]] unsigned lastRow() const { return isMatrix_ ? m_ - 1 : 0; }
+    /// The row behind which positions go on in the next column.
+    [[nodiscard]] unsigned lastRow() const { return isMatrix_ ? m_ - 1 : isColumn_ ? UINT32_MAX : 0; }
     [[nodiscard]] unsigned m() const { return m_; }
     [[nodiscard]] unsigned n() const { return n_; }
 
@@ -63,13 +57,10 @@ class LinearLayout
     FastDivisor byRows_;
 };
 
-/// The capacity that a full m-by-n target is given for one more entry: a step more, as far as the matrix and the
-/// signed 32-bit range go, else one more. Raises the out-of-memory error where there is none.
-unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n);
-
-/// The patches of a progression of positions, in ascending order, and the capacity that their assignment leaves. What
-/// finally happens at neighbouring rows of a column is a patch: from the first of them on, all are stored (`length` is
-/// their number), with the values of b from `source` on or the one of a scalar; or what is stored is removed.
+/// The patches of an assignment, in ascending order, and the capacity that it leaves. What finally happens at
+/// neighbouring rows of a column is a patch: from the first of them on, all are stored (`length` is their number), with
+/// the values of b from `source` on or the one of a scalar; or what is stored is removed. What is given must outlive
+/// the plan; making it raises on exhausted memory.
 class LinearPlan
 {
   public:
@@ -80,8 +71,12 @@ class LinearPlan
     /// target and of the matrix, and the matrix's columns.
     static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const RightSide& b,
                                       const IndexRange& range);
+    /// Any positions, whose numbers are known; `isInside`: of the target. A patch for each; of a repeated position, all
+    /// but the last patch change nothing.
+    static LinearPlan forPositions(const Columns& a, const LinearLayout& layout, const RightSide& b,
+                                   const Subscript& positions, NumberView numbers, bool isInside);
 
-    [[nodiscard]] std::span<const Patch> patches() const { return patches_.elements(); }
+    [[nodiscard]] Patches patches() const { return patches_; }
     [[nodiscard]] unsigned capacity() const { return capacity_; }
 
   private:
@@ -89,57 +84,26 @@ class LinearPlan
 
     void add(const Patch& patch);
     void replay(const IndexRange& range);
+    void changeInTurn(const RightSide& b, const Ordered& ordered, NumberView ascending, NumberView numbers);
 
     const Columns& a_;
     const LinearLayout& layout_;
-    GrowingList<Patch> patches_;
+    List<Patch> patches_;
     std::uint64_t insertions_ = 0;
     unsigned capacity_;
 };
 
-/// The same for any positions: a patch for each, of which only the place among the entries and what happens there is
-/// kept. (Of a repeated position, all but the last patch change nothing.)
-class PositionPlan
-{
-  public:
-    /// `positions`: in the order of the assignment; `ascending`: the numbers of `ordered`, which has them all unless
-    /// the assignment only inserts and overwrites (`isPlain`): no value is zero then, and all positions lie inside of
-    /// the target. What is given must outlive the plan. Raises on exhausted memory.
-    PositionPlan(const Columns& a, const LinearLayout& layout, const RightSide& b, NumberView positions,
-                 NumberView ascending, const Ordered& ordered, bool isPlain);
+/// Assigns value t of b (full, of A's class), or the one value of a scalar, to the t-th position as if one after
+/// another: the last of repeated positions wins, zeros remove, dimensions grow, and nzmax is what insertion one at a
+/// time, ten entries of growth each, leaves. A must be sparse, or have been of m rows and n columns before it was made
+/// so, and there must be at least one position. Positions are 0-based, and inside A where A is a true matrix. A is
+/// unchanged where this raises. Cost: count log count + nnz + n, or, where all positions are stored and no value is
+/// zero, a search for each. A run of positions takes no memory for each, and zeros for no more than are stored.
+void assignPositions(kxArray* A, unsigned m, unsigned n, const RightSide& b, const Subscript& positions);
 
-    [[nodiscard]] std::size_t size() const { return count_; }
-    /// (Inlined by force: of most patches only a part is asked.)
-    [[nodiscard, gnu::always_inline]] Patch operator[](std::size_t i) const
-    {
-        const Place place = layout_.placeOf(ascending_[i]);
-        const unsigned begin = begins_[i];
-        const unsigned change = changes_[i];
-        return {.column = place.column,
-                .begin = begin,
-                .end = begin + (change & kDrops),
-                .length = change / kComes,
-                .row = place.row,
-                .source = b_.source(ordered_.source(static_cast<unsigned>(i)))};
-    }
-    [[nodiscard]] const PositionPlan& patches() const { return *this; }
-    [[nodiscard]] unsigned capacity() const { return capacity_; }
-
-  private:
-    static constexpr unsigned char kDrops = 1; ///< what is stored goes
-    static constexpr unsigned char kComes = 2; ///< an entry comes
-
-    void changeInTurn(const Columns& a, NumberView positions);
-
-    LinearLayout layout_;
-    const RightSide& b_;
-    NumberView ascending_;
-    const Ordered& ordered_;
-    unsigned count_;
-    Block<unsigned> begins_;
-    Block<unsigned char> changes_;
-    unsigned capacity_;
-};
+/// The same for a sparse matrix, read column by column, and more than one position. Cost: entries of A and of b, their
+/// columns.
+void assignSparse(kxArray* A, unsigned m, unsigned n, const RightSide& b, const IndexRange& range);
 
 } // namespace zqsp
 

@@ -1,8 +1,9 @@
-#include "assign/region_methods.hpp"
-#include "core/counts.hpp"
+#include "assign/region.hpp"
+
+#include "core/errors.hpp"
 #include "core/values.hpp"
 #include "kernels/select_loop.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 namespace zqsp {
 
@@ -36,14 +37,6 @@ class Aside
     Block<std::byte> pr_;
     Block<std::byte> pi_;
 };
-
-/// Where `row` belongs among the rows from..end-1, behind which kComparedRows more can be read. (Compared at once:
-/// tall/set-rows.tenth 2.8, 3.6.)
-unsigned placeAmong(const unsigned* rows, unsigned from, unsigned end, unsigned row)
-{
-    return end - from <= kComparedRows ? from + rankAmong(rows + from, end - from, row)
-                                       : gallopNear(rows, from, end, row);
-}
 
 /// What is set in, and where what stays is put together.
 struct Filling
@@ -124,15 +117,21 @@ class Pass
     /// ends there, that of the first one its own. Returns the last of the ends.
     [[gnu::always_inline]] unsigned select(unsigned end, const Columns& to, unsigned at)
     {
-        constexpr unsigned kFewEntries = 64; // cost less here than a call: uniform/set-region.zero 0.50, 0.63
+        constexpr unsigned kFewEntries =
+            64; // of one column: the kernel costs more (uniform1/set-region.zero 0.034, 0.036)
         unsigned* const starts = jc_ + column_;
         const unsigned count = end - column_;
         const unsigned stop = jc_[end];
         starts[0] = next_; // as before
         if (others_ == nullptr) {
             std::fill_n(starts + 1, count, at);
-        } else if (stop - next_ <= kFewEntries) {
-            at = selectColumns(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at, starts + 1);
+        } else if (count == 1 && stop - next_ <= kFewEntries) {
+            at = withMoves(
+                entriesOf(from_), entriesOf(to), [&](auto source, auto target) __attribute__((always_inline)) {
+                    return selectEntries(from_.ir, source, next_, stop, others_->unmoved(),
+                                         to.nzmax - at >= stop - next_, to.ir, target, at);
+                });
+            starts[1] = at;
         } else {
             at = kernels().moveSelected(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at,
                                         starts + 1);
@@ -148,7 +147,6 @@ class Pass
     template <typename Values>
     void setIn(const Filling& filling, unsigned column, unsigned kept, Values to, Values from)
     {
-        const unsigned* const asideRows = filling.aside.ir;
         const bool isScalar = filling.b.isScalar();
         const unsigned* const bRows = filling.b.b.ir;
         unsigned* const ends = jc_ + 1;
@@ -167,7 +165,7 @@ class Pass
             const unsigned sourceEnd = isScalar ? filling.rowCount : filling.b.b.jc[done_ + std::size_t{1}];
             for (unsigned source = isScalar ? 0 : filling.b.b.jc[done_]; source < sourceEnd; ++source) {
                 const unsigned row = filling.rows[isScalar ? source : bRows[source]];
-                place = placeAmong(asideRows, place, end, row);
+                place = placeAmong(filling.aside, place, end, row);
                 copyUpTo(place);
                 newRows[at] = row;
                 to.copy(at++, from, isScalar ? 0 : source);
@@ -204,8 +202,7 @@ std::uint64_t countKept(const Columns& a, const Ordered& columns, const RowSet& 
 
 } // namespace
 
-bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter,
-                   const FillLimits& limits)
+bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const RowFilter& filter)
 {
     const Columns a(A);
     const RowSet* const others = filter.others();
@@ -225,11 +222,14 @@ bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const R
     if (!freshBlocksPay(a.nzmax, a.elementSize, total)) {
         return false;
     }
-    if (inColumns > limits.mostEntries) {
+    if (inColumns > region.mostEntries) {
         raiseMaxSize();
     }
-    Relay relay(A, needsOf(a, region, b, limits, total, true));
-    const Aside aside(a, std::size_t{std::max(filter.longest(), kBlock)} + kKernelSlack);
+    Relay relay(A, {.capacity = std::max(total, a.nzmax),
+                    .columns = region.n,
+                    .imaginaryPart = b.isComplex(),
+                    .freshBlocks = true});
+    const Aside aside(a, std::min<std::uint64_t>(filter.looks(), std::max(filter.longest(), kBlock)) + kKernelSlack);
     const Numbers rows(region.rows.form());
     relay.commitAnew([&](const Columns& after) {
         Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), aside.view()});

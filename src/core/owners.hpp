@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace zqsp {
 
@@ -45,6 +46,14 @@ class Block
     /// The same; empty where memory is exhausted.
     static Block zeroedOrNone(std::size_t count) { return Block(kxCallocEx(count, sizeof(T))); }
 
+    /// Gives the block room for `count` elements; those that fit stay. Raises on exhausted memory, with the block as it
+    /// was.
+    void resize(std::size_t count)
+    {
+        data_ = static_cast<T*>(data_ == nullptr ? kxMalloc(count * sizeof(T))
+                                                 : kxReallocExCheck(data_, count * sizeof(T)));
+    }
+
     [[nodiscard]] T* get() const noexcept { return data_; }
     T& operator[](std::size_t i) const noexcept { return data_[i]; }
     explicit operator bool() const noexcept { return data_ != nullptr; }
@@ -54,6 +63,21 @@ class Block
   private:
     T* data_ = nullptr;
 };
+
+/// For containers of the standard library whose memory is the runtime's; raises on exhausted memory.
+template <typename T>
+struct RuntimeAllocator
+{
+    using value_type = T;
+
+    T* allocate(std::size_t count) { return static_cast<T*>(kxMalloc(count * sizeof(T))); }
+    void deallocate(T* block, std::size_t /*count*/) noexcept { kxFree(block); }
+    bool operator==(const RuntimeAllocator&) const = default;
+};
+
+/// A list that grows with what is found.
+template <typename T>
+using List = std::vector<T, RuntimeAllocator<T>>;
 
 /// Owns an array until it is handed out.
 class ArrayOwner

@@ -17,6 +17,23 @@ void exchange(Block<T>& owned, void* installed, Setter install)
     install(fresh);
 }
 
+void updateColumnStarts(const Columns& after, Patches patches)
+{
+    unsigned shift = 0;
+    const std::size_t count = patches.size();
+    for (std::size_t i = 0, column = count > 0 ? patches[0].column : 0, next = 0; i < count; ++i, column = next) {
+        shift += patches[i].growth();
+        next = i + 1 < count ? patches[i + 1].column : after.n;
+        if (shift == 0) {
+            continue;
+        }
+        unsigned* const end = after.jc + next + 1;
+        for (unsigned* start = after.jc + column + 1; start < end; ++start) {
+            *start += shift;
+        }
+    }
+}
+
 } // namespace
 
 void raiseCapacity(kxArray* target, unsigned capacity)
@@ -89,6 +106,53 @@ void Relay::installBlocks()
     }
     if (pi_) {
         exchange(pi_, target_->pi, [this](std::byte* pi) { kxSetImagData(target_, pi); });
+    }
+}
+
+void Relay::commitBy(Patches patches, Writer write)
+{
+    if (inPlace_) {
+        moveInPlace(patches, write);
+    } else {
+        copyAll(patches, write);
+    }
+    installBlocks();
+    updateColumnStarts(Columns(target_), patches);
+}
+
+void Relay::moveInPlace(Patches patches, Writer write) const
+{
+    unsigned shift = 0;
+    for (std::size_t i = 0; i < patches.size(); ++i) {
+        shift += patches[i].growth();
+        if (const unsigned from = patches[i].end; from + shift < from) {
+            moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
+        }
+    }
+    for (std::size_t i = patches.size(); i-- > 0;) {
+        if (const unsigned from = patches[i].end; from + shift > from) {
+            moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
+        }
+        shift -= patches[i].growth();
+    }
+    for (const Patch& patch : patches) {
+        write(patch, patch.begin + shift);
+        shift += patch.growth();
+    }
+}
+
+void Relay::copyAll(Patches patches, Writer write) const
+{
+    const Columns to = after();
+    unsigned shift = 0;
+    appendEntries(to, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
+    for (std::size_t i = 0; i < patches.size(); ++i) {
+        const Patch& patch = patches[i];
+        write(patch, patch.begin + shift);
+        shift += patch.growth();
+        if (const unsigned size = stretchEnd(patches, i) - patch.end; size > 0) {
+            appendEntries(to, patch.end + shift, before_, patch.end, size);
+        }
     }
 }
 

@@ -28,6 +28,8 @@ struct Patch
     [[nodiscard]] unsigned growth() const { return length - (end - begin); }
 };
 
+using Patches = std::span<const Patch>;
+
 /// What the target must be able to hold after the rewriting.
 struct Needs
 {
@@ -56,19 +58,11 @@ class Relay
     /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
     /// no second buffer is needed.
     template <typename F>
-    void commit(std::span<const Patch> patches, F&& write)
+    void commit(Patches patches, F&& write)
     {
-        move(patches, Writer{&write, [](void* function, const Patch& patch, unsigned at) {
-                                 (*static_cast<std::remove_reference_t<F>*>(function))(patch, at);
-                             }});
-    }
-
-    /// The same by loops of their own, for patches whose number or whose shape is known, or that are made when they are
-    /// asked for: size() of them, each by its index.
-    template <typename Plan, typename F>
-    void commit(const Plan& plan, F&& write)
-    {
-        move(plan, write);
+        commitBy(patches, {&write, [](void* function, const Patch& patch, unsigned at) {
+                               (*static_cast<std::remove_reference_t<F>*>(function))(patch, at);
+                           }});
     }
 
     /// For a target that is written anew: write(after) gives the fresh blocks their entries, and the column starts of
@@ -80,14 +74,11 @@ class Relay
         write(Columns(target_));
     }
 
-    /// For a target that only grows.
-    void commitGrowth()
-    {
-        commit(std::span<const Patch>(), [](const Patch&, unsigned) {});
-    }
+    /// For a target that keeps its entries and its capacity.
+    void commitGrowth() { installBlocks(); }
 
   private:
-    /// A function of any type, so that the loops over lists of patches are there once for all of them.
+    /// A function of any type: the loops over patches are there once for all of them.
     struct Writer
     {
         void* function;
@@ -96,98 +87,15 @@ class Relay
         void operator()(const Patch& patch, unsigned at) const { call(function, patch, at); }
     };
 
+    void commitBy(Patches patches, Writer write);
+    void moveInPlace(Patches patches, Writer write) const;
+    void copyAll(Patches patches, Writer write) const;
     void installBlocks();
 
-    template <typename Patches, typename W>
-    [[gnu::noinline]] void move(const Patches& patches, const W& write)
-    {
-        if (inPlace_) {
-            moveRight(patches, moveLeft(patches));
-            writePatches(patches, write);
-        } else {
-            copyAll(patches, write);
-        }
-        installBlocks();
-        updateColumnStarts(Columns(target_), patches);
-    }
-
-    /// Returns the growth of all patches.
-    template <typename Patches>
-    unsigned moveLeft(const Patches& patches)
-    {
-        unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            const Patch& patch = patches[i];
-            shift += patch.growth();
-            if (const unsigned from = patch.end; from + shift < from) {
-                moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
-            }
-        }
-        return shift;
-    }
-
-    template <typename Patches>
-    void moveRight(const Patches& patches, unsigned shift)
-    {
-        for (std::size_t i = patches.size(); i-- > 0;) {
-            const Patch& patch = patches[i];
-            if (const unsigned from = patch.end; from + shift > from) {
-                moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
-            }
-            shift -= patch.growth();
-        }
-    }
-
-    template <typename Patches, typename W>
-    void copyAll(const Patches& patches, const W& write)
-    {
-        const Columns to = after();
-        unsigned shift = 0;
-        appendEntries(to, 0, before_, 0, patches.size() == 0 ? entries_ : patches[0].begin);
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            const auto& patch = patches[i];
-            write(patch, patch.begin + shift);
-            shift += patch.growth();
-            if (const unsigned size = stretchEnd(patches, i) - patch.end; size > 0) {
-                appendEntries(to, patch.end + shift, before_, patch.end, size);
-            }
-        }
-    }
-
-    template <typename Patches, typename W>
-    static void writePatches(const Patches& patches, const W& write)
-    {
-        unsigned shift = 0;
-        for (std::size_t i = 0; i < patches.size(); ++i) {
-            const auto& patch = patches[i];
-            write(patch, patch.begin + shift);
-            shift += patch.growth();
-        }
-    }
-
     /// Where the stretch behind the i-th patch ends.
-    template <typename Patches>
-    [[nodiscard]] unsigned stretchEnd(const Patches& patches, std::size_t i) const
+    [[nodiscard]] unsigned stretchEnd(Patches patches, std::size_t i) const
     {
         return i + 1 < patches.size() ? patches[i + 1].begin : entries_;
-    }
-
-    template <typename Patches>
-    static void updateColumnStarts(const Columns& after, const Patches& patches)
-    {
-        unsigned shift = 0;
-        const std::size_t count = patches.size();
-        for (std::size_t i = 0, column = count > 0 ? patches[0].column : 0, next = 0; i < count; ++i, column = next) {
-            shift += patches[i].growth();
-            next = i + 1 < count ? patches[i + 1].column : after.n;
-            if (shift == 0) {
-                continue;
-            }
-            unsigned* const end = after.jc + next + 1;
-            for (unsigned* start = after.jc + column + 1; start < end; ++start) {
-                *start += shift;
-            }
-        }
     }
 
     kxArray* target_;

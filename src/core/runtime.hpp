@@ -56,6 +56,22 @@ inline kxComplexity complexityOf(const kxArray* array)
     return isComplex(array) ? kxCOMPLEX : kxREAL;
 }
 
+/// The door: a runtime may check the sparse operands of every call. Raises what it raises for a broken one, which is
+/// its maker's fault: the library trusts what it is given.
+template <typename... Arrays>
+void checkOperands(const Arrays*... arrays)
+{
+    if (kxCheckOperand == nullptr) {
+        return;
+    }
+    const auto check = [](const kxArray* array) {
+        if (isSparse(array)) {
+            kxCheckOperand(array);
+        }
+    };
+    (check(arrays), ...);
+}
+
 /// An empty array that is not sparse yet: an assignment creates its content afresh.
 inline bool isUnset(const kxArray* array)
 {

@@ -25,14 +25,6 @@ unsigned lowerBound(const Sorted& sorted, unsigned lo, unsigned hi, unsigned key
     return lo + (length == 1 && sorted[lo] < key ? 1U : 0U);
 }
 
-/// The same for a row that is looked up in one column after another: the probes go much the same way in all of them,
-/// and a predicted branch is ahead of a mask that waits for its probe (measured: half the time in columns of 1,000
-/// entries).
-inline unsigned lowerBoundOfSame(const unsigned* rows, unsigned lo, unsigned hi, unsigned row)
-{
-    return static_cast<unsigned>(std::lower_bound(rows + lo, rows + hi, row) - rows);
-}
-
 /// lowerBound() where the answer is expected near `lo`: doubling steps, then the binary search between the last two.
 /// Costs the logarithm of the distance moved (Bentley and Yao, 1976).
 template <typename Sorted>

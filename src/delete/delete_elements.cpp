@@ -3,8 +3,6 @@
 
 #include "core/entry_moves.hpp"
 #include "core/note_method.hpp"
-#include "core/operand_check.hpp"
-#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/target.hpp"
 #include "kernels/select_loop.hpp"
@@ -12,7 +10,7 @@
 #include "lookup/members.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <zqspmatrix.h>
 
@@ -45,28 +43,13 @@ unsigned deleteByPositions(const Columns& a, unsigned nnz, const Subscript& dele
     return kept;
 }
 
-/// Positions but for some, lowered by those below them. These are counted first: that passes over where the answer is.
 template <typename Members>
-struct OtherPositions
-{
-    Members deleted;
-    unsigned below = 0;
-
-    bool selects(unsigned position)
-    {
-        below = deleted.newRow(position);
-        return !deleted.selects(position);
-    }
-    [[nodiscard]] unsigned newRow(unsigned position) const { return position - below; }
-};
-
-template <typename Members>
-unsigned deleteByEntries(const Columns& a, unsigned nnz, const Members& deleted)
+unsigned deleteByEntries(const Columns& a, unsigned nnz, Members deleted)
 {
     EntryWalk(a).replaceRows(nnz);
     const Entries entries = entriesOf(a);
     return withMoves(entries, entries, [&, ir = a.ir](auto from, auto to) {
-        return selectEntries(ir, from, 0, nnz, OtherPositions<Members>{deleted}, true, ir, to, 0);
+        return selectEntries(ir, from, 0, nnz, Others<Members>{deleted}, true, ir, to, 0);
     });
 }
 
@@ -106,7 +89,7 @@ spStatus deleteElements(Target& target, const kxArray* K)
     if (status != spOK) {
         return status;
     }
-    const Ordered deleted(std::move(positions), Repeats::kNone);
+    const Ordered deleted(std::move(positions), Repeats::kLast);
     const unsigned left = elements - deleted.count();
     if (left == elements) {
         return spOK;

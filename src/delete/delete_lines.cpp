@@ -1,14 +1,11 @@
 // A(:,J) = [] and A(I,:) = [].
 #include "core/entry_moves.hpp"
-#include "core/operand_check.hpp"
-#include "core/row_selection.hpp"
 #include "core/search.hpp"
 #include "core/target.hpp"
 #include "kernels/select_loop.hpp"
 #include "subscript/convert.hpp"
 #include "subscript/ordered.hpp"
-#include "subscript/row_sets.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <zqspmatrix.h>
 
@@ -56,7 +53,7 @@ spStatus deleteColumns(Target& target, const kxArray* J)
     if (status != spOK) {
         return status;
     }
-    const Ordered deleted(std::move(columns), Repeats::kNone);
+    const Ordered deleted(std::move(columns), Repeats::kLast);
     if (deleted.count() > 0) {
         kxArray* const A = target.own();
         kxSetN(A, compactColumns(Columns(A), deleted.form()));
@@ -64,22 +61,15 @@ spStatus deleteColumns(Target& target, const kxArray* J)
     return spOK;
 }
 
-/// All rows but listed ones, each of which is searched for: for few entries in a high matrix.
-template <typename Numbers>
-struct UnlistedRows
+/// Listed rows, each of which is searched for: for few entries in a high matrix.
+struct ListedRows
 {
-    const Numbers& deleted; // strictly ascending
+    NumberView rows; // strictly ascending
     unsigned count;
+    unsigned below = 0;
 
-    [[nodiscard]] bool selects(unsigned row) const
-    {
-        const unsigned before = newRank(row);
-        return before == count || deleted[before] != row;
-    }
-    [[nodiscard]] unsigned newRow(unsigned row) const { return row - newRank(row); }
-
-  private:
-    [[nodiscard]] unsigned newRank(unsigned row) const { return lowerBound(deleted, 0, count, row); }
+    unsigned newRow(unsigned row) { return below = lowerBound(rows, 0, count, row); }
+    [[nodiscard]] bool selects(unsigned row) const { return below < count && rows[below] == row; }
 };
 
 /// Whether a set of all rows costs more than a search for each entry among so many numbers, listed for it.
@@ -94,18 +84,20 @@ unsigned removeRows(const Columns& a, Subscript rows)
 {
     const auto* range = std::get_if<IndexRange>(&rows);
     if (range != nullptr && range->ascending().isRun()) {
-        moveSelected(a, 0, a.n, RowGap{range->ascending().first, range->count()}, a, 0, a.jc + 1);
+        moveSelected(a, 0, a.n, OtherRows{range->ascending().first, range->count()}, a, 0, a.jc + 1);
         return range->count();
     }
     if (!searchesRows(a, range != nullptr ? 0 : countOf(rows))) {
-        const RowSet kept = othersThan(rows, a.m);
+        RowSet kept(a.m);
+        addAll(kept, rows);
+        kept.rankOthers();
         moveSelected(a, 0, a.n, kept.ranked(), a, 0, a.jc + 1);
         return a.m - kept.count();
     }
-    const Ordered deleted(std::move(rows), Repeats::kNone);
+    const Ordered deleted(std::move(rows), Repeats::kLast);
     const Numbers numbers(deleted.form());
-    const UnlistedRows<Numbers> kept{numbers, deleted.count()};
-    selectColumns(entriesOf(a), a.jc, a.n, kept, entriesOf(a), 0, a.jc + 1);
+    ListedRows listed{numbers, deleted.count()};
+    selectColumns(entriesOf(a), a.jc, a.n, Others<ListedRows>{listed}, entriesOf(a), 0, a.jc + 1);
     return deleted.count();
 }
 

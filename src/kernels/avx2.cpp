@@ -218,7 +218,7 @@ struct Lanes
         return chosen(shifted, areBelow(shifted, inAll(interval.size)), count);
     }
 
-    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, RowGap gap)
+    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, OtherRows gap)
     {
         const __m256i old = load(rows, count);
         const __m256i isBefore = areBelow(old, inAll(gap.first));

@@ -106,7 +106,7 @@ struct Lanes
         return {shifted, _mm512_mask_cmplt_epu32_mask(lanes, shifted, inAll(interval.size))};
     }
 
-    ZQSP_AVX512 static Choice choose(const unsigned* rows, unsigned count, RowGap gap)
+    ZQSP_AVX512 static Choice choose(const unsigned* rows, unsigned count, OtherRows gap)
     {
         const __mmask16 lanes = lanesOf(count);
         const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);

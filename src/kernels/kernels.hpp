@@ -45,6 +45,20 @@ struct DeletedList
     const unsigned* positions;
     unsigned count;
     unsigned passed = 0; ///< a position that the last entry had may be among them or not
+
+    /// How many lie below a position, which is not below the one before.
+    [[gnu::always_inline]] unsigned newRow(unsigned position)
+    {
+        const unsigned* const list = positions;
+        unsigned below = passed;
+        while (below < count && list[below] < position) {
+            ++below;
+        }
+        passed = below;
+        return below;
+    }
+    /// Whether the position that was just asked for is one of them.
+    [[nodiscard]] bool selects(unsigned position) const { return passed < count && positions[passed] == position; }
 };
 
 /// What an intersection found, and how far either list is settled: one of them to its end. (How far the other one is

@@ -94,7 +94,7 @@ unsigned closeUp(const Entries& entries, unsigned begin, unsigned end, DeletedLi
 {
     DeletedList own = deleted; // in registers
     kept = withMoves(entries, entries, [&, ir = entries.ir](auto from, auto to) {
-        return selectEntries(ir, from, begin, end, UnlistedPositions{own}, true, ir, to, kept);
+        return selectEntries(ir, from, begin, end, Others<DeletedList>{own}, true, ir, to, kept);
     });
     deleted.passed = own.passed;
     return kept;

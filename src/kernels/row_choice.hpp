@@ -55,8 +55,8 @@ struct RowInterval
     [[nodiscard]] unsigned newRow(unsigned row) const { return row - first; }
 };
 
-/// All but the rows first .. first+size-1.
-struct RowGap
+/// All other rows than first .. first+size-1.
+struct OtherRows
 {
     unsigned first;
     unsigned size;
@@ -64,7 +64,7 @@ struct RowGap
     [[nodiscard]] unsigned newRow(unsigned row) const { return row - valueIf(row >= first, size); }
 };
 
-using RowChoice = std::variant<RankedRows, UnmovedRows, RowInterval, RowGap>;
+using RowChoice = std::variant<RankedRows, UnmovedRows, RowInterval, OtherRows>;
 
 } // namespace zqsp
 

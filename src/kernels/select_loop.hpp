@@ -194,22 +194,20 @@ template <typename Choice>
         });
 }
 
-/// Ascending positions that are not in the list, lowered by those of the list before them.
-struct UnlistedPositions
+/// All other rows or positions than some, lowered by how many of these lie below: `deleted` gives as new rows its
+/// members below. (These are counted first: that passes over where the answer is.)
+template <typename Members>
+struct Others
 {
-    DeletedList& deleted;
+    Members& deleted;
+    unsigned below = 0;
 
-    [[gnu::always_inline]] bool selects(unsigned position)
+    [[gnu::always_inline]] bool selects(unsigned row)
     {
-        const unsigned* const list = deleted.positions;
-        unsigned passed = deleted.passed;
-        while (passed < deleted.count && list[passed] < position) {
-            ++passed;
-        }
-        deleted.passed = passed;
-        return passed == deleted.count || list[passed] != position;
+        below = deleted.newRow(row);
+        return !deleted.selects(row);
     }
-    [[nodiscard]] unsigned newRow(unsigned position) const { return position - deleted.passed; }
+    [[nodiscard]] unsigned newRow(unsigned row) const { return row - below; }
 };
 
 } // namespace zqsp

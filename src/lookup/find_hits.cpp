@@ -8,10 +8,11 @@
 #include "lookup/entry_filter.hpp"
 #include "lookup/members.hpp"
 #include "lookup/place_search.hpp"
-#include "lookup/position_blocks.hpp"
+#include "subscript/walk.hpp"
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace zqsp {
 
@@ -29,7 +30,7 @@ struct NumberMoves
     }
 };
 
-static_assert(EntryPositions::kBlock <= HitList::kRoom && PositionBlocks::kBlock <= HitList::kRoom);
+static_assert(EntryPositions::kBlock <= HitList::kRoom && IndexWalk::kBlock <= HitList::kRoom);
 
 /// Each entry asks for its own position. `branches`: few of them find it.
 template <typename Members>
@@ -43,24 +44,15 @@ void findByEntries(const Columns& a, const PositionSpan& span, Members members, 
     }
 }
 
-/// Each entry is looked for in an ascending list, from where the one before was; or in a descending one, from its end.
+/// Each entry is looked for in a list, from where the one before was.
 void findInList(const Columns& a, const PositionSpan& span, const IndexList& list, HitList& hits)
 {
-    struct
-    {
-        const unsigned* lowest;
-        std::ptrdiff_t step;
-        unsigned operator[](std::size_t i) const { return lowest[static_cast<std::ptrdiff_t>(i) * step]; }
-    } sorted = {list.begin(), 1};
     const unsigned count = list.count();
-    if (list.order() == Order::kDescending) {
-        sorted = {list.end() - 1, -1};
-    }
     unsigned t = 0;
     for (EntryPositions entries(a, span); entries.count() > 0; entries.advance(entries.count())) {
         for (unsigned i = 0; i < entries.count(); ++i) {
             const unsigned position = entries.positions()[i];
-            for (t = gallop(sorted, t, count, position); t < count && sorted[t] == position; ++t) {
+            for (t = gallop(list, t, count, position); t < count && list[t] == position; ++t) {
                 const HitList::Room room = hits.room(1);
                 *room.ordinals = t;
                 *room.sources = entries.begin() + i;
@@ -73,85 +65,96 @@ void findInList(const Columns& a, const PositionSpan& span, const IndexList& lis
 void findByIntersection(const Columns& a, const PositionSpan& span, const Subscript& positions, HitList& hits)
 {
     EntryPositions entries(a, span);
-    PositionBlocks blocks(positions);
-    PositionBlock block;
-    for (unsigned done = 0; entries.count() > 0;) {
-        if (done == block.count) {
-            block = blocks.next();
-            done = 0;
-            if (block.count == 0) {
+    IndexWalk walk(positions);
+    std::span<const unsigned> left; // of a block
+    for (unsigned ordinal = 0; entries.count() > 0;) {
+        if (left.empty()) {
+            left = walk.next();
+            if (left.empty()) {
                 return;
             }
         }
-        if (block.positions[block.count - 1] < entries.positions()[0]) {
-            done = block.count;
-            continue;
+        const auto count = static_cast<unsigned>(left.size());
+        unsigned done = count;
+        if (left.back() >= entries.positions()[0]) {
+            const HitList::Room room = hits.room(count);
+            const Common common = kernels().intersect(entries.positions(), entries.count(), left.data(), count,
+                                                      room.sources, room.ordinals);
+            for (unsigned i = 0; i < common.count; ++i) {
+                room.sources[i] += entries.begin();
+                room.ordinals[i] += ordinal;
+            }
+            hits.keep(common.count);
+            done = common.second;
+            entries.advance(common.first);
         }
-        const unsigned left = block.count - done;
-        const HitList::Room room = hits.room(left);
-        const Common common = kernels().intersect(entries.positions(), entries.count(), block.positions + done, left,
-                                                  room.sources, room.ordinals);
-        for (unsigned i = 0; i < common.count; ++i) {
-            room.sources[i] += entries.begin();
-            room.ordinals[i] += block.ordinal + done;
-        }
-        hits.keep(common.count);
-        done += common.second;
-        entries.advance(common.first);
+        ordinal += done;
+        left = left.subspan(done);
     }
 }
 
-/// Positions in any order: each is searched in its column, or those only that a filter lets pass.
-void findBySearches(const Columns& a, const Subscript& positions, const EntryFilter* filter, HitList& hits)
+/// The places of some positions, at most HitList::kRoom, are searched; ordinalOf(t) is the number of the one at place
+/// t.
+template <typename PlaceOf, typename OrdinalOf>
+void findAtPlaces(const Columns& a, unsigned count, PlaceOf placeOf, OrdinalOf ordinalOf, HitList& hits)
 {
-    std::array<unsigned, PositionBlocks::kBlock> passed;
-    std::array<unsigned, PositionBlocks::kBlock> ordinals;
+    const HitList::Room room = hits.room(count);
+    unsigned found = 0;
+    searchPlaces(a, count, placeOf, [&](unsigned t, Slot slot) { // is written first, and stays where it is stored
+        room.ordinals[found] = ordinalOf(t);
+        room.sources[found] = slot.position;
+        found += slot.stored ? 1U : 0U;
+    });
+    hits.keep(found);
+}
+
+/// Positions in any order: each is searched in its column; or, once most of those before held nothing, those only that
+/// a filter of the entries in a span lets pass.
+void findBySearches(const Columns& a, const Subscript& positions, const PositionSpan* filtered, HitList& hits)
+{
+    std::optional<EntryFilter> filter;
+    std::array<unsigned, IndexWalk::kBlock> passed;
+    std::array<unsigned, IndexWalk::kBlock> ordinals;
     const FastDivisor byRows(a.m);
-    PositionBlocks blocks(positions);
-    for (PositionBlock block = blocks.next(); block.count > 0; block = blocks.next()) {
-        if (filter != nullptr) {
+    IndexWalk walk(positions);
+    unsigned done = 0;
+    for (auto block = walk.next(); !block.empty(); block = walk.next()) {
+        auto count = static_cast<unsigned>(block.size());
+        const unsigned* searched = block.data();
+        if (filter) {
             const NumberMoves moves{ordinals.data(), 0};
-            block.count = selectEntries(block.positions, moves, 0, block.count, *filter, true, passed.data(), moves, 0);
-            block.positions = passed.data();
+            count = selectEntries(searched, moves, 0, count, *filter, true, passed.data(), moves, 0);
+            searched = passed.data();
         }
         const auto placeOf = [&](unsigned t) {
-            const std::uint64_t position = block.base + block.positions[t];
-            const unsigned column =
-                block.base == 0 ? byRows.quotient(block.positions[t]) : static_cast<unsigned>(position / a.m);
-            return Place{static_cast<unsigned>(position - std::uint64_t{column} * a.m), column};
+            const unsigned column = byRows.quotient(searched[t]);
+            return Place{searched[t] - column * a.m, column};
         };
-        const HitList::Room room = hits.room(block.count);
-        unsigned found = 0;
-        findPlaces(a, block.count, placeOf, [&](unsigned t, unsigned entry) {
-            room.ordinals[found] = block.ordinal + (filter != nullptr ? ordinals[t] : t);
-            room.sources[found++] = entry;
-        });
-        hits.keep(found);
+        findAtPlaces(
+            a, count, placeOf, [&](unsigned t) { return done + (filter ? ordinals[t] : t); }, hits);
+        done += static_cast<unsigned>(block.size());
+        if (filtered != nullptr && !filter && hits.count() < done / 2) {
+            filter.emplace(a, *filtered);
+        }
     }
 }
 
-Positions formOf(const Subscript& positions)
+/// The same for a mask that reaches beyond 32 bits.
+void findInLargeMask(const Columns& a, const SparseLogicalMask& mask, HitList& hits)
 {
-    if (std::holds_alternative<IndexRange>(positions)) {
-        return Positions::kRange;
+    unsigned maskColumn = 0;
+    for (unsigned done = 0, size = 0; done < mask.count(); done += size) {
+        size = std::min(HitList::kRoom, mask.count() - done);
+        const auto placeOf = [&](unsigned t) { // is asked for each once, in their order
+            while (mask.jc[maskColumn + std::size_t{1}] <= done + t) {
+                ++maskColumn;
+            }
+            const std::uint64_t position = std::uint64_t{maskColumn} * mask.m + mask.ir[done + t];
+            return Place{static_cast<unsigned>(position % a.m), static_cast<unsigned>(position / a.m)};
+        };
+        findAtPlaces(
+            a, size, placeOf, [done](unsigned t) { return done + t; }, hits);
     }
-    if (std::holds_alternative<LogicalMask>(positions)) {
-        return Positions::kMask;
-    }
-    if (std::holds_alternative<SparseLogicalMask>(positions)) {
-        return Positions::kSparseMask;
-    }
-    return orderOf(positions) == Order::kUnsorted ? Positions::kUnsorted : Positions::kSorted;
-}
-
-/// The lowest position, or for a mask 0.
-unsigned lowestOf(const Subscript& positions)
-{
-    if (const auto* range = std::get_if<IndexRange>(&positions)) {
-        return range->ascending().first;
-    }
-    const auto* list = std::get_if<IndexList>(&positions);
-    return list == nullptr ? 0 : (list->order() == Order::kDescending ? list->end()[-1] : *list->begin());
 }
 
 /// The entries that may be meant: of an unsorted list, all at positions of 32 bits.
@@ -160,7 +163,7 @@ PositionSpan spanOf(const Columns& a, const Subscript& positions)
     if (orderOf(positions) == Order::kUnsorted) {
         return {a, 0, static_cast<unsigned>(std::min<std::uint64_t>(std::uint64_t{a.m} * a.n - 1, UINT32_MAX))};
     }
-    return {a, lowestOf(positions), highestOf(positions)};
+    return {a, firstOf(positions), highestOf(positions)};
 }
 
 void find(LookupMethod method, const Columns& a, const PositionSpan& span, const Subscript& positions, HitList& hits)
@@ -170,7 +173,7 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
         if (const auto* mask = std::get_if<LogicalMask>(&positions)) {
             findByEntries(a, span, MaskMembers(*mask), true, hits);
         } else if (const auto* range = std::get_if<IndexRange>(&positions)) {
-            findByEntries(a, span, RangeMembers(range->ascending()), false, hits);
+            findByEntries(a, span, RangeMembers(*range), false, hits);
         } else {
             findInList(a, span, std::get<IndexList>(positions), hits);
         }
@@ -181,18 +184,10 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
     case LookupMethod::kSearches:
         findBySearches(a, positions, nullptr, hits);
         break;
-    case LookupMethod::kFilteredSearches: {
-        const EntryFilter filter(a, span);
-        findBySearches(a, positions, &filter, hits);
+    case LookupMethod::kFilteredSearches:
+        findBySearches(a, positions, &span, hits);
         break;
     }
-    }
-}
-
-bool exceedsWords(const Subscript& positions)
-{
-    const auto* mask = std::get_if<SparseLogicalMask>(&positions);
-    return mask != nullptr && mask->highest() > UINT32_MAX;
 }
 
 } // namespace
@@ -202,22 +197,22 @@ void findHits(const Columns& a, const Subscript& positions, HitList& hits)
     if (countOf(positions) == 0 || a.nnz() == 0) {
         return; // A need not have rows and columns to divide by
     }
-    if (countOf(positions) <= PlaceBatch::kSize || exceedsWords(positions)) { // so few are searched at once
+    const auto* mask = std::get_if<SparseLogicalMask>(&positions);
+    if (mask != nullptr && mask->highest() > UINT32_MAX) {
+        findInLargeMask(a, *mask, hits);
+    } else if (countOf(positions) <= PlaceBatch::kSize) { // so few are searched at once
         findBySearches(a, positions, nullptr, hits);
     } else {
         const PositionSpan span = spanOf(a, positions);
-        const LookupMethod method =
-            chooseLookup({formOf(positions), countOf(positions), span.columns, span.entries()}, kernels().costs);
+        const LookupMethod method = chooseLookup(positions, span.columns, span.entries(), kernels().costs);
         noteMethod(method);
         find(method, a, span, positions, hits);
     }
-    hits.finish();
 }
 
 void findHitsBy(LookupMethod method, const Columns& a, const Subscript& positions, HitList& hits)
 {
     find(method, a, spanOf(a, positions), positions, hits);
-    hits.finish();
 }
 
 } // namespace zqsp

@@ -8,9 +8,9 @@
 
 namespace zqsp {
 
-/// Fills a list with the hits of a converted subscript, whose positions A must have; those of a sparse mask may exceed
-/// 32 bits. Raises on exhausted memory. Cost: the subscript's length and, for each position, a search of its column; or
-/// less.
+/// Fills a list with the hits of a converted subscript that does not descend, whose positions A must have; those of a
+/// sparse mask may exceed 32 bits. Raises on exhausted memory. Cost: the subscript's length and, for each position, a
+/// search of its column; or less.
 void findHits(const Columns& a, const Subscript& positions, HitList& hits);
 
 /// The same by a given method, which must be one for such a subscript. (For tests.)

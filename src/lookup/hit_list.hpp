@@ -2,39 +2,26 @@
 #ifndef ZQSP_LOOKUP_HIT_LIST_HPP
 #define ZQSP_LOOKUP_HIT_LIST_HPP
 
-#include "core/growing_list.hpp"
 #include "core/owners.hpp"
 #include "kernels/kernels.hpp"
 
-#include <array>
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace zqsp {
 
-/// Entries at selected positions, ascending: number ordinals[i] of the positions, counted from the lowest, is where
-/// entry sources[i] is stored; in a list of bytes, sources[i] is the value of that entry.
-struct Hits
-{
-    const unsigned* ordinals;
-    const unsigned* sources;
-    unsigned count;
-};
-
-/// The list grows with what is found, not with what is asked for: most positions of a sparse matrix hold nothing. It
-/// takes less memory than the result that is made of it, six bytes a hit, or three where the value of an entry is a
-/// byte, and up to a quarter more: it grows by pieces, so that nothing is copied, and of an ordinal the upper half is
-/// kept once for all hits that share it.
-class [[gnu::visibility("default")]] HitList
+/// Entries at selected positions, ascending: number ordinals()[i] of the positions, counted from the first one, is
+/// where entry sources()[i] is stored. The list grows with what is found, not with what is asked for: most positions of
+/// a sparse matrix hold nothing. Its ordinals can become the rows of a result, so that beside it only the sources take
+/// memory: four bytes a hit. What room there is to spare, up to a quarter where there are many hits, is given back.
+class HitList
 {
   public:
     static constexpr unsigned kRoom = 1024;
 
-    /// For `most` hits at most. `bytes`: the values of the entries, where these are to be remembered instead of the
-    /// entries; or null.
-    explicit HitList(unsigned most, const std::uint8_t* bytes = nullptr) : most_(most), bytes_(bytes) {}
-    HitList(const HitList&) = delete; // nor moved: most of it is room
-    HitList& operator=(const HitList&) = delete;
-    ~HitList();
+    /// Hardly for more than `most` hits.
+    explicit HitList(unsigned most) : most_(most) {}
 
     /// Where the next hits are to be written.
     struct Room
@@ -46,80 +33,52 @@ class [[gnu::visibility("default")]] HitList
     /// Room for `size` hits, at most kRoom, and for kKernelSlack more words behind. Raises on exhausted memory.
     Room room(unsigned size)
     {
-        if (size > 2 * kRoom - waiting_) {
-            finish();
+        if (size > capacity_ - count_) {
+            grow(size);
         }
-        return {ordinals_.data() + waiting_, sources_.data() + waiting_};
+        return {ordinals_.get() + count_, sources_.get() + count_};
     }
     /// The first `count` of what was written to the last room are hits.
-    void keep(unsigned count)
-    {
-        waiting_ += count;
-    }
+    void keep(unsigned count) { count_ += count; }
 
-    /// To be called behind the last hit. Raises on exhausted memory.
-    void finish();
-
-    [[nodiscard]] unsigned count() const
-    {
-        return count_;
-    }
-    [[nodiscard]] bool hasBytes() const
-    {
-        return bytes_ != nullptr;
-    }
-
-    /// f(hits) for all of them, some at a time.
-    template <typename F>
-    void forEachPart(F && f)
-    {
-        Place place;
-        for (Hits hits = next(place); hits.count > 0; hits = next(place)) {
-            f(hits);
-        }
-    }
+    [[nodiscard]] unsigned count() const { return count_; }
+    [[nodiscard]] const unsigned* ordinals() const { return ordinals_.get(); }
+    [[nodiscard]] const unsigned* sources() const { return sources_.get(); }
+    /// The blocks themselves. Either raises on exhausted memory.
+    [[nodiscard]] Block<unsigned> takeOrdinals() { return cut(ordinals_); }
+    [[nodiscard]] Block<unsigned> takeSources() { return cut(sources_); }
 
   private:
-    static constexpr unsigned kHalf = 16;       // bits
-    static constexpr unsigned kMostPieces = 96; // of kRoom at least, then growing by a quarter, up to 2^32
-
-    /// Hits that share the upper half of their ordinals.
-    struct Share
+    [[gnu::noinline]] void grow(unsigned size)
     {
-        unsigned upper;
-        unsigned count;
-    };
-
-    /// The lower halves of ordinals, and behind all of these the sources.
-    struct Piece
+        constexpr unsigned kFew = 1U << 14U;  // hits: a small block will do
+        constexpr unsigned kMany = 1U << 18U; // takes no second thought
+        const std::size_t needed = std::size_t{count_} + size;
+        const std::size_t further =
+            count_ < kMany ? std::min(most_, capacity_ == 0 ? kFew : kMany) : std::size_t{count_} + count_ / 4;
+        capacity_ = std::max(needed, further);
+        ordinals_.resize(capacity_ + kKernelSlack);
+        sources_.resize(capacity_ + kKernelSlack);
+    }
+    /// A block that is mostly room is worth more to the next call whole.
+    Block<unsigned> cut(Block<unsigned>& block) const
     {
-        std::uint16_t* ordinals;
-        unsigned capacity; // even
-        unsigned count;
-    };
-
-    /// How far the list has been read.
-    struct Place
-    {
-        unsigned piece = 0;
-        unsigned done = 0; // of the piece
-        unsigned share = 0;
-        unsigned doneOfShare = 0;
-    };
-
-    void addPiece(unsigned size);
-    unsigned append(Piece & piece, unsigned done);
-    Hits next(Place & place);
+        const unsigned size = std::max(count_, 1U); // no runtime is asked for a block of nothing
+        if (size < capacity_ / 2) {
+            auto small = Block<unsigned>::make(size);
+            std::copy_n(block.get(), count_, small.get());
+            block = std::move(small);
+        } else {
+            block.resize(size);
+        }
+        return std::move(block);
+    }
 
     unsigned most_;
-    const std::uint8_t* bytes_;
     unsigned count_ = 0;
-    unsigned waiting_ = 0;
-    unsigned used_ = 0; // pieces
-    GrowingList<Share> shares_;
-    std::array<Piece, kMostPieces> pieces_;
-    std::array<unsigned, 2 * kRoom + kKernelSlack> ordinals_;
-    std::array<unsigned, 2 * kRoom + kKernelSlack> sources_;
+    std::size_t capacity_ = 0;
+    Block<unsigned> ordinals_;
+    Block<unsigned> sources_;
 };
 
 } // namespace zqsp

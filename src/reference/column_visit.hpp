@@ -4,7 +4,7 @@
 
 #include "core/columns.hpp"
 #include "core/search.hpp"
-#include "subscript/runs.hpp"
+#include "subscript/walk.hpp"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,5 +1,4 @@
 // The two-subscript reference exports: convert, gather, drop an all-zero imaginary part.
-#include "core/operand_check.hpp"
 #include "reference/gather.hpp"
 #include "subscript/convert.hpp"
 

@@ -15,6 +15,10 @@ inline ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned 
     return ArrayOwner(kxCreateSparseNumericMatrix(m, n, nzmax, a.classId, a.complexity()));
 }
 
+/// Gives the blocks of a result another size, unless a few entries less are all there is to it. Raises on exhausted
+/// memory.
+void setCapacity(kxArray* array, unsigned capacity);
+
 class RowOrder;
 
 /// A(:,columns): all rows of the selected columns, in subscript order, or in a given order of the rows. nzmax is the

@@ -1,7 +1,6 @@
 // A(:) and A(K): finds the stored entries at the selected linear positions (a plan), then builds the result.
 #include "core/entry_moves.hpp"
 #include "core/errors.hpp"
-#include "core/operand_check.hpp"
 #include "core/values.hpp"
 #include "lookup/entry_positions.hpp"
 #include "lookup/find_hits.hpp"
@@ -24,11 +23,26 @@ struct Shape
     [[nodiscard]] bool isVector() const { return m == 1 || n == 1; }
 };
 
+/// An array of such a shape with room for `capacity` entries. The column starts of a row are still to be written, as
+/// cutIntoColumns() does; those of others are 0.
+ArrayOwner createShaped(const Columns& a, Shape shape, unsigned capacity)
+{
+    if (shape.m != 1 || shape.n == 1) {
+        return createLike(a, shape.m, shape.n, capacity);
+    }
+    ArrayOwner result = createLike(a, 1, 1, capacity);
+    auto starts = Block<unsigned>::make(shape.n + std::size_t{1});
+    kxFree(result->jc);
+    kxSetJc(result.get(), starts.release());
+    kxSetN(result.get(), shape.n);
+    return result;
+}
+
 /// The entries at neighbouring positions from `first` on, all from the first to the last.
 ArrayOwner gatherSpan(const Columns& a, const PositionSpan& span, unsigned first, Shape shape)
 {
     const unsigned count = span.entries();
-    ArrayOwner result = createLike(a, shape.m, shape.n, count);
+    ArrayOwner result = createShaped(a, shape, count);
     const Columns out(result.get());
     copyValues(out, 0, a, span.begin, count);
     EntryWalk(a, span.column, span.begin, first).write(span.end, out.ir, count);
@@ -37,39 +51,36 @@ ArrayOwner gatherSpan(const Columns& a, const PositionSpan& span, unsigned first
 }
 
 /// The result of a given shape, the selected positions laid out in it in column-major order: in that order the rows of
-/// every column come out sorted, whatever the order of the subscript. The hits of one that descends are written from
-/// the last to the first.
-ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitList& hits, bool descends)
+/// every column come out sorted, whatever the order of the subscript. `turned`: the hits are of positions that descend,
+/// counted from the last.
+ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitList& hits, bool turned)
 {
-    ArrayOwner result = createLike(a, shape.m, shape.n, capacity);
-    const Columns out(result.get());
-    const unsigned last = shape.m * shape.n - 1; // position
-    unsigned written = descends ? hits.count() - 1 : 0;
-    const auto write = [&](auto copy) {
-        hits.forEachPart([&](const Hits& some) {
-            for (unsigned i = 0; i < some.count; ++i) {
-                out.ir[written] = descends ? last - some.ordinals[i] : some.ordinals[i];
-                copy(written, some.sources[i]);
-                written += descends ? ~0U : 1U;
-            }
-        });
-    };
-    if (hits.hasBytes()) {
-        write([pr = out.pr](unsigned e, unsigned value) { pr[e] = static_cast<std::byte>(value); });
-    } else {
-        withStorage(a, [&](auto from) {
-            const decltype(from) to(out);
-            write([&](unsigned e, unsigned source) { to.copy(e, from, source); });
-        });
+    const unsigned count = hits.count();
+    if (count == 0) {
+        return createLike(a, shape.m, shape.n, capacity);
     }
-    cutIntoColumns(out.ir, hits.count(), shape.m, shape.n, out.jc);
+    Block<unsigned> ordinals = hits.takeOrdinals();
+    const Block<unsigned> sources = hits.takeSources();
+    ArrayOwner result = createShaped(a, shape, 1);
+    kxFree(result->ir);
+    kxSetIr(result.get(), ordinals.release());
+    setCapacity(result.get(), capacity);
+    const Columns out(result.get());
+    unsigned source = turned ? count - 1 : 0;
+    withStorage(a, [&](auto from) {
+        const decltype(from) to(out);
+        for (unsigned e = 0; e < count; ++e) {
+            to.copy(e, from, sources[source]);
+            source += turned ? ~0U : 1U;
+        }
+    });
+    if (turned) {
+        const unsigned last = shape.m * shape.n - 1; // position
+        std::reverse(out.ir, out.ir + count);
+        std::transform(out.ir, out.ir + count, out.ir, [last](unsigned ordinal) { return last - ordinal; });
+    }
+    cutIntoColumns(out.ir, count, shape.m, shape.n, out.jc);
     return result;
-}
-
-/// What A's values are, where an entry has one byte.
-const std::uint8_t* bytesOf(const Columns& a)
-{
-    return a.elementSize == 1 && a.pi == nullptr ? reinterpret_cast<const std::uint8_t*>(a.pr) : nullptr;
 }
 
 /// The shape a mask stands for: a row where it has one row, else a column.
@@ -101,7 +112,7 @@ Shape subscriptShape(const Columns& a, const kxArray* subscript, unsigned select
     return {1, selected};
 }
 
-ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, const Subscript& positions)
+ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, Subscript positions)
 {
     const unsigned k = countOf(positions);
     Shape shape = subscriptShape(a, subscript, k);
@@ -115,9 +126,10 @@ ArrayOwner referenceConverted(const Columns& a, const kxArray* subscript, const 
     if (range != nullptr && range->isRun() && a.nnz() > 0) {
         return gatherSpan(a, {a, range->first, range->last}, range->first, shape);
     }
-    HitList hits(k, bytesOf(a));
+    const bool turned = turnIfDescending(positions);
+    HitList hits(std::min(k, a.nnz()));
     findHits(a, positions, hits);
-    return buildFromHits(a, shape, hits.count(), hits, orderOf(positions) == Order::kDescending);
+    return buildFromHits(a, shape, hits.count(), hits, turned);
 }
 
 /// A sparse mask over a matrix with more elements than a linear position can number. The capacity is the lesser of the
@@ -133,7 +145,7 @@ spStatus referenceByLargeMask(const Columns& a, const kxArray* subscript, ArrayO
     if (mask.highest() >= std::uint64_t{a.m} * a.n) {
         return spIndexOutOfRange;
     }
-    HitList hits(selected, bytesOf(a));
+    HitList hits(std::min(selected, a.nnz()));
     findHits(a, mask, hits);
     result = buildFromHits(a, maskShape(a, subscript, selected), std::min(selected, a.nnz()), hits, false);
     return spOK;
@@ -180,7 +192,7 @@ spStatus spRef3(const kxArray* A, const kxArray* K, kxArray** result)
         if (status != spOK) {
             return status;
         }
-        selected = referenceConverted(a, K, positions);
+        selected = referenceConverted(a, K, std::move(positions));
     }
     kxFreeImagIfZero(selected.get());
     *result = selected.release();

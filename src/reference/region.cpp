@@ -1,5 +1,5 @@
 // A(I,J): chooses the method by what is known of the rows.
-#include "core/counts.hpp"
+#include "core/errors.hpp"
 #include "core/note_method.hpp"
 #include "core/search.hpp"
 #include "kernels/kernels.hpp"
@@ -69,18 +69,6 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
     return result;
 }
 
-/// What a descending subscript selects, from its end.
-Subscript fromTheEnd(const Subscript& subscript)
-{
-    if (const auto* range = std::get_if<IndexRange>(&subscript)) {
-        return range->ascending();
-    }
-    const auto& list = std::get<IndexList>(subscript); // masks ascend
-    auto indices = Block<unsigned>::make(list.count());
-    std::reverse_copy(list.begin(), list.end(), indices.get());
-    return IndexList(std::move(indices), list.count(), Order::kAscending);
-}
-
 } // namespace
 
 ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows, const Subscript& columns,
@@ -105,7 +93,9 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     }
     if (orderOf(rows) == Order::kDescending) {
         // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
-        ArrayOwner result = gatherRegion(a, fromTheEnd(rows), columns);
+        Subscript ascending = borrowed(rows);
+        turnIfDescending(ascending);
+        ArrayOwner result = gatherRegion(a, ascending, columns);
         turnRows(Columns(result.get()));
         return result;
     }

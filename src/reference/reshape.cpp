@@ -1,5 +1,4 @@
 #include "core/columns.hpp"
-#include "core/operand_check.hpp"
 #include "core/owners.hpp"
 #include "lookup/entry_positions.hpp"
 

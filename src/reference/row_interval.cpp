@@ -1,7 +1,6 @@
-#include "core/counts.hpp"
 #include "core/entry_moves.hpp"
-#include "core/growing_list.hpp"
-#include "core/row_selection.hpp"
+#include "core/errors.hpp"
+#include "core/owners.hpp"
 #include "lookup/place_search.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
@@ -67,20 +66,20 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& range, const Sub
 {
     const RowInterval rows{range.first, range.count()};
     const bool counts = capacity == Capacity::kExact;
-    GrowingList<unsigned> longOnes;
+    List<unsigned> longOnes;
     std::uint64_t total = 0;
     forEachPiece(a, columns, [&](unsigned first, unsigned count, bool areLong) {
         if (areLong) {
             for (unsigned j = first; j < first + count; ++j) {
-                longOnes.add(j);
+                longOnes.push_back(j);
             }
         } else if (counts) {
             total += countSelected(a, a.jc[first], a.jc[first + count], rows);
         }
     });
-    const auto begins = placesOf(a, rows.first, longOnes.elements());
-    const auto ends = placesOf(a, rows.first + rows.size, longOnes.elements());
-    for (unsigned t = 0; t < longOnes.count(); ++t) {
+    const auto begins = placesOf(a, rows.first, longOnes);
+    const auto ends = placesOf(a, rows.first + rows.size, longOnes);
+    for (unsigned t = 0; t < longOnes.size(); ++t) {
         total += ends[t] - begins[t];
     }
     const unsigned room = counts ? checkedCount(total) : searchCapacity(a, columns, rows.size, 0);
@@ -95,7 +94,7 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& range, const Sub
         written = moveSelected(a, first, count, rows, out, written, columnEnd);
         columnEnd += count;
     };
-    if (longOnes.count() == 0) {
+    if (longOnes.empty()) {
         forEachColumnRun(a, columns, moveShort);
         return result;
     }

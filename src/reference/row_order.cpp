@@ -1,5 +1,5 @@
-#include "core/counts.hpp"
 #include "core/entry_moves.hpp"
+#include "core/errors.hpp"
 #include "core/values.hpp"
 #include "reference/column_sorter.hpp"
 #include "reference/column_visit.hpp"

@@ -1,12 +1,10 @@
-#include "core/counts.hpp"
 #include "core/entry_moves.hpp"
-#include "core/row_selection.hpp"
+#include "core/errors.hpp"
 #include "core/search.hpp"
 #include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
-#include "subscript/row_sets.hpp"
 
 #include <algorithm>
 #include <array>
@@ -14,10 +12,6 @@
 
 namespace zqsp {
 
-namespace {
-
-/// Gives the blocks of a result another size, unless a few entries less are all there is to it. Raises on exhausted
-/// memory.
 void setCapacity(kxArray* array, unsigned capacity)
 {
     constexpr unsigned kFew = 64;
@@ -35,6 +29,8 @@ void setCapacity(kxArray* array, unsigned capacity)
     }
     array->nzmax = capacity;
 }
+
+namespace {
 
 constexpr unsigned kBlock = 4096; // entries that are looked at together, and put in order while a cache has them
 
@@ -67,7 +63,7 @@ class Sieve
         constexpr std::uint64_t kPaysForFilter = 4096;
         if (entries >= kPaysForFilter && set.count() <= kernels().costs.mostFewRows) {
             FewRows& few = few_.emplace();
-            std::visit([&](const auto& form) { form.forEach([&](unsigned row) { few.add(row); }); }, rows);
+            forEachIndex(rows, [&](unsigned row) { few.add(row); });
         }
     }
 
@@ -216,7 +212,9 @@ ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& sel
 
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns, bool sifts)
 {
-    const RowSet selected = selectedOf(rows, a.m);
+    RowSet selected(a.m);
+    addAll(selected, rows);
+    selected.rank();
     const auto* list = std::get_if<IndexList>(&rows);
     if (selected.count() < countOf(rows)) {
         // Short columns here and there are not worth a call each. (No more is copied than A has.)

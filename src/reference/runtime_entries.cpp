@@ -1,6 +1,5 @@
 // Reference for the runtime's own code, by ready-made lists and colon triples. Failures are raised here, and the
 // result keeps the operand's complexity.
-#include "core/operand_check.hpp"
 #include "reference/gather.hpp"
 #include "subscript/colon_range.hpp"
 

@@ -1,6 +1,7 @@
 #include "subscript/colon_range.hpp"
 
 #include "core/errors.hpp"
+#include "subscript/convert.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -22,26 +23,6 @@ bool isWhole(double value)
 double asWord(double value)
 {
     return isWhole(value) ? std::clamp(value, -kPastWords, kPastWords) : 0;
-}
-
-/// For more values than the runtime may allow, which raises its size error, and for those of a step that only rounding
-/// makes whole.
-spStatus convertWritten(const ColonRange& range, const ValueRules& rules, Subscript& form)
-{
-    unsigned count = 0;
-    Block<unsigned> indices = range.writtenWords(count);
-    for (unsigned i = 0; i < count; ++i) {
-        const int word = reinterpret_cast<const int*>(indices.get())[i];
-        // The end of the words stands for all that lies past it.
-        const double value = word == kLastWord && range[i] > word ? kPastWords : word;
-        if (!rules.accepts(value)) {
-            return rules.answerTo(value);
-        }
-        indices[i] = static_cast<unsigned>(word) - 1;
-    }
-    const bool falls = count > 1 && indices[1] < indices[0];
-    form = IndexList(std::move(indices), count, falls ? Order::kDescending : Order::kAscending);
-    return spOK;
 }
 
 } // namespace
@@ -128,17 +109,24 @@ std::optional<double> ColonRange::firstRefused(const ValueRules& rules) const
     return above == 0 ? 0 : above + step_;
 }
 
-std::optional<IndexRange> ColonRange::indices() const
+std::optional<double> ColonRange::convert(const ValueRules& rules, Subscript& form) const
 {
-    if (!isCounted_ || (count_ > 1 && !(isWhole(step_) && std::abs(step_) <= kLastWord))) {
+    if (const auto refused = firstRefused(rules)) {
+        return refused;
+    }
+    if (isCounted_ && count_ == 0) {
+        form = IndexRange();
         return std::nullopt;
     }
-    if (count_ == 0) {
-        return IndexRange();
+    if (count_ == 1 || (count_ > 1 && isWhole(step_) && std::abs(step_) <= kLastWord)) {
+        const auto last = static_cast<unsigned>((*this)[count_ - 1]);
+        form =
+            IndexRange(static_cast<unsigned>(start_) - 1, last - 1, count_ == 1 ? 1 : static_cast<int>(step_), count_);
+        return std::nullopt;
     }
-    const auto first = static_cast<unsigned>(start_) - 1;
-    const auto last = static_cast<unsigned>((*this)[count_ - 1]) - 1;
-    return IndexRange(first, last, count_ == 1 ? 1 : static_cast<int>(step_), count_);
+    // Too many values, of which the runtime makes its size error, or a step that only rounding makes whole.
+    const ArrayOwner written(kxColonop(start_, step_, stop_, kxDOUBLE_CLASS));
+    return convertNumbers(written.get(), rules, form);
 }
 
 spStatus convertColonObject(const kxArray* subscript, const Extent& extent, Subscript& form)
@@ -155,14 +143,8 @@ spStatus convertColonObject(const kxArray* subscript, const Extent& extent, Subs
     }
     ValueRules rules = ValueRules::forNumbers(kxINT32_CLASS, extent);
     rules.limit = std::min(rules.limit, static_cast<unsigned>(kLastWord));
-    if (const auto refused = range.firstRefused(rules)) {
-        return rules.answerTo(asWord(*refused));
-    }
-    if (const auto indices = range.indices()) {
-        form = *indices;
-        return spOK;
-    }
-    return convertWritten(range, rules, form);
+    const auto refused = range.convert(rules, form);
+    return refused ? rules.answerTo(asWord(*refused)) : spOK;
 }
 
 spStatus convertIntegralRange(int start, int step, int stop, const Extent& extent, IndexRange& range)

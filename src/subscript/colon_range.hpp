@@ -25,24 +25,16 @@ class ColonRange
     /// taken: by the length of the colon object. 0 where the values are, or with that step would be, more than the
     /// maximum number of elements, of which the runtime makes its size error.
     [[nodiscard]] unsigned count() const { return count_; }
-    double operator[](unsigned i) const;
     /// The highest value.
     [[nodiscard]] double highest() const { return count_ == 0 ? 0 : (*this)[step_ > 0 ? count_ - 1 : 0]; }
-    /// The first of these values that is not accepted, or one of which the rules say the same. O(1) for a whole step;
-    /// for another, the steps until it shows.
-    [[nodiscard]] std::optional<double> firstRefused(const ValueRules& rules) const;
-    /// Once no value is refused, the indices as a range, if that is what they are.
-    [[nodiscard]] std::optional<IndexRange> indices() const;
-
-    /// The values as the runtime writes them out: in a row of doubles, or as signed words (a fraction as 0, what lies
-    /// past the words as their end).
-    [[nodiscard]] ArrayOwner written() const { return ArrayOwner(kxColonop(start_, step_, stop_, kxDOUBLE_CLASS)); }
-    [[nodiscard]] Block<unsigned> writtenWords(unsigned& count) const
-    {
-        return Block<unsigned>(kxSignedIndexColonop(start_, step_, stop_, &count));
-    }
+    /// Converts the values to 0-based indices; gives the first of them that is refused, or one of which the rules say
+    /// the same, with `form` untouched. O(1) for a whole step; for another, the steps until it shows.
+    [[nodiscard]] std::optional<double> convert(const ValueRules& rules, Subscript& form) const;
 
   private:
+    double operator[](unsigned i) const;
+    [[nodiscard]] std::optional<double> firstRefused(const ValueRules& rules) const;
+
     double start_ = 0;
     double step_ = 0;
     double stop_ = 0;

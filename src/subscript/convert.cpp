@@ -8,18 +8,12 @@ namespace {
 
 spStatus convertMask(const LogicalMask& mask, const Extent& extent, Subscript& form)
 {
-    // A mask may be longer than the extent as long as nothing out there is true.
-    if (mask.length > extent.limit && nextTrue(mask.values, extent.limit, mask.length) != mask.length) {
+    if (mask.length > extent.limit) {
         return extent.outOfRange;
     }
-    if (mask.trueCount == 0) {
-        form = IndexRange();
-        return spOK;
-    }
     const unsigned first = nextTrue(mask.values, 0, mask.length);
-    const unsigned last = mask.highest();
-    if (last - first == mask.trueCount - 1) {
-        form = IndexRange(first, last, 1, mask.trueCount);
+    if (mask.length - first == mask.trueCount) {
+        form = IndexRange(first, mask.highest(), 1, mask.trueCount);
     } else {
         form = mask;
     }
@@ -72,7 +66,8 @@ LogicalMask maskOf(const kxArray* subscript)
 {
     const auto* values = reinterpret_cast<const unsigned char*>(kxGetLogicals(subscript));
     const auto length = static_cast<unsigned>(elementsOf(subscript));
-    return {values, length, countTrue(values, length)};
+    const unsigned trueCount = countTrue(values, length);
+    return {values, trueCount == 0 ? 0 : lastTrue(values, length) + 1, trueCount};
 }
 
 SparseLogicalMask sparseMaskOf(const kxArray* subscript)
@@ -85,8 +80,7 @@ spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscr
     if (isPlainNumber(subscript)) {
         const double value = *static_cast<const double*>(subscript->pr);
         if (ValueRules::forNumbers(kxDOUBLE_CLASS, extent).accepts(value)) {
-            const unsigned index = static_cast<unsigned>(value) - 1;
-            form = IndexRange(index, index, 1, 1);
+            form = IndexRange::single(static_cast<unsigned>(value) - 1);
             return spOK;
         }
     }

@@ -41,7 +41,8 @@ inline SubscriptKind kindOf(const kxArray* subscript)
     return SubscriptKind::kNumeric;
 }
 
-/// Views of logical subscripts, not yet validated.
+/// Views of logical subscripts, not yet validated. (A mask may be longer than the extent as long as nothing out there
+/// is true.)
 LogicalMask maskOf(const kxArray* subscript);
 SparseLogicalMask sparseMaskOf(const kxArray* subscript);
 

@@ -1,7 +1,7 @@
 // The four forms of a converted subscript. All indices are 0-based and below the extent they were converted for.
 //
-// Every form is a Selector: it knows how many positions it selects and hands them out in subscript order. Walking a
-// subscript of any form by runs of neighbours is RunWalk's business (subscript/runs.hpp).
+// Every form knows how many indices it selects, what is known of their order, and the highest. Handing them out is
+// subscript/walk.hpp's business.
 #ifndef ZQSP_SUBSCRIPT_FORMS_HPP
 #define ZQSP_SUBSCRIPT_FORMS_HPP
 
@@ -9,7 +9,6 @@
 #include "kernels/mask_bits.hpp"
 
 #include <algorithm>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -23,18 +22,6 @@ enum class Order
     kAscending,  ///< non-decreasing
     kDescending, ///< non-increasing
     kUnsorted
-};
-
-template <typename S>
-concept Selector = requires(const S& selector, void (*visit)(unsigned))
-{
-    {
-        selector.count()
-        } -> std::same_as<unsigned>;
-    {
-        selector.order()
-        } -> std::same_as<Order>;
-    selector.forEach(visit);
 };
 
 /// An arithmetic progression; all fields 0 when it selects nothing.
@@ -58,6 +45,7 @@ struct IndexRange
 
     /// 0, 1, ..., extent-1: what the bare colon selects.
     static IndexRange all(unsigned extent) { return {0, extent - 1, 1, extent}; }
+    static IndexRange single(unsigned index) { return {index, index, 1, 1}; }
 
     [[nodiscard]] unsigned count() const { return size; }
     [[nodiscard]] Order order() const { return stride < 0 ? Order::kDescending : Order::kAscending; }
@@ -79,15 +67,6 @@ struct IndexRange
     unsigned operator[](std::size_t i) const
     {
         return first + static_cast<unsigned>(i) * static_cast<unsigned>(stride);
-    }
-
-    template <typename F>
-    void forEach(F&& f) const
-    {
-        unsigned index = first;
-        for (unsigned i = 0; i < size; ++i, index += static_cast<unsigned>(stride)) {
-            f(index);
-        }
     }
 };
 
@@ -119,26 +98,10 @@ class IndexList
     /// Of a list that is not empty.
     [[nodiscard]] unsigned highest() const
     {
-        switch (order_) {
-        case Order::kAscending:
-            return indices_[count_ - 1];
-        case Order::kDescending:
-            return indices_[0];
-        case Order::kUnsorted:
-            break;
-        }
-        return *std::max_element(begin(), end());
+        return order_ == Order::kUnsorted ? *std::max_element(begin(), end()) : std::max(begin()[0], end()[-1]);
     }
     [[nodiscard]] const unsigned* begin() const { return indices_; }
     [[nodiscard]] const unsigned* end() const { return indices_ + count_; }
-
-    template <typename F>
-    void forEach(F&& f) const
-    {
-        for (unsigned i = 0; i < count_; ++i) {
-            f(indices_[i]);
-        }
-    }
 
   private:
     Block<unsigned> storage_; // empty when the indices are borrowed
@@ -147,7 +110,8 @@ class IndexList
     Order order_;
 };
 
-/// A full logical subscript seen through its bytes: the positions of the non-zero ones, ascending.
+/// A full logical subscript seen through its bytes: the positions of the non-zero ones, ascending. The last one seen is
+/// one of these.
 struct LogicalMask
 {
     const unsigned char* values = nullptr;
@@ -156,14 +120,7 @@ struct LogicalMask
 
     [[nodiscard]] unsigned count() const { return trueCount; }
     [[nodiscard]] Order order() const { return Order::kAscending; }
-    /// 0 when nothing is selected.
-    [[nodiscard]] unsigned highest() const { return trueCount == 0 ? 0 : lastTrue(values, length); }
-
-    template <typename F>
-    void forEach(F&& f) const
-    {
-        forEachTrue(values, length, std::forward<F>(f));
-    }
+    [[nodiscard]] unsigned highest() const { return length - 1; }
 };
 
 /// A sparse logical subscript of m rows and n columns: entry e of column c selects the position c*m + ir[e]. Stored
@@ -186,23 +143,10 @@ struct SparseLogicalMask
         const auto column = std::lower_bound(jc, jc + n, count()) - jc - 1; // the last that stores an entry
         return static_cast<std::uint64_t>(column) * m + ir[count() - 1];
     }
-
-    template <typename F>
-    void forEach(F&& f) const
-    {
-        unsigned offset = 0;
-        for (unsigned column = 0; column < n; ++column, offset += m) {
-            for (unsigned e = jc[column]; e < jc[column + 1]; ++e) {
-                f(offset + ir[e]);
-            }
-        }
-    }
 };
 
 /// A converted subscript.
 using Subscript = std::variant<IndexRange, IndexList, LogicalMask, SparseLogicalMask>;
-
-static_assert(Selector<IndexRange> && Selector<IndexList> && Selector<LogicalMask> && Selector<SparseLogicalMask>);
 
 inline unsigned countOf(const Subscript& subscript)
 {
@@ -234,6 +178,24 @@ inline Subscript borrowed(const Subscript& subscript)
         return *mask;
     }
     return std::get<SparseLogicalMask>(subscript);
+}
+
+/// Turns a descending subscript round. Whether it was one.
+inline bool turnIfDescending(Subscript& subscript)
+{
+    if (orderOf(subscript) != Order::kDescending) {
+        return false;
+    }
+    if (auto* range = std::get_if<IndexRange>(&subscript)) {
+        *range = range->ascending();
+    } else {
+        auto& list = std::get<IndexList>(subscript); // masks ascend
+        const unsigned count = list.count();
+        auto indices = list.take();
+        std::reverse(indices.get(), indices.get() + count);
+        subscript = IndexList(std::move(indices), count, Order::kAscending);
+    }
+    return true;
 }
 
 /// Whether the subscript is the run 0, 1, ..., extent-1.

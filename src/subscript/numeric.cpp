@@ -1,12 +1,12 @@
-// Numeric subscripts of every class, read in one pass: a block of values is tested and stored without a branch per
-// value, and only a block that holds a bad value is read again by the rules.
+// Numeric subscripts of every class, read in one pass, as doubles: a block of values is tested and stored without a
+// branch per value, and only a block that holds a bad value is read again by the rules.
 #include "kernels/kernels.hpp"
 #include "subscript/convert.hpp"
 
 #include <kx_element_types.hpp>
 
 #include <algorithm>
-#include <concepts>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <type_traits>
@@ -15,57 +15,20 @@ namespace zqsp {
 
 namespace {
 
-/// Stores value - 1 of each value. The answer is false when some value is not an integer in 1 .. highest, which is
-/// below 2^31; what is stored then is not meant to be used.
-template <typename T>
-bool storeIndices(const T* values, unsigned count, T highest, unsigned* indices)
-{
-    using Word = std::conditional_t<std::floating_point<T>, std::int32_t, T>;
-    bool allGood = true;
-    for (unsigned i = 0; i < count; ++i) {
-        const bool inRange = values[i] >= T(1) && values[i] <= highest;
-        const T value = inRange ? values[i] : T(1);
-        const auto word = static_cast<Word>(value);
-        indices[i] = static_cast<unsigned>(word) - 1U;
-        allGood &= inRange & (static_cast<T>(word) == value);
-    }
-    return allGood;
-}
+constexpr unsigned kBlock = 1024; // values; stays in the first-level cache between the readings
 
-bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
+/// The numbers first .. first+count-1 as doubles, where they are or, of another class, in `converted`, a block's room.
+const double* readNumbers(const kxArray* numbers, std::size_t first, unsigned count, double* converted)
 {
-    return kernels().storeIndices(values, count, highest, indices);
-}
-
-/// The largest value the branch-free pass may accept: the limit, as far as the class and a signed word reach.
-template <typename T>
-T highestPlainValue(const ValueRules& rules)
-{
-    const std::uint64_t highest = std::min<std::uint64_t>(
-        {rules.limit, static_cast<std::uint64_t>(rules.most), std::numeric_limits<std::int32_t>::max()});
-    if constexpr (std::integral<T>) {
-        return static_cast<T>(
-            std::min<std::uint64_t>(highest, static_cast<std::uint64_t>(std::numeric_limits<T>::max())));
-    } else if constexpr (std::same_as<T, float>) {
-        constexpr std::uint64_t kLastExactFloat = 1U << 24U; // beyond it singles round, and the rules must speak
-        return static_cast<T>(std::min(highest, kLastExactFloat));
-    } else {
-        return static_cast<T>(highest);
+    const kxClassID id = classOf(numbers);
+    if (id == kxDOUBLE_CLASS) {
+        return static_cast<const double*>(numbers->pr) + first;
     }
-}
-
-/// The same value by value; gives the first that is refused.
-template <typename T>
-std::optional<double> storeByRules(const T* values, unsigned count, const ValueRules& rules, unsigned* indices)
-{
-    for (unsigned i = 0; i < count; ++i) {
-        const auto value = static_cast<double>(values[i]);
-        if (!rules.accepts(value)) {
-            return value;
-        }
-        indices[i] = static_cast<unsigned>(value) - 1;
-    }
-    return std::nullopt;
+    kxWithElementType<std::uint8_t, std::uint16_t>(id, [&]<typename T>(std::type_identity<T>) {
+        const T* const values = static_cast<const T*>(numbers->pr) + first;
+        std::transform(values, values + count, converted, [](T value) { return static_cast<double>(value); });
+    });
+    return converted;
 }
 
 /// What is learnt of the order of a list while it is made.
@@ -104,33 +67,6 @@ class OrderWatch
     bool regular_ = true;
 };
 
-template <typename T>
-std::optional<double> storeAll(const T* values, unsigned count, const ValueRules& rules, unsigned* indices,
-                               OrderWatch& watch)
-{
-    constexpr unsigned kBlock = 1024; // stays in the first-level cache between the readings
-    const T highest = highestPlainValue<T>(rules);
-    for (unsigned done = 0, size = 0; done < count; done += size) {
-        size = std::min(kBlock, count - done);
-        if (!storeIndices(values + done, size, highest, indices + done)) {
-            if (const auto refused = storeByRules(values + done, size, rules, indices + done)) {
-                return refused;
-            }
-        }
-        watch.see(indices, done, done + size);
-    }
-    return std::nullopt;
-}
-
-/// f(values), of their class: the class is looked at once, outside the loop.
-template <typename F>
-auto withNumbers(const kxArray* numbers, F&& f)
-{
-    return kxWithElementType<std::uint8_t, std::uint16_t>(classOf(numbers), [&]<typename T>(std::type_identity<T>) {
-        return f(static_cast<const T*>(static_cast<const void*>(numbers->pr)));
-    });
-}
-
 bool isConvertible(kxClassID id)
 {
     constexpr unsigned kNoClass = 5;
@@ -163,34 +99,50 @@ Operand readableNumbers(const kxArray* subscript)
 std::optional<double> convertNumbers(const kxArray* numbers, const ValueRules& rules, Subscript& form)
 {
     const auto count = static_cast<unsigned>(elementsOf(numbers));
+    std::array<double, kBlock> converted;
     if (count == 1) { // needs no list
-        const double value = withNumbers(numbers, [](const auto* values) { return static_cast<double>(*values); });
+        const double value = *readNumbers(numbers, 0, 1, converted.data());
         if (!rules.accepts(value)) {
             return value;
         }
-        const unsigned index = static_cast<unsigned>(value) - 1;
-        form = IndexRange(index, index, 1, 1);
+        form = IndexRange::single(static_cast<unsigned>(value) - 1);
         return std::nullopt;
     }
+    constexpr double kLastSignedWord = std::numeric_limits<std::int32_t>::max();
+    const double highest = std::min({static_cast<double>(rules.limit), rules.most, kLastSignedWord});
     auto list = Block<unsigned>::make(count);
     OrderWatch watch;
-    const auto refused =
-        withNumbers(numbers, [&](const auto* values) { return storeAll(values, count, rules, list.get(), watch); });
-    if (!refused) {
-        form = simplestForm(std::move(list), count, watch);
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        size = std::min(kBlock, count - done);
+        const double* const values = readNumbers(numbers, done, size, converted.data());
+        unsigned* const indices = list.get() + done;
+        if (!kernels().storeIndices(values, size, highest, indices)) {
+            for (unsigned i = 0; i < size; ++i) {
+                if (!rules.accepts(values[i])) {
+                    return values[i];
+                }
+                indices[i] = static_cast<unsigned>(values[i]) - 1;
+            }
+        }
+        watch.see(list.get(), done, done + size);
     }
-    return refused;
+    form = simplestForm(std::move(list), count, watch);
+    return std::nullopt;
 }
 
 double highestNumber(const kxArray* numbers)
 {
-    return withNumbers(numbers, [count = elementsOf(numbers)](const auto* values) {
-        double highest = -std::numeric_limits<double>::infinity();
-        for (std::uint64_t i = 0; i < count; ++i) {
-            highest = std::max(highest, static_cast<double>(values[i])); // keeps its first argument before NaN
+    const std::uint64_t count = elementsOf(numbers);
+    std::array<double, kBlock> converted;
+    double highest = -std::numeric_limits<double>::infinity();
+    for (std::uint64_t done = 0; done < count; done += kBlock) {
+        const auto size = static_cast<unsigned>(std::min<std::uint64_t>(kBlock, count - done));
+        const double* const values = readNumbers(numbers, done, size, converted.data());
+        for (unsigned i = 0; i < size; ++i) {
+            highest = std::max(highest, values[i]); // keeps its first argument before NaN
         }
-        return highest;
-    });
+    }
+    return highest;
 }
 
 spStatus convertNumeric(const kxArray* subscript, const Extent& extent, Subscript& form)

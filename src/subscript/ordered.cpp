@@ -2,21 +2,12 @@
 
 #include "core/search.hpp"
 #include "core/sort.hpp"
-#include "subscript/runs.hpp"
 
 #include <algorithm>
 
 namespace zqsp {
 
 namespace {
-
-/// Marking takes a pass over the table, eight bytes a step, instead of a sort; and no more memory than the sort's
-/// order.
-bool markingIsCheaper(unsigned count, unsigned extent)
-{
-    constexpr unsigned kBytesPerIndex = 32;
-    return extent / kBytesPerIndex <= count;
-}
 
 /// Whether neighbours in a list are equal. All are looked at, which takes less than to ask after each.
 bool hasRepeats(const IndexList& list)
@@ -29,105 +20,41 @@ bool hasRepeats(const IndexList& list)
     return repeats != 0;
 }
 
-/// The numbers of a list with their places, by number and then by place.
-Block<Key> sortedKeys(const IndexList& list)
-{
-    const unsigned count = list.count();
-    auto keys = Block<Key>::make(count);
-    if (list.order() != Order::kDescending) {
-        for (unsigned p = 0; p < count; ++p) {
-            keys[p] = makeKey(list[p], p);
-        }
-        if (list.order() == Order::kUnsorted) {
-            KeySorter(count, list.highest()).sort(keys.get(), count);
-        }
-        return keys;
-    }
-    for (unsigned end = count, at = 0; end > 0;) { // equal ones keep their order
-        unsigned begin = end - 1;
-        while (begin > 0 && list[begin - 1] == list[begin]) {
-            --begin;
-        }
-        for (unsigned p = begin; p < end; ++p) {
-            keys[at++] = makeKey(list[p], p);
-        }
-        end = begin;
-    }
-    return keys;
-}
-
 } // namespace
 
 Ordered::Ordered(Subscript subscript, Repeats repeats) : form_(std::move(subscript)), named_(countOf(form_))
 {
     if (named_ == 0) {
         form_ = IndexRange();
-    } else if (auto* range = std::get_if<IndexRange>(&form_)) {
-        isReversed_ = range->stride < 0;
-        *range = range->ascending();
-    } else if (auto* list = std::get_if<IndexList>(&form_)) {
-        orderList(*list, repeats);
-    }
-    if (named_ > 0) {
-        lowest_ = firstOf(form_);
-        highest_ = highestOf(form_);
-    }
-}
-
-void Ordered::orderList(IndexList& list, Repeats repeats)
-{
-    const Order order = list.order();
-    if (order == Order::kAscending && (repeats == Repeats::kAll || !hasRepeats(list))) {
         return;
     }
-    if (repeats == Repeats::kNone) {
-        orderOnce(list);
-    } else if (order == Order::kDescending && !hasRepeats(list)) {
-        auto indices = list.take();
-        std::reverse(indices.get(), indices.get() + named_);
-        form_ = IndexList(std::move(indices), named_, Order::kAscending);
-        isReversed_ = true;
+    const auto* list = std::get_if<IndexList>(&form_);
+    const Order order = orderOf(form_);
+    const bool repeatsMatter = order == Order::kDescending || repeats == Repeats::kLast;
+    if (list != nullptr && (order == Order::kUnsorted || (repeatsMatter && hasRepeats(*list)))) {
+        sort(*list, repeats);
     } else {
-        orderWithSources(list, repeats == Repeats::kLast);
+        isReversed_ = turnIfDescending(form_);
     }
+    lowest_ = firstOf(form_);
+    highest_ = highestOf(form_);
 }
 
-void Ordered::orderOnce(IndexList& list)
+void Ordered::sort(const IndexList& list, Repeats repeats)
 {
-    const Order order = list.order();
-    if (order == Order::kUnsorted) {
-        const unsigned extent = list.highest() + 1;
-        if (markingIsCheaper(named_, extent)) {
-            marks_ = Block<unsigned char>::zeroed(extent);
-            for (const unsigned index : list) {
-                marks_[index] = 1;
-            }
-            form_ = LogicalMask{marks_.get(), extent, countTrue(marks_.get(), extent)};
-            return;
-        }
+    auto keys = Block<Key>::make(named_);
+    for (unsigned p = 0; p < named_; ++p) {
+        keys[p] = makeKey(list[p], p);
     }
-    auto indices = list.take();
-    unsigned* end = indices.get() + named_;
-    if (order == Order::kDescending) {
-        std::reverse(indices.get(), end);
-    } else if (order == Order::kUnsorted) {
-        std::sort(indices.get(), end);
-    }
-    end = std::unique(indices.get(), end);
-    const auto count = static_cast<unsigned>(end - indices.get());
-    form_ = IndexList(std::move(indices), count, Order::kAscending);
-}
-
-void Ordered::orderWithSources(const IndexList& list, bool lastOnly)
-{
-    const Block<Key> keys = sortedKeys(list);
+    KeySorter(named_, list.highest()).sort(keys.get(), named_);
     auto indices = Block<unsigned>::make(named_);
     sources_ = Block<unsigned>::make(named_);
     unsigned count = 0;
     for (unsigned p = 0; p < named_; ++p) { // what comes again is written over
         indices[count] = majorOf(keys[p]);
         sources_[count] = minorOf(keys[p]);
-        count += !lastOnly || p + 1 == named_ || majorOf(keys[p]) != majorOf(keys[p + 1]) ? 1U : 0U;
+        const bool isLast = p + 1 == named_ || majorOf(keys[p]) != majorOf(keys[p + 1]);
+        count += repeats == Repeats::kAll || isLast ? 1U : 0U;
     }
     form_ = IndexList(std::move(indices), count, Order::kAscending);
 }
@@ -161,7 +88,7 @@ Numbers::Numbers(const Subscript& subscript)
     } else {
         written_ = Block<unsigned>::make(countOf(subscript));
         unsigned* end = written_.get();
-        std::visit([&end](const auto& mask) { mask.forEach([&end](unsigned number) { *end++ = number; }); }, subscript);
+        forEachIndex(subscript, [&end](unsigned number) { *end++ = number; });
         list = written_.get();
     }
 }

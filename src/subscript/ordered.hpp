@@ -2,7 +2,7 @@
 #ifndef ZQSP_SUBSCRIPT_ORDERED_HPP
 #define ZQSP_SUBSCRIPT_ORDERED_HPP
 
-#include "subscript/forms.hpp"
+#include "subscript/walk.hpp"
 
 #include <cstdint>
 #include <utility>
@@ -12,14 +12,12 @@ namespace zqsp {
 /// What becomes of a number that a subscript names more than once.
 enum class Repeats
 {
-    kAll,  ///< it comes as often, in the order of the places that name it
-    kLast, ///< it comes once, for the last of them
-    kNone  ///< it comes once, and nobody asks for places: source() means nothing
+    kAll, ///< it comes as often, in the order of the places that name it
+    kLast ///< it comes once, for the last of them
 };
 
 /// The numbers that a subscript names, ascending, and the places of the subscript that name them. What is no list stays
-/// what it is, and so does a list that ascends; one that descends is reversed, any other sorted; or, where nobody asks
-/// for places, marked in a mask where that costs less.
+/// what it is, and so does a list that ascends; one that descends is reversed, any other sorted.
 class Ordered
 {
   public:
@@ -47,8 +45,7 @@ class Ordered
     template <typename F>
     void forEach(F&& f) const
     {
-        std::visit([&f](const auto& form) { form.forEach([&f, i = 0U](unsigned number) mutable { f(i++, number); }); },
-                   form_);
+        forEachIndex(form_, [&f, i = 0U](unsigned number) mutable { f(i++, number); });
     }
 
     /// The place that names the i-th number.
@@ -62,9 +59,7 @@ class Ordered
     [[nodiscard]] const unsigned* sources() const { return sources_.get(); }
 
   private:
-    void orderList(IndexList& list, Repeats repeats);
-    void orderOnce(IndexList& list);
-    void orderWithSources(const IndexList& list, bool lastOnly);
+    void sort(const IndexList& list, Repeats repeats);
 
     Subscript form_;
     unsigned named_; // numbers as the subscript names them
@@ -72,7 +67,6 @@ class Ordered
     unsigned highest_ = 0;
     bool isReversed_ = false;
     Block<unsigned> sources_;
-    Block<unsigned char> marks_; // what the mask of a marked list looks at
 };
 
 /// Numbers by their ranks: listed, or an arithmetic progression.
@@ -86,21 +80,6 @@ struct NumberView
     {
         return list != nullptr ? list[i] : first + static_cast<unsigned>(i) * stride;
     }
-
-    /// f(numbers) with what indexes them fastest: for loops that would ask each time what they are.
-    template <typename F>
-    decltype(auto) visit(F&& f) const
-    {
-        return list != nullptr ? f(list) : f(Progression{first, stride});
-    }
-
-  private:
-    struct Progression
-    {
-        unsigned first;
-        unsigned stride;
-        unsigned operator[](std::size_t i) const { return first + static_cast<unsigned>(i) * stride; }
-    };
 };
 
 /// The numbers of a subscript by their ranks. Those of a mask are written out; others are looked up where they are.

@@ -1,6 +1,6 @@
-// Assignments to few entries in huge extents: ranges stay ranges, and nothing is allocated by positions or height.
+// Assignments in huge extents, and to arrays with huge capacities: what is obtained for them, and what is not.
 #include "assign/cases.hpp"
-#include "assign/region_methods.hpp"
+#include "assign/region.hpp"
 #include "support/call.hpp"
 
 using namespace zqsp::test;
@@ -8,59 +8,16 @@ using namespace zqsp::test;
 namespace {
 
 constexpr unsigned kHigh = 0x7FFFFFFE;
-constexpr unsigned kHalf = 1000000000; // named by 1:2:2e9
-const Subscript kOdd = Subscript::range(1, 2, 2e9);
-const Subscript kOddDown = Subscript::range(2e9 - 1, -2, 1);
 const RightSide kZero = RightSide::scalar(0);
 const RightSide kSeven = RightSide::scalar(7);
 
-Model with(unsigned m, unsigned n, const std::map<Place, Value>& entries)
-{
-    Model a = Model::empty(kReal, m, n);
-    a.entries = entries;
-    return a.fit();
-}
-
-const Model kT = with(kHigh, 3, {{{0, 4}, 1}, {{0, 5}, 2}, {{1, kHalf}, 3}, {{1, kHigh - 1}, 4}, {{2, 0}, 5}});
-
 } // namespace
 
-TEST(HugeTargets, ProgressionsOfRowsCostTheEntries)
+/// But for the result's own blocks.
+TEST(HugeTargets, ARunTakesNoMemoryByItsLength)
 {
-    const LargestBlock small(1U << 14);
-    for (const Subscript& rows : {kOdd, kOddDown}) {
-        expectMakes(toRows(kT, rows, kZero), withCapacity(with(kHigh, 3, {{{0, 5}, 2}, {{1, kHigh - 1}, 4}}), 5));
-        Model left = kT;
-        left.entries.erase({1, kHalf});
-        expectMakes(toRegion(kT, rows, at({2}), kZero), withCapacity(left, 5));
-        const RightSide one = RightSide::of(with(kHalf, 2, {{{1, 1}, 9}}));
-        const unsigned row = rows.step > 0 ? 2 : 2 * kHalf - 4;
-        left.entries.erase({0, 4});
-        left.entries[{1, row}] = 9;
-        expectMakes(toRegion(kT, rows, Subscript::range(1, 1, 2), one), withCapacity(left, 5));
-    }
-}
-
-TEST(HugeTargets, ProgressionsOfPositionsCostTheEntries)
-{
-    const LargestBlock small(1U << 14);
-    const Model column = with(2 * kHalf, 1, {{{0, 3}, 1}, {{0, 4}, 2}, {{0, 2 * kHalf - 2}, 3}}); // the last in 1:3:2e9
-    const auto third = [](unsigned i) { return with(666666667, 1, {{{0, i}, 9}, {{0, 5}, 0}}); };
-    expectMakes(toElements(column, Subscript::range(1, 3, 2e9), RightSide::of(third(2))),
-                withCapacity(with(2 * kHalf, 1, {{{0, 4}, 2}, {{0, 6}, 9}}), 3));
-    expectMakes(toElements(column, Subscript::range(2e9 - 1, -3, 1), RightSide::of(third(0))),
-                withCapacity(with(2 * kHalf, 1, {{{0, 4}, 2}, {{0, 2 * kHalf - 2}, 9}}), 3));
-    expectMakes(toElements(with(5, 1, {{{0, 1}, 1}}), Subscript::range(2, 1, 2e9), kZero),
-                withCapacity(Model::empty(kReal, 2 * kHalf, 1), 1));
-    // a run takes no memory by its length but for the result's own blocks
     const LargestBlock result(1600000);
-    expectMakes(toElements(with(9, 1, {{{0, 1}, 1}}), Subscript::range(2, 1, 200000), kSeven), [] {
-        Model filled = with(200000, 1, {});
-        for (unsigned i = 1; i < filled.m; ++i) {
-            filled.entries[{0, i}] = 7;
-        }
-        return filled.fit();
-    }());
+    EXPECT_EQ("", checkOperation(toElements(withOnes(kReal, 9, 1, {{0, 1}}), Subscript::range(2, 1, 200000), kSeven)));
 }
 
 TEST(HugeTargets, SpareCapacityIsNotTakenAnew)
@@ -118,22 +75,12 @@ TEST(HugeTargets, TheSetOfRowsMayBeRefused)
     for (unsigned i = 0; i < 2000; ++i) {
         a.entries[{0, i * 500}] = 1;
     }
-    Model left = a.fit();
     std::vector<double> rows;
     for (unsigned i = 0; i < 200; ++i) {
         rows.push_back(i * i * 25 + 1.0);
-        left.entries.erase({0, i * i * 25});
     }
     const LargestBlock small(1U << 16);
-    expectMakes(toRegion(a, at(rows), Subscript::range(1, 1, 1), kZero), left);
-}
-
-TEST(HugeTargets, TheSizeOfAFreshRegionIsCheckedFirst)
-{
-    const LargestBlock small(1U << 14);
-    const Subscript side = Subscript::range(1, 1, 60000);
-    const Operation op = toRegion(Model::unset(), side, side, kSeven); // too large for the model
-    EXPECT_EQ("", makeAndCheck(Call(op), op, {Failure(kMaxSizeError), {}}).complaint);
+    EXPECT_EQ("", checkOperation(toRegion(a.fit(), at(rows), Subscript::range(1, 1, 1), kZero)));
 }
 
 TEST(HugeTargets, NewImaginaryPartsAreZeroToTheirEnd)

@@ -15,7 +15,7 @@ class KernelTableOfEntries : public KernelTable
         const unsigned first = draw(m);
         const unsigned size = draw(m - first + 1);
         return std::array<RowChoice, 4>{RankedRows{set}, UnmovedRows{set}, RowInterval{first, size},
-                                        RowGap{first, size}}[draw(4)];
+                                        OtherRows{first, size}}[draw(4)];
     }
 };
 

@@ -115,15 +115,4 @@ kxArray* kxColonop(double start, double step, double stop, kxClassID /*id*/)
     return array;
 }
 
-int* kxSignedIndexColonop(double start, double step, double stop, unsigned* count)
-{
-    *count = countOf(start, step, stop);
-    auto* indices = static_cast<int*>(kxMalloc(std::size_t{*count} * sizeof(int)));
-    for (unsigned i = 0; i < *count; ++i) {
-        const double value = std::clamp(start + i * step, -2147483648.0, 2147483647.0);
-        indices[i] = value == std::floor(value) ? static_cast<int>(value) : 0;
-    }
-    return indices;
-}
-
 } // namespace matrix::detail::noninlined::kx_array_api

@@ -52,36 +52,106 @@ TEST(Language, BracketsTellSignsAndQuotesBySpaces)
 
 TEST(Language, SubscriptsAndEnd)
 {
-    expectTrue({"isequal(A(end, end), 4) & issparse(A(end, end))", "isequal(A(end), 4) & issparse(A(end))",
-                "isequal(A(2:end, 1:end-1), [2 0; 0 3])", "v = [3 1]; isequal(A(v(end), :), [1 0 0])",
-                "isequal(A(A > 1), [2; 3; 4])", "isequal(A(:)(3, 1), 0)", "isequal(A(), A)",
-                "A(:, 2) = []; isequal(size(A), [3 2])", "A([1 3], :) = []; isequal(A, [2 0 0])",
-                "A(A == 2) = 9; isequal(A(:, 1), [1; 9; 0])", "e = []; A([], 1) = e; nnz(A) == 4",
+    expectTrue({"isequal(A(end, end), 4) & issparse(A(end, end))",
+                "isequal(A(end), 4) & issparse(A(end))",
+                "isequal(A(2:end, 1:end-1), [2 0; 0 3])",
+                "v = [3 1]; isequal(A(v(end), :), [1 0 0])",
+                "isequal(A(A > 1), [2; 3; 4])",
+                "isequal(A(:)(3, 1), 0)",
+                "isequal(A(), A)",
+                "A(:, 2) = []; isequal(size(A), [3 2])",
+                "A([1 3], :) = []; isequal(A, [2 0 0])",
+                "A(A == 2) = 9; isequal(A(:, 1), [1; 9; 0])",
+                "e = []; A([], 1) = e; nnz(A) == 4",
                 "v = 1:5; v(2) = []; isequal(v, [1 3 4 5])",
+                "v = [1 2]; w = v; w(2) = 7; isequal(v, [1 2])",
                 "v = [1 2; 3 4]; v(3, 3) = 7; isequal(v, [1 2 0; 3 4 0; 0 0 7]) & ~issparse(v)",
-                "s = 'sparse'; isequal(s(end:-1:1), 'esraps')", "N(2, 3) = 5; isequal(N, [0 0 0; 0 0 5]) & issparse(N)",
-                "N(end + 1) = 4; isequal(N, 4)", "i = int16([0 3]); i(1) = 700; isequal(i, int16([700 3]))",
+                "s = 'sparse'; isequal(s(end:-1:1), 'esraps')",
+                "N(2, 3) = 5; isequal(N, [0 0 0; 0 0 5]) & issparse(N)",
+                "N(end + 1) = 4; isequal(N, 4)",
+                "i = int16([0 3]); i(1) = 700; isequal(i, int16([700 3]))",
                 "A(3, :) = 0; B = A; C = A; B(:, 1) = []; C(C > 1) = -1; isequal(A, [1 0 0; 2 0 0; 0 0 0])",
                 "L = A > 2; B = L; C = L; L(L) = false; B(B) = []; isequal([nnz(L), numel(B), nnz(C)], [0 7 2])"},
                "A = sparse([1 2 3 3], [1 1 2 3], [1 2 3 4]); ");
 }
 
+Texts split(const std::string& list)
+{
+    Texts parts;
+    std::istringstream stream(list);
+    for (std::string part; std::getline(stream, part, '|');) {
+        parts.push_back(part);
+    }
+    return parts;
+}
+
+constexpr const char* kEquations =
+    "speye(2, 3) gives sparse([1 0 0; 0 1 0])|sparse(2, 2) gives sparse(zeros(2))|"
+    "nnz(sprand(9, 9, 0.2, 3)) gives 16|randperm(5, 2) gives [1 3 5 2 4]|randperm(8, 3) gives [1 7 3 6 5 2 8 4]|"
+    "reshape(F, 1, 4) gives [1 3 2 4]|find(sprand(100, 100, 0.0004, 9))' gives [127 4900 7144 9588]|"
+    "find(sprand(3, 3, 0.5))' gives [3 4 6 8 9]|zeros(1, 2) gives [0 0]|ones(2, 1) gives [1; 1]|"
+    "eye(2) gives [1 0; 0 1]|true gives 1 == 1|false(1, 2) gives [1 1] == 0|-Inf gives -1 / 0|"
+    "full(A) gives [1.5 0 0; 0 -2 7; 0 0 0; 0 0 8]|logical([2 0]) gives [true false]|double('a') gives 97|"
+    "single(0.1) == 0.1 gives false|complex(1, [2 3]) gives [1+2i 1+3i]|real(z) gives [1 3]|imag(z) gives [2 0]|"
+    "int8(300) gives int8(127)|uint8(-1) gives uint8(0)|int16(1e6) gives int16(32767)|"
+    "uint16(1e6) gives uint16(65535)|int32(2.5) gives int32(3)|uint32(-3) gives uint32(0)|size(A) gives [4 3]|"
+    "size(A, 2) gives 3|[numel(A) nnz(A) nzmax(A) length(A)] gives [12 4 4 4]|"
+    "[isempty([]) isempty(A) issparse(A)] gives [true false true]|class(A > 0) gives 'logical'|"
+    "find(A)' gives [1 6 10 12]|find(F > 2)' gives [2 4]|nonzeros(A)' gives [1.5 -2 7 8]|"
+    "sum(A) gives [1.5 -2 15]|sum(A, 2)' gives [1.5 5 0 8]|sum(A, 'all') gives 14.5|sum(z) gives 4+2i|"
+    "sum([1 2 3]) gives 6|min(A) gives [0 -2 0]|max(A) gives [1.5 0 8]|min(A, 2)' gives [0 -2 0 0]|"
+    "max(A, 'all') gives 8|min([NaN 2 1]) gives 1|max(int8([1 5])) gives int8(5)|any(A) gives true(1, 3)|"
+    "all(A) gives false(1, 3)|any(F > 3, 2)' gives [false true]|all(F, 'all') gives true|any([]) gives false|"
+    "diag(A) gives sparse([1.5; -2; 0])|diag(F)' gives [1 4]|diag([1 2]) gives [1 0; 0 2]|"
+    "diag(sparse([1 2])) gives sparse([1 0; 0 2])|tril(F) gives [1 0; 3 4]|triu(F, 1) gives [0 2; 0 0]|"
+    "triu(full(A)) gives [1.5 0 0; 0 -2 7; 0 0 0; 0 0 0]|spones(A) gives sparse([1 0 0; 0 1 1; 0 0 0; 0 0 1])|"
+    "abs([-1 2]) gives [1 2]|abs(3+4i) gives 5|abs(sparse([-1 0])) gives sparse([1 0])|"
+    "A' gives sparse([1.5 0 0 0; 0 -2 0 0; 0 7 0 8])|z' gives [1-2i; 3]|z.' gives [1+2i; 3]|"
+    "A' * A gives sparse([2.25 0 0; 0 4 -14; 0 -14 113])|F * F gives [7 10; 15 22]|"
+    "A .* A gives sparse([2.25 0 0; 0 4 49; 0 0 0; 0 0 64])|F .* [10; 100] gives [10 20; 300 400]|"
+    "F ./ [1 2] gives [1 1; 3 2]|F .^ 2 gives [1 4; 9 16]|2 .^ [1 2] gives [2 4]|F \\ [5; 11] gives [1; 2]|"
+    "~F gives false(2)|F > 1 & F < 4 gives [false true; true false]|"
+    "~(A > 0) gives sparse([1.5 0 0; 0 -2 7; 0 0 0; 0 0 8] <= 0)|"
+    "tril(A) gives sparse([1.5 0 0; 0 -2 0; 0 0 0; 0 0 8])|int64(1e10) gives int64(10000000000)|"
+    "sparse([1 1 2], [1 1 2], [2 3 -1]) gives sparse([5 0; 0 -1])|sparse(1, 1, true) gives sparse(true)|"
+    "find(sparse([2 1], [1 3], 1, 2, 3)) gives [2; 5]|imag(sparse(1, 1, 3+4i)) gives sparse(4)|"
+    "[int8(1) 2.5] gives int8([1 3])|[true 2] gives [1 2]|[speye(2); 5 6] gives sparse([1 0; 0 1; 5 6])";
+
+/// Of an expression and of another the value, class and storage are the same.
 TEST(Language, FunctionsOfArrays)
 {
-    expectTrue({"isequal(sparse([1 1 2], [1 1 2], [2 3 -1]), [5 0; 0 -1])",
-                "nnz(sparse([1 1], [1 1], [2 -2], 3, 3)) == 0", "isequal(class(sparse(1, 1, true)), 'logical')",
-                "isequal(find(sparse([2 1], [1 3], 1, 2, 3)), [2; 5])", "isequal(find([0 1; 1 0]), [2; 3])",
+    TestShell shell;
+    shell("A = sparse([1 2 2 4], [1 2 3 3], [1.5 -2 7 8], 4, 3); F = [1 2; 3 4]; z = [1+2i 3];");
+    const std::string gives = " gives ";
+    for (const std::string& equation : split(kEquations)) {
+        const std::size_t at = equation.find(gives);
+        shell("x = " + equation.substr(0, at) + "; y = " + equation.substr(at + gives.size()) + ";");
+        EXPECT_EQ(shell.errors(), "") << equation;
+        EXPECT_EQ(shell("isequal(x, y) & isequal(class(x), class(y)) & issparse(x) == issparse(y)"), "ans = 1\n")
+            << equation << shell("x");
+    }
+    expectTrue({"nnz(sparse([1 1], [1 1], [2 -2], 3, 3)) == 0",
                 "R = real(sparse(1, [1 2], [3+4i 5i])); isequal(R, [3 0]) & nnz(R) == 1",
-                "isequal(imag(sparse(1, 1, 3+4i)), 4)", "isequal(real(complex([1 2], 5)), [1 2])",
-                "nnz(complex(speye(3), sparse(3, 3))) == 3", "isequal(reshape(speye(2), 1, 4), [1 0 0 1])",
-                "isequal(sparse([1 0 2]), [1 0 2])", "~isequal(1:3, [1 2 3]')", "isequal('ab', 'ab')",
-                "isequal(uint8([1 2]), [1 2])", "~isequal(uint64(1e30), 18446744073709551616)",
-                "isequal([speye(2); 5 6], [1 0; 0 1; 5 6]) & issparse([speye(2); 5 6])",
-                "isequal(size([sparse(0, 3); sparse(3, 0)]), [3 0])", "isequal(class([int8(1) 2.5]), 'int8')",
-                "isequal(class([true 2]), 'double')"});
-    expectPrinted({{"print('n:', 3, speye(2))", "n: 3 sparse double, 2-by-2, nnz 2\n"},
-                   {"x = 1; help = 2; x = 3; vars",
-                    "  help  full double, 1-by-1, 8 bytes\n  x     full double, 1-by-1, 8 bytes\n"}});
+                "nnz(complex(speye(3), sparse(3, 3))) == 3", "~isequal(1:3, [1 2 3]')", "isequal(uint8([1 2]), [1 2])",
+                "~isequal(uint64(1e30), 18446744073709551616)", "isequal(size([sparse(0, 3); sparse(3, 0)]), [3 0])",
+                "F = [1 2; 3 4]; isequal(F == 1 | F == 4, [true false; false true])",
+                "[i, j, v] = find(sparse([0 7; 3 0])); isequal([i j v], [2 1 3; 1 2 7])",
+                "abs(nonzeros(sprand(100, 100, 0.0004, 9))(1) - 0.2359402032) < 1e-10",
+                "tic; seconds = toc; seconds >= 0 & clock > 0 & argument == 0"});
+    expectPrinted(
+        {{"print('n:', 3, speye(2)), disp([1 2]), disp('text')",
+          "n: 3 sparse double, 2-by-2, nnz 2\nfull double, 1-by-2\n  1  2\ntext\n"},
+         {"x = 1; help = 2; x = 3; vars",
+          "  help  full double, 1-by-1, 8 bytes\n  x     full double, 1-by-1, 8 bytes\n"},
+         {"A = speye(4); z = [1i 3]; x = 1; clear x, vars, clear, vars",
+          "  A  sparse double, 4-by-4, nnz 4, 68 bytes\n  z  full complex double, 1-by-2, 32 bytes\n"
+          "  no variables yet\n"},
+         {"Inf, pi, 1 > 0, int8(-3), single(0.1), z = [1+2i 3]'",
+          "ans = Inf\nans = 3.141592654\nans = 1\nans = -3\nans = 0.1\n"
+          "z = full complex double, 2-by-1\n  1-2i\n  3+0i\n"},
+         {"printf('%d: %5.2f|%-5s|%s\\n', 3, pi, 'ab', 'cd'), printf('%d %d\\n', [1 2; 3 4])",
+          "3:  3.14|ab   |cd\n1 3\n2 4\n"},
+         {"printf('100%%\\n'), printf('%x %c %e %g\\n', 255, 107, 1.5, 1e10)", "100%\nff k 1.500000e+00 1e+10\n"}});
 }
 
 TEST(Language, OperatorsBindAndSpread)
@@ -111,16 +181,6 @@ TEST(Language, ControlFlow)
         {"for i = 1:2\n for j = 1:3\n  if j == 2, break, end\n  print(i, j)\n end\nend", "1 1\n2 1\n"},
         {"for k = zeros(0, 3), k, end, for k = 5:1, k, end, for k = 'ab', k, end", "k = 'a'\nk = 'b'\n"},
     });
-}
-
-Texts split(const std::string& list)
-{
-    Texts parts;
-    std::istringstream stream(list);
-    for (std::string part; std::getline(stream, part, '|');) {
-        parts.push_back(part);
-    }
-    return parts;
 }
 
 /// What a full array does under a subscript is what its sparse form does.

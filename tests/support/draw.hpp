@@ -1,12 +1,8 @@
-// The small draws that the generators are made of: from RapidCheck while a property runs, shrinking towards 0, or from
-// a source of one's own.
+// The small draws that the generators are made of, from whatever source is in use.
 #ifndef ZQSP_TESTS_SUPPORT_DRAW_HPP
 #define ZQSP_TESTS_SUPPORT_DRAW_HPP
 
-#ifndef ZQSP_TESTS_WITHOUT_RAPIDCHECK
-#include <rapidcheck.h>
-#endif
-
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <random>
@@ -15,7 +11,7 @@
 
 namespace zqsp::test {
 
-/// While one lives, it is asked instead of RapidCheck.
+/// While one lives, it is asked.
 class DrawSource
 {
   public:
@@ -43,18 +39,10 @@ class SeededDraws : public DrawSource
     std::mt19937_64 engine_;
 };
 
-/// One of 0 .. below-1, each as likely, whatever the size of the test case.
+/// One of 0 .. below-1, each as likely.
 inline unsigned draw(unsigned below)
 {
-    if (below <= 1) {
-        return 0;
-    }
-#ifndef ZQSP_TESTS_WITHOUT_RAPIDCHECK
-    if (DrawSource::current == nullptr) {
-        return *rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below));
-    }
-#endif
-    return DrawSource::current->next(below);
+    return below <= 1 ? 0 : DrawSource::current->next(below);
 }
 
 /// True once in so many times; shrinks to false.
@@ -72,16 +60,8 @@ T drawFrom(const std::vector<T>& choices)
 
 inline std::vector<unsigned> drawMany(std::size_t count, unsigned below)
 {
-#ifndef ZQSP_TESTS_WITHOUT_RAPIDCHECK
-    if (DrawSource::current == nullptr) {
-        const auto one = rc::gen::resize(rc::kNominalSize, rc::gen::inRange(0U, below));
-        return *rc::gen::container<std::vector<unsigned>>(count, one);
-    }
-#endif
     std::vector<unsigned> all(count);
-    for (unsigned& each : all) {
-        each = draw(below);
-    }
+    std::generate(all.begin(), all.end(), [below] { return draw(below); });
     return all;
 }
 

@@ -10,9 +10,8 @@
 //         });
 //     }
 //
-// The runs of a property are the same each time. RC_PARAMS ("seed=7 max_success=100000") asks for others; a failure
-// prints what reproduces it. Where RapidCheck is not at hand, as for other processors, the draws come from the seed
-// alone and do not shrink.
+// The runs of a property are the same each time. ZQSP_PROPERTY_SEED and ZQSP_PROPERTY_RUNS in the environment ask for
+// others; a failure prints the seed that repeats it at once.
 #ifndef ZQSP_TESTS_SUPPORT_GENERATORS_HPP
 #define ZQSP_TESTS_SUPPORT_GENERATORS_HPP
 
@@ -87,6 +86,9 @@ RightSide drawRightSide(unsigned count);
 
 // ---- Properties ----
 
+/// The number that a variable of the environment gives.
+std::uint64_t setting(const char* name, std::uint64_t otherwise);
+
 /// Fails the running property with this text unless it is "".
 void requireNone(const std::string& complaint);
 
@@ -94,7 +96,7 @@ void requireNone(const std::string& complaint);
 void holds(const Operation& operation);
 
 /// Checks a property, which draws its operands and asserts, `runs` times within a gtest test.
-void property(int runs, const std::function<void()>& body);
+void property(unsigned runs, const std::function<void()>& body);
 
 } // namespace zqsp::test
 

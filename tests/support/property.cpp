@@ -2,12 +2,8 @@
 #include "support/generators.hpp"
 #include "support/tables.hpp"
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -21,85 +17,85 @@ namespace {
 #endif
 #endif
 #if defined(__SANITIZE_ADDRESS__) || defined(ZQSP_TESTS_SANITIZED)
-constexpr int kRunsDivisor = 5; // a tenth of the speed
+constexpr unsigned kRunsDivisor = 5; // a tenth of the speed
 #else
-constexpr int kRunsDivisor = 1;
+constexpr unsigned kRunsDivisor = 1;
 #endif
 
-#ifdef ZQSP_TESTS_WITHOUT_RAPIDCHECK
-struct Params
+using Draws = std::vector<unsigned>;
+
+/// Gives draws that were made before, and nothing but 0 behind them.
+class GivenDraws : public DrawSource
 {
-    std::uint64_t seed = 1;
-    int maxSuccess = 100;
+  public:
+    explicit GivenDraws(const Draws& given) : given_(given) {}
+    unsigned next(unsigned bound) override { return at_ < given_.size() ? std::min(given_[at_++], bound - 1) : 0; }
+
+  private:
+    const Draws& given_;
+    std::size_t at_ = 0;
 };
 
-/// RC_PARAMS is "seed=7 max_success=100" here, in this order.
-Params paramsAskedFor()
+/// Remembers what it draws.
+class RememberedDraws : public SeededDraws
 {
-    Params params;
-    unsigned long long seed = 0;
-    if (std::sscanf(std::getenv("RC_PARAMS"), "seed=%llu max_success=%d", &seed, &params.maxSuccess) != 2) {
-        throw std::invalid_argument("RC_PARAMS must be \"seed=NUMBER max_success=NUMBER\"");
+  public:
+    using SeededDraws::SeededDraws;
+    unsigned next(unsigned bound) override
+    {
+        made.push_back(SeededDraws::next(bound));
+        return made.back();
     }
-    params.seed = seed;
-    return params;
-}
 
-std::string failureOf(const std::function<void()>& body, const std::string& /*id*/, const Params& params)
+    Draws made = {};
+};
+
+/// What the property has to say against itself, with the draws in use.
+std::string complaintOf(const std::function<void()>& body)
 {
-    const SeededDraws draws(params.seed);
     try {
-        for (int run = 0; run < params.maxSuccess; ++run) {
-            body();
-        }
+        body();
+        return "";
     } catch (const std::exception& failure) {
         return failure.what();
     }
-    return "";
-}
-#else
-using Params = rc::detail::TestParams;
-
-Params paramsAskedFor()
-{
-    return rc::detail::configuration().testParams;
 }
 
-std::string failureOf(const std::function<void()>& body, const std::string& id, const Params& params)
+/// The complaint about simpler draws that fail as well: as many as can be are 0.
+std::string simplest(const std::function<void()>& body, Draws draws, std::string complaint)
 {
-    rc::detail::TestMetadata metadata;
-    metadata.id = id;
-    const rc::detail::TestResult result = rc::detail::checkTestable(body, metadata, params);
-    if (result.is<rc::detail::SuccessResult>()) {
-        return "";
+    for (const std::size_t length : {256U, 16U, 1U}) {
+        for (std::size_t at = 0; at < draws.size(); at += length) {
+            Draws simpler = draws;
+            std::fill_n(simpler.data() + at, std::min<std::size_t>(length, draws.size() - at), 0U);
+            const GivenDraws given(simpler);
+            if (const std::string still = complaintOf(body); !still.empty()) {
+                complaint = still;
+                draws = std::move(simpler);
+            }
+        }
     }
-    if (result.is<rc::detail::FailureResult>()) {
-        return result.get<rc::detail::FailureResult>().description; // the draws themselves tell nobody anything
-    }
-    std::ostringstream text;
-    rc::detail::printResultMessage(result, text);
-    return text.str();
+    return complaint;
 }
-#endif
 
-/// The runs asked for from a seed of its own for each property, or what RC_PARAMS says.
-Params paramsFor(const std::string& id, int runs)
+/// A seed of its own for each property: FNV-1a of the name, and far apart for those of one test.
+std::uint64_t seedOf(const std::string& id)
 {
-    if (std::getenv("RC_PARAMS") != nullptr) {
-        return paramsAskedFor();
-    }
     static std::map<std::string, std::uint64_t> checkedSoFar;
-    std::uint64_t seed = 14695981039346656037U; // FNV-1a of the name, then the ordinal within the test
+    std::uint64_t seed = 14695981039346656037U;
     for (const char c : id) {
         seed = (seed ^ static_cast<unsigned char>(c)) * 1099511628211U;
     }
-    Params params;
-    params.seed = seed + checkedSoFar[id]++;
-    params.maxSuccess = std::max(runs / kRunsDivisor, 1);
-    return params;
+    return seed + checkedSoFar[id]++ * 0x9E3779B97F4A7C15U;
 }
 
 } // namespace
+
+std::uint64_t setting(const char* name, std::uint64_t otherwise)
+{
+    const char* text = std::getenv(name);
+    return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+}
 
 void requireNone(const std::string& complaint)
 {
@@ -113,15 +109,20 @@ void holds(const Operation& operation)
     requireNone(checkOperation(operation));
 }
 
-void property(int runs, const std::function<void()>& body)
+void property(unsigned runs, const std::function<void()>& body)
 {
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
     const std::string id = std::string(test->test_suite_name()) + "/" + test->name();
-    const auto tables = static_cast<int>(availableKernels().size());
+    const auto tables = static_cast<unsigned>(availableKernels().size());
+    const std::uint64_t most = setting("ZQSP_PROPERTY_RUNS", std::max(runs / tables / kRunsDivisor, 1U));
     forEachTable([&](const Kernels& table) {
-        const Params params = paramsFor(id, std::max(runs / tables, 1));
-        if (const std::string failure = failureOf(body, id, params); !failure.empty()) {
-            FAIL() << failure << "\nloops: " << table.name << "\nseed=" << params.seed;
+        std::uint64_t seed = setting("ZQSP_PROPERTY_SEED", seedOf(id));
+        for (std::uint64_t run = 0; run < most; ++run, ++seed) {
+            RememberedDraws draws(seed);
+            if (const std::string complaint = complaintOf(body); !complaint.empty()) {
+                FAIL() << simplest(body, draws.made, complaint) << "\nloops: " << table.name
+                       << "\nZQSP_PROPERTY_SEED=" << seed;
+            }
         }
     });
 }

@@ -1,11 +1,9 @@
 // Sizes at the ends of what the runtime, 32 bits and the memory allow: each call gives what the model says, or the
 // error of the limit that it breaks with its target byte for byte as it was and nothing leaked.
 #include "support/call.hpp"
-#include "support/draw.hpp"
 #include "support/patterns.hpp"
-#include "system/any_operation.hpp"
 
-#include <sstream>
+#include <gtest/gtest.h>
 
 using namespace zqsp::test;
 
@@ -29,39 +27,7 @@ Model filledColumn(Storage storage, unsigned m)
     return a.fit();
 }
 
-class Limits : public testing::TestWithParam<Export>
-{
-};
-
 } // namespace
-
-/// The maximum is lowered to about the size of the operands once these exist.
-TEST_P(Limits, ALowerMaximum)
-{
-    const Export callee = GetParam();
-    unsigned decided = 0;
-    property(1000, [&] {
-        const Model drawn = drawModel(drawStorage());
-        const Model a = drawOneIn(2) ? drawn : reshaped(drawn, drawn.n, drawn.m);
-        const Operation op = drawOperation(callee, a, false);
-        const Outcome unlimited = predict(op);
-        const Call call(op);
-        const MaxElements limit(drawMaximum(op));
-        const Outcome expected = predict(op);
-        const std::string complaint = makeAndCheck(call, op, expected).complaint;
-        if (!complaint.empty()) {
-            std::ostringstream text;
-            text << op << "\n  at most " << kxGetMaxNumberOfElements() << " elements" << complaint;
-            requireNone(text.str());
-        }
-        decided += expected.ended == unlimited.ended ? 0 : 1;
-    });
-    const bool knowsTheMaximum = callee != Export::ReferenceByLists && callee != Export::Reshape;
-    EXPECT_EQ(decided > 0, knowsTheMaximum) << decided;
-}
-
-INSTANTIATE_TEST_SUITE_P(Exports, Limits, testing::ValuesIn(everyExport()),
-                         [](const auto& tested) { return nameOf(tested.param); });
 
 /// Calls whose result no memory holds, by the number of its columns or of its entries.
 TEST(Limits, ResultsPastMemory)
@@ -113,26 +79,6 @@ TEST(Limits, BlocksPast32BitsOfBytes)
           Operation{.callee = Export::Ass5, .a = cornered(kReal, 1, kSide), .b = kSeven, .i = all}}) {
         EXPECT_EQ("", makeAndCheck(Call(op), op, tooLarge).complaint) << op;
     }
-}
-
-/// What is left of the elements must fit a row.
-TEST(Limits, HundredsOfMillionsOfElements)
-{
-    const auto elements = [](const Model& a, const Subscript& s) {
-        return Operation{.callee = Export::DeleteElements, .a = a, .i = s};
-    };
-    const auto expectLeft = [=](const Model& a, const Subscript& deleted, Model expected) {
-        expected.nzmax = a.nzmax;
-        expectMakes(elements(a, deleted), expected); // too long for the model
-    };
-    // The bytes of the elements decide: as many doubles do not fit 32 bits, as many logicals do.
-    const Model tooWide = withOnes(kReal, 0x10000, 0x2000, {{0, 1}});
-    expectEnds(elements(tooWide, Subscript::list({1})), spCannotResizeToRowVector);
-    expectLeft(withOnes(kLogical, 0x10000, 0x2000, {{0, 1}, {0, 3}, {9, 9}}), Subscript::range(4, 1, 0x20000000),
-               withOnes(kLogical, 1, 3, {{1, 0}}));
-    const Storage int16Complex = {kxINT16_CLASS, true};
-    expectLeft(withOnes(int16Complex, 0x8000, 0x4000, {{9, 9}, {0x3FFF, 0x7FFE}}), Subscript::range(0x1FFFFFFE, -1, 1),
-               withOnes(int16Complex, 1, 2, {{0, 0}}));
 }
 
 /// Such subscripts are there before the maximum is lowered; all their elements count.

@@ -11,7 +11,7 @@ class Random : public testing::TestWithParam<Export>
   protected:
     /// So many calls on targets of each storage, drawn as target(storage).
     template <typename Target>
-    static void check(int runs, const std::vector<unsigned>& most, Target target)
+    static void check(unsigned runs, const std::vector<unsigned>& most, Target target)
     {
         for (const Storage storage : sparseStorages()) {
             property(runs, [&] { holds(drawOperation(GetParam(), target(storage), true, drawFrom(most))); });
@@ -38,6 +38,19 @@ TEST_P(Random, LongSubscripts)
         const unsigned rows = drawFrom<unsigned>({a.m, a.n, 1, elements});
         return rows == 0 ? a : reshaped(a, rows, elements / rows);
     });
+}
+
+/// The call runs out of memory with every operand byte for byte as it was and nothing leaked, or completes as
+/// predicted.
+TEST_P(Random, EveryAllocationFailsOnce)
+{
+    unsigned faults = 0;
+    property(1500, [&] {
+        const Export callee = GetParam();
+        requireNone(checkFaults(drawOperation(callee, drawTarget(callee, drawStorage()), false), &faults));
+    });
+    RecordProperty("faults", static_cast<int>(faults));
+    EXPECT_GT(faults, 100U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Exports, Random, testing::ValuesIn(everyExport()),

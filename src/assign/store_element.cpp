@@ -1,0 +1,61 @@
+#include "assign/store_element.hpp"
+
+#include "core/errors.hpp"
+#include "core/relay.hpp"
+#include "lookup/place_search.hpp"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+namespace zqsp {
+
+unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n)
+{
+    constexpr unsigned kMost = std::numeric_limits<std::int32_t>::max();
+    unsigned elements = 0;
+    const bool countable = kxCheckMN_nothrow(m, n, 1, &elements);
+    const unsigned cap = countable ? elements : std::numeric_limits<std::uint32_t>::max();
+    if (nzmax < kMost - kCapacityStep) {
+        return std::min(nzmax + kCapacityStep, cap);
+    }
+    if (nzmax < kMost) {
+        return std::min(nzmax + 1, cap);
+    }
+    if (!countable) {
+        raiseOutOfMemory();
+    }
+    return cap;
+}
+
+void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const RightSide& b,
+                  unsigned (*grown)(unsigned nzmax, unsigned m, unsigned n))
+{
+    const Columns before(A);
+    const Slot slot = findSlot(before, {row, column});
+    const unsigned at = slot.position;
+    const bool isZero = b.isNothing();
+    const bool becomesComplex = b.isComplex() && before.pi == nullptr;
+    if (slot.stored && !isZero && !becomesComplex) { // overwritten where it lies, within the present shape
+        withStorage(before, before, b.b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
+        return;
+    }
+    const bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
+    const unsigned capacity = isFull ? grown(before.nzmax, m, n) : before.nzmax;
+    if (isFull && before.nzmax > 0 && n <= before.n && !becomesComplex) { // the relay obtains nothing then
+        raiseCapacity(A, capacity);
+    }
+    Relay relay(A, {.capacity = capacity, .columns = std::max(n, before.n), .imaginaryPart = becomesComplex});
+    const Patch patch = {column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};
+    const Columns after = relay.after();
+    relay.commit(std::array{patch}, [&](const Patch&, unsigned) {
+        if (!isZero) {
+            after.ir[at] = row;
+            withStorage(after, after, b.b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
+        }
+    });
+    kxSetM(A, m);
+    kxSetN(A, n);
+}
+
+} // namespace zqsp

@@ -1,0 +1,25 @@
+// One value for one element, and the capacity that one entry more takes.
+#ifndef ZQSP_ASSIGN_STORE_ELEMENT_HPP
+#define ZQSP_ASSIGN_STORE_ELEMENT_HPP
+
+#include "assign/right_side.hpp"
+
+namespace zqsp {
+
+/// So many entries more is the capacity that a full target is given for one new entry: a deliberate small step.
+constexpr unsigned kCapacityStep = 10;
+
+/// The capacity that a full m-by-n target is given for one more entry where positions are assigned: a step more, as far
+/// as the matrix and the signed 32-bit range go, else one more. Raises the out-of-memory error where there is none.
+unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n);
+
+/// A(row,column) = b, one value, 0-based. The target becomes m-by-n, which cover the element, and which only an empty
+/// target may have more of now. A zero is not stored: it removes what is there. Where a new entry finds no room,
+/// grown(nzmax, m, n) is the capacity to come. A must be sparse and of b's class; it is unchanged where this raises.
+/// Cost: n + the entries behind the element.
+void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const RightSide& b,
+                  unsigned (*grown)(unsigned nzmax, unsigned m, unsigned n));
+
+} // namespace zqsp
+
+#endif
