@@ -8,6 +8,8 @@
 //     press(from, selected, to)                writes what is selected of kCount doubles, or bytes, and writes on up to
 //                                              kCount
 //     pressSome(from, count, ..., room)        the same of `count` doubles, or kCount if these are more, within `room`
+//     loadRows(rows, count)                    `count` rows, and behind them others that are below none
+//     below(rows, row)                         bits of those that are below a row
 //     numbersFrom(first)                       first, first + 1, ..., as new rows
 //     columnEnds(...)                          see moveSelectedBy()
 //     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass
