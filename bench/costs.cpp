@@ -201,7 +201,7 @@ Costs measured()
 {
     const auto factors = {2U, 4U, 8U, 16U};
     return {.mostRanked = lastFor({8, 16, 32, 48, 64, 96, 112, kMostRanked}, 0, ranks),
-            .mostFewRows = lastFor({1, 4, 16, 32, 64, 128, 256}, 0, filters),
+            .mostFewRows = lastFor({1, 4, 16, 32, 64, 96, 128, 256}, 0, filters),
             .rowsPerSifted = lastFor({128, 64, 32, 16, 8, 4, 3, 2}, 256, sifts),
             .entriesPerDeleted = lastFor({2, 4, 8, 16, 32, 64, 128}, 0, deletesByEntry),
             .intersectShortColumns = lastFor(factors, 1, [](unsigned factor) { return intersects(10, factor); }),

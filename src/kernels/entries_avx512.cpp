@@ -143,6 +143,13 @@ struct Lanes
 
     ZQSP_AVX512 static __m512i numbersFrom(unsigned first) { return _mm512_add_epi32(laneNumbers(), inAll(first)); }
 
+    /// Lanes behind `count` have all bits.
+    ZQSP_AVX512 static __m512i loadRows(const unsigned* rows, unsigned count)
+    {
+        return _mm512_mask_loadu_epi32(_mm512_set1_epi32(-1), lanesOf(count), rows);
+    }
+    ZQSP_AVX512 static unsigned below(__m512i rows, unsigned row) { return _mm512_cmplt_epu32_mask(rows, inAll(row)); }
+
     ZQSP_AVX512 static void storeRows(Choice choice, unsigned* to, std::size_t room)
     {
         const __m512i rows = _mm512_maskz_compress_epi32(choice.selected, choice.newRows);

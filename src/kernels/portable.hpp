@@ -19,6 +19,21 @@ Common intersect(const unsigned* first, unsigned firstCount, const unsigned* sec
                  unsigned* inFirst, unsigned* inSecond);
 void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts);
 
+/// stepsTo(), to be compiled for other processors, too.
+[[gnu::always_inline]] inline Steps stepsLoop(const unsigned* indices, unsigned count, unsigned expected)
+{
+    unsigned falls = 0;
+    unsigned rises = 0;
+    unsigned others = 0;
+    const unsigned* const before = indices - 1;
+    for (unsigned i = 0; i < count; ++i) {
+        falls |= indices[i] < before[i] ? 1U : 0U;
+        rises |= indices[i] > before[i] ? 1U : 0U;
+        others |= (indices[i] - before[i]) ^ expected;
+    }
+    return {falls != 0, rises != 0, others != 0};
+}
+
 // What is left to do where whole registers end.
 
 /// intersect() from given places of both lists on; `found` is what has been found so far.

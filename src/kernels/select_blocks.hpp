@@ -1,5 +1,5 @@
-// Selecting entries by whole registers: the text behind the tables that have such loops. Who includes this says first
-// what its functions are compiled for (ZQSP_LOOPS), and has a struct of Lanes:
+// Selecting, sifting and ranking by whole registers: the text behind the tables that have such loops. Who includes this
+// says first what its functions are compiled for (ZQSP_LOOPS), and has a struct of Lanes:
 //
 //     kCount                                   words in a register, at most sixteen
 //     Choice                                   new rows, and bits of those that are selected
@@ -8,6 +8,8 @@
 //     press(from, selected, to)                writes what is selected of kCount doubles, or bytes, and writes on up to
 //                                              kCount
 //     pressSome(from, count, ..., room)        the same of `count` doubles, or kCount if these are more, within `room`
+//     loadRows(rows, count)                    `count` rows, and behind them others that are below none
+//     below(rows, row)                         bits of those that are below a row
 //     numbersFrom(first)                       first, first + 1, ..., as new rows
 //     columnEnds(...)                          see moveSelectedBy()
 //     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass
@@ -296,6 +298,21 @@ ZQSP_LOOPS unsigned siftFewBy(const FewRows& few, const RowWord* rows, const uns
 }
 
 template <typename Lanes>
+ZQSP_LOOPS void rankRowsBy(const unsigned* rows, unsigned count, unsigned* ranks)
+{
+    const unsigned whole = count / Lanes::kCount * Lanes::kCount;
+    const auto last = Lanes::loadRows(rows + whole, count - whole);
+    for (unsigned i = 0; i < count; ++i) {
+        const unsigned row = rows[i];
+        unsigned rank = countOnesAtOnce(Lanes::below(last, row));
+        for (unsigned v = 0; v < whole; v += Lanes::kCount) {
+            rank += countOnesAtOnce(Lanes::below(Lanes::loadRows(rows + v, Lanes::kCount), row));
+        }
+        ranks[i] = rank;
+    }
+}
+
+template <typename Lanes>
 unsigned siftRowsBy(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
                     unsigned* found)
 {
@@ -310,6 +327,7 @@ void setEntriesBy(Kernels& table)
     table.moveSelected = moveSelectedBy<Lanes>;
     table.closeUp = closeUpBy<Lanes>;
     table.siftRows = siftRowsBy<Lanes>;
+    table.rankRows = rankRowsBy<Lanes>;
 }
 
 } // namespace

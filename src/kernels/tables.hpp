@@ -13,7 +13,8 @@ extern const Kernels table;
 }
 namespace avx2 {
 extern const Kernels table; ///< x86-64 only
-}
+Kernels makeTable();        ///< for other tables to begin with
+} // namespace avx2
 namespace avx512 {
 extern const Kernels table; ///< x86-64 only
 }

@@ -95,6 +95,10 @@ inline __m512i loadWords(__mmask16 lanes, const void* from)
 {
     return std::bit_cast<__m512i>(load(Words{}, lanes, from));
 }
+inline __m512i loadWords(__m512i other, __mmask16 lanes, const void* from)
+{
+    return std::bit_cast<__m512i>(load(std::bit_cast<Words>(other), lanes, from));
+}
 inline __m512d loadDoubles(__m512d other, __mmask8 lanes, const void* from)
 {
     return std::bit_cast<__m512d>(load(std::bit_cast<Doubles>(other), lanes, from));
@@ -174,6 +178,7 @@ inline constexpr __mmask16 kAll = 0xFFFF;
 #define _kandn_mask16 zqsp::emulated::kandn
 #define _kor_mask16 zqsp::emulated::kor
 #define _mm512_maskz_loadu_epi32 zqsp::emulated::loadWords
+#define _mm512_mask_loadu_epi32 zqsp::emulated::loadWords
 #define _mm512_mask_loadu_pd zqsp::emulated::loadDoubles
 #define _mm512_maskz_loadu_pd(lanes, from) zqsp::emulated::loadDoubles(_mm512_setzero_pd(), lanes, from)
 #define _mm512_mask_storeu_epi32(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Words>(a))
