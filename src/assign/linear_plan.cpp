@@ -1,10 +1,10 @@
 #include "assign/linear_plan.hpp"
 
 #include "assign/store_element.hpp"
+#include "core/search.hpp"
 #include "lookup/find_hits.hpp"
 
 #include <algorithm>
-#include <ranges>
 
 namespace zqsp {
 
@@ -16,8 +16,13 @@ template <typename F>
 void findSlots(const Columns& a, const LinearLayout& layout, NumberView positions, unsigned count, F&& slotOf)
 {
     const auto placeOf = [&](std::size_t i) { return layout.placeOf(positions[i]); };
-    const unsigned inside =
-        *std::ranges::partition_point(std::views::iota(0U, count), [&](unsigned i) { return placeOf(i).column < a.n; });
+    const struct
+    {
+        const LinearLayout& layout;
+        NumberView positions;
+        unsigned operator[](unsigned i) const { return layout.placeOf(positions[i]).column; }
+    } columns{layout, positions};
+    const unsigned inside = lowerBound(columns, 0, count, a.n);
     if (inside <= a.nnz()) {
         searchPlaces(a, inside, placeOf, [&](unsigned i, Slot slot) { slotOf(i, placeOf(i), slot); });
     } else { // a step or none leads from one to the next (cells/set-linear.mask5 7.4, 11)

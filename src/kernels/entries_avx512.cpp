@@ -41,7 +41,7 @@ class Filter
     }
 
     /// A bit for each of sixteen rows. (Of groups of rows that have none, one in five at most passes.)
-    ZQSP_AVX512 [[nodiscard]] unsigned passing(const unsigned* rows) const
+    [[nodiscard]] ZQSP_AVX512 unsigned passing(const unsigned* rows) const
     {
         const __m512i product = _mm512_mullo_epi32(_mm512_loadu_si512(rows), inAll(kHashMultiplier));
         const __m512i next = _mm512_slli_epi32(product, FewRows::kNext);
@@ -132,7 +132,7 @@ struct Lanes
             gone_ = _kor_mask16(gone_, _mm512_cmpeq_epi32_mask(old_, own));
             lowered_ = _mm512_mask_sub_epi32(lowered_, _mm512_cmpgt_epu32_mask(old_, own), lowered_, inAll(1));
         }
-        ZQSP_AVX512 [[nodiscard]] Choice choice() const { return {lowered_, _kandn_mask16(gone_, lanes_)}; }
+        [[nodiscard]] ZQSP_AVX512 Choice choice() const { return {lowered_, _kandn_mask16(gone_, lanes_)}; }
 
       private:
         __mmask16 lanes_;
@@ -162,6 +162,24 @@ struct Lanes
         const __m512d high = _mm512_maskz_compress_pd(highBits, _mm512_loadu_pd(from + kHalf));
         _mm512_storeu_pd(to, low);
         _mm512_storeu_pd(to + countOnesAtOnce(lowBits), high);
+    }
+
+    ZQSP_AVX512 static void pressSome(const double* from, unsigned count, unsigned selected, double* to,
+                                      std::size_t room)
+    {
+        constexpr unsigned kHalf = kLanes / 2;
+        const auto store = [](double* place, std::size_t rest, __mmask8 bits, __m512d values) ZQSP_AVX512 {
+            const unsigned written = rest >= kHalf ? kHalf : countOnesAtOnce(bits);
+            _mm512_mask_storeu_pd(place, static_cast<__mmask8>(lanesOf(written)),
+                                  _mm512_maskz_compress_pd(bits, values));
+        };
+        const __mmask16 lanes = lanesOf(count);
+        const auto lowBits = static_cast<__mmask8>(selected);
+        const __m512d low = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes), from);
+        const __m512d high = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes >> kHalf), from + kHalf);
+        store(to, room, lowBits, low);
+        const unsigned before = countOnesAtOnce(lowBits);
+        store(to + before, room - before, static_cast<__mmask8>(selected >> kHalf), high);
     }
 
     ZQSP_AVX512 static void press(const std::uint8_t* from, unsigned selected, std::uint8_t* to)

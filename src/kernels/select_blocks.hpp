@@ -6,7 +6,8 @@
 //     choose(rows, count, choice)              the Choice among `count` rows, at least one, or kCount if these are more
 //     storeRows(choice, to, room)              writes what is selected; where there is room, a register
 //     press(from, selected, to)                writes what is selected of kCount doubles, or bytes, and writes on up to
-//                                              kCount; may be in place
+//                                              kCount
+//     pressSome(from, count, ..., room)        the same of `count` doubles, or kCount if these are more, within `room`
 //     numbersFrom(first)                       first, first + 1, ..., as new rows
 //     columnEnds(...)                          see moveSelectedBy()
 //     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass
@@ -89,6 +90,16 @@ ZQSP_LOOPS inline typename Lanes::Choice chooseOf(const unsigned* rows, unsigned
     return Lanes::choose(rows, count, choice);
 }
 
+/// Some bytes, through a buffer.
+template <typename Lanes>
+ZQSP_LOOPS inline void pressBytes(const std::uint8_t* from, unsigned count, unsigned selected, std::uint8_t* to)
+{
+    std::array<std::uint8_t, Lanes::kCount> group{};
+    std::memcpy(group.data(), from, std::min(Lanes::kCount, count));
+    Lanes::press(group.data(), selected, group.data());
+    std::memcpy(to, group.data(), countOnesAtOnce(selected));
+}
+
 template <typename Lanes>
 class BlockMover
 {
@@ -157,12 +168,14 @@ class BlockMover
             next.prefetch(g);
             Lanes::press(values + std::size_t{g} * kCount, selection_.bits(g), to + selection_.before(g));
         }
-        for (unsigned g = whole; g * kCount < count; ++g) { // through a buffer
-            std::array<Word, kCount> group{};
-            std::memcpy(group.data(), values + std::size_t{g} * kCount,
-                        std::min(kCount, count - g * kCount) * sizeof(Word));
-            Lanes::press(group.data(), selection_.bits(g), group.data());
-            std::memcpy(to + selection_.before(g), group.data(), countOnesAtOnce(selection_.bits(g)) * sizeof(Word));
+        for (unsigned g = whole; g * kCount < count; ++g) {
+            const std::size_t at = selection_.before(g);
+            const Word* const from = values + std::size_t{g} * kCount;
+            if constexpr (sizeof(Word) == 1) {
+                pressBytes<Lanes>(from, count - g * kCount, selection_.bits(g), to + at);
+            } else {
+                Lanes::pressSome(from, count - g * kCount, selection_.bits(g), to + at, room - at);
+            }
         }
     }
 
@@ -171,7 +184,7 @@ class BlockMover
                     Next next) const
     {
         const auto move = [=, this](const auto* values, auto* places) {
-            moveWords(values + begin, count, places + at, room, next);
+            this->moveWords(values + begin, count, places + at, room, next);
         };
         if (from_.elementSize == 1) {
             move(reinterpret_cast<const std::uint8_t*>(from), reinterpret_cast<std::uint8_t*>(to));

@@ -137,7 +137,7 @@ template <typename Choice, typename Moves>
                                                        unsigned at, unsigned* ends)
 {
     constexpr unsigned kBlock = 1024;
-    std::array<unsigned, kBlock> places;
+    alignas(64) std::array<unsigned, kBlock> places;
     const unsigned* const rows = from.ir;
     unsigned* const newRows = to.ir;
     const unsigned last = jc[columns];

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace zqsp {
 
@@ -99,16 +100,19 @@ void findAtPlaces(const Columns& a, unsigned count, PlaceOf placeOf, OrdinalOf o
 {
     const HitList::Room room = hits.room(count);
     unsigned found = 0;
-    findPlaces(a, count, placeOf, [&](unsigned t, unsigned entry) {
+    searchPlaces(a, count, placeOf, [&](unsigned t, Slot slot) { // is written first, and stays where it is stored
         room.ordinals[found] = ordinalOf(t);
-        room.sources[found++] = entry;
+        room.sources[found] = slot.position;
+        found += slot.stored ? 1U : 0U;
     });
     hits.keep(found);
 }
 
-/// Positions in any order: each is searched in its column, or those only that a filter lets pass.
-void findBySearches(const Columns& a, const Subscript& positions, const EntryFilter* filter, HitList& hits)
+/// Positions in any order: each is searched in its column; or, once most of those before held nothing, those only that
+/// a filter of the entries in a span lets pass.
+void findBySearches(const Columns& a, const Subscript& positions, const PositionSpan* filtered, HitList& hits)
 {
+    std::optional<EntryFilter> filter;
     std::array<unsigned, IndexWalk::kBlock> passed;
     std::array<unsigned, IndexWalk::kBlock> ordinals;
     const FastDivisor byRows(a.m);
@@ -117,7 +121,7 @@ void findBySearches(const Columns& a, const Subscript& positions, const EntryFil
     for (auto block = walk.next(); !block.empty(); block = walk.next()) {
         auto count = static_cast<unsigned>(block.size());
         const unsigned* searched = block.data();
-        if (filter != nullptr) {
+        if (filter) {
             const NumberMoves moves{ordinals.data(), 0};
             count = selectEntries(searched, moves, 0, count, *filter, true, passed.data(), moves, 0);
             searched = passed.data();
@@ -127,8 +131,11 @@ void findBySearches(const Columns& a, const Subscript& positions, const EntryFil
             return Place{searched[t] - column * a.m, column};
         };
         findAtPlaces(
-            a, count, placeOf, [&](unsigned t) { return done + (filter != nullptr ? ordinals[t] : t); }, hits);
+            a, count, placeOf, [&](unsigned t) { return done + (filter ? ordinals[t] : t); }, hits);
         done += static_cast<unsigned>(block.size());
+        if (filtered != nullptr && !filter && hits.count() < done / 2) {
+            filter.emplace(a, *filtered);
+        }
     }
 }
 
@@ -150,37 +157,13 @@ void findInLargeMask(const Columns& a, const SparseLogicalMask& mask, HitList& h
     }
 }
 
-Positions formOf(const Subscript& positions)
-{
-    if (std::holds_alternative<IndexRange>(positions)) {
-        return Positions::kRange;
-    }
-    if (std::holds_alternative<LogicalMask>(positions)) {
-        return Positions::kMask;
-    }
-    if (std::holds_alternative<SparseLogicalMask>(positions)) {
-        return Positions::kSparseMask;
-    }
-    return orderOf(positions) == Order::kUnsorted ? Positions::kUnsorted : Positions::kSorted;
-}
-
-/// The lowest position, or for a mask 0.
-unsigned lowestOf(const Subscript& positions)
-{
-    if (const auto* range = std::get_if<IndexRange>(&positions)) {
-        return range->first;
-    }
-    const auto* list = std::get_if<IndexList>(&positions);
-    return list == nullptr ? 0 : *list->begin();
-}
-
 /// The entries that may be meant: of an unsorted list, all at positions of 32 bits.
 PositionSpan spanOf(const Columns& a, const Subscript& positions)
 {
     if (orderOf(positions) == Order::kUnsorted) {
         return {a, 0, static_cast<unsigned>(std::min<std::uint64_t>(std::uint64_t{a.m} * a.n - 1, UINT32_MAX))};
     }
-    return {a, lowestOf(positions), highestOf(positions)};
+    return {a, firstOf(positions), highestOf(positions)};
 }
 
 void find(LookupMethod method, const Columns& a, const PositionSpan& span, const Subscript& positions, HitList& hits)
@@ -201,11 +184,9 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
     case LookupMethod::kSearches:
         findBySearches(a, positions, nullptr, hits);
         break;
-    case LookupMethod::kFilteredSearches: {
-        const EntryFilter filter(a, span);
-        findBySearches(a, positions, &filter, hits);
+    case LookupMethod::kFilteredSearches:
+        findBySearches(a, positions, &span, hits);
         break;
-    }
     }
 }
 
@@ -223,8 +204,7 @@ void findHits(const Columns& a, const Subscript& positions, HitList& hits)
         findBySearches(a, positions, nullptr, hits);
     } else {
         const PositionSpan span = spanOf(a, positions);
-        const LookupMethod method =
-            chooseLookup({formOf(positions), countOf(positions), span.columns, span.entries()}, kernels().costs);
+        const LookupMethod method = chooseLookup(positions, span.columns, span.entries(), kernels().costs);
         noteMethod(method);
         find(method, a, span, positions, hits);
     }

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
 
 namespace zqsp {
@@ -89,20 +88,6 @@ class PlaceBatch
     std::array<unsigned, kSize> longOnes_;
 };
 
-/// f(t, batch, i) for t = 0 .. count-1 in this order, search t being the i-th of a batch that is narrowed.
-template <typename PlaceOf, typename F>
-void forEachNarrowed(const Columns& a, unsigned count, PlaceOf& placeOf, F&& f)
-{
-    PlaceBatch batch(a);
-    for (unsigned done = 0, size = 0; done < count; done += size) {
-        size = std::min(PlaceBatch::kSize, count - done);
-        batch.narrow(placeOf, done, size);
-        for (unsigned i = 0; i < size; ++i) {
-            f(done + i, batch, i);
-        }
-    }
-}
-
 /// Whether kComparedRows rows can be read from entry `begin` on: not too near the end of the block.
 inline bool canCompare(const Columns& a, unsigned begin)
 {
@@ -110,42 +95,28 @@ inline bool canCompare(const Columns& a, unsigned begin)
 }
 
 /// found(t, slot) for t = 0 .. count-1 in this order, `slot` being where placeOf(t) is stored in its column or would be
-/// inserted. Every column must be one of the matrix.
+/// inserted; each place is asked for once, in this order. Every column must be one of the matrix.
 template <typename PlaceOf, typename F>
 void searchPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
 {
-    forEachNarrowed(a, count, placeOf, [&, ir = a.ir](unsigned t, const PlaceBatch& batch, unsigned i) {
-        const unsigned row = batch.row(i);
-        const unsigned begin = batch.begin(i);
-        const unsigned length = batch.length(i);
-        if (!canCompare(a, begin)) {
-            found(t, findRow(ir, begin, begin + length, row));
-            return;
-        }
-        const unsigned rank = rankAmong(ir + begin, length, row);
-        const bool isSame = ir[begin + std::min(rank, kComparedRows - 1)] == row;
-        found(t, Slot{begin + rank, (static_cast<unsigned>(rank < length) & static_cast<unsigned>(isSame)) != 0});
-    });
-}
-
-/// found(t, position) for those t = 0 .. count-1, in this order, for which placeOf(t) is stored: at `position`. Half
-/// the comparisons of searchPlaces(), which has to know the rank of what is not stored as well.
-template <typename PlaceOf, typename F>
-void findPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
-{
-    forEachNarrowed(a, count, placeOf, [&, ir = a.ir](unsigned t, const PlaceBatch& batch, unsigned i) {
-        const unsigned begin = batch.begin(i);
-        const unsigned length = batch.length(i);
-        if (!canCompare(a, begin)) {
-            if (const Slot slot = findRow(ir, begin, begin + length, batch.row(i)); slot.stored) {
-                found(t, slot.position);
+    PlaceBatch batch(a);
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        size = std::min(PlaceBatch::kSize, count - done);
+        batch.narrow(placeOf, done, size);
+        for (unsigned i = 0; i < size; ++i) {
+            const unsigned row = batch.row(i);
+            const unsigned begin = batch.begin(i);
+            const unsigned length = batch.length(i);
+            if (!canCompare(a, begin)) {
+                found(done + i, findRow(a.ir, begin, begin + length, row));
+                continue;
             }
-            return;
+            const unsigned rank = rankAmong(a.ir + begin, length, row);
+            const bool isSame = a.ir[begin + std::min(rank, kComparedRows - 1)] == row;
+            found(done + i,
+                  Slot{begin + rank, (static_cast<unsigned>(rank < length) & static_cast<unsigned>(isSame)) != 0});
         }
-        if (const unsigned same = whichAmong(ir + begin, length, batch.row(i)); same != 0) {
-            found(t, begin + static_cast<unsigned>(std::countr_zero(same)));
-        }
-    });
+    }
 }
 
 } // namespace zqsp

@@ -23,11 +23,26 @@ struct Shape
     [[nodiscard]] bool isVector() const { return m == 1 || n == 1; }
 };
 
+/// An array of such a shape with room for `capacity` entries. The column starts of a row are still to be written, as
+/// cutIntoColumns() does; those of others are 0.
+ArrayOwner createShaped(const Columns& a, Shape shape, unsigned capacity)
+{
+    if (shape.m != 1 || shape.n == 1) {
+        return createLike(a, shape.m, shape.n, capacity);
+    }
+    ArrayOwner result = createLike(a, 1, 1, capacity);
+    auto starts = Block<unsigned>::make(shape.n + std::size_t{1});
+    kxFree(result->jc);
+    kxSetJc(result.get(), starts.release());
+    kxSetN(result.get(), shape.n);
+    return result;
+}
+
 /// The entries at neighbouring positions from `first` on, all from the first to the last.
 ArrayOwner gatherSpan(const Columns& a, const PositionSpan& span, unsigned first, Shape shape)
 {
     const unsigned count = span.entries();
-    ArrayOwner result = createLike(a, shape.m, shape.n, count);
+    ArrayOwner result = createShaped(a, shape, count);
     const Columns out(result.get());
     copyValues(out, 0, a, span.begin, count);
     EntryWalk(a, span.column, span.begin, first).write(span.end, out.ir, count);
@@ -46,7 +61,7 @@ ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitLi
     }
     Block<unsigned> ordinals = hits.takeOrdinals();
     const Block<unsigned> sources = hits.takeSources();
-    ArrayOwner result = createLike(a, shape.m, shape.n, 1);
+    ArrayOwner result = createShaped(a, shape, 1);
     kxFree(result->ir);
     kxSetIr(result.get(), ordinals.release());
     setCapacity(result.get(), capacity);

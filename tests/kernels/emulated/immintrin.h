@@ -100,9 +100,22 @@ inline __m512d loadDoubles(__m512d other, __mmask8 lanes, const void* from)
     return std::bit_cast<__m512d>(load(std::bit_cast<Doubles>(other), lanes, from));
 }
 
-inline unsigned signsOf(__m256i lanes)
+/// A bit for each lane of 256 bits whose highest bit is set.
+template <typename T>
+unsigned signsOf(__m256i lanes)
 {
-    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(lanes)));
+    return static_cast<unsigned>(sizeof(T) == sizeof(float) ? _mm256_movemask_ps(_mm256_castsi256_ps(lanes))
+                                                            : _mm256_movemask_pd(_mm256_castsi256_pd(lanes)));
+}
+template <typename T, typename Register>
+Register loadLanes(const void* from, __m256i lanes)
+{
+    return std::bit_cast<Register>(load(Lanes<T, sizeof lanes / sizeof(T)>{}, signsOf<T>(lanes), from));
+}
+template <typename T, typename Register>
+void storeLanes(void* to, __m256i lanes, Register a)
+{
+    store(to, signsOf<T>(lanes), std::bit_cast<Lanes<T, sizeof lanes / sizeof(T)>>(a));
 }
 
 template <typename Register>
@@ -165,13 +178,14 @@ inline constexpr __mmask16 kAll = 0xFFFF;
 #define _mm512_maskz_loadu_pd(lanes, from) zqsp::emulated::loadDoubles(_mm512_setzero_pd(), lanes, from)
 #define _mm512_mask_storeu_epi32(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Words>(a))
 #define _mm512_mask_storeu_pd(to, lanes, a) zqsp::emulated::store(to, lanes, std::bit_cast<zqsp::emulated::Doubles>(a))
-#undef _mm256_maskload_epi32 // that version's reads all lanes
-#define _mm256_maskload_epi32(from, lanes)                                                                             \
-    std::bit_cast<__m256i>(                                                                                            \
-        zqsp::emulated::load(zqsp::emulated::Lanes<std::uint32_t, 8>{}, zqsp::emulated::signsOf(lanes), from))
+#undef _mm256_maskload_epi32 // that version's read all lanes
+#define _mm256_maskload_epi32(from, lanes) zqsp::emulated::loadLanes<std::uint32_t, __m256i>(from, lanes)
+#undef _mm256_maskload_pd
+#define _mm256_maskload_pd(from, lanes) zqsp::emulated::loadLanes<double, __m256d>(from, lanes)
 #undef _mm256_maskstore_epi32
-#define _mm256_maskstore_epi32(to, lanes, a)                                                                           \
-    zqsp::emulated::store(to, zqsp::emulated::signsOf(lanes), std::bit_cast<zqsp::emulated::Lanes<std::uint32_t, 8>>(a))
+#define _mm256_maskstore_epi32(to, lanes, a) zqsp::emulated::storeLanes<std::uint32_t>(to, lanes, a)
+#undef _mm256_maskstore_pd
+#define _mm256_maskstore_pd(to, lanes, a) zqsp::emulated::storeLanes<double>(to, lanes, a)
 #undef _mm512_mullo_epi32 // that version's overflow, as the sanitizers say
 #define _mm512_mullo_epi32 zqsp::emulated::product
 #undef _mm256_mullo_epi32
