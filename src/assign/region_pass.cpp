@@ -11,7 +11,7 @@ namespace {
 
 constexpr unsigned kBlock = 1024; // entries, and columns, at a time: these stay in the nearest caches
 
-/// What is set in, and an array in which what stays is put together before it comes to its place.
+/// What is set in, and where what stays is put together before it comes to its place.
 struct Filling
 {
     const RightSide& b;
@@ -203,11 +203,16 @@ bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const R
                     .imaginaryPart = b.isComplex(),
                     .freshBlocks = true});
     const std::uint64_t atOnce = std::min<std::uint64_t>(filter.looks(), std::max(filter.longest(), kBlock));
-    const auto room = static_cast<unsigned>(std::min<std::uint64_t>(atOnce + kKernelSlack, a.nzmax));
-    const ArrayOwner aside(kxCreateSparseNumericMatrix(1, 1, room, a.classId, a.complexity()));
+    const std::size_t room = wholeRounds(atOnce + kKernelSlack);
+    const auto block = Block<std::byte>::make(room * (2 * a.elementSize + sizeof(unsigned)));
+    Columns aside = a; // the column starts mean nothing
+    aside.nzmax = static_cast<unsigned>(std::min<std::size_t>(room, UINT32_MAX));
+    aside.pr = block.get();
+    aside.pi = a.pi != nullptr ? block.get() + room * a.elementSize : nullptr;
+    aside.ir = reinterpret_cast<unsigned*>(block.get() + 2 * room * a.elementSize);
     const Numbers rows(region.rows.form());
     relay.commitAnew([&](const Columns& after) {
-        Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), Columns(aside.get())});
+        Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), aside});
     });
     return true;
 }
