@@ -75,14 +75,12 @@ TEST(HugeTargets, TheSetOfRowsMayBeRefused)
     for (unsigned i = 0; i < 2000; ++i) {
         a.entries[{0, i * 500}] = 1;
     }
-    Model left = a.fit();
     std::vector<double> rows;
     for (unsigned i = 0; i < 200; ++i) {
         rows.push_back(i * i * 25 + 1.0);
-        left.entries.erase({0, i * i * 25});
     }
     const LargestBlock small(1U << 16);
-    expectMakes(toRegion(a, at(rows), Subscript::range(1, 1, 1), kZero), left);
+    EXPECT_EQ("", checkOperation(toRegion(a.fit(), at(rows), Subscript::range(1, 1, 1), kZero)));
 }
 
 TEST(HugeTargets, NewImaginaryPartsAreZeroToTheirEnd)

@@ -27,14 +27,8 @@ bool namesFiles(std::string_view text)
 
 bool storesZero(const kxsh::Value& sparse)
 {
-    return kxsh::withElementType(sparse.classId(), [&]<typename T>(std::type_identity<T>) {
-        for (unsigned k = 0; k < sparse.entries(); ++k) {
-            if (sparse.data<T>()[k] == T{} && (!sparse.isComplex() || sparse.imagData<T>()[k] == T{})) {
-                return true;
-            }
-        }
-        return false;
-    });
+    const Model model = fromArray(sparse.get());
+    return std::ranges::any_of(model.entries, [](const auto& entry) { return entry.second == 0.0; });
 }
 
 /// Whether an error in the text must leave all variables as they were: it is one statement without others in it.

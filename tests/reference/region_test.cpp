@@ -1,4 +1,4 @@
-// A(I,:) and A(I,J): the choice of method, repeated rows, counts past 32 bits.
+// A(I,:) and A(I,J): columns of uncommon lengths, counts past 32 bits.
 #include "support/call.hpp"
 #include <gtest/gtest.h>
 
@@ -21,21 +21,6 @@ Model evenColumns(unsigned m, unsigned n, unsigned length, unsigned firstRow = 0
 }
 
 } // namespace
-
-/// At the ends of the rule. Repeated rows make the search set more capacity aside than there are entries, which tells
-/// the methods apart.
-TEST(RowReference, MethodIsChosenByTheRule)
-{
-    for (unsigned length = 1; length < 40; ++length) {
-        for (const unsigned m : {20 * length, 20 * length + 1, 50U, 51U}) {
-            const Model a = evenColumns(std::max(m, length), 2, length);
-            for (const double last : {1U, a.m}) {
-                EXPECT_EQ("",
-                          checkOperation({.callee = Export::Ref5, .a = a, .i = Subscript::list({1, 1, 1, 1, last})}));
-            }
-        }
-    }
-}
 
 /// A run of rows is cut out of very long columns and selected from what lies between them.
 TEST(RowReference, RunsOfRowsInColumnsOfAnyLength)

@@ -1,7 +1,5 @@
 #include "support/call.hpp"
 
-#include <gtest/gtest.h>
-
 #include <sstream>
 
 namespace zqsp::test {
@@ -99,19 +97,6 @@ std::string checkFaults(const Operation& operation, unsigned* faults)
         }
     }
     return "";
-}
-
-void expectEnds(const Operation& operation, const Failure& failure)
-{
-    EXPECT_EQ(predict(operation).ended, Ended(failure)) << operation;
-    EXPECT_EQ("", checkOperation(operation));
-}
-
-void expectMakes(const Operation& operation, const Model& expected)
-{
-    const Call call(operation);
-    EXPECT_EQ(run([&] { return call.make(nullptr); }), Ended()) << operation;
-    EXPECT_EQ("", diff(call.target(), expected)) << operation;
 }
 
 } // namespace zqsp::test

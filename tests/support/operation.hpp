@@ -82,11 +82,6 @@ std::string checkOperation(const Operation& operation);
 /// `faults`: where the number of injected failures is added up.
 std::string checkFaults(const Operation& operation, unsigned* faults = nullptr);
 
-/// Expects (gtest) that the call ends so, in the model as well; all else as checkOperation().
-void expectEnds(const Operation& operation, const Failure& failure);
-/// Expects that the call gives the target a content given by hand.
-void expectMakes(const Operation& operation, const Model& expected);
-
 std::ostream& operator<<(std::ostream& out, const Operation& operation);
 
 } // namespace zqsp::test

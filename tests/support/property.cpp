@@ -67,7 +67,7 @@ std::string simplest(const std::function<void()>& body, Draws draws, std::string
     for (const std::size_t length : {256U, 16U, 1U}) {
         for (std::size_t at = 0; at < draws.size(); at += length) {
             Draws simpler = draws;
-            std::fill(simpler.begin() + at, simpler.begin() + std::min(at + length, draws.size()), 0U);
+            std::fill_n(simpler.data() + at, std::min<std::size_t>(length, draws.size() - at), 0U);
             const GivenDraws given(simpler);
             if (const std::string still = complaintOf(body); !still.empty()) {
                 complaint = still;

@@ -53,7 +53,6 @@ std::string EvolvingMatrix::step()
         return "";
     }
     ++calls_[nameOf(next)];
-    callsAtLimits_ += isAtLimits_ ? 1 : 0;
     return make(drawOperation(next, model_, true));
 }
 
@@ -74,7 +73,6 @@ std::string EvolvingMatrix::make(const Operation& op)
         made = makeAndCheck(call, op, expected, failing);
         target_ = call.takeTarget();
     }
-    faults_ += made.faulted ? 1 : 0;
     if (made.complaint.empty() && made.ended.completed() && !isReference(op.callee)) {
         model_ = expected.result;
         model_.nzmax = target_->nzmax;

@@ -23,10 +23,6 @@ class EvolvingMatrix
 
     /// Calls made so far by the name of the export.
     [[nodiscard]] const std::map<std::string, unsigned long>& calls() const { return calls_; }
-    /// Those of them that were made on matrices at the limits.
-    [[nodiscard]] unsigned long callsAtLimits() const { return callsAtLimits_; }
-    /// Allocations that failed.
-    [[nodiscard]] unsigned long faults() const { return faults_; }
 
   private:
     void renew();
@@ -37,9 +33,7 @@ class EvolvingMatrix
     Array target_;
     bool isAtLimits_ = false;
     unsigned maximum_ = 0;
-    unsigned long callsAtLimits_ = 0;
     std::map<std::string, unsigned long> calls_;
-    unsigned long faults_ = 0;
 };
 
 } // namespace zqsp::test

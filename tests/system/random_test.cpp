@@ -40,5 +40,18 @@ TEST_P(Random, LongSubscripts)
     });
 }
 
+/// The call runs out of memory with every operand byte for byte as it was and nothing leaked, or completes as
+/// predicted.
+TEST_P(Random, EveryAllocationFailsOnce)
+{
+    unsigned faults = 0;
+    property(1500, [&] {
+        const Export callee = GetParam();
+        requireNone(checkFaults(drawOperation(callee, drawTarget(callee, drawStorage()), false), &faults));
+    });
+    RecordProperty("faults", static_cast<int>(faults));
+    EXPECT_GT(faults, 100U);
+}
+
 INSTANTIATE_TEST_SUITE_P(Exports, Random, testing::ValuesIn(everyExport()),
                          [](const auto& tested) { return nameOf(tested.param); });

@@ -32,14 +32,12 @@ std::vector<const zqsp::Kernels*> tablesAskedFor()
 TEST(Sequence, EveryExportOnOneEvolvingMatrix)
 {
     constexpr unsigned kSteps = 40;
-    const auto start = std::chrono::steady_clock::now();
-    const auto deadline = start + std::chrono::seconds(setting("ZQSP_SEQUENCE_SECONDS", kNoEnd));
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::seconds(setting("ZQSP_SEQUENCE_SECONDS", kNoEnd));
     const std::uint64_t most = setting("ZQSP_SEQUENCE_CALLS", 40000);
     std::uint64_t seed = setting("ZQSP_SEQUENCE_SEED", 1);
     std::map<std::string, unsigned long> calls;
     std::uint64_t made = 0;
-    unsigned long atLimits = 0;
-    unsigned long faults = 0;
     const std::size_t blocks = kxrt::live_blocks();
     const auto tables = tablesAskedFor();
     ASSERT_FALSE(tables.empty()) << "this processor has no such loops";
@@ -56,16 +54,9 @@ TEST(Sequence, EveryExportOnOneEvolvingMatrix)
             calls[name] += count;
             made += count;
         }
-        atLimits += matrix.callsAtLimits();
-        faults += matrix.faults();
     }
     zqsp::useKernels(*zqsp::availableKernels().front());
     EXPECT_EQ(blocks, kxrt::live_blocks());
-    for (const auto& [name, count] : calls) {
-        std::cout << name << ": " << count << " calls\n";
-    }
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    std::cout << made << " calls in " << seconds.count() << " s, " << atLimits << " of them at the limits; " << faults
-              << " allocations failed; the next seed is " << seed << "\n";
+    std::cout << made << " calls; the next seed is " << seed << "\n";
     EXPECT_EQ(everyExport().size(), calls.size()) << "an export was never called";
 }
