@@ -300,7 +300,8 @@ ZQSP_LOOPS unsigned siftFewBy(const FewRows& few, const RowWord* rows, const uns
 template <typename Lanes>
 ZQSP_LOOPS void rankRowsBy(const unsigned* rows, unsigned count, unsigned* ranks)
 {
-    const unsigned whole = count / Lanes::kCount * Lanes::kCount;
+    const unsigned before = count - std::min(count, 1U); // a register that is all of them stays loaded
+    const unsigned whole = before / Lanes::kCount * Lanes::kCount;
     const auto last = Lanes::loadRows(rows + whole, count - whole);
     for (unsigned i = 0; i < count; ++i) {
         const unsigned row = rows[i];
