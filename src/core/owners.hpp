@@ -50,7 +50,8 @@ class Block
     /// was.
     void resize(std::size_t count)
     {
-        data_ = static_cast<T*>(data_ == nullptr ? kxMalloc(count * sizeof(T)) : kxReallocExCheck(data_, count * sizeof(T)));
+        data_ = static_cast<T*>(data_ == nullptr ? kxMalloc(count * sizeof(T))
+                                                 : kxReallocExCheck(data_, count * sizeof(T)));
     }
 
     [[nodiscard]] T* get() const noexcept { return data_; }

@@ -5,15 +5,315 @@
 // fast as the portable loop: steps 2 to 3.4, counting by a set 1.4, by an interval 2, moving by ranks 2.3, ranking
 // columns of ten rows 1.2, of sixteen 1.8, of a hundred 2.2. Without gain: numbers to indices (1.0 to 1.2), moving by
 // other choices, sifting without a filter, intersecting (0.8 to 1), column starts; closing up gained 1.1 to 1.3.
-#include "kernels/avx2.hpp"
-
 #include "kernels/plain_loops.hpp"
 #include "kernels/portable.hpp"
 #include "kernels/tables.hpp"
 
+#include <cstdint>
+#include <immintrin.h>
+
+/// Marks a function of these loops. (Where the instructions are emulated, the emulation defines it empty.)
+#ifndef ZQSP_AVX2
+#define ZQSP_AVX2 __attribute__((target("avx2,popcnt")))
+#endif
+
+#define ZQSP_LOOPS ZQSP_AVX2
+#include "kernels/select_blocks.hpp"
+
 namespace zqsp::avx2 {
 
 namespace {
+
+constexpr unsigned kLanes = 8; // words of 32 bits in a register
+
+/// For each set of lanes their numbers, ascending, a byte each.
+constexpr auto kLanesIn = [] {
+    std::array<std::uint64_t, 1U << kLanes> numbers{};
+    for (unsigned lanes = 0; lanes < numbers.size(); ++lanes) {
+        for (unsigned lane = 0, bit = 0; lane < kLanes; ++lane) {
+            if ((lanes >> lane & 1U) != 0) {
+                numbers[lanes] |= std::uint64_t{lane} << bit;
+                bit += 8;
+            }
+        }
+    }
+    return numbers;
+}();
+
+/// The same of sets of four lanes of twice the size.
+constexpr auto kPairsIn = [] {
+    std::array<std::uint64_t, 1U << kLanes / 2> numbers{};
+    for (unsigned lanes = 0; lanes < numbers.size(); ++lanes) {
+        unsigned words = 0;
+        for (unsigned lane = 0; lane < kLanes / 2; ++lane) {
+            words |= (lanes >> lane & 1U) * 3 << 2 * lane;
+        }
+        numbers[lanes] = kLanesIn[words];
+    }
+    return numbers;
+}();
+
+ZQSP_AVX2 inline __m256i inAll(unsigned word)
+{
+    return _mm256_set1_epi32(static_cast<int>(word));
+}
+
+ZQSP_AVX2 inline __m256i load(const unsigned* words)
+{
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words));
+}
+
+ZQSP_AVX2 inline __m256i laneNumbers()
+{
+    return _mm256_set_epi32(7, 6, 5, 4, 3, 2, 1, 0);
+}
+
+/// All bits of the first `count` lanes.
+ZQSP_AVX2 inline __m256i lanesOf(unsigned count)
+{
+    return _mm256_cmpgt_epi32(inAll(std::min(count, kLanes)), laneNumbers());
+}
+
+ZQSP_AVX2 inline __m256i load(const unsigned* words, unsigned count)
+{
+    return count >= kLanes ? load(words) : _mm256_maskload_epi32(reinterpret_cast<const int*>(words), lanesOf(count));
+}
+
+/// The highest bits.
+ZQSP_AVX2 inline unsigned bitsOf(__m256i words)
+{
+    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(words)));
+}
+
+/// Whether words are below others; the comparison is a signed one.
+ZQSP_AVX2 inline __m256i areBelow(__m256i words, __m256i others)
+{
+    const __m256i sign = _mm256_set1_epi32(INT32_MIN);
+    return _mm256_cmpgt_epi32(_mm256_xor_si256(others, sign), _mm256_xor_si256(words, sign));
+}
+
+ZQSP_AVX2 inline __m256i widened(std::uint64_t bytes)
+{
+    return _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<std::int64_t>(bytes)));
+}
+
+/// Those of four doubles that are selected, in the lowest places.
+ZQSP_AVX2 inline __m256i pressed(__m256d values, unsigned selected)
+{
+    return _mm256_permutevar8x32_epi32(_mm256_castpd_si256(values), widened(kPairsIn[selected]));
+}
+
+/// All bits of the first `count` of four lanes.
+ZQSP_AVX2 inline __m256i pairsOf(unsigned count)
+{
+    return _mm256_cmpgt_epi64(_mm256_set1_epi64x(count), _mm256_set_epi64x(3, 2, 1, 0));
+}
+
+ZQSP_AVX2 inline __m256d loadSome(const double* from, unsigned count)
+{
+    return _mm256_maskload_pd(from, pairsOf(count));
+}
+
+ZQSP_AVX2 inline void storeSome(double* to, std::size_t room, __m256i values, unsigned count)
+{
+    if (room >= kLanes / 2) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), values);
+    } else {
+        _mm256_maskstore_pd(to, pairsOf(count), _mm256_castsi256_pd(values));
+    }
+}
+
+/// How many bits are set, by fours of them (Mula, Kurz and Lemire, 2018).
+ZQSP_AVX2 inline __m256i onesIn(__m256i words)
+{
+    const __m256i counts = _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4));
+    const __m256i four = _mm256_set1_epi8(15);
+    const __m256i low = _mm256_shuffle_epi8(counts, _mm256_and_si256(words, four));
+    const __m256i high = _mm256_shuffle_epi8(counts, _mm256_and_si256(_mm256_srli_epi32(words, 4), four));
+    const __m256i pairs = _mm256_maddubs_epi16(_mm256_add_epi8(low, high), _mm256_set1_epi8(1));
+    return _mm256_madd_epi16(pairs, _mm256_set1_epi16(1));
+}
+
+/// The words of a ranked set that two rows lie in, and those of two rows behind the next.
+ZQSP_AVX2 inline __m256 wordsOf(const unsigned* rows, const RowWord* words)
+{
+    const auto two = [words](const unsigned* pair) ZQSP_AVX2 {
+        const auto* const first = reinterpret_cast<const __m128i*>(words + pair[0] / RowWord::kBits);
+        const auto* const second = reinterpret_cast<const __m64*>(words + pair[1] / RowWord::kBits);
+        return _mm_loadh_pi(_mm_castsi128_ps(_mm_loadl_epi64(first)), second);
+    };
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(two(rows)), two(rows + kLanes / 2), 1);
+}
+
+/// FewRows in registers, their words laid over one another until eight of them are left.
+class Filter
+{
+  public:
+    ZQSP_AVX2 explicit Filter(const FewRows& few) : first_(folded(few.first())), second_(folded(few.second())) {}
+
+    /// A bit for each of eight rows.
+    [[nodiscard]] ZQSP_AVX2 unsigned passing(const unsigned* rows) const
+    {
+        const __m256i product = _mm256_mullo_epi32(load(rows), inAll(kHashMultiplier));
+        const __m256i next = _mm256_slli_epi32(product, FewRows::kNext);
+        const __m256i both = _mm256_and_si256(named(first_, product), named(second_, next));
+        return bitsOf(_mm256_slli_epi32(both, 31));
+    }
+
+  private:
+    ZQSP_AVX2 static __m256i folded(const unsigned* words)
+    {
+        return _mm256_or_si256(_mm256_or_si256(load(words), load(words + kLanes)),
+                               _mm256_or_si256(load(words + 2 * kLanes), load(words + 3 * kLanes)));
+    }
+
+    /// The bits that products of multiplicative hashing name, in the lowest place of each lane.
+    ZQSP_AVX2 static __m256i named(__m256i filter, __m256i products)
+    {
+        const __m256i words = _mm256_permutevar8x32_epi32(filter, _mm256_srli_epi32(products, FewRows::kWord));
+        const __m256i bit = _mm256_and_si256(_mm256_srli_epi32(products, FewRows::kBit), _mm256_set1_epi32(31));
+        return _mm256_srlv_epi32(words, bit);
+    }
+
+    __m256i first_;
+    __m256i second_;
+};
+
+struct Lanes
+{
+    using Filter = avx2::Filter;
+    static constexpr unsigned kCount = kLanes;
+
+    struct Choice
+    {
+        __m256i newRows;
+        unsigned selected;
+    };
+
+    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, RankedRows set)
+    {
+        const __m256i own = load(rows, count);
+        std::array<unsigned, kLanes> some;
+        if (count < kLanes) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(some.data()), own);
+            rows = some.data();
+        }
+        const __m256 even = wordsOf(rows, set.words);
+        const __m256 odd = wordsOf(rows + 2, set.words);
+        const __m256i members = _mm256_castps_si256(_mm256_shuffle_ps(even, odd, _MM_SHUFFLE(2, 0, 2, 0)));
+        const __m256i before = _mm256_castps_si256(_mm256_shuffle_ps(even, odd, _MM_SHUFFLE(3, 1, 3, 1)));
+        const __m256i bit = _mm256_sllv_epi32(inAll(1), _mm256_and_si256(own, inAll(RowWord::kBits - 1)));
+        const __m256i isMember = _mm256_cmpeq_epi32(_mm256_and_si256(members, bit), bit);
+        const __m256i below = _mm256_and_si256(members, _mm256_sub_epi32(bit, inAll(1)));
+        return chosen(_mm256_add_epi32(before, onesIn(below)), isMember, count);
+    }
+
+    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, UnmovedRows set)
+    {
+        return {load(rows, count), choose(rows, count, RankedRows{set.words}).selected};
+    }
+
+    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, RowInterval interval)
+    {
+        const __m256i shifted = _mm256_sub_epi32(load(rows, count), inAll(interval.first));
+        return chosen(shifted, areBelow(shifted, inAll(interval.size)), count);
+    }
+
+    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, OtherRows gap)
+    {
+        const __m256i old = load(rows, count);
+        const __m256i isBefore = areBelow(old, inAll(gap.first));
+        const __m256i isInside = areBelow(_mm256_sub_epi32(old, inAll(gap.first)), inAll(gap.size));
+        const __m256i newRows = _mm256_sub_epi32(old, _mm256_andnot_si256(isBefore, inAll(gap.size)));
+        return chosen(newRows, _mm256_andnot_si256(isInside, _mm256_set1_epi32(-1)), count);
+    }
+
+    class Lowered
+    {
+      public:
+        ZQSP_AVX2 Lowered(const unsigned* positions, unsigned count, unsigned passed)
+            : count_(count),
+              old_(load(positions, count)),
+              gone_(_mm256_setzero_si256()),
+              lowered_(_mm256_sub_epi32(old_, inAll(passed)))
+        {
+        }
+        ZQSP_AVX2 void pass(unsigned position)
+        {
+            const __m256i own = inAll(position);
+            gone_ = _mm256_or_si256(gone_, _mm256_cmpeq_epi32(old_, own));
+            lowered_ = _mm256_add_epi32(lowered_, areBelow(own, old_));
+        }
+        [[nodiscard]] ZQSP_AVX2 Choice choice() const
+        {
+            return chosen(lowered_, _mm256_andnot_si256(gone_, _mm256_set1_epi32(-1)), count_);
+        }
+
+      private:
+        unsigned count_;
+        __m256i old_;
+        __m256i gone_;
+        __m256i lowered_;
+    };
+
+    ZQSP_AVX2 static __m256i numbersFrom(unsigned first) { return _mm256_add_epi32(laneNumbers(), inAll(first)); }
+
+    ZQSP_AVX2 static void storeRows(Choice choice, unsigned* to, std::size_t room)
+    {
+        const __m256i rows = _mm256_permutevar8x32_epi32(choice.newRows, widened(kLanesIn[choice.selected]));
+        if (room >= kLanes) {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), rows);
+        } else {
+            _mm256_maskstore_epi32(reinterpret_cast<int*>(to), lanesOf(countOnesAtOnce(choice.selected)), rows);
+        }
+    }
+
+    ZQSP_AVX2 static void press(const double* from, unsigned selected, double* to)
+    {
+        constexpr unsigned kHalf = kLanes / 2;
+        const unsigned lowBits = selected % (1U << kHalf);
+        const __m256i low = pressed(_mm256_loadu_pd(from), lowBits);
+        const __m256i high = pressed(_mm256_loadu_pd(from + kHalf), selected >> kHalf);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), low);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + countOnesAtOnce(lowBits)), high);
+    }
+
+    ZQSP_AVX2 static void pressSome(const double* from, unsigned count, unsigned selected, double* to, std::size_t room)
+    {
+        constexpr unsigned kHalf = kLanes / 2;
+        const unsigned lowBits = selected % (1U << kHalf);
+        const __m256i low = pressed(loadSome(from, count), lowBits);
+        const __m256i high = pressed(loadSome(from + kHalf, count - std::min(count, kHalf)), selected >> kHalf);
+        storeSome(to, room, low, countOnesAtOnce(lowBits));
+        const unsigned before = countOnesAtOnce(lowBits);
+        storeSome(to + before, room - before, high, countOnesAtOnce(selected >> kHalf));
+    }
+
+    ZQSP_AVX2 static void press(const std::uint8_t* from, unsigned selected, std::uint8_t* to)
+    {
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+        const __m128i places = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&kLanesIn[selected]));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(bytes, places));
+    }
+
+    ZQSP_AVX2 static unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size,
+                                         unsigned base, const Selection<kLanes>& selection, unsigned* ends)
+    {
+        unsigned served = 0;
+        for (; served < count && from[served] - begin < size; ++served) {
+            const unsigned entry = from[served] - begin;
+            const unsigned before = selection.bits(entry / kLanes) & ((1U << entry % kLanes) - 1);
+            ends[served] = base + selection.before(entry / kLanes) + countOnesAtOnce(before);
+        }
+        return served;
+    }
+
+  private:
+    ZQSP_AVX2 static Choice chosen(__m256i newRows, __m256i isSelected, unsigned count)
+    {
+        return {newRows, bitsOf(count >= kLanes ? isSelected : _mm256_and_si256(isSelected, lanesOf(count)))};
+    }
+};
 
 ZQSP_AVX2 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
 {
@@ -36,13 +336,12 @@ Kernels makeTable()
     Kernels most = portable::table;
     most.name = "avx2";
     most.stepsTo = stepsTo;
-    setEntries(most);
+    setEntriesBy<Lanes>(most);
     most.rankRows = rankRows;
-    most.costs.mostRanked =
-        112; // columns ranked and sorted, in nanoseconds per entry: of 96 rows 4.8, 8.8; of 128 5.8, 5.7
-    // Milliseconds for 10^6 entries, through a filter of 256 bits and without: ten rows 0.18, 0.46; a hundred 1.5, 0.5.
-    most.costs.mostFewRows = 48;
-    most.costs.rowsPerSifted = 8; // sifted and moved: one row in ten 0.34, 0.43; in four 0.49, 0.44
+    most.costs.mostRanked = 96;
+    most.costs.mostFewRows = 32;
+    most.costs.rowsPerSifted = 64;
+    most.costs.entriesPerDeleted = 128;
     return most;
 }
 

@@ -168,8 +168,8 @@ Kernels makeTable()
     // 0.20.
     wide.costs = {.mostRanked = 112,
                   .mostFewRows = 128,
-                  .rowsPerSifted = 32,
-                  .entriesPerDeleted = 64,
+                  .rowsPerSifted = 64,
+                  .entriesPerDeleted = 128,
                   .intersectShortColumns = 1,
                   .intersectLongColumns = 8};
     wide.storeIndices = storeIndices;

@@ -41,7 +41,7 @@ class Filter
     }
 
     /// A bit for each of sixteen rows. (Of groups of rows that have none, one in five at most passes.)
-    ZQSP_AVX512 [[nodiscard]] unsigned passing(const unsigned* rows) const
+    [[nodiscard]] ZQSP_AVX512 unsigned passing(const unsigned* rows) const
     {
         const __m512i product = _mm512_mullo_epi32(_mm512_loadu_si512(rows), inAll(kHashMultiplier));
         const __m512i next = _mm512_slli_epi32(product, FewRows::kNext);
@@ -132,7 +132,7 @@ struct Lanes
             gone_ = _kor_mask16(gone_, _mm512_cmpeq_epi32_mask(old_, own));
             lowered_ = _mm512_mask_sub_epi32(lowered_, _mm512_cmpgt_epu32_mask(old_, own), lowered_, inAll(1));
         }
-        ZQSP_AVX512 [[nodiscard]] Choice choice() const { return {lowered_, _kandn_mask16(gone_, lanes_)}; }
+        [[nodiscard]] ZQSP_AVX512 Choice choice() const { return {lowered_, _kandn_mask16(gone_, lanes_)}; }
 
       private:
         __mmask16 lanes_;

@@ -25,16 +25,6 @@ namespace zqsp {
     return {falls != 0, rises != 0, others != 0};
 }
 
-template <typename Choice>
-[[gnu::always_inline]] inline unsigned countLoop(const unsigned* rows, unsigned count, Choice choice)
-{
-    unsigned selected = 0;
-    for (unsigned i = 0; i < count; ++i) {
-        selected += choice.selects(rows[i]) ? 1U : 0U;
-    }
-    return selected;
-}
-
 /// Whole registers. Those of the baseline compare signed words: the order of the rows is kept by turning their highest
 /// bits. (Of a loop over one register within another, g++ 12 makes sixteen comparisons one by one.)
 [[gnu::always_inline]] inline void rankLoop(const unsigned* rows, unsigned count, unsigned* ranks)

@@ -7,11 +7,11 @@
 //     storeRows(choice, to, room)              writes what is selected; where there is room, a register
 //     press(from, selected, to)                writes what is selected of kCount doubles, or bytes, and writes on up to
 //                                              kCount
-//     pressSome(from, count, ..., room)        the same of `count` doubles, or kCount if these are more, and within
-//     `room` numbersFrom(first)                       first, first + 1, ..., as new rows columnEnds(...) see
-//     moveSelectedBy() Filter(few)                              passing(rows): bits of those of kCount rows that a
-//     filter lets pass Lowered                                  the Choice among ascending positions, as deleted ones
-//     are passed
+//     pressSome(from, count, ..., room)        the same of `count` doubles, or kCount if these are more, within `room`
+//     numbersFrom(first)                       first, first + 1, ..., as new rows
+//     columnEnds(...)                          see moveSelectedBy()
+//     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass
+//     Lowered                                  the Choice among ascending positions, as deleted ones are passed
 #ifndef ZQSP_KERNELS_SELECT_BLOCKS_HPP
 #define ZQSP_KERNELS_SELECT_BLOCKS_HPP
 
@@ -184,7 +184,7 @@ class BlockMover
                     Next next) const
     {
         const auto move = [=, this](const auto* values, auto* places) {
-            moveWords(values + begin, count, places + at, room, next);
+            this->moveWords(values + begin, count, places + at, room, next);
         };
         if (from_.elementSize == 1) {
             move(reinterpret_cast<const std::uint8_t*>(from), reinterpret_cast<std::uint8_t*>(to));

@@ -4,6 +4,7 @@
 
 #include "kernels/kernels.hpp"
 #include "lookup/entry_filter.hpp"
+#include "subscript/forms.hpp"
 
 namespace zqsp {
 
@@ -19,43 +20,25 @@ enum class LookupMethod
     kFilteredSearches, ///< likewise where a filter of all entries does not rule it out: tall/linear.random 3.7, 12
 };
 
-/// What the positions are.
-enum class Positions
-{
-    kRange,
-    kMask,
-    kSparseMask,
-    kSorted,   ///< a list that ascends
-    kUnsorted, ///< any other list
-};
-
-/// What a choice depends on. `columns`, `entries`: of the span from the lowest position to the highest one.
-struct LookupCounts
-{
-    Positions form;
-    unsigned positions;
-    unsigned columns;
-    unsigned entries;
-};
-
-inline LookupMethod chooseLookup(const LookupCounts& counts, const Costs& costs)
+/// `form`: does not descend. `columns`, `entries`: of the span from the lowest position to the highest one.
+inline LookupMethod chooseLookup(const Subscript& form, unsigned columns, unsigned entries, const Costs& costs)
 {
     constexpr unsigned kEntriesPerSearch = 4;    ///< a division or a look at a byte takes about a quarter of a search
     constexpr unsigned kPositionsPerGallop = 32; ///< are intersected while an entry gallops to its place among them
     constexpr unsigned kLongColumn = 64;
-    const auto [form, positions, columns, entries] = counts;
-    if (form == Positions::kUnsorted) {
+    const unsigned positions = countOf(form);
+    if (orderOf(form) == Order::kUnsorted) {
         return EntryFilter::pays(columns, entries, positions) ? LookupMethod::kFilteredSearches
                                                               : LookupMethod::kSearches;
     }
     if (columns > positions) {
         return LookupMethod::kSearches;
     }
-    if (form == Positions::kRange) {
+    if (std::holds_alternative<IndexRange>(form)) {
         return entries / kEntriesPerSearch <= positions ? LookupMethod::kByEntries : LookupMethod::kSearches;
     }
-    const unsigned each = form == Positions::kMask ? 1 : kPositionsPerGallop;
-    if (form != Positions::kSparseMask && entries < positions / each) {
+    const unsigned each = std::holds_alternative<LogicalMask>(form) ? 1 : kPositionsPerGallop;
+    if (!std::holds_alternative<SparseLogicalMask>(form) && entries < positions / each) {
         return LookupMethod::kByEntries;
     }
     const bool columnsAreLong = entries / kLongColumn >= columns;

@@ -157,37 +157,13 @@ void findInLargeMask(const Columns& a, const SparseLogicalMask& mask, HitList& h
     }
 }
 
-Positions formOf(const Subscript& positions)
-{
-    if (std::holds_alternative<IndexRange>(positions)) {
-        return Positions::kRange;
-    }
-    if (std::holds_alternative<LogicalMask>(positions)) {
-        return Positions::kMask;
-    }
-    if (std::holds_alternative<SparseLogicalMask>(positions)) {
-        return Positions::kSparseMask;
-    }
-    return orderOf(positions) == Order::kUnsorted ? Positions::kUnsorted : Positions::kSorted;
-}
-
-/// The lowest position, or for a mask 0.
-unsigned lowestOf(const Subscript& positions)
-{
-    if (const auto* range = std::get_if<IndexRange>(&positions)) {
-        return range->first;
-    }
-    const auto* list = std::get_if<IndexList>(&positions);
-    return list == nullptr ? 0 : *list->begin();
-}
-
 /// The entries that may be meant: of an unsorted list, all at positions of 32 bits.
 PositionSpan spanOf(const Columns& a, const Subscript& positions)
 {
     if (orderOf(positions) == Order::kUnsorted) {
         return {a, 0, static_cast<unsigned>(std::min<std::uint64_t>(std::uint64_t{a.m} * a.n - 1, UINT32_MAX))};
     }
-    return {a, lowestOf(positions), highestOf(positions)};
+    return {a, firstOf(positions), highestOf(positions)};
 }
 
 void find(LookupMethod method, const Columns& a, const PositionSpan& span, const Subscript& positions, HitList& hits)
@@ -228,8 +204,7 @@ void findHits(const Columns& a, const Subscript& positions, HitList& hits)
         findBySearches(a, positions, nullptr, hits);
     } else {
         const PositionSpan span = spanOf(a, positions);
-        const LookupMethod method =
-            chooseLookup({formOf(positions), countOf(positions), span.columns, span.entries()}, kernels().costs);
+        const LookupMethod method = chooseLookup(positions, span.columns, span.entries(), kernels().costs);
         noteMethod(method);
         find(method, a, span, positions, hits);
     }

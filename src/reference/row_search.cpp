@@ -72,11 +72,11 @@ unsigned countRepeats(const Subscript& rows)
     return repeats;
 }
 
-/// The search with the rows by their numbers: `numbers` is what indexes them fastest.
-template <typename Numbers>
-ArrayOwner searchColumns(const Columns& a, const Ordered& rows, const Numbers& numbers, const Subscript& columns,
-                         Capacity capacity)
+} // namespace
+
+ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity)
 {
+    const Numbers numbers(rows.form());
     const unsigned k = rows.count();
     const unsigned repeats = countRepeats(rows.form());
     const auto forEachHit = [&](unsigned j, auto&& hit) { mergeHits(numbers, k, a, j, hit); };
@@ -122,14 +122,6 @@ ArrayOwner searchColumns(const Columns& a, const Ordered& rows, const Numbers& n
         });
     });
     return result;
-}
-
-} // namespace
-
-ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity)
-{
-    const Numbers numbers(rows.form());
-    return numbers.visit([&](auto known) { return searchColumns(a, rows, known, columns, capacity); });
 }
 
 } // namespace zqsp

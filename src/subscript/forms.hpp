@@ -98,15 +98,7 @@ class IndexList
     /// Of a list that is not empty.
     [[nodiscard]] unsigned highest() const
     {
-        switch (order_) {
-        case Order::kAscending:
-            return indices_[count_ - 1];
-        case Order::kDescending:
-            return indices_[0];
-        case Order::kUnsorted:
-            break;
-        }
-        return *std::max_element(begin(), end());
+        return order_ == Order::kUnsorted ? *std::max_element(begin(), end()) : std::max(begin()[0], end()[-1]);
     }
     [[nodiscard]] const unsigned* begin() const { return indices_; }
     [[nodiscard]] const unsigned* end() const { return indices_ + count_; }

@@ -80,21 +80,6 @@ struct NumberView
     {
         return list != nullptr ? list[i] : first + static_cast<unsigned>(i) * stride;
     }
-
-    /// f(numbers) with what indexes them fastest: for loops that would ask each time what they are.
-    template <typename F>
-    decltype(auto) visit(F&& f) const
-    {
-        return list != nullptr ? f(list) : f(Progression{first, stride});
-    }
-
-  private:
-    struct Progression
-    {
-        unsigned first;
-        unsigned stride;
-        unsigned operator[](std::size_t i) const { return first + static_cast<unsigned>(i) * stride; }
-    };
 };
 
 /// The numbers of a subscript by their ranks. Those of a mask are written out; others are looked up where they are.

@@ -51,6 +51,9 @@ void forEachIndex(const Subscript& subscript, F&& f)
 /// The index that comes first, of a subscript that is not empty.
 inline unsigned firstOf(const Subscript& subscript)
 {
+    if (const auto* mask = std::get_if<LogicalMask>(&subscript)) {
+        return nextTrue(mask->values, 0, mask->length); // a block of indices may be a long way
+    }
     const auto* range = std::get_if<IndexRange>(&subscript);
     return range != nullptr ? range->first : IndexWalk(subscript).next().front();
 }

@@ -262,16 +262,22 @@ TEST(Lookup, TheChoice)
     constexpr unsigned kHuge = 2000000000;
     for (const Kernels* table : availableKernels()) {
         const Costs& costs = table->costs;
-        EXPECT_EQ(chooseLookup({Positions::kRange, kHuge, 1, 3}, costs), kByEntries);
-        EXPECT_EQ(chooseLookup({Positions::kRange, 1000, 1, kHuge}, costs), kSearches);
-        EXPECT_EQ(chooseLookup({Positions::kRange, 1000, kHuge, 3}, costs), kSearches); // steps over columns
-        EXPECT_EQ(chooseLookup({Positions::kMask, kHuge, 1000, 3}, costs), kByEntries);
-        EXPECT_EQ(chooseLookup({Positions::kSorted, 1000000, 1000, 3}, costs), kByEntries);
-        EXPECT_EQ(chooseLookup({Positions::kSorted, 1000000, 1000, 1000000}, costs), kIntersection);
-        EXPECT_EQ(chooseLookup({Positions::kSparseMask, 1000000, 1000, 1000}, costs), kIntersection);
-        EXPECT_EQ(chooseLookup({Positions::kSorted, 1000, 1000, 1000000}, costs), kSearches);
-        EXPECT_EQ(chooseLookup({Positions::kUnsorted, 1000000, 1000, 1000}, costs), kFilteredSearches);
-        EXPECT_EQ(chooseLookup({Positions::kUnsorted, 1000000, 1000, kHuge}, costs), kSearches);
+        const auto choose = [&costs](const Subscript& form, unsigned columns, unsigned entries) {
+            return chooseLookup(form, columns, entries, costs);
+        };
+        const auto list = [](unsigned count, Order order) { return IndexList(nullptr, count, order); };
+        const IndexRange few(0, 2000, 2, 1000);
+        EXPECT_EQ(choose(IndexRange::all(kHuge), 1, 3), kByEntries);
+        EXPECT_EQ(choose(few, 1, kHuge), kSearches);
+        EXPECT_EQ(choose(few, kHuge, 3), kSearches); // steps over columns
+        EXPECT_EQ(choose(LogicalMask{nullptr, kHuge, kHuge}, 1000, 3), kByEntries);
+        EXPECT_EQ(choose(list(1000000, Order::kAscending), 1000, 3), kByEntries);
+        EXPECT_EQ(choose(list(1000000, Order::kAscending), 1000, 1000000), kIntersection);
+        const unsigned jc[] = {0, 1000000};
+        EXPECT_EQ(choose(SparseLogicalMask{nullptr, jc, kHuge, 1}, 1000, 1000), kIntersection);
+        EXPECT_EQ(choose(list(1000, Order::kAscending), 1000, 1000000), kSearches);
+        EXPECT_EQ(choose(list(1000000, Order::kUnsorted), 1000, 1000), kFilteredSearches);
+        EXPECT_EQ(choose(list(1000000, Order::kUnsorted), 1000, kHuge), kSearches);
         EXPECT_EQ(chooseDeletion(IndexRange(0, kHuge, 2, kHuge / 2), 3, costs), DeletionMethod::kByEntries);
         EXPECT_EQ(chooseDeletion(IndexRange(0, kHuge, 1, kHuge), 3, costs), DeletionMethod::kByPositions); // one block
         EXPECT_EQ(chooseDeletion(IndexRange(0, 20, 2, 10), kHuge, costs), DeletionMethod::kByPositions);
