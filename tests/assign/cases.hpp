@@ -3,7 +3,6 @@
 #define ZQSP_TESTS_ASSIGN_CASES_HPP
 
 #include "support/operation.hpp"
-#include "support/patterns.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Assignments in huge extents, and to arrays with huge capacities: what is obtained for them, and what is not.
 #include "assign/cases.hpp"
 #include "assign/region.hpp"
-#include "support/call.hpp"
+#include "support/operation.hpp"
 
 using namespace zqsp::test;
 

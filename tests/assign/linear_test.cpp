@@ -1,6 +1,6 @@
 // A(K) = B and A(:) = B: what the random tests do not draw, and how they fail.
 #include "assign/cases.hpp"
-#include "support/call.hpp"
+#include "support/operation.hpp"
 
 #include <algorithm>
 

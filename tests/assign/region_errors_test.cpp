@@ -1,6 +1,6 @@
 // A(I,J) = B, A(:,J) = B and A(I,:) = B: how they fail, and which failure comes first.
 #include "assign/cases.hpp"
-#include "support/call.hpp"
+#include "support/operation.hpp"
 
 using namespace zqsp::test;
 

@@ -138,7 +138,8 @@ def test_broken_matrices(arrays, options):
 def test_unsorted_and_repeated_entries():
     C = sp.csc_matrix((np.array([1.0, 2, 3]), np.array([2, 0, 0]), np.array([0, 3])), shape=(4, 1))
     assert Matrix(C).toarray().ravel().tolist() == [5, 0, 1, 0] and Matrix(C).nnz == 2
-    assert zqspmatrix.getitem(C, (0, 0)) == 5 and C.nnz == 3
+    assert [zqspmatrix.getitem(C, (0, 0)) for _ in range(2)] == [5, 5] and C.nnz == 3
+    assert zqspmatrix.setitem(sp.csc_matrix((4, 1)), slice(None), C).indices.tolist() == [0, 2]
     with pytest.raises(ValueError, match="sum_duplicates"):
         Matrix(C, copy=False)
 
@@ -171,6 +172,7 @@ def test_dtypes_that_are_not_served(dtype):
         (lambda M: M[4, 0], IndexError, r"row 4 .*\(4, 3\)"),
         (lambda M: M[:, [0, -4]], IndexError, r"column -4 .*\(4, 3\)"),
         (lambda M: M.elements[12], IndexError, r"element 12 .*\(4, 3\)"),
+        (lambda M: M[np.ones(5, bool)], IndexError, r"row 4 .*\(4, 3\)"),
         (lambda M: M[None], IndexError, "None is no subscript"),
         (lambda M: M[0.5], IndexError, "0.5 is no subscript"),
         (lambda M: M.__setitem__((0, 3), 1), IndexError, r"column 3 .*\(4, 3\)"),

@@ -1,6 +1,5 @@
 // The memory that A(K) takes; which reshapes are legal.
-#include "support/call.hpp"
-#include "support/patterns.hpp"
+#include "support/operation.hpp"
 
 #include <gtest/gtest.h>
 

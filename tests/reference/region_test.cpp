@@ -1,5 +1,5 @@
 // A(I,:) and A(I,J): columns of uncommon lengths, counts past 32 bits.
-#include "support/call.hpp"
+#include "support/operation.hpp"
 #include <gtest/gtest.h>
 
 #include <algorithm>

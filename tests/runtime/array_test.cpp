@@ -132,6 +132,8 @@ TEST_F(ArrayTest, MovingReplacesTheWholeContent)
     EXPECT_EQ(dimensions(target), (std::vector<unsigned>{2, 3, 4}));
     EXPECT_EQ(target->jc, nullptr);
     EXPECT_EQ(target->flags, 0U);
+    kxMoveArrayOntoHeader(target.get(), kxCreateColonObject(2, 3, 8));
+    EXPECT_EQ(kxrt::range_count(target.get()), 3);
 }
 
 TEST_F(ArrayTest, DimensionsChangeBetweenTwoAndMany)

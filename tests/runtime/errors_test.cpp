@@ -3,7 +3,6 @@
 
 #include <fl_except.hpp>
 
-#include <cstdint>
 #include <functional>
 
 namespace zqsp::test::runtime {
@@ -88,18 +87,6 @@ TEST_F(ErrorsTest, TextsConvertBetweenEncodings)
     }
     EXPECT_EQ(error.convert_str(std::u16string{0xD800, u'z'}), "\uFFFDz");
     EXPECT_EQ(error.convert_str(std::u16string{0xDC00}), "\uFFFD");
-}
-
-TEST_F(ErrorsTest, TheRuntimeRaisesItsOwnErrors)
-{
-    EXPECT_EQ(errorOf([] { kxHandleSubscriptError(kxSUBSCRIPT_NOT_POSITIVE_INTEGER); }),
-              "kx:subscript:notPositiveInteger");
-    EXPECT_EQ(errorOf([] { kxHandleSubscriptError(kxSUBSCRIPT_OUT_OF_RANGE); }), "kx:subscript:outOfRange");
-    const auto error = exceptionOf<keys::pmaxsize>();
-    EXPECT_EQ(errorOf([&] { do_legacy_kx_error(error); }), "ZENTAR:legacy_two_part:pmaxsize");
-    kxrt::legacy_errors_raise(false);
-    EXPECT_EQ(errorOf([&] { do_legacy_kx_error(error); }), "");
-    EXPECT_THROW(kxCheckMN(UINT32_MAX, 2, 1), std::runtime_error);
 }
 
 } // namespace

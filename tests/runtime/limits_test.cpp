@@ -29,7 +29,7 @@ TEST_F(LimitsTest, ProductsAreCheckedAtTheEdges)
 
     EXPECT_EQ(kxCheckMN(65535, 65537, 1), UINT_MAX);
     EXPECT_EQ(errorOf([] { kxCheckMN(65536, 65536, 1); }), "kx:sizeLimit");
-    EXPECT_EQ(errorOf([] { kxCheckMN(UINT_MAX, UINT_MAX, UINT_MAX); }), "kx:sizeLimit");
+    EXPECT_EQ(errorOf([] { kxCheckMN(1U << 22U, 1U << 21U, 1U << 21U); }), "kx:sizeLimit");
     EXPECT_EQ(kxCheckMN(UINT_MAX, UINT_MAX, 0), 0U);
 }
 

@@ -149,8 +149,8 @@ TEST(Language, FunctionsOfArrays)
          {"Inf, pi, 1 > 0, int8(-3), single(0.1), z = [1+2i 3]'",
           "ans = Inf\nans = 3.141592654\nans = 1\nans = -3\nans = 0.1\n"
           "z = full complex double, 2-by-1\n  1-2i\n  3+0i\n"},
-         {"printf('%d: %5.2f|%-5s|%s\\n', 3, pi, 'ab', 'cd'), printf('%d %d\\n', [1 2; 3 4])",
-          "3:  3.14|ab   |cd\n1 3\n2 4\n"},
+         {"printf('%d: %5.2f|%-5s|%s\\n', 3, pi, 'ab', 'cd'), printf('%d %4d\\n', [1 2; 3 0.5])",
+          "3:  3.14|ab   |cd\n1    3\n2  0.5\n"},
          {"printf('100%%\\n'), printf('%x %c %e %g\\n', 255, 107, 1.5, 1e10)", "100%\nff k 1.500000e+00 1e+10\n"}});
 }
 

@@ -69,6 +69,7 @@ TEST(MatrixMarket, BadFilesAreRefusedByLine)
         {real + "3 3 1\n1 1 1\n2 2 2\n", "4: there is more than the 1 entries announced"},
         {real + "3 3 1\n4 1 1\n", "3: the row 4 lies outside 1 to 3"},
         {real + "3 3 1\n1 0 1\n", "3: the column 0 lies outside 1 to 3"},
+        {real + "1 3 1\n2 1 1\n", "3: the row 2 lies outside 1 to 1"},
         {real + "3 3 1\n1 99999999999999999999 1\n", "3: the column is too large"},
         {real + "3 3 1\n1.5 1 1\n", "3: the row is missing or no whole number"},
         {real + "3 3 1\n1 1 one\n", "3: a value is missing or no number"},

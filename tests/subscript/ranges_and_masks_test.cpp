@@ -1,5 +1,5 @@
 // Colon objects, seen through the exports; and what a subscript that fails costs.
-#include "support/call.hpp"
+#include "support/operation.hpp"
 
 #include <gtest/gtest.h>
 

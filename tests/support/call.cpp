@@ -1,4 +1,4 @@
-#include "support/call.hpp"
+#include "support/operation.hpp"
 
 #include <algorithm>
 #include <ostream>

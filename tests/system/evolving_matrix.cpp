@@ -1,7 +1,7 @@
 #include "system/evolving_matrix.hpp"
 
-#include "support/call.hpp"
 #include "support/draw.hpp"
+#include "support/operation.hpp"
 
 #include <sstream>
 

@@ -1,7 +1,6 @@
 // Sizes at the ends of what the runtime, 32 bits and the memory allow: each call gives what the model says, or the
 // error of the limit that it breaks with its target byte for byte as it was and nothing leaked.
-#include "support/call.hpp"
-#include "support/patterns.hpp"
+#include "support/operation.hpp"
 
 #include <gtest/gtest.h>
 

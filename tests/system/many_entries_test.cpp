@@ -1,6 +1,6 @@
 // Thousands of entries in one call: the loops that work on whole blocks of them, and the choices that only sizes make.
-#include "support/call.hpp"
 #include "support/draw.hpp"
+#include "support/operation.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,5 @@
 // Where the runtime checks operands, every export refuses a broken sparse array, whichever operand it is.
-#include "support/call.hpp"
-#include "support/patterns.hpp"
+#include "support/operation.hpp"
 #include "system/any_operation.hpp"
 
 using namespace zqsp::test;

@@ -1,7 +1,6 @@
 // The memory that calls take, held against what they are about: every export, with every kind of subscript, on operands
 // of a few entries in huge extents.
-#include "support/call.hpp"
-#include "support/patterns.hpp"
+#include "support/operation.hpp"
 #include "support/tables.hpp"
 
 #include <algorithm>

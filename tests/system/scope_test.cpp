@@ -1,7 +1,6 @@
 // What a target keeps: its scope, unless its content comes about anew; its blocks, where nothing is added; and a full
 // one all, where a call changes nothing.
-#include "support/call.hpp"
-#include "support/patterns.hpp"
+#include "support/operation.hpp"
 
 #include <gtest/gtest.h>
 
