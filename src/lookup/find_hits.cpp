@@ -100,7 +100,7 @@ void findAtPlaces(const Columns& a, unsigned count, PlaceOf placeOf, OrdinalOf o
 {
     const HitList::Room room = hits.room(count);
     unsigned found = 0;
-    searchPlaces(a, count, placeOf, [&](unsigned t, Slot slot) { // is written first, and stays where it is stored
+    searchPlaces<true>(a, count, placeOf, [&](unsigned t, Slot slot) { // is written first, and stays where it is stored
         room.ordinals[found] = ordinalOf(t);
         room.sources[found] = slot.position;
         found += slot.stored ? 1U : 0U;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 
 namespace zqsp {
@@ -94,9 +95,11 @@ inline bool canCompare(const Columns& a, unsigned begin)
     return begin + std::uint64_t{kComparedRows} <= a.nzmax;
 }
 
-/// found(t, slot) for t = 0 .. count-1 in this order, `slot` being where placeOf(t) is stored in its column or would be
-/// inserted; each place is asked for once, in this order. Every column must be one of the matrix.
-template <typename PlaceOf, typename F>
+/// found(t, slot) for t = 0 .. count-1 in this order, `slot` being where placeOf(t) is stored in its column or, unless
+/// `onlyStored`, would be inserted; each place is asked for once, in this order. Every column must be one of the
+/// matrix. (To know the rank of what is not stored takes twice the comparisons: of 300,000 positions that mostly hold
+/// nothing 2.0 ms, 1.5.)
+template <bool onlyStored = false, typename PlaceOf, typename F>
 void searchPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
 {
     PlaceBatch batch(a);
@@ -109,12 +112,15 @@ void searchPlaces(const Columns& a, unsigned count, PlaceOf placeOf, F&& found)
             const unsigned length = batch.length(i);
             if (!canCompare(a, begin)) {
                 found(done + i, findRow(a.ir, begin, begin + length, row));
-                continue;
+            } else if constexpr (onlyStored) {
+                const unsigned same = whichAmong(a.ir + begin, length, row);
+                found(done + i, Slot{begin + static_cast<unsigned>(std::countr_zero(same)), same != 0});
+            } else {
+                const unsigned rank = rankAmong(a.ir + begin, length, row);
+                const bool isSame = a.ir[begin + std::min(rank, kComparedRows - 1)] == row;
+                found(done + i,
+                      Slot{begin + rank, (static_cast<unsigned>(rank < length) & static_cast<unsigned>(isSame)) != 0});
             }
-            const unsigned rank = rankAmong(a.ir + begin, length, row);
-            const bool isSame = a.ir[begin + std::min(rank, kComparedRows - 1)] == row;
-            found(done + i,
-                  Slot{begin + rank, (static_cast<unsigned>(rank < length) & static_cast<unsigned>(isSame)) != 0});
         }
     }
 }

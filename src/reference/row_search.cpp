@@ -36,7 +36,7 @@ void mergeHits(const Rows& rows, unsigned count, const Columns& a, unsigned j, F
         return;
     }
     if ((end - e) / kApart >= count) {
-        searchPlaces(
+        searchPlaces<true>(
             a, count,
             [&rows, j](unsigned t) {
                 return Place{rows[t], j};
