@@ -111,7 +111,9 @@ struct ComplexValues
     [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const
     {
         prefetchRun(pr, begin, end);
-        prefetchRun(pi, begin, end); // a null pointer's lines are no harm
+        if (pi != nullptr) {
+            prefetchRun(pi, begin, end);
+        }
     }
     void fill(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
     {
@@ -155,6 +157,9 @@ struct GenericValues
     [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const
     {
         prefetchRun(pr, begin * size, end * size);
+        if (pi != nullptr) {
+            prefetchRun(pi, begin * size, end * size);
+        }
     }
     void fill(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
     {

@@ -4,6 +4,7 @@
 
 #include "core/columns.hpp"
 #include "core/search.hpp"
+#include "core/values.hpp"
 #include "subscript/walk.hpp"
 
 #include <algorithm>
@@ -11,21 +12,15 @@
 
 namespace zqsp {
 
-/// Asks for the cache lines at both ends of what will be read of the entries, and of values for one in the middle,
-/// which is no other than these where there are three at most: few columns are longer. (Inlined by force: a function
-/// that only prefetches has no effect in the eyes of the compiler, which drops its calls.)
-[[gnu::always_inline]] inline void prefetchEntries(const Columns& a, std::size_t begin, std::size_t end)
+/// Asks for the cache lines at both ends of what will be read of the entries. (Inlined by force: a function that only
+/// prefetches has no effect in the eyes of the compiler, which drops its calls.)
+template <typename Values>
+[[gnu::always_inline]] inline void prefetchEntries(const Columns& a, const Values& values, std::size_t begin,
+                                                   std::size_t end)
 {
-    const std::size_t middle = (begin + end) / 2;
     __builtin_prefetch(a.ir + begin);
     __builtin_prefetch(a.ir + end);
-    for (const std::byte* const values : {a.pr, a.pi}) {
-        if (values != nullptr) {
-            __builtin_prefetch(values + begin * a.elementSize);
-            __builtin_prefetch(values + middle * a.elementSize);
-            __builtin_prefetch(values + end * a.elementSize);
-        }
-    }
+    values.prefetch(begin, end);
 }
 
 /// f(first, length) for every run of columns, in subscript order, with what will be read of runs to come on its way to
@@ -44,7 +39,7 @@ template <typename F>
             }
             if (i + kEntriesAhead < runs.size()) {
                 const unsigned* const ends = a.jc + runs[i + kEntriesAhead].first;
-                prefetchEntries(a, ends[0], ends[1]);
+                prefetchEntries(a, GenericValues(a), ends[0], ends[1]);
             }
             f(runs[i].first, runs[i].length);
         }

@@ -1,6 +1,5 @@
 #include "core/entry_moves.hpp"
 #include "core/errors.hpp"
-#include "core/values.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 
@@ -41,12 +40,6 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
     const unsigned* const lastForFew = out.n < kFew ? nullptr : out.jc + out.n - kFew + 1;
     const unsigned* const lastOfFew = a.n < kFew ? nullptr : a.jc + a.n - kFew;
     unsigned written = 0;
-    const auto prefetch = [&](std::size_t block) __attribute__((always_inline))
-    {
-        __builtin_prefetch(a.ir + begins[block]);
-        __builtin_prefetch(a.ir + ends[block]);
-        from.prefetch(begins[block], ends[block]);
-    };
     RunWalk walk(columns);
     for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
         unsigned end = written;
@@ -80,10 +73,10 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
         std::fill_n(begins.begin() + count, kBlocksAhead, begins[0]);
         std::fill_n(ends.begin() + count, kBlocksAhead, ends[0]);
         for (std::size_t i = 0; i < std::min(count, kBlocksAhead); ++i) {
-            prefetch(i);
+            prefetchEntries(a, from, begins[i], ends[i]);
         }
         for (std::size_t i = 0; i < count; ++i) {
-            prefetch(i + kBlocksAhead);
+            prefetchEntries(a, from, begins[i + kBlocksAhead], ends[i + kBlocksAhead]);
             const unsigned begin = begins[i];
             const unsigned size = ends[i] - begin;
             const unsigned room = std::min(a.nzmax - begin, out.nzmax - written);
