@@ -87,10 +87,12 @@ void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& named)
     const unsigned count = hits.count();
     const bool isMarked = orderOf(positions) == Order::kUnsorted && count > 0 && a.nnz() / kMarksPerEntry <= count;
     const auto marks = isMarked ? Block<unsigned char>::zeroed(a.nnz()) : Block<unsigned char>();
+    unsigned marked = 0; // up to the last mark
     for (unsigned i = 0; i < (isMarked ? count : 0); ++i) {
         marks[hits.sources()[i]] = 1;
+        marked = std::max(marked, hits.sources()[i] + 1);
     }
-    const Ordered removed(isMarked ? Subscript(LogicalMask{marks.get(), a.nnz(), countTrue(marks.get(), a.nnz())})
+    const Ordered removed(isMarked ? Subscript(LogicalMask{marks.get(), marked, countTrue(marks.get(), marked)})
                                    : Subscript(IndexList(hits.takeSources(), count, orderOf(positions))),
                           Repeats::kLast);
     const auto patches = Block<Patch>::make(count);
