@@ -1,10 +1,10 @@
 // A(I,J) = B, A(:,J) = B and A(I,:) = B: one driver, to which the colon is the lack of a subscript.
 #include "assign/region.hpp"
 #include "assign/store_element.hpp"
+#include "core/entry_moves.hpp"
 #include "core/errors.hpp"
 #include "core/relay.hpp"
 #include "core/target.hpp"
-#include "core/values.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>
@@ -38,26 +38,6 @@ spStatus shapeMismatch(const kxArray* B)
     return hasFlag(B, kxFLAG_EMPTY_LITERAL) ? spEmptyAssignDisallowed : spAssignDimMismatch;
 }
 
-/// A copy of B whose rows come from the last to the first. (A colon reference would refuse columns beyond the runtime's
-/// maximum, and a list takes as long as B is high.)
-ArrayOwner upsideDown(const kxArray* B)
-{
-    ArrayOwner turned(kxCreateDeepCopy(B));
-    const Columns from(B);
-    const Columns to(turned.get());
-    withStorage(to, [&](auto values) {
-        const decltype(values) source(from);
-        for (unsigned j = 0; j < from.n; ++j) {
-            unsigned at = from.jc[j + std::size_t{1}];
-            for (unsigned e = from.jc[j]; at > from.jc[j]; ++e) {
-                to.ir[--at] = from.m - 1 - from.ir[e];
-                values.copy(at, source, e);
-            }
-        }
-    });
-    return turned;
-}
-
 /// B in the region's order: transposed where it is a vector that lies across the region, and with its rows and columns
 /// in the ascending order of the targets where the subscripts are not, repeats resolved.
 void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsigned namedColumns)
@@ -67,7 +47,9 @@ void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsig
     }
     B.become(kxMustBeSparse(B.get()));
     if (region.rows.isReversed()) {
-        B.become(upsideDown(B.get()).release());
+        ArrayOwner turned(kxCreateDeepCopy(B.get())); // (A colon reference would refuse columns beyond the maximum.)
+        turnRows(Columns(turned.get()));
+        B.become(turned.release());
     }
     const unsigned* const rows = region.rows.sources();
     const unsigned* columns = region.columns.sources();

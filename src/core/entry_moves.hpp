@@ -150,6 +150,9 @@ inline unsigned moveSelected(const Columns& from, unsigned first, unsigned count
     return kernels().moveSelected(entriesOf(from), from.jc + first, count, choice, entriesOf(to), at, ends);
 }
 
+/// Puts the rows of an array into the opposite order. Cost: entries and columns.
+void turnRows(const Columns& a);
+
 } // namespace zqsp
 
 #endif

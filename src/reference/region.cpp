@@ -1,4 +1,5 @@
 // A(I,J): chooses the method by what is known of the rows.
+#include "core/entry_moves.hpp"
 #include "core/errors.hpp"
 #include "core/note_method.hpp"
 #include "core/search.hpp"

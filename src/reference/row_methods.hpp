@@ -61,9 +61,6 @@ ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript
 /// entries lie in the rows; their values are looked at when they are found.
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns, bool sifts);
 
-/// Puts the rows of an array into the opposite order.
-void turnRows(const Columns& a);
-
 /// Rows in any order, none of them twice: the new rows of what has its rank among the selected rows.
 class RowOrder
 {

@@ -1,4 +1,4 @@
-#include "reference/row_methods.hpp"
+#include "core/entry_moves.hpp"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +12,6 @@ namespace {
 template <typename Word, typename Map>
 void turnColumns(Word* words, const unsigned* jc, unsigned n, Map map)
 {
-    constexpr unsigned kRound = 16;
     constexpr unsigned kBlock = 2048;
     std::array<Word, kRound + kBlock> aside;
     std::fill_n(aside.begin(), kRound, Word{0}); // what a round may read before its column
