@@ -52,7 +52,7 @@ void assignOne(kxArray* A, const LinearLayout& grown, const RightSide& b, unsign
     for (unsigned done = 0, size = 0; done < count; done += size) {
         size = std::min(kBlock, count - done);
         bool allStored = true;
-        searchPlaces(
+        searchPlaces<true>(
             a, size, [&](unsigned t) { return layout.placeOf(numbers[std::size_t{done} + t]); },
             [&](unsigned t, Slot slot) {
                 entries[done + t] = slot.position;
