@@ -90,12 +90,15 @@ std::span<const Run> RunWalk::next()
         }
         // Each index is written as the end of a run, its own or that of the one before: no branch asks which.
         unsigned first = count == 0 ? indices[i] : runs_[count - 1].first;
+        unsigned next = count == 0 ? indices[i] : indices[i - 1] + 1; // what the run goes on with
+        count += count == 0 ? 1 : 0;
         for (; i < end; ++i) {
             const unsigned index = indices[i];
-            const bool goesOn = count != 0 && index == indices[i - 1] + 1;
+            const bool goesOn = index == next;
             count += goesOn ? 0U : 1U;
             first = index - valueIf(goesOn, index - first);
-            runs_[count - 1] = {first, index + 1 - first};
+            next = index + 1;
+            runs_[count - 1] = {first, next - first};
         }
     }
     return {runs_.data(), count};
