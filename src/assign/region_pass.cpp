@@ -68,8 +68,8 @@ class Pass
         } else {
             appendEntries(to_, at_, from_, next_, size);
         }
-        for (unsigned j = shift == 0 ? end : column_; j < end; ++j) {
-            jc_[j + std::size_t{1}] += shift;
+        if (shift != 0 && column_ < end) {
+            shiftStarts(jc_ + column_ + 1, jc_ + end + 1, shift);
         }
         column_ = end;
         at_ += size;
