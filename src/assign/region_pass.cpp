@@ -129,11 +129,9 @@ class Pass
         unsigned copied = 0; // of what stays
         unsigned at = at_;
         const auto copyUpTo = [&](unsigned end) {
-            if (end > copied) {
-                appendEntries(to_, at, filling.aside, copied, end - copied);
-                at += end - copied;
-                copied = end;
-            }
+            appendEntries(to_, at, filling.aside, copied, end - copied);
+            at += end - copied;
+            copied = end;
         };
         for (unsigned place = 0; column < column_; ++column, ++done_) {
             const unsigned end = ends[column];
