@@ -124,22 +124,35 @@ class Pass
     {
         const bool isScalar = filling.b.isScalar();
         const unsigned* const bRows = filling.b.b.ir;
+        const NumberView targetRows = filling.rows;
+        const Columns aside = filling.aside;
+        const Values stays(aside);
         unsigned* const ends = jc_ + 1;
         unsigned* const newRows = to_.ir;
+        const unsigned capacity = to_.nzmax;
         unsigned copied = 0; // of what stays
         unsigned at = at_;
-        const auto copyUpTo = [&](unsigned end) {
-            appendEntries(to_, at, filling.aside, copied, end - copied);
-            at += end - copied;
+        const auto copyUpTo = [&](unsigned end) __attribute__((always_inline))
+        {
+            const unsigned count = end - copied;
+            if (count <= kRound && capacity - at >= kRound && aside.nzmax - copied >= kRound) {
+                copyRun(newRows + at, aside.ir + copied, kRound); // a whole one: no branch foresees how many there are
+                to.copyRun(at, stays, copied, kRound);
+            } else {
+                appendEntries(to_, at, aside, copied, count);
+            }
+            at += count;
             copied = end;
         };
         for (unsigned place = 0; column < column_; ++column, ++done_) {
             const unsigned end = ends[column];
             const unsigned sourceEnd = isScalar ? filling.rowCount : filling.b.b.jc[done_ + std::size_t{1}];
             for (unsigned source = isScalar ? 0 : filling.b.b.jc[done_]; source < sourceEnd; ++source) {
-                const unsigned row = filling.rows[isScalar ? source : bRows[source]];
-                place = placeAmong(filling.aside, place, end, row);
-                copyUpTo(place);
+                const unsigned row = targetRows[isScalar ? source : bRows[source]];
+                if (copied < end) {
+                    place = placeAmong(aside, place, end, row);
+                    copyUpTo(place);
+                }
                 newRows[at] = row;
                 to.copy(at++, from, isScalar ? 0 : source);
             }
