@@ -37,8 +37,10 @@ class Pass
         forEachRun(
             columns.form(), [this](unsigned first, unsigned length) __attribute__((always_inline)) {
                 keepUpTo(first);
-                for (const unsigned end = first + length; column_ < end;) {
-                    at_ = select(jc_[end] - next_ > kFewEntries ? end : column_ + 1, to_, at_);
+                if (const unsigned end = first + length; others_ == nullptr || jc_[end] - next_ > kFewEntries) {
+                    at_ = select(end, to_, at_);
+                } else {
+                    clearShort(end);
                 }
             });
         keepUpTo(to_.n);
@@ -92,29 +94,36 @@ class Pass
 
     /// Moves what stays of the columns before `end` to the entries `at` and behind of `to`. Their starts become the
     /// ends there, that of the first one its own. Returns the last of the ends.
-    [[gnu::always_inline]] unsigned select(unsigned end, const Columns& to, unsigned at)
+    unsigned select(unsigned end, const Columns& to, unsigned at)
     {
         unsigned* const starts = jc_ + column_;
         const unsigned count = end - column_;
-        const unsigned stop = jc_[end];
         starts[0] = next_; // as before
+        next_ = jc_[end];
+        column_ = end;
         if (others_ == nullptr) {
             std::fill_n(starts + 1, count, at);
-        } else if (count == 1 && stop - next_ <= kFewEntries) {
-            at = withMoves(
-                entriesOf(from_), entriesOf(to), [&](auto source, auto target) __attribute__((always_inline)) {
-                    return selectEntries(from_.ir, source, next_, stop, others_->unmoved(),
-                                         to.nzmax - at >= stop - next_, to.ir, target, at);
-                });
-            starts[1] = at;
         } else {
             at = kernels().moveSelected(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at,
                                         starts + 1);
         }
         starts[0] = at_;
-        next_ = stop;
-        column_ = end;
         return at;
+    }
+
+    /// Appends what stays of the columns before `end`, which have few entries, within one set of blocks.
+    [[gnu::always_inline]] void clearShort(unsigned end)
+    {
+        const Entries entries = entriesOf(to_);
+        withMoves(
+            entries, entries, [&](auto source, auto target) __attribute__((always_inline)) {
+                while (column_ < end) {
+                    const unsigned begin = next_;
+                    next_ = jc_[++column_];
+                    at_ = selectEntries(to_.ir, source, begin, next_, others_->unmoved(), true, to_.ir, target, at_);
+                    jc_[column_] = at_;
+                }
+            });
     }
 
     /// Appends `kept` entries that stay in the columns from `column` on, and between them what comes. The column
