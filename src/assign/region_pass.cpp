@@ -99,11 +99,11 @@ class Pass
         if (others_ == nullptr) {
             std::fill_n(starts + 1, count, at);
         } else if (count == 1 && stop - next_ <= kFewEntries) {
-            at = withMoves(
-                entriesOf(from_), entriesOf(to), [&](auto source, auto target) __attribute__((always_inline)) {
-                    return selectEntries(from_.ir, source, next_, stop, others_->unmoved(),
-                                         to.nzmax - at >= stop - next_, to.ir, target, at);
-                });
+            UnmovedRows others = others_->unmoved();
+            EntryBlock block;
+            block.begin = next_;
+            block.size = stop - next_;
+            at = selectBlock(entriesOf(from_), others, entriesOf(to), at, block);
             starts[1] = at;
         } else {
             at = kernels().moveSelected(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at,

@@ -18,29 +18,31 @@ namespace zqsp {
 
 namespace {
 
-/// Moves numbers instead of elements: element i is first + i.
-struct NumberMoves
-{
-    unsigned* numbers;
-    unsigned first;
-
-    void copy(std::size_t to, const NumberMoves& from, std::size_t source) const
-    {
-        numbers[to] = from.first + static_cast<unsigned>(source);
-    }
-};
-
 static_assert(EntryPositions::kBlock <= HitList::kRoom && IndexWalk::kBlock <= HitList::kRoom);
 
-/// Each entry asks for its own position. `branches`: few of them find it.
+/// Each entry asks for its own position.
 template <typename Members>
-void findByEntries(const Columns& a, const PositionSpan& span, Members members, bool branches, HitList& hits)
+void findByEntries(const Columns& a, const PositionSpan& span, Members members, HitList& hits)
 {
     for (EntryPositions entries(a, span); entries.count() > 0; entries.advance(entries.count())) {
         const HitList::Room room = hits.room(entries.count());
-        const NumberMoves moves{room.sources, entries.begin()};
-        hits.keep(
-            selectEntries(entries.positions(), moves, 0, entries.count(), members, !branches, room.ordinals, moves, 0));
+        const unsigned first = entries.begin();
+        unsigned found = 0;
+        if constexpr (std::is_same_v<Members, MaskMembers>) { // its bytes are counted up to what is found only
+            for (unsigned i = 0; i < entries.count(); ++i) {
+                if (const unsigned position = entries.positions()[i]; members.selects(position)) {
+                    room.ordinals[found] = members.newRow(position);
+                    room.sources[found++] = first + i;
+                }
+            }
+        } else {
+            found = selectRows(entries.positions(), entries.count(), members, 0,
+                               [=](unsigned i, unsigned place, unsigned ordinal) {
+                                   room.ordinals[place] = ordinal;
+                                   room.sources[place] = first + i;
+                               });
+        }
+        hits.keep(found);
     }
 }
 
@@ -122,8 +124,10 @@ void findBySearches(const Columns& a, const Subscript& positions, const Position
         auto count = static_cast<unsigned>(block.size());
         const unsigned* searched = block.data();
         if (filter) {
-            const NumberMoves moves{ordinals.data(), 0};
-            count = selectEntries(searched, moves, 0, count, *filter, true, passed.data(), moves, 0);
+            count = selectRows(searched, count, *filter, 0, [&](unsigned i, unsigned place, unsigned position) {
+                passed[place] = position;
+                ordinals[place] = i;
+            });
             searched = passed.data();
         }
         const auto placeOf = [&](unsigned t) {
@@ -171,9 +175,9 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
     switch (method) {
     case LookupMethod::kByEntries:
         if (const auto* mask = std::get_if<LogicalMask>(&positions)) {
-            findByEntries(a, span, MaskMembers(*mask), true, hits);
+            findByEntries(a, span, MaskMembers(*mask), hits);
         } else if (const auto* range = std::get_if<IndexRange>(&positions)) {
-            findByEntries(a, span, RangeMembers(*range), false, hits);
+            findByEntries(a, span, RangeMembers(*range), hits);
         } else {
             findInList(a, span, std::get<IndexList>(positions), hits);
         }
