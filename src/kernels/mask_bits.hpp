@@ -90,8 +90,7 @@ inline unsigned countTrueInPairs(const unsigned char* values, unsigned pairs)
 }
 #endif
 
-/// Number of non-zero bytes from `begin` to `end`; those before may be read, too. The words of a block are added up as
-/// eight sums of a byte each; counting the bits of every word takes three times as long without an instruction for it.
+/// Number of non-zero bytes from `begin` to `end`; those before may be read, too.
 inline unsigned countTrue(const unsigned char* values, unsigned begin, unsigned end)
 {
     unsigned count = 0;
@@ -105,23 +104,15 @@ inline unsigned countTrue(const unsigned char* values, unsigned begin, unsigned 
         i += pairs * kPair;
     }
 #endif
-    constexpr unsigned kBlock = 255; // words: so many ones fit a byte
-    constexpr std::uint64_t kPairs = 0x00FF00FF00FF00FFULL;
-    constexpr std::uint64_t kAddPairs = 0x0001000100010001ULL;
-    while (end - i >= kMaskWord) {
-        const unsigned words = std::min((end - i) / kMaskWord, kBlock);
-        std::uint64_t sums = 0;
-        for (unsigned w = 0; w < words; ++w) {
-            sums += trueBits(values + i + std::size_t{w} * kMaskWord) >> 7U;
-        }
-        const std::uint64_t pairs = (sums & kPairs) + (sums >> 8U & kPairs);
-        count += static_cast<unsigned>(pairs * kAddPairs >> 48U);
-        i += words * kMaskWord;
+    const auto ones = [](std::uint64_t bits) {
+        constexpr std::uint64_t kAddBytes = 0x0101010101010101ULL;
+        return static_cast<unsigned>((bits >> 7U) * kAddBytes >> 56U);
+    };
+    for (; end - i >= kMaskWord; i += kMaskWord) {
+        count += ones(trueBits(values + i));
     }
     if (i < end && end >= kMaskWord) { // in one word with bytes before them: nothing to foresee
-        constexpr std::uint64_t kAddBytes = 0x0101010101010101ULL;
-        const unsigned others = 8 * (kMaskWord - (end - i)); // bits
-        count += static_cast<unsigned>((trueBits(values + end - kMaskWord) >> 7U >> others) * kAddBytes >> 56U);
+        count += ones(trueBits(values + end - kMaskWord) >> 8 * (kMaskWord - (end - i)));
         i = end;
     }
     for (; i < end; ++i) {
