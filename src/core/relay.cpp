@@ -133,7 +133,9 @@ void Relay::moveInPlace(Patches patches, Writer write) const
         shift -= patches[i].growth();
     }
     for (const Patch& patch : patches) {
-        write(patch, patch.begin + shift);
+        if (patch.length > 0) {
+            write(patch, patch.begin + shift);
+        }
         shift += patch.growth();
     }
 }
@@ -145,7 +147,9 @@ void Relay::copyAll(Patches patches, Writer write) const
     appendEntries(to, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
     for (std::size_t i = 0; i < patches.size(); ++i) {
         const Patch& patch = patches[i];
-        write(patch, patch.begin + shift);
+        if (patch.length > 0) {
+            write(patch, patch.begin + shift);
+        }
         shift += patch.growth();
         appendEntries(to, patch.end + shift, before_, patch.end, stretchEnd(patches, i) - patch.end);
     }
