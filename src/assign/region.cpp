@@ -156,8 +156,8 @@ RowFilter::RowFilter(const Columns& a, const Ordered& rows, const Ordered& colum
     if (!isScattered_) {
         return;
     }
-    forEachRun(columns.form(), [&](unsigned first, unsigned count) {
-        for (unsigned column = first; column - first < count && column < a.n; ++column) {
+    columns.forEach([&](unsigned, unsigned column) {
+        if (column < a.n) {
             looks_ += a.length(column);
             longest_ = std::max(longest_, a.length(column));
         }

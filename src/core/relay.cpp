@@ -27,10 +27,7 @@ void updateColumnStarts(const Columns& after, Patches patches)
         if (shift == 0) {
             continue;
         }
-        unsigned* const end = after.jc + next + 1;
-        for (unsigned* start = after.jc + column + 1; start < end; ++start) {
-            *start += shift;
-        }
+        shiftStarts(after.jc + column + 1, after.jc + next + 1, shift);
     }
 }
 
