@@ -261,27 +261,28 @@ void RowOrder::readOff(const Columns& from, const Columns& to)
         first = 0;
         copyValues(source, first, from, begin, count);
     }
-    withStorage(to, [&, at = to.jc[0]](auto values) mutable {
-        const decltype(values) old(source);
-        std::array<unsigned, kBlock> found;
-        std::array<unsigned, kBlock> sources;
-        std::iota(found.begin(), found.end(), 0U);
-        for (unsigned p = 0, size = 0, some = 0; p < rows_.count(); p += size) {
-            size = some = std::min(kBlock, rows_.count() - p);
-            if (!isFull) {
-                some = kernels().siftRows(stored.words(), nullptr, rows + p, 0, size, found.data());
-            }
-            for (unsigned i = 0; i < some; ++i) {
-                const unsigned row = rows[p + found[i]];
-                sources[i] = first + (isFull ? row : stored.ranked().newRow(row));
-                __builtin_prefetch(source.pr + std::size_t{sources[i]} * to.elementSize);
-            }
+    std::array<unsigned, kBlock> found;
+    std::array<unsigned, kBlock> sources;
+    std::iota(found.begin(), found.end(), 0U);
+    unsigned at = to.jc[0];
+    for (unsigned p = 0, size = 0, some = 0; p < rows_.count(); p += size) {
+        size = some = std::min(kBlock, rows_.count() - p);
+        if (!isFull) {
+            some = kernels().siftRows(stored.words(), nullptr, rows + p, 0, size, found.data());
+        }
+        for (unsigned i = 0; i < some; ++i) {
+            const unsigned row = rows[p + found[i]];
+            sources[i] = first + (isFull ? row : stored.ranked().newRow(row));
+            __builtin_prefetch(source.pr + std::size_t{sources[i]} * to.elementSize);
+        }
+        withStorage(to, [&](auto values) {
+            const decltype(values) old(source);
             for (unsigned i = 0; i < some; ++i, ++at) {
                 to.ir[at] = p + found[i];
                 values.copy(at, old, sources[i]);
             }
-        }
-    });
+        });
+    }
 }
 
 } // namespace zqsp
