@@ -101,7 +101,7 @@ struct EntryBlock
 
 /// Moves the elements of a block to their places before `end`.
 [[gnu::noinline]] inline void moveBlock(const EntryBlock& block, const std::byte* from, std::byte* to, unsigned end,
-                      std::size_t elementSize)
+                                        std::size_t elementSize)
 {
     const unsigned* const places = block.places.data();
     unsigned count = block.size;
