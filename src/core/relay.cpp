@@ -27,10 +27,7 @@ void updateColumnStarts(const Columns& after, Patches patches)
         if (shift == 0) {
             continue;
         }
-        unsigned* const end = after.jc + next + 1;
-        for (unsigned* start = after.jc + column + 1; start < end; ++start) {
-            *start += shift;
-        }
+        shiftStarts(after.jc + column + 1, after.jc + next + 1, shift);
     }
 }
 
@@ -150,9 +147,7 @@ void Relay::copyAll(Patches patches, Writer write) const
         const Patch& patch = patches[i];
         write(patch, patch.begin + shift);
         shift += patch.growth();
-        if (const unsigned size = stretchEnd(patches, i) - patch.end; size > 0) {
-            appendEntries(to, patch.end + shift, before_, patch.end, size);
-        }
+        appendEntries(to, patch.end + shift, before_, patch.end, stretchEnd(patches, i) - patch.end);
     }
 }
 

@@ -14,6 +14,9 @@
 //     columnEnds(...)                          see moveSelectedBy()
 //     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass
 //     Lowered                                  the Choice among ascending positions, as deleted ones are passed
+//
+// A loop that goes on to a portable one clears the upper parts of the registers itself: g++ 12 forgets it before such a
+// call, and plain loops that follow, of the caller too, then take three times as long.
 #ifndef ZQSP_KERNELS_SELECT_BLOCKS_HPP
 #define ZQSP_KERNELS_SELECT_BLOCKS_HPP
 
@@ -280,6 +283,7 @@ ZQSP_LOOPS unsigned siftBy(const RowWord* rows, const unsigned* ir, unsigned beg
         Lanes::storeRows(chosen, found + count, Lanes::kCount);
         count += countOnesAtOnce(chosen.selected);
     }
+    _mm256_zeroupper();
     return count + portable::siftRows(rows, nullptr, ir, begin, end, found + count);
 }
 
@@ -298,6 +302,7 @@ ZQSP_LOOPS unsigned siftFewBy(const FewRows& few, const RowWord* rows, const uns
             }
         }
     }
+    _mm256_zeroupper();
     return count + portable::siftRows(rows, nullptr, ir, begin, end, found + count);
 }
 

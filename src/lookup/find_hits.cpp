@@ -18,7 +18,8 @@ namespace zqsp {
 
 namespace {
 
-static_assert(EntryPositions::kBlock <= HitList::kRoom && IndexWalk::kBlock <= HitList::kRoom);
+static_assert(EntryPositions::kBlock <= HitList::kRoom && IndexWalk::kBlock <= HitList::kRoom &&
+              IndexWalk::kBlock <= EntryFilter::kBlock);
 
 /// Each entry asks for its own position.
 template <typename Members>
@@ -114,30 +115,25 @@ void findAtPlaces(const Columns& a, unsigned count, PlaceOf placeOf, OrdinalOf o
 /// a filter of the entries in a span lets pass.
 void findBySearches(const Columns& a, const Subscript& positions, const PositionSpan* filtered, HitList& hits)
 {
+    constexpr unsigned kMostHit = 2; // one in so many: a filter that most pass saves nothing
     std::optional<EntryFilter> filter;
-    std::array<unsigned, IndexWalk::kBlock> passed;
-    std::array<unsigned, IndexWalk::kBlock> ordinals;
+    std::array<unsigned, EntryFilter::kBlock> passed; // numbers in a block
     const FastDivisor byRows(a.m);
     IndexWalk walk(positions);
     unsigned done = 0;
     for (auto block = walk.next(); !block.empty(); block = walk.next()) {
-        auto count = static_cast<unsigned>(block.size());
-        const unsigned* searched = block.data();
-        if (filter) {
-            count = selectRows(searched, count, *filter, 0, [&](unsigned i, unsigned place, unsigned position) {
-                passed[place] = position;
-                ordinals[place] = i;
-            });
-            searched = passed.data();
-        }
+        const auto size = static_cast<unsigned>(block.size());
+        const unsigned searched = filter ? filter->sift(block.data(), size, passed.data()) : size;
+        const auto numberOf = [&](unsigned t) { return filter ? passed[t] : t; };
         const auto placeOf = [&](unsigned t) {
-            const unsigned column = byRows.quotient(searched[t]);
-            return Place{searched[t] - column * a.m, column};
+            const unsigned position = block[numberOf(t)];
+            const unsigned column = byRows.quotient(position);
+            return Place{position - column * a.m, column};
         };
         findAtPlaces(
-            a, count, placeOf, [&](unsigned t) { return done + (filter ? ordinals[t] : t); }, hits);
-        done += static_cast<unsigned>(block.size());
-        if (filtered != nullptr && !filter && hits.count() < done / 2) {
+            a, searched, placeOf, [&](unsigned t) { return done + numberOf(t); }, hits);
+        done += size;
+        if (filtered != nullptr && !filter && hits.count() < done / kMostHit) {
             filter.emplace(a, *filtered);
         }
     }
