@@ -21,6 +21,12 @@ constexpr std::size_t wholeRounds(std::size_t count)
     return (count + kRound - 1) / kRound * kRound;
 }
 
+/// As many elements as copyRounds() copies: a round of none too, which a branch foresees badly.
+constexpr std::size_t roundsCopied(std::size_t count)
+{
+    return wholeRounds(std::max<std::size_t>(count, 1));
+}
+
 /// Which rounds come first, and so on which side of a run there is more copied than it has.
 enum class Rounds
 {
@@ -38,7 +44,7 @@ inline void copyRound(std::byte* to, const std::byte* from)
     }
 }
 
-/// Copies `count` elements of `size` bytes, a multiple of rounds, but at least one of these.
+/// Copies `count` elements of `size` bytes in whole rounds, one at least.
 template <std::size_t size>
 inline void copyRounds(std::byte* to, const std::byte* from, std::size_t count, Rounds order)
 {
@@ -108,7 +114,8 @@ inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std:
     }
     const bool falls = to < from;
     const std::size_t distance = falls ? from - to : to - from;
-    const bool fits = falls ? from + wholeRounds(count) <= a.nzmax : from + count >= wholeRounds(count);
+    const std::size_t whole = roundsCopied(count);
+    const bool fits = falls ? from + whole <= a.nzmax : from + count >= whole;
     if (distance < kRound || !fits ||
         !copyShortRun(a, to, a, from, count, falls ? Rounds::kFromFront : Rounds::kFromBack)) {
         copyEntries(a, to, a, from, count);
@@ -119,7 +126,7 @@ inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std:
 inline void appendEntries(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
                           std::size_t count)
 {
-    const std::size_t whole = wholeRounds(std::max<std::size_t>(count, 1)); // of none too: a branch foresees it badly
+    const std::size_t whole = roundsCopied(count);
     if ((target.pi != nullptr) != (source.pi != nullptr) || to + whole > target.nzmax || from + whole > source.nzmax ||
         !copyShortRun(target, to, source, from, count, Rounds::kFromFront)) { // uniform/set-rows.full 12, 16
         copyEntries(target, to, source, from, count);
