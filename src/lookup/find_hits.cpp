@@ -33,15 +33,16 @@ struct NumberMoves
 static_assert(EntryPositions::kBlock <= HitList::kRoom && IndexWalk::kBlock <= HitList::kRoom &&
               IndexWalk::kBlock <= EntryFilter::kBlock);
 
-/// Each entry asks for its own position. `branches`: few of them find it.
+/// Each entry asks for its own position. `eager`: to count the members below it takes less than a branch on whether it
+/// is one.
 template <typename Members>
-void findByEntries(const Columns& a, const PositionSpan& span, Members members, bool branches, HitList& hits)
+void findByEntries(const Columns& a, const PositionSpan& span, Members members, bool eager, HitList& hits)
 {
     for (EntryPositions entries(a, span); entries.count() > 0; entries.advance(entries.count())) {
         const HitList::Room room = hits.room(entries.count());
         const NumberMoves moves{room.sources, entries.begin()};
         hits.keep(
-            selectEntries(entries.positions(), moves, 0, entries.count(), members, !branches, room.ordinals, moves, 0));
+            selectEntries(entries.positions(), moves, 0, entries.count(), members, eager, room.ordinals, moves, 0));
     }
 }
 
@@ -169,9 +170,9 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
     switch (method) {
     case LookupMethod::kByEntries:
         if (const auto* mask = std::get_if<LogicalMask>(&positions)) {
-            findByEntries(a, span, MaskMembers(*mask), true, hits);
+            findByEntries(a, span, MaskMembers(*mask), false, hits);
         } else if (const auto* range = std::get_if<IndexRange>(&positions)) {
-            findByEntries(a, span, RangeMembers(*range), false, hits);
+            findByEntries(a, span, RangeMembers(*range), true, hits);
         } else {
             findInList(a, span, std::get<IndexList>(positions), hits);
         }
