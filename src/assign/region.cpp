@@ -156,12 +156,21 @@ RowFilter::RowFilter(const Columns& a, const Ordered& rows, const Ordered& colum
     if (!isScattered_) {
         return;
     }
-    columns.forEach([&](unsigned, unsigned column) {
-        if (column < a.n) {
-            looks_ += a.length(column);
-            longest_ = std::max(longest_, a.length(column));
+    const auto look = [&](unsigned column) {
+        looks_ += a.length(column);
+        longest_ = std::max(longest_, a.length(column));
+    };
+    if (columns.isRun()) {
+        for (unsigned column = columns.lowest(); column <= columns.highest() && column < a.n; ++column) {
+            look(column);
         }
-    });
+    } else { // looking for runs takes longer (uniform1/set-region.zero 0.034, 0.036)
+        columns.forEach([&](unsigned, unsigned column) {
+            if (column < a.n) {
+                look(column);
+            }
+        });
+    }
     if (setOfRowsPays(m, marksOf(rows.form()), looks_, rows.count())) {
         others_ = RowSet::emptyOrNone(m);
         if (others_) {

@@ -37,8 +37,10 @@ class Pass
         forEachRun(
             columns.form(), [this](unsigned first, unsigned length) __attribute__((always_inline)) {
                 keepUpTo(first);
-                for (const unsigned end = first + length; column_ < end;) {
-                    at_ = select(jc_[end] - next_ > kFewEntries ? end : column_ + 1, to_, at_);
+                if (const unsigned end = first + length; others_ == nullptr || jc_[end] - next_ > kFewEntries) {
+                    at_ = select(end, to_, at_);
+                } else {
+                    clearShort(end);
                 }
             });
         keepUpTo(to_.n);
@@ -92,29 +94,36 @@ class Pass
 
     /// Moves what stays of the columns before `end` to the entries `at` and behind of `to`. Their starts become the
     /// ends there, that of the first one its own. Returns the last of the ends.
-    [[gnu::always_inline]] unsigned select(unsigned end, const Columns& to, unsigned at)
+    unsigned select(unsigned end, const Columns& to, unsigned at)
     {
         unsigned* const starts = jc_ + column_;
         const unsigned count = end - column_;
-        const unsigned stop = jc_[end];
         starts[0] = next_; // as before
+        next_ = jc_[end];
+        column_ = end;
         if (others_ == nullptr) {
             std::fill_n(starts + 1, count, at);
-        } else if (count == 1 && stop - next_ <= kFewEntries) {
-            at = withMoves(
-                entriesOf(from_), entriesOf(to), [&](auto source, auto target) __attribute__((always_inline)) {
-                    return selectEntries(from_.ir, source, next_, stop, others_->unmoved(),
-                                         to.nzmax - at >= stop - next_, to.ir, target, at);
-                });
-            starts[1] = at;
         } else {
             at = kernels().moveSelected(entriesOf(from_), starts, count, others_->unmoved(), entriesOf(to), at,
                                         starts + 1);
         }
         starts[0] = at_;
-        next_ = stop;
-        column_ = end;
         return at;
+    }
+
+    /// Appends what stays of the columns before `end`, which have few entries, within one set of blocks.
+    [[gnu::always_inline]] void clearShort(unsigned end)
+    {
+        const Entries entries = entriesOf(to_);
+        UnmovedRows others = others_->unmoved();
+        EntryBlock block;
+        while (column_ < end) {
+            block.begin = next_;
+            next_ = jc_[++column_];
+            block.size = next_ - block.begin;
+            at_ = selectBlock(entries, others, entries, at_, block);
+            jc_[column_] = at_;
+        }
     }
 
     /// Appends `kept` entries that stay in the columns from `column` on, and between them what comes. The column
@@ -124,24 +133,35 @@ class Pass
     {
         const bool isScalar = filling.b.isScalar();
         const unsigned* const bRows = filling.b.b.ir;
+        const NumberView targetRows = filling.rows;
+        const Columns aside = filling.aside;
+        const Values stays(aside);
         unsigned* const ends = jc_ + 1;
         unsigned* const newRows = to_.ir;
+        const unsigned capacity = to_.nzmax;
         unsigned copied = 0; // of what stays
         unsigned at = at_;
-        const auto copyUpTo = [&](unsigned end) {
-            if (end > copied) {
-                appendEntries(to_, at, filling.aside, copied, end - copied);
-                at += end - copied;
-                copied = end;
+        const auto copyUpTo = [&](unsigned end) __attribute__((always_inline))
+        {
+            const unsigned count = end - copied;
+            if (count <= kRound && capacity - at >= kRound && aside.nzmax - copied >= kRound) {
+                copyRun(newRows + at, aside.ir + copied, kRound); // a whole one: no branch foresees how many there are
+                to.copyRun(at, stays, copied, kRound);
+            } else {
+                appendEntries(to_, at, aside, copied, count);
             }
+            at += count;
+            copied = end;
         };
         for (unsigned place = 0; column < column_; ++column, ++done_) {
             const unsigned end = ends[column];
             const unsigned sourceEnd = isScalar ? filling.rowCount : filling.b.b.jc[done_ + std::size_t{1}];
             for (unsigned source = isScalar ? 0 : filling.b.b.jc[done_]; source < sourceEnd; ++source) {
-                const unsigned row = filling.rows[isScalar ? source : bRows[source]];
-                place = placeAmong(filling.aside, place, end, row);
-                copyUpTo(place);
+                const unsigned row = targetRows[isScalar ? source : bRows[source]];
+                if (copied < end) {
+                    place = placeAmong(aside, place, end, row);
+                    copyUpTo(place);
+                }
                 newRows[at] = row;
                 to.copy(at++, from, isScalar ? 0 : source);
             }

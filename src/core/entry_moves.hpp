@@ -38,15 +38,19 @@ inline void copyRound(std::byte* to, const std::byte* from)
     }
 }
 
-/// Copies `count` elements of `size` bytes in whole rounds.
+/// Copies `count` elements of `size` bytes, a multiple of rounds, but at least one of these.
 template <std::size_t size>
 inline void copyRounds(std::byte* to, const std::byte* from, std::size_t count, Rounds order)
 {
-    const std::size_t step = order == Rounds::kFromBack ? -kRound : kRound;
-    std::size_t at = order == Rounds::kFromBack ? count - kRound : 0;
-    for (std::size_t left = wholeRounds(count); left > 0; left -= kRound, at += step) {
-        copyRound<size>(to + at * size, from + at * size);
-    }
+    constexpr auto kBytes = static_cast<std::ptrdiff_t>(kRound * size); // signed: a run may be shorter than a round
+    const std::ptrdiff_t step = order == Rounds::kFromBack ? -kBytes : kBytes;
+    std::ptrdiff_t at = order == Rounds::kFromBack ? static_cast<std::ptrdiff_t>(count * size) - kBytes : 0;
+    std::size_t left = count;
+    do {
+        copyRound<size>(to + at, from + at);
+        at += step;
+        left -= std::min(left, kRound);
+    } while (left > 0);
 }
 
 /// The same for entries. (One loop for all blocks of an array is slower: grid/delete-columns.tenth 2.9, 3.6.)
@@ -115,7 +119,7 @@ inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std:
 inline void appendEntries(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
                           std::size_t count)
 {
-    const std::size_t whole = wholeRounds(count);
+    const std::size_t whole = wholeRounds(std::max<std::size_t>(count, 1)); // of none too: a branch foresees it badly
     if ((target.pi != nullptr) != (source.pi != nullptr) || to + whole > target.nzmax || from + whole > source.nzmax ||
         !copyShortRun(target, to, source, from, count, Rounds::kFromFront)) { // uniform/set-rows.full 12, 16
         copyEntries(target, to, source, from, count);

@@ -147,9 +147,7 @@ void Relay::copyAll(Patches patches, Writer write) const
         const Patch& patch = patches[i];
         write(patch, patch.begin + shift);
         shift += patch.growth();
-        if (const unsigned size = stretchEnd(patches, i) - patch.end; size > 0) {
-            appendEntries(to, patch.end + shift, before_, patch.end, size);
-        }
+        appendEntries(to, patch.end + shift, before_, patch.end, stretchEnd(patches, i) - patch.end);
     }
 }
 

@@ -96,8 +96,8 @@ unsigned removeRows(const Columns& a, Subscript rows)
     }
     const Ordered deleted(std::move(rows), Repeats::kLast);
     const Numbers numbers(deleted.form());
-    ListedRows listed{numbers, deleted.count()};
-    selectColumns(entriesOf(a), a.jc, a.n, Others<ListedRows>{listed}, entriesOf(a), 0, a.jc + 1);
+    Others<ListedRows> kept{{numbers, deleted.count()}};
+    selectColumns(entriesOf(a), a.jc, a.n, kept, entriesOf(a), 0, a.jc + 1);
     return deleted.count();
 }
 

@@ -18,31 +18,32 @@ namespace zqsp {
 
 namespace {
 
-/// Moves numbers instead of elements: element i is first + i.
-struct NumberMoves
-{
-    unsigned* numbers;
-    unsigned first;
-
-    void copy(std::size_t to, const NumberMoves& from, std::size_t source) const
-    {
-        numbers[to] = from.first + static_cast<unsigned>(source);
-    }
-};
-
 static_assert(EntryPositions::kBlock <= HitList::kRoom && IndexWalk::kBlock <= HitList::kRoom &&
               IndexWalk::kBlock <= EntryFilter::kBlock);
 
-/// Each entry asks for its own position. `eager`: to count the members below it takes less than a branch on whether it
-/// is one.
+/// Each entry asks for its own position.
 template <typename Members>
-void findByEntries(const Columns& a, const PositionSpan& span, Members members, bool eager, HitList& hits)
+void findByEntries(const Columns& a, const PositionSpan& span, Members members, HitList& hits)
 {
     for (EntryPositions entries(a, span); entries.count() > 0; entries.advance(entries.count())) {
         const HitList::Room room = hits.room(entries.count());
-        const NumberMoves moves{room.sources, entries.begin()};
-        hits.keep(
-            selectEntries(entries.positions(), moves, 0, entries.count(), members, eager, room.ordinals, moves, 0));
+        const unsigned first = entries.begin();
+        unsigned found = 0;
+        if constexpr (std::is_same_v<Members, MaskMembers>) { // its bytes are counted up to what is found only
+            for (unsigned i = 0; i < entries.count(); ++i) {
+                if (const unsigned position = entries.positions()[i]; members.selects(position)) {
+                    room.ordinals[found] = members.newRow(position);
+                    room.sources[found++] = first + i;
+                }
+            }
+        } else {
+            found = selectRows(entries.positions(), entries.count(), members, 0,
+                               [=](unsigned i, unsigned place, unsigned ordinal) {
+                                   room.ordinals[place] = ordinal;
+                                   room.sources[place] = first + i;
+                               });
+        }
+        hits.keep(found);
     }
 }
 
@@ -170,9 +171,9 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
     switch (method) {
     case LookupMethod::kByEntries:
         if (const auto* mask = std::get_if<LogicalMask>(&positions)) {
-            findByEntries(a, span, MaskMembers(*mask), false, hits);
+            findByEntries(a, span, MaskMembers(*mask), hits);
         } else if (const auto* range = std::get_if<IndexRange>(&positions)) {
-            findByEntries(a, span, RangeMembers(*range), true, hits);
+            findByEntries(a, span, RangeMembers(*range), hits);
         } else {
             findInList(a, span, std::get<IndexList>(positions), hits);
         }
