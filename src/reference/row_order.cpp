@@ -168,7 +168,7 @@ void ColumnSorter::sort(const Columns& from, const Columns& to, const unsigned* 
             continue;
         }
         if (size > room_) {
-            room_ = std::max(size, kSortedTogether);
+            room_ = std::max(size, std::min(kSortedTogether, from.jc[from.n] - from.jc[0])); // no more than there are
             aside_ = createLike(to, 1, 0, room_);
         }
         const Columns aside(aside_.get());
