@@ -97,7 +97,9 @@ unsigned removeRows(const Columns& a, Subscript rows)
     const Ordered deleted(std::move(rows), Repeats::kLast);
     const Numbers numbers(deleted.form());
     ListedRows listed{numbers, deleted.count()};
-    selectColumns(entriesOf(a), a.jc, a.n, Others<ListedRows>{listed}, entriesOf(a), 0, a.jc + 1);
+    const Entries entries = entriesOf(a);
+    const SizedMoves moves(entries); // of few entries the searches take the time
+    selectColumnsBy(entries, a.jc, a.n, Others<ListedRows>{listed}, entries, moves, moves, 0, a.jc + 1);
     return deleted.count();
 }
 
