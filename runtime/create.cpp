@@ -5,6 +5,7 @@
 #include "elements.hpp"
 #include "errors.hpp"
 #include "kx_runtime.hpp"
+#include "small_blocks.hpp"
 
 #include <limits>
 #include <string>
@@ -81,13 +82,15 @@ ArrayOwner newZeroedFull(std::span<const unsigned> dims, kxClassID id, kxComplex
 
 ArrayOwner newSparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
 {
-    ArrayOwner made = newRecord(id, flagsFor(id, complexity) | kxFLAG_SPARSE, m, n);
+    const unsigned flags = flagsFor(id, complexity) | kxFLAG_SPARSE;
+    BlockSource blocks;
+    ArrayOwner made(new (blocks.take(sizeof(ArrayRecord))) ArrayRecord(id, flags, m, n));
     made->nzmax = nzmax;
-    made->jc = static_cast<unsigned*>(allocateZeroed(std::size_t{n} + 1, sizeof(unsigned)));
-    made->ir = static_cast<unsigned*>(allocate(nzmax, sizeof(unsigned)));
-    made->pr = allocate(nzmax, elementSize(id));
+    made->jc = static_cast<unsigned*>(blocks.take((std::size_t{n} + 1) * sizeof(unsigned), true));
+    made->ir = static_cast<unsigned*>(blocks.take(nzmax * sizeof(unsigned)));
+    made->pr = blocks.take(nzmax * elementSize(id));
     if (complexity == kxCOMPLEX) {
-        made->pi = allocate(nzmax, elementSize(id));
+        made->pi = blocks.take(nzmax * elementSize(id));
     }
     return made;
 }

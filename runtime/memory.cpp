@@ -6,7 +6,7 @@
 #include "errors.hpp"
 #include "kx_runtime.hpp"
 #include "large_blocks.hpp"
-#include "thread_memory.hpp"
+#include "small_blocks.hpp"
 
 #include <algorithm>
 #include <atomic>
@@ -18,13 +18,6 @@
 namespace kxrt {
 namespace {
 
-struct alignas(16) BlockHeader
-{
-    std::size_t size; ///< tells the kind of block as well
-    unsigned holders; ///< by atomic_ref only once the block is handed out
-};
-static_assert(sizeof(BlockHeader) == 16);
-
 /// Where the data of a mapped block begins within its mapping.
 constexpr std::size_t kMappingPrefix = 64;
 /// No array needs a block this large: 2^32 complex elements come in two blocks of 32 GiB.
@@ -34,17 +27,7 @@ constexpr std::size_t kImpossibleSize = std::numeric_limits<std::size_t>::max();
 
 constinit std::atomic<long> requestsUntilFailure{-1};
 constinit std::atomic<std::size_t> largestBlock{kLargestBlock};
-/// Whether one of these two may refuse a small block.
-constinit std::atomic<bool> refusesSmall{false};
 
-BlockHeader* headerOf(void* block)
-{
-    return static_cast<BlockHeader*>(block) - 1;
-}
-const BlockHeader* headerOf(const void* block)
-{
-    return static_cast<const BlockHeader*>(block) - 1;
-}
 std::byte* mappingOf(void* block)
 {
     return static_cast<std::byte*>(block) - kMappingPrefix;
@@ -93,28 +76,16 @@ constexpr Kind kindFor(std::size_t size)
     if (!kReusesBlocks) {
         return Kind::plain;
     }
-    if (size <= kLargestSmall - sizeof(BlockHeader)) {
+    if (isSmall(size)) {
         return Kind::small;
     }
     return size >= kLargeBlock ? Kind::mapped : Kind::plain;
-}
-
-/// Of a small block.
-constexpr std::size_t classFor(std::size_t size)
-{
-    return smallClass(size + sizeof(BlockHeader));
 }
 
 /// The bytes of the heap block behind a block that is not mapped.
 constexpr std::size_t heapBytes(std::size_t size)
 {
     return kindFor(size) == Kind::small ? smallClassBytes(classFor(size)) : size + sizeof(BlockHeader);
-}
-
-/// Writes the header in front of the data.
-void* furnish(void* raw, std::size_t size) noexcept
-{
-    return ::new (raw) BlockHeader{size, 1} + 1;
 }
 
 void* newMapped(std::size_t size, bool zeroed) noexcept
@@ -146,13 +117,6 @@ void* newBlock(ThreadMemory* own, std::size_t size, bool zeroed) noexcept
     return block;
 }
 
-/// The smallest blocks are cleared as a whole, which needs no call.
-void* clearSmall(void* block, std::size_t size) noexcept
-{
-    constexpr std::size_t kLeast = kSmallStep - sizeof(BlockHeader);
-    return size <= kLeast ? std::memset(block, 0, kLeast) : std::memset(block, 0, size);
-}
-
 /// Resizes a block without other holders in its own kind of memory; null (block unchanged) on failure.
 void* resizeInKind(void* block, std::size_t size) noexcept
 {
@@ -162,30 +126,6 @@ void* resizeInKind(void* block, std::size_t size) noexcept
     }
     void* raw = std::realloc(headerOf(block), heapBytes(size));
     return raw == nullptr ? nullptr : furnish(raw, size);
-}
-
-[[gnu::noinline]] void* allocateElsewhere(std::size_t size, bool zeroed) noexcept
-{
-    ThreadMemory* own = ThreadMemory::mine();
-    return admit(own, size) ? newBlock(own, size, zeroed) : nullptr;
-}
-
-void* tryAllocate(std::size_t size, bool zeroed) noexcept
-{
-    // The common case in few instructions: a small block that this thread has kept, and nobody tests failures.
-    if (kindFor(size) != Kind::small || refusesSmall.load(std::memory_order_relaxed)) {
-        return allocateElsewhere(size, zeroed);
-    }
-    ThreadMemory& own = ThreadMemory::existing();
-    void* raw = own.take(classFor(size));
-    if (raw == nullptr) {
-        return allocateElsewhere(size, zeroed);
-    }
-    own.add(Count::requests, 1);
-    own.add(Count::bytesRequested, static_cast<std::int64_t>(size));
-    own.add(Count::liveBlocks, 1);
-    void* block = furnish(raw, size);
-    return zeroed ? clearSmall(block, size) : block;
 }
 
 void* tryReallocate(void* block, std::size_t size) noexcept
@@ -209,7 +149,17 @@ void* tryReallocate(void* block, std::size_t size) noexcept
     return fresh;
 }
 
-[[gnu::noinline]] void releaseElsewhere(BlockHeader* header) noexcept
+} // namespace
+
+constinit std::atomic<bool> refusesSmall{false};
+
+void* allocateElsewhere(std::size_t size, bool zeroed) noexcept
+{
+    ThreadMemory* own = ThreadMemory::mine();
+    return admit(own, size) ? newBlock(own, size, zeroed) : nullptr;
+}
+
+void releaseElsewhere(BlockHeader* header) noexcept
 {
     ThreadMemory::add(ThreadMemory::mine(), Count::liveBlocks, -1);
     if (kindFor(header->size) == Kind::mapped) {
@@ -218,16 +168,6 @@ void* tryReallocate(void* block, std::size_t size) noexcept
         std::free(header);
     }
 }
-
-void* orRaise(void* block, std::size_t size)
-{
-    if (block == nullptr) {
-        raiseOutOfMemory(size);
-    }
-    return block;
-}
-
-} // namespace
 
 std::size_t live_blocks()
 {
@@ -261,34 +201,17 @@ void release_kept_blocks()
 
 void* allocate(std::size_t count, std::size_t size)
 {
-    const std::size_t bytes = product(count, size);
-    return orRaise(tryAllocate(bytes, false), bytes);
+    return BlockSource().take(product(count, size));
 }
 
 void* allocateZeroed(std::size_t count, std::size_t size)
 {
-    const std::size_t bytes = product(count, size);
-    return orRaise(tryAllocate(bytes, true), bytes);
+    return BlockSource().take(product(count, size), true);
 }
 
 void release(void* block) noexcept
 {
-    if (block == nullptr) {
-        return;
-    }
-    BlockHeader* header = headerOf(block);
-    const std::atomic_ref<unsigned> holders(header->holders);
-    // A sole holder needs no read-modify-write: nobody else can add a hold.
-    if (holders.load(std::memory_order_acquire) != 1 && holders.fetch_sub(1, std::memory_order_acq_rel) != 1) {
-        return;
-    }
-    const std::size_t size = header->size;
-    ThreadMemory& own = ThreadMemory::existing();
-    if (kindFor(size) == Kind::small && own.keep(header, classFor(size))) {
-        own.add(Count::liveBlocks, -1);
-    } else {
-        releaseElsewhere(header);
-    }
+    BlockSink().drop(block);
 }
 
 void addHolder(void* block) noexcept
@@ -328,7 +251,11 @@ void* kxCalloc(std::size_t count, std::size_t size)
 }
 void* kxRealloc(void* block, std::size_t size)
 {
-    return orRaise(tryReallocate(block, size), size);
+    void* resized = tryReallocate(block, size);
+    if (resized == nullptr) {
+        raiseOutOfMemory(size);
+    }
+    return resized;
 }
 void kxFree(void* block)
 {
@@ -337,11 +264,11 @@ void kxFree(void* block)
 
 void* kxMallocEx(std::size_t size)
 {
-    return tryAllocate(size, false);
+    return BlockSource().tryTake(size, false);
 }
 void* kxCallocEx(std::size_t count, std::size_t size)
 {
-    return tryAllocate(product(count, size), true);
+    return BlockSource().tryTake(product(count, size), true);
 }
 void kxFreeEx(void* block)
 {

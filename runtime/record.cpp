@@ -1,6 +1,7 @@
 #include "record.hpp"
 
 #include "kx_runtime.hpp"
+#include "small_blocks.hpp"
 
 #include <algorithm>
 #include <limits>
@@ -25,6 +26,18 @@ kxClassID kxArray::_get_class_id_non_trivial() const
 }
 
 namespace kxrt {
+namespace {
+
+[[gnu::always_inline]] inline void dropContent(const kxArray* array, BlockSink& blocks) noexcept
+{
+    blocks.drop(array->pr);
+    blocks.drop(array->pi);
+    blocks.drop(array->ir);
+    blocks.drop(array->jc);
+    blocks.drop(record(array)->manyDims);
+}
+
+} // namespace
 
 std::uint64_t productOf(std::span<const unsigned> dims)
 {
@@ -42,19 +55,14 @@ std::uint64_t productOf(std::span<const unsigned> dims)
 
 void ArrayRelease::operator()(kxArray* array) const noexcept
 {
-    freeContent(array);
-    record(array)->~ArrayRecord();
-    release(array);
+    BlockSink blocks;
+    dropContent(array, blocks);
+    blocks.drop(array);
 }
 
 ArrayOwner newRecord(kxClassID id, unsigned flags, unsigned m, unsigned n)
 {
-    auto* made = new (allocate(1, sizeof(ArrayRecord))) ArrayRecord;
-    made->class_id = id;
-    made->flags = flags;
-    made->matrixDims[0] = m;
-    made->matrixDims[1] = n;
-    return ArrayOwner(made);
+    return ArrayOwner(new (allocate(1, sizeof(ArrayRecord))) ArrayRecord(id, flags, m, n));
 }
 
 bool storeDimensions(kxArray* array, std::span<const unsigned> dims) noexcept
@@ -79,11 +87,8 @@ bool storeDimensions(kxArray* array, std::span<const unsigned> dims) noexcept
 
 void freeContent(kxArray* array) noexcept
 {
-    release(array->pr);
-    release(array->pi);
-    release(array->ir);
-    release(array->jc);
-    release(record(array)->manyDims);
+    BlockSink blocks;
+    dropContent(array, blocks);
 }
 
 void hide_class(kxArray* array)

@@ -25,16 +25,16 @@ struct Range
 /// their own.
 struct ArrayRecord : kxArray
 {
-    unsigned matrixDims[2] = {0, 0}; ///< the dimensions while there are two
-    unsigned* manyDims = nullptr;    ///< the dimensions otherwise
-    Range range = {};                ///< of a colon object
+    unsigned matrixDims[2];       ///< the dimensions while there are two
+    unsigned* manyDims = nullptr; ///< the dimensions otherwise
+    Range range = {};             ///< of a colon object
     bool bareColon = false;
 
-    ArrayRecord() noexcept
+    ArrayRecord(kxClassID id, unsigned initialFlags, unsigned m, unsigned n) noexcept : matrixDims{m, n}
     {
-        class_id = kxUNKNOWN_CLASS;
+        class_id = id;
         scope = kxTEMPORARY_SCOPE;
-        flags = 0;
+        flags = initialFlags;
         ndims = 2;
         nzmax = 0;
         pr = nullptr;

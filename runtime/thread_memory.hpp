@@ -58,6 +58,8 @@ class ThreadMemory
     /// The calling thread's own. Before its first allocation, and in the rare case that there is no memory for it,
     /// one that belongs to nobody: nothing is in it, and it keeps nothing.
     static ThreadMemory& existing() noexcept { return *current; }
+    /// The latter.
+    static ThreadMemory& nobody() noexcept { return nobodys; }
     /// The thread's own, made where it is not there yet; null where there is no memory for it.
     static ThreadMemory* mine() noexcept { return current != &nobodys ? current : enroll(); }
 

@@ -123,15 +123,15 @@ class Pass
     [[gnu::always_inline]] void clearShort(unsigned end)
     {
         const Entries entries = entriesOf(to_);
-        withMoves(
-            entries, entries, [&](auto source, auto target) __attribute__((always_inline)) {
-                while (column_ < end) {
-                    const unsigned begin = next_;
-                    next_ = jc_[++column_];
-                    at_ = selectEntries(to_.ir, source, begin, next_, others_->unmoved(), true, to_.ir, target, at_);
-                    jc_[column_] = at_;
-                }
-            });
+        UnmovedRows others = others_->unmoved();
+        EntryBlock block;
+        while (column_ < end) {
+            block.begin = next_;
+            next_ = jc_[++column_];
+            block.size = next_ - block.begin;
+            at_ = selectBlock(entries, others, entries, at_, block);
+            jc_[column_] = at_;
+        }
     }
 
     /// Appends `kept` entries that stay in the columns from `column` on, and between them what comes. The column

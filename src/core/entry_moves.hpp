@@ -43,11 +43,12 @@ inline void copyRound(std::byte* to, const std::byte* from)
 template <std::size_t size>
 inline void copyRounds(std::byte* to, const std::byte* from, std::size_t count, Rounds order)
 {
-    const std::size_t step = order == Rounds::kFromBack ? -kRound : kRound;
-    std::size_t at = order == Rounds::kFromBack ? count - kRound : 0;
+    constexpr auto kBytes = static_cast<std::ptrdiff_t>(kRound * size); // signed: a run may be shorter than a round
+    const std::ptrdiff_t step = order == Rounds::kFromBack ? -kBytes : kBytes;
+    std::ptrdiff_t at = order == Rounds::kFromBack ? static_cast<std::ptrdiff_t>(count * size) - kBytes : 0;
     std::size_t left = count;
     do {
-        copyRound<size>(to + at * size, from + at * size);
+        copyRound<size>(to + at, from + at);
         at += step;
         left -= std::min(left, kRound);
     } while (left > 0);

@@ -50,10 +50,9 @@ template <typename Members>
 unsigned deleteByEntries(const Columns& a, unsigned nnz, Members deleted)
 {
     EntryWalk(a).replaceRows(nnz);
-    const Entries entries = entriesOf(a);
-    return withMoves(entries, entries, [&, ir = a.ir](auto from, auto to) {
-        return selectEntries(ir, from, 0, nnz, Others<Members>{deleted}, true, ir, to, 0);
-    });
+    const std::array<unsigned, 2> all{0, nnz};
+    Others<Members> kept{deleted};
+    return selectColumns(entriesOf(a), all.data(), 1, kept, entriesOf(a), 0, &nnz);
 }
 
 /// The rows of a block become positions just before it is gone through, while it is in the nearest caches.

@@ -96,10 +96,8 @@ unsigned removeRows(const Columns& a, Subscript rows)
     }
     const Ordered deleted(std::move(rows), Repeats::kLast);
     const Numbers numbers(deleted.form());
-    ListedRows listed{numbers, deleted.count()};
-    const Entries entries = entriesOf(a);
-    const SizedMoves moves(entries); // of few entries the searches take the time
-    selectColumnsBy(entries, a.jc, a.n, Others<ListedRows>{listed}, entries, moves, moves, 0, a.jc + 1);
+    Others<ListedRows> kept{{numbers, deleted.count()}};
+    selectColumns(entriesOf(a), a.jc, a.n, kept, entriesOf(a), 0, a.jc + 1);
     return deleted.count();
 }
 

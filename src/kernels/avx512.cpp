@@ -88,6 +88,7 @@ ZQSP_AVX512 void writeStarts(const unsigned* columns, unsigned count, unsigned l
         }
         written += kColumns;
     }
+    _mm256_zeroupper(); // (See select_blocks.hpp.)
     portable::writeStartsFrom(written, entry, columns, count, length, starts);
 }
 

@@ -90,40 +90,32 @@ inline unsigned countTrueInPairs(const unsigned char* values, unsigned pairs)
 }
 #endif
 
-/// Number of non-zero bytes. The words of a block are added up as eight sums of a byte each; counting the bits of every
-/// word takes three times as long without an instruction for it.
-inline unsigned countTrue(const unsigned char* values, unsigned length)
+/// Number of non-zero bytes from `begin` to `end`; those before may be read, too.
+inline unsigned countTrue(const unsigned char* values, unsigned begin, unsigned end)
 {
     unsigned count = 0;
-    unsigned i = 0;
+    unsigned i = begin;
 #ifdef __SSE2__
     constexpr unsigned kMany = 128; // bytes; masks are mostly counted whole, or from one entry to the next
-    if (length >= kMany) {
+    if (end - begin >= kMany) {
         constexpr unsigned kPair = 2 * sizeof(__m128i);
-        count = countTrueInPairs(values, length / kPair);
-        i = length / kPair * kPair;
+        const unsigned pairs = (end - begin) / kPair;
+        count = countTrueInPairs(values + begin, pairs);
+        i += pairs * kPair;
     }
 #endif
-    constexpr unsigned kBlock = 255; // words: so many ones fit a byte
-    constexpr std::uint64_t kPairs = 0x00FF00FF00FF00FFULL;
-    constexpr std::uint64_t kAddPairs = 0x0001000100010001ULL;
-    while (length - i >= kMaskWord) {
-        const unsigned words = std::min((length - i) / kMaskWord, kBlock);
-        std::uint64_t sums = 0;
-        for (unsigned w = 0; w < words; ++w) {
-            sums += trueBits(values + i + std::size_t{w} * kMaskWord) >> 7U;
-        }
-        const std::uint64_t pairs = (sums & kPairs) + (sums >> 8U & kPairs);
-        count += static_cast<unsigned>(pairs * kAddPairs >> 48U);
-        i += words * kMaskWord;
-    }
-    if (i < length && length >= kMaskWord) { // in one word with bytes that have been counted: nothing to foresee
+    const auto ones = [](std::uint64_t bits) {
         constexpr std::uint64_t kAddBytes = 0x0101010101010101ULL;
-        const unsigned counted = 8 * (kMaskWord - (length - i)); // bits
-        count += static_cast<unsigned>((trueBits(values + length - kMaskWord) >> 7U >> counted) * kAddBytes >> 56U);
-        i = length;
+        return static_cast<unsigned>((bits >> 7U) * kAddBytes >> 56U);
+    };
+    for (; end - i >= kMaskWord; i += kMaskWord) {
+        count += ones(trueBits(values + i));
     }
-    for (; i < length; ++i) {
+    if (i < end && end >= kMaskWord) { // in one word with bytes before them: nothing to foresee
+        count += ones(trueBits(values + end - kMaskWord) >> 8 * (kMaskWord - (end - i)));
+        i = end;
+    }
+    for (; i < end; ++i) {
         count += values[i] != 0 ? 1U : 0U;
     }
     return count;

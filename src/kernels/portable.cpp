@@ -92,11 +92,10 @@ unsigned moveSelected(const Entries& from, const unsigned* jc, unsigned columns,
 
 unsigned closeUp(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept)
 {
-    DeletedList own = deleted; // in registers
-    kept = withMoves(entries, entries, [&, ir = entries.ir](auto from, auto to) {
-        return selectEntries(ir, from, begin, end, Others<DeletedList>{own}, true, ir, to, kept);
-    });
-    deleted.passed = own.passed;
+    const std::array<unsigned, 2> all{begin, end};
+    Others<DeletedList> others{deleted};
+    kept = selectColumns(entries, all.data(), 1, others, entries, kept, &end);
+    deleted = others.deleted;
     return kept;
 }
 

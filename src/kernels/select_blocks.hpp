@@ -14,6 +14,9 @@
 //     columnEnds(...)                          see moveSelectedBy()
 //     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass
 //     Lowered                                  the Choice among ascending positions, as deleted ones are passed
+//
+// A loop that goes on to a portable one clears the upper parts of the registers itself: g++ 12 forgets it before such a
+// call, and plain loops that follow, of the caller too, then take three times as long.
 #ifndef ZQSP_KERNELS_SELECT_BLOCKS_HPP
 #define ZQSP_KERNELS_SELECT_BLOCKS_HPP
 
@@ -109,16 +112,24 @@ class BlockMover
     BlockMover(const Entries& from, const Entries& to) : from_(from), to_(to), inPlace_(from.ir == to.ir) {}
 
     /// Moves what is selected of `size` entries from `begin` on to `at` and behind. Returns how many entries that is.
-    template <typename Rows>
-    unsigned move(unsigned begin, unsigned size, Rows& choice, unsigned at)
+    /// `choice`: a row choice, or a list of what is deleted.
+    template <typename Choice>
+    unsigned move(unsigned begin, unsigned size, Choice& choice, unsigned at)
     {
         const std::size_t room = (inPlace_ ? begin + size : to_.capacity) - at;
         const unsigned groupSize = kCount * from_.elementSize;
         const std::size_t offset = std::size_t{begin} * from_.elementSize;
         const Next nextRows{reinterpret_cast<const std::byte*>(from_.ir + begin + size), kCount * sizeof *from_.ir};
         // (Whether the values will be read, as far as one can tell.)
-        selected_ = moveRows(from_.ir + begin, size, choice, to_.ir + at, room,
-                             {from_.pr + offset, selected_ != 0 ? groupSize : 0});
+        const Next nextValues{from_.pr + offset, selected_ != 0 ? groupSize : 0};
+        const auto moveChosen = [=, this](auto& rows) {
+            return this->moveRows(from_.ir + begin, size, rows, to_.ir + at, room, nextValues);
+        };
+        if constexpr (std::is_same_v<Choice, const RowChoice>) {
+            selected_ = std::visit([&](auto rows) { return moveChosen(rows); }, choice);
+        } else {
+            selected_ = moveChosen(choice);
+        }
         if (selected_ == 0) {
             return 0;
         }
@@ -232,23 +243,19 @@ unsigned moveSelectedBy(const Entries& from, const unsigned* jc, unsigned column
     if (!serve(from, last - jc[0])) {
         return portable::moveSelected(from, jc, columns, choice, to, at, ends);
     }
-    return std::visit(
-        [&, at, ends, columns](auto rows) mutable {
-            BlockMover<Lanes> mover(from, to);
-            const unsigned* columnEnd = jc + 1;
-            for (unsigned begin = jc[0], size = 0; begin < last; begin += size) {
-                size = std::min(kBlockSize, last - begin);
-                const unsigned selected = mover.move(begin, size, rows, at);
-                const unsigned served = Lanes::columnEnds(columnEnd, columns, begin, size, at, mover.selection(), ends);
-                columnEnd += served;
-                ends += served;
-                columns -= served;
-                at += selected;
-            }
-            std::fill_n(ends, columns, at);
-            return at;
-        },
-        choice);
+    BlockMover<Lanes> mover(from, to);
+    const unsigned* columnEnd = jc + 1;
+    for (unsigned begin = jc[0], size = 0; begin < last; begin += size) {
+        size = std::min(kBlockSize, last - begin);
+        const unsigned selected = mover.move(begin, size, choice, at);
+        const unsigned served = Lanes::columnEnds(columnEnd, columns, begin, size, at, mover.selection(), ends);
+        columnEnd += served;
+        ends += served;
+        columns -= served;
+        at += selected;
+    }
+    std::fill_n(ends, columns, at);
+    return at;
 }
 
 template <typename Lanes>
@@ -276,6 +283,7 @@ ZQSP_LOOPS unsigned siftBy(const RowWord* rows, const unsigned* ir, unsigned beg
         Lanes::storeRows(chosen, found + count, Lanes::kCount);
         count += countOnesAtOnce(chosen.selected);
     }
+    _mm256_zeroupper();
     return count + portable::siftRows(rows, nullptr, ir, begin, end, found + count);
 }
 
@@ -294,6 +302,7 @@ ZQSP_LOOPS unsigned siftFewBy(const FewRows& few, const RowWord* rows, const uns
             }
         }
     }
+    _mm256_zeroupper();
     return count + portable::siftRows(rows, nullptr, ir, begin, end, found + count);
 }
 

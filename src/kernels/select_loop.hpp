@@ -16,85 +16,6 @@
 
 namespace zqsp {
 
-/// Elements of a known size.
-template <typename Word, bool complex>
-struct ElementMoves
-{
-    Word* pr;
-    Word* pi;
-
-    explicit ElementMoves(const Entries& a) : pr(reinterpret_cast<Word*>(a.pr)), pi(reinterpret_cast<Word*>(a.pi)) {}
-
-    [[gnu::always_inline]] void copy(std::size_t to, const ElementMoves& from, std::size_t source) const
-    {
-        pr[to] = from.pr[source];
-        if constexpr (complex) {
-            pi[to] = from.pi[source];
-        }
-    }
-};
-
-/// Elements of any size.
-struct SizedMoves
-{
-    std::byte* pr;
-    std::byte* pi;
-    std::size_t size;
-
-    explicit SizedMoves(const Entries& a) : pr(a.pr), pi(a.pi), size(a.elementSize) {}
-
-    void copy(std::size_t to, const SizedMoves& from, std::size_t source) const
-    {
-        std::memmove(pr + to * size, from.pr + source * size, size);
-        if (pi != nullptr) {
-            std::memmove(pi + to * size, from.pi + source * size, size);
-        }
-    }
-};
-
-/// f(from, to) with the moves of the element size at hand.
-template <typename F>
-[[gnu::always_inline]] inline auto withMoves(const Entries& from, const Entries& to, F&& f)
-{
-    using Byte = std::uint8_t;
-    using Double = std::uint64_t;
-    if (from.elementSize == sizeof(Double)) {
-        return from.pi != nullptr ? f(ElementMoves<Double, true>(from), ElementMoves<Double, true>(to))
-                                  : f(ElementMoves<Double, false>(from), ElementMoves<Double, false>(to));
-    }
-    if (from.elementSize == sizeof(Byte) && from.pi == nullptr) {
-        return f(ElementMoves<Byte, false>(from), ElementMoves<Byte, false>(to));
-    }
-    return f(SizedMoves(from), SizedMoves(to));
-}
-
-/// Moves the selected of the entries begin .. end-1 to `at` and behind, which may be in the same blocks, before them.
-/// Returns the end. `room`: whether as many entries can be written as there are. An entry is then written before it is
-/// known to be selected; at worst it is written over by the next one, and no branch depends on the answer.
-template <typename Choice, typename Moves>
-[[gnu::always_inline]] inline unsigned selectEntries(const unsigned* rows, Moves from, unsigned begin, unsigned end,
-                                                     Choice&& choice, bool room, unsigned* newRows, Moves to,
-                                                     unsigned at)
-{
-    if (room) {
-        for (unsigned e = begin; e < end; ++e) {
-            const unsigned row = rows[e];
-            const bool selected = choice.selects(row);
-            newRows[at] = choice.newRow(row);
-            to.copy(at, from, e);
-            at += selected ? 1U : 0U;
-        }
-        return at;
-    }
-    for (unsigned e = begin; e < end; ++e) {
-        if (const unsigned row = rows[e]; choice.selects(row)) {
-            newRows[at] = choice.newRow(row);
-            to.copy(at++, from, e);
-        }
-    }
-    return at;
-}
-
 #ifdef __SSE2__
 /// A bit for each of four rows that is in a set, and their ranks: ones are counted in a register of four words,
 /// measured in half the time of counting them word by word where there is no instruction for it.
@@ -128,70 +49,144 @@ template <typename Choice, typename Moves>
 }
 #endif
 
-/// By blocks of entries, whichever columns they lie in: where a short column ends, nobody can foresee. Where the
-/// entries of a block went tells the ends of the columns in it. (What the loop reads of records is copied out of them
-/// first: its stores might change these, as far as the compiler knows.)
-template <typename Choice, typename Moves>
-[[gnu::always_inline]] inline unsigned selectColumnsBy(const Entries& from, const unsigned* jc, unsigned columns,
-                                                       Choice choice, const Entries& to, Moves source, Moves target,
-                                                       unsigned at, unsigned* ends)
+/// write(i, place, newRow) for each of `count` rows: those that are selected go to the places `at` and behind, `newRow`
+/// is their new row. What is not selected is given the place of the next one that is, to be written over: no branch
+/// depends on the answer. Returns the end of the places.
+template <typename Choice, typename Write>
+[[gnu::always_inline]] inline unsigned selectRows(const unsigned* rows, unsigned count, Choice& choice, unsigned at,
+                                                  Write write)
 {
-    constexpr unsigned kBlock = 1024;
-    alignas(64) std::array<unsigned, kBlock> places;
-    const unsigned* const rows = from.ir;
-    unsigned* const newRows = to.ir;
-    const unsigned last = jc[columns];
-    unsigned column = 0;
-    for (unsigned begin = jc[0], size = 0; begin < last; begin += size) {
-        size = std::min(kBlock, last - begin);
-        if (to.capacity - at >= size) {
-            unsigned done = 0;
+    unsigned i = 0;
 #ifdef __SSE2__
-            if constexpr (std::is_same_v<Choice, RankedRows>) {
-                constexpr unsigned kFour = 4;
-                for (; size - done >= kFour; done += kFour) {
-                    std::array<unsigned, kFour> ranks;
-                    unsigned selected = rankFour(rows + begin + done, choice.words, ranks.data());
-                    for (unsigned i = 0; i < kFour; ++i, selected >>= 1U) {
-                        newRows[at] = ranks[i];
-                        target.copy(at, source, begin + done + i);
-                        places[done + i] = at;
-                        at += selected & 1U;
-                    }
-                }
+    if constexpr (std::is_same_v<Choice, RankedRows>) {
+        constexpr unsigned kFour = 4;
+        for (; count - i >= kFour; i += kFour) {
+            std::array<unsigned, kFour> ranks;
+            unsigned selected = rankFour(rows + i, choice.words, ranks.data());
+            for (unsigned k = 0; k < kFour; ++k, selected >>= 1U) {
+                write(i + k, at, ranks[k]);
+                at += selected & 1U;
             }
-#endif
-            for (unsigned i = done; i < size; ++i) {
-                const unsigned row = rows[begin + i];
-                const bool selected = choice.selects(row);
-                newRows[at] = choice.newRow(row);
-                target.copy(at, source, begin + i);
-                places[i] = at;
-                at += selected ? 1U : 0U;
-            }
-        } else {
-            for (unsigned i = 0; i < size; ++i) {
-                places[i] = at;
-                at = selectEntries(rows, source, begin + i, begin + i + 1, choice, false, newRows, target, at);
-            }
-        }
-        for (; column < columns && jc[column + 1] - begin < size; ++column) {
-            ends[column] = places[jc[column + 1] - begin];
         }
     }
-    std::fill(ends + column, ends + columns, at);
+#endif
+    for (; i < count; ++i) {
+        const unsigned row = rows[i];
+        const bool selected = choice.selects(row);
+        write(i, at, choice.newRow(row));
+        at += selected ? 1U : 0U;
+    }
     return at;
 }
 
-/// moveSelected() of the kernels for one kind of choice.
-template <typename Choice>
-[[gnu::always_inline]] inline unsigned selectColumns(const Entries& from, const unsigned* jc, unsigned columns,
-                                                     Choice choice, const Entries& to, unsigned at, unsigned* ends)
+/// The entries of a block, from `begin` on, and where they go.
+struct EntryBlock
 {
-    return withMoves(
-        from, to, [&](auto source, auto target) __attribute__((always_inline)) {
-            return selectColumnsBy(from, jc, columns, choice, to, source, target, at, ends);
+    static constexpr unsigned kMost = 1024;
+
+    unsigned begin;
+    unsigned size;
+    std::array<unsigned, kMost> places;
+};
+
+/// Where to read next is foreseen within a block, not from one to the next.
+[[gnu::always_inline]] inline void prefetchBlock(const EntryBlock& block, const std::byte* from,
+                                                 std::size_t elementSize)
+{
+    constexpr std::size_t kLine = 64;
+    for (std::size_t i = 0; i < block.size * elementSize; i += kLine) {
+        __builtin_prefetch(from + block.begin * elementSize + i);
+    }
+}
+
+/// Moves the elements of a block to their places before `end`.
+[[gnu::noinline]] inline void moveBlock(const EntryBlock& block, const std::byte* from, std::byte* to, unsigned end,
+                                        std::size_t elementSize)
+{
+    const unsigned* const places = block.places.data();
+    unsigned count = block.size;
+    for (; count > 0 && places[count - 1] == end; --count) {
+    }
+    from += block.begin * elementSize;
+    for (unsigned i = 0; i < count; ++i) {
+        if (elementSize == sizeof(double)) {
+            std::memcpy(to + places[i] * sizeof(double), from + i * sizeof(double), sizeof(double));
+        } else {
+            std::memmove(to + places[i] * elementSize, from + i * elementSize, elementSize);
+        }
+    }
+}
+
+/// Moves what is selected of a block, where there is room for all of it, with the elements, of the size of a Word.
+template <typename Word, typename Choice>
+[[gnu::always_inline]] inline unsigned selectWords(const Entries& from, Choice& choice, const Entries& to, unsigned at,
+                                                   EntryBlock& block)
+{
+    const auto* const old = reinterpret_cast<const Word*>(from.pr) + block.begin;
+    auto* const moved = reinterpret_cast<Word*>(to.pr);
+    unsigned* const newRows = to.ir;
+    unsigned* const places = block.places.data();
+    return selectRows(from.ir + block.begin, block.size, choice, at, [=](unsigned i, unsigned place, unsigned row) {
+        newRows[place] = row;
+        moved[place] = old[i];
+        places[i] = place;
+    });
+}
+
+/// Moves what is selected of a block to the entries `at` and behind of `to`, which may be the same blocks, and then not
+/// behind its own. Returns the end.
+template <typename Choice>
+[[gnu::always_inline]] inline unsigned selectBlock(const Entries& from, Choice& choice, const Entries& to, unsigned at,
+                                                   EntryBlock& block)
+{
+    constexpr bool isQuick = std::is_convertible_v<Choice, RowChoice>; // an answer takes no longer than a move
+    const std::size_t elementSize = to.elementSize;
+    const bool isRoomy = to.capacity - at >= block.size;
+    unsigned end = 0;
+    if (from.pi != nullptr) {
+        prefetchBlock(block, from.pi, elementSize);
+    }
+    if (isQuick && isRoomy && elementSize == sizeof(std::uint64_t)) {
+        end = selectWords<std::uint64_t>(from, choice, to, at, block);
+    } else if (isQuick && isRoomy && elementSize == 1) {
+        end = selectWords<std::uint8_t>(from, choice, to, at, block);
+    } else {
+        prefetchBlock(block, from.pr, elementSize);
+        std::array<unsigned, EntryBlock::kMost> newRows;
+        unsigned* const places = block.places.data();
+        end = selectRows(from.ir + block.begin, block.size, choice, at, [&](unsigned i, unsigned place, unsigned row) {
+            newRows[place - at] = row;
+            places[i] = place;
         });
+        std::copy_n(newRows.data(), end - at, to.ir + at);
+        moveBlock(block, from.pr, to.pr, end, elementSize);
+    }
+    if (to.pi != nullptr) {
+        moveBlock(block, from.pi, to.pi, end, elementSize);
+    }
+    return end;
+}
+
+/// moveSelected() of the kernels, by blocks of entries, whichever columns they lie in: where a short column ends,
+/// nobody can foresee.
+template <typename Choice>
+unsigned selectColumns(const Entries& from, const unsigned* jc, unsigned columns, Choice& choice, const Entries& to,
+                       unsigned at, unsigned* ends)
+{
+    Choice own = choice; // in registers
+    EntryBlock block;
+    const unsigned last = jc[columns];
+    unsigned column = 0;
+    for (block.begin = jc[0]; block.begin < last; block.begin += block.size) {
+        block.size = std::min(EntryBlock::kMost, last - block.begin);
+        at = selectBlock(from, own, to, at, block);
+        for (; column < columns && jc[column + 1] - block.begin < block.size; ++column) {
+            ends[column] = block.places[jc[column + 1] - block.begin];
+        }
+    }
+    std::fill(ends + column, ends + columns, at);
+    choice = own;
+    return at;
 }
 
 /// All other rows or positions than some, lowered by how many of these lie below: `deleted` gives as new rows its
@@ -199,7 +194,7 @@ template <typename Choice>
 template <typename Members>
 struct Others
 {
-    Members& deleted;
+    Members deleted;
     unsigned below = 0;
 
     [[gnu::always_inline]] bool selects(unsigned row)

@@ -18,29 +18,32 @@ namespace zqsp {
 
 namespace {
 
-/// Moves numbers instead of elements: element i is first + i.
-struct NumberMoves
-{
-    unsigned* numbers;
-    unsigned first;
+static_assert(EntryPositions::kBlock <= HitList::kRoom && IndexWalk::kBlock <= HitList::kRoom &&
+              IndexWalk::kBlock <= EntryFilter::kBlock);
 
-    void copy(std::size_t to, const NumberMoves& from, std::size_t source) const
-    {
-        numbers[to] = from.first + static_cast<unsigned>(source);
-    }
-};
-
-static_assert(EntryPositions::kBlock <= HitList::kRoom && IndexWalk::kBlock <= HitList::kRoom);
-
-/// Each entry asks for its own position. `branches`: few of them find it.
+/// Each entry asks for its own position.
 template <typename Members>
-void findByEntries(const Columns& a, const PositionSpan& span, Members members, bool branches, HitList& hits)
+void findByEntries(const Columns& a, const PositionSpan& span, Members members, HitList& hits)
 {
     for (EntryPositions entries(a, span); entries.count() > 0; entries.advance(entries.count())) {
         const HitList::Room room = hits.room(entries.count());
-        const NumberMoves moves{room.sources, entries.begin()};
-        hits.keep(
-            selectEntries(entries.positions(), moves, 0, entries.count(), members, !branches, room.ordinals, moves, 0));
+        const unsigned first = entries.begin();
+        unsigned found = 0;
+        if constexpr (std::is_same_v<Members, MaskMembers>) { // its bytes are counted up to what is found only
+            for (unsigned i = 0; i < entries.count(); ++i) {
+                if (const unsigned position = entries.positions()[i]; members.selects(position)) {
+                    room.ordinals[found] = members.newRow(position);
+                    room.sources[found++] = first + i;
+                }
+            }
+        } else {
+            found = selectRows(entries.positions(), entries.count(), members, 0,
+                               [=](unsigned i, unsigned place, unsigned ordinal) {
+                                   room.ordinals[place] = ordinal;
+                                   room.sources[place] = first + i;
+                               });
+        }
+        hits.keep(found);
     }
 }
 
@@ -112,28 +115,25 @@ void findAtPlaces(const Columns& a, unsigned count, PlaceOf placeOf, OrdinalOf o
 /// a filter of the entries in a span lets pass.
 void findBySearches(const Columns& a, const Subscript& positions, const PositionSpan* filtered, HitList& hits)
 {
+    constexpr unsigned kMostHit = 2; // one in so many: a filter that most pass saves nothing
     std::optional<EntryFilter> filter;
-    std::array<unsigned, IndexWalk::kBlock> passed;
-    std::array<unsigned, IndexWalk::kBlock> ordinals;
+    std::array<unsigned, EntryFilter::kBlock> passed; // numbers in a block
     const FastDivisor byRows(a.m);
     IndexWalk walk(positions);
     unsigned done = 0;
     for (auto block = walk.next(); !block.empty(); block = walk.next()) {
-        auto count = static_cast<unsigned>(block.size());
-        const unsigned* searched = block.data();
-        if (filter) {
-            const NumberMoves moves{ordinals.data(), 0};
-            count = selectEntries(searched, moves, 0, count, *filter, true, passed.data(), moves, 0);
-            searched = passed.data();
-        }
+        const auto size = static_cast<unsigned>(block.size());
+        const unsigned searched = filter ? filter->sift(block.data(), size, passed.data()) : size;
+        const auto numberOf = [&](unsigned t) { return filter ? passed[t] : t; };
         const auto placeOf = [&](unsigned t) {
-            const unsigned column = byRows.quotient(searched[t]);
-            return Place{searched[t] - column * a.m, column};
+            const unsigned position = block[numberOf(t)];
+            const unsigned column = byRows.quotient(position);
+            return Place{position - column * a.m, column};
         };
         findAtPlaces(
-            a, count, placeOf, [&](unsigned t) { return done + (filter ? ordinals[t] : t); }, hits);
-        done += static_cast<unsigned>(block.size());
-        if (filtered != nullptr && !filter && hits.count() < done / 2) {
+            a, searched, placeOf, [&](unsigned t) { return done + numberOf(t); }, hits);
+        done += size;
+        if (filtered != nullptr && !filter && hits.count() < done / kMostHit) {
             filter.emplace(a, *filtered);
         }
     }
@@ -171,9 +171,9 @@ void find(LookupMethod method, const Columns& a, const PositionSpan& span, const
     switch (method) {
     case LookupMethod::kByEntries:
         if (const auto* mask = std::get_if<LogicalMask>(&positions)) {
-            findByEntries(a, span, MaskMembers(*mask), true, hits);
+            findByEntries(a, span, MaskMembers(*mask), hits);
         } else if (const auto* range = std::get_if<IndexRange>(&positions)) {
-            findByEntries(a, span, RangeMembers(*range), false, hits);
+            findByEntries(a, span, RangeMembers(*range), hits);
         } else {
             findInList(a, span, std::get<IndexList>(positions), hits);
         }

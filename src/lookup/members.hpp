@@ -53,7 +53,7 @@ class MaskMembers
     unsigned newRow(unsigned position)
     {
         const unsigned end = std::min(position, length_);
-        below_ += countTrue(values_ + counted_, end - counted_);
+        below_ += countTrue(values_, counted_, end);
         counted_ = end;
         return below_;
     }

@@ -29,9 +29,10 @@ unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, 
 /// The methods, by what they do with the rows.
 enum class RowMethod
 {
-    kSearch, ///< search each column for them, or them for each entry: whichever are fewer
-    kSift,   ///< pass over all entries, few of which lie in them
-    kTable   ///< look each entry up in a table
+    kInterval, ///< cut out, or pass over, neighbouring rows
+    kSearch,   ///< search each column for them, or them for each entry: whichever are fewer
+    kSift,     ///< pass over all entries, few of which lie in them
+    kTable     ///< look each entry up in a table
 };
 
 /// What the choice of a method looks at.

@@ -257,14 +257,6 @@ ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscrip
     selected.rank();
     const auto* list = std::get_if<IndexList>(&rows);
     if (selected.count() < countOf(rows)) {
-        // Short columns here and there are not worth a call each. (No more is copied than A has.)
-        constexpr unsigned kShort = 64;
-        const std::uint64_t entries = entriesIn(a, columns);
-        if (!std::holds_alternative<IndexRange>(columns) && entries <= a.nnz() &&
-            entries < std::uint64_t{countOf(columns)} * kShort) {
-            const ArrayOwner some = gatherColumns(a, columns);
-            return gatherByTable(Columns(some.get()), rows, IndexRange::all(countOf(columns)), sifts);
-        }
         const ArrayOwner once = selectRows(a, rows, selected, columns, sifts);
         return repeatRows(Columns(once.get()), *list, selected);
     }

@@ -66,7 +66,7 @@ LogicalMask maskOf(const kxArray* subscript)
 {
     const auto* values = reinterpret_cast<const unsigned char*>(kxGetLogicals(subscript));
     const auto length = static_cast<unsigned>(elementsOf(subscript));
-    const unsigned trueCount = countTrue(values, length);
+    const unsigned trueCount = countTrue(values, 0, length);
     return {values, trueCount == 0 ? 0 : lastTrue(values, length) + 1, trueCount};
 }
 

@@ -21,8 +21,8 @@ class IndexWalk
     /// The subscript must outlive the walk.
     explicit IndexWalk(const Subscript& subscript) : subscript_(subscript) {}
 
-    /// The next indices, kBlock at most; none at the end. Valid until the next call.
-    std::span<const unsigned> next();
+    /// The next indices, kBlock at most; none at the end. Valid until the next call. (One text for all who walk.)
+    [[gnu::noinline]] std::span<const unsigned> next();
 
   private:
     std::span<const unsigned> fill(const IndexRange& range);
@@ -74,7 +74,7 @@ class RunWalk
     explicit RunWalk(const Subscript& subscript) : subscript_(subscript), indices_(subscript) {}
 
     /// The next runs; an empty span at the end. Valid until the next call.
-    std::span<const Run> next();
+    [[gnu::noinline]] std::span<const Run> next();
 
   private:
     std::span<const Run> fill(const LogicalMask& mask);

@@ -18,7 +18,7 @@ TEST(RegionErrors, OrderOfTheChecks)
 {
     // The class of B, its dimensions, the rows, the columns, the shape, the size; single numbers and the literal have
     // checks of their own.
-    const MaxElements limit(400); // the hundredth column is the last
+    const MaxElements limit(401); // the hundredth column is the last
     const Model single = patterned({kxSINGLE_CLASS, false}, 3, 3);
     const RightSide sides[] = {kSeven,
                                kPair,
@@ -50,12 +50,15 @@ TEST(RegionErrors, CountsPast32Bits)
     const Subscript s = Subscript::range(1, 1, kMany);
     const Model column = Model::empty(kReal, kMany, 1);
     const Subscript fewer = Subscript::range(1, 1, 60000); // more than the maximum all the same
+    const Subscript more = Subscript::range(1, 1, 90000);  // in 32 bits a count that is left over
+    const Subscript everyOther = Subscript::range(1, 2, 131071);
     const Outcome tooLarge{Failure(kMaxSizeError), {}};
     const LargestBlock small(1U << 21); // nothing is obtained first
     for (const Operation& op :
-         {toRegion(withCapacity(patterned(kReal, 2, 2), 9), s, s, kSeven), toRegion(Model::unset(), s, s, kSeven),
+         {toRegion(withCapacity(patterned(kReal, 2, 2), 9), s, s, kSeven),
           toRegion(Model::unset(), fewer, fewer, kSeven), toRegion(column, Subscript::colon(), s, kSeven),
-          toColumns(column, s, kSeven), toRows(Model::empty(kReal, 1, kMany), s, kSeven)}) {
+          toColumns(column, s, kSeven), toRows(patterned(kReal, 1, kMany), everyOther, kSeven),
+          toRows(emptyFull(kReal, 0, kMany), more, kSeven)}) {
         EXPECT_EQ("", makeAndCheck(Call(op), op, tooLarge).complaint) << op; // too large for the model
     }
 }

@@ -26,7 +26,7 @@ TEST(TrueBytes, AreCountedAndFound)
                 }
             }
             const Guarded mask(bytes, length % 2 == 0 ? Edge::kBehind : Edge::kBefore);
-            EXPECT_EQ(countTrue(mask.data(), length), expected.size());
+            EXPECT_EQ(countTrue(mask.data(), 0, length), expected.size());
             std::vector<unsigned> found;
             forEachTrue(mask.data(), length, [&](unsigned i) { found.push_back(i); });
             EXPECT_EQ(found, expected);
@@ -41,7 +41,7 @@ TEST(TrueBytes, AreCountedAndFound)
         }
     }
     const Guarded many(Bytes(20000, 0xFF), Edge::kBehind); // counts of a byte would overflow
-    EXPECT_EQ(countTrue(many.data(), 20000), 20000U);
+    EXPECT_EQ(countTrue(many.data(), 0, 20000), 20000U);
 }
 
 TEST(ComparedRows, RankAndEqual)

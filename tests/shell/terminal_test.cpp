@@ -7,10 +7,12 @@
 #include <pty.h>
 #include <sys/wait.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
+#include <system_error>
 
 namespace kxsh::test {
 namespace {
@@ -25,6 +27,9 @@ class AtTerminal
         size.ws_row = 50;
         size.ws_col = 100;
         child_ = forkpty(&terminal_, nullptr, nullptr, &size);
+        if (child_ < 0) {
+            throw std::system_error(errno, std::generic_category(), "no terminal to be had");
+        }
         if (child_ == 0) {
             ::setenv("XDG_STATE_HOME", (folder / "").c_str(), 1);
             ::setenv("TERM", "vt100", 1);

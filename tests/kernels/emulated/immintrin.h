@@ -174,6 +174,7 @@ inline constexpr __mmask16 kAll = 0xFFFF;
 
 } // namespace zqsp::emulated
 
+#define _mm256_zeroupper() static_cast<void>(0)
 #define _kand_mask16 zqsp::emulated::kand
 #define _kandn_mask16 zqsp::emulated::kandn
 #define _kor_mask16 zqsp::emulated::kor
