@@ -144,7 +144,9 @@ void Relay::copyAll(Patches patches, Writer write) const
     unsigned shift = 0;
     unsigned from = 0;
     for (const Patch& patch : patches) {
-        appendEntries(to, from + shift, before_, from, patch.begin - from);
+        if (patch.begin > from) {
+            appendEntries(to, from + shift, before_, from, patch.begin - from);
+        }
         if (patch.length > 0) {
             write(patch, patch.begin + shift);
         }
