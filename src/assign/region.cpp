@@ -191,15 +191,15 @@ void fillByPatches(kxArray* A, const Region& region, const RightSide& b, const R
     }
     Relay relay(A, {.capacity = std::max(total, a.nzmax), .columns = region.n, .imaginaryPart = b.isComplex()});
     const Columns after = relay.after();
-    withStorage(after, a, b.b, [&](auto to, auto, auto from) {
-        relay.commit(patches.list(), [&](const Patch& patch, unsigned at) {
-            writeRows(rows, b, patch.source, patch.length, after.ir + at);
-            if (b.isScalar()) {
-                to.fill(at, from, 0, patch.length);
-            } else {
-                to.copyRun(at, from, patch.source, patch.length);
-            }
-        });
+    const GenericValues to(after);
+    const GenericValues from(b.b);
+    relay.commit(patches.list(), [&](const Patch& patch, unsigned at) {
+        writeRows(rows, b, patch.source, patch.length, after.ir + at);
+        if (b.isScalar()) {
+            to.fill(at, from, 0, patch.length);
+        } else {
+            to.copyRun(at, from, patch.source, patch.length);
+        }
     });
 }
 

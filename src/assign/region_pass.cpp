@@ -54,8 +54,11 @@ class Pass
             for (const unsigned end = first + length; column_ < end;) {
                 const unsigned column = column_;
                 const unsigned kept = select(endOfBlock(end), filling.aside, 0);
-                withStorage(to_, from_, filling.b.b,
-                            [&](auto to, auto, auto values) { setIn(filling, column, kept, to, values); });
+                if (to_.classId == kxDOUBLE_CLASS && to_.pi == nullptr) {
+                    setIn(filling, column, kept, RealValues(to_), RealValues(filling.b.b));
+                } else {
+                    setIn(filling, column, kept, GenericValues(to_), GenericValues(filling.b.b));
+                }
             }
         });
         keepUpTo(to_.n);

@@ -20,14 +20,12 @@ void exchange(Block<T>& owned, void* installed, Setter install)
 void updateColumnStarts(const Columns& after, Patches patches)
 {
     unsigned shift = 0;
-    const std::size_t count = patches.size();
-    for (std::size_t i = 0, column = count > 0 ? patches[0].column : 0, next = 0; i < count; ++i, column = next) {
+    for (std::size_t i = 0; i < patches.size(); ++i) {
         shift += patches[i].growth();
-        next = i + 1 < count ? patches[i + 1].column : after.n;
-        if (shift == 0) {
-            continue;
+        const unsigned next = i + 1 < patches.size() ? patches[i + 1].column : after.n;
+        if (shift != 0) {
+            shiftStarts(after.jc + patches[i].column + 1, after.jc + next + 1, shift);
         }
-        shiftStarts(after.jc + column + 1, after.jc + next + 1, shift);
     }
 }
 
@@ -146,7 +144,9 @@ void Relay::copyAll(Patches patches, Writer write) const
     unsigned shift = 0;
     unsigned from = 0;
     for (const Patch& patch : patches) {
-        appendEntries(to, from + shift, before_, from, patch.begin - from);
+        if (patch.begin > from) {
+            appendEntries(to, from + shift, before_, from, patch.begin - from);
+        }
         if (patch.length > 0) {
             write(patch, patch.begin + shift);
         }

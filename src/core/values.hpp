@@ -163,8 +163,9 @@ struct GenericValues
     }
     void fill(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
     {
-        for (std::size_t i = 0; i < count; ++i) {
-            copy(to + i, from, source);
+        copyRun(to, from, source, std::min<std::size_t>(count, 1));
+        for (std::size_t done = 1; done < count; done *= 2) { // what is filled is copied behind itself
+            copyRun(to + done, *this, to, std::min(done, count - done));
         }
     }
     [[nodiscard]] bool isZero(std::size_t at) const

@@ -8,7 +8,8 @@
 
 namespace zqsp {
 
-std::span<const unsigned> IndexWalk::next()
+/// (Not inlined: it is called for a block at a time, from many places.)
+[[gnu::noinline]] std::span<const unsigned> IndexWalk::next()
 {
     return std::visit([this](const auto& form) { return fill(form); }, subscript_);
 }
