@@ -69,7 +69,7 @@ inline std::uint64_t trueBlock(const unsigned char* bytes, unsigned count)
 #ifdef __SSE2__
 /// Number of non-zero bytes in whole registers. The zeros in each place of two registers are counted in the bytes of
 /// another, and these counts added up before they overflow: measured, a quarter of the time of counting by words.
-inline unsigned countTrueInPairs(const unsigned char* values, unsigned pairs)
+[[gnu::noinline]] inline unsigned countTrueInPairs(const unsigned char* values, unsigned pairs)
 {
     constexpr unsigned kBlock = 127; // pairs: so many zeros fit a byte
     const __m128i zero = _mm_setzero_si128();
