@@ -73,9 +73,9 @@ class Pass
         const unsigned size = column_ < end ? jc_[end] - next_ : 0;
         const unsigned shift = at_ - next_;
         if (inPlace_) {
-            moveEntries(to_, at_, next_, size);
+            moveDown(to_, at_, next_, size);
         } else {
-            appendEntries(to_, at_, from_, next_, size);
+            append(at_, from_, next_, size);
         }
         if (shift != 0 && column_ < end) {
             shiftStarts(jc_ + column_ + 1, jc_ + end + 1, shift);
@@ -83,6 +83,11 @@ class Pass
         column_ = end;
         at_ += size;
         next_ += size;
+    }
+
+    [[gnu::noinline]] void append(unsigned at, const Columns& source, unsigned from, unsigned count) const
+    {
+        appendEntries(to_, at, source, from, count);
     }
 
     /// The columns up to `most`, at least one, whose entries fit aside.
@@ -151,7 +156,7 @@ class Pass
                 copyRun(newRows + at, aside.ir + copied, kRound); // a whole one: no branch foresees how many there are
                 to.copyRun(at, stays, copied, kRound);
             } else {
-                appendEntries(to_, at, aside, copied, count);
+                append(at, aside, copied, count);
             }
             at += count;
             copied = end;

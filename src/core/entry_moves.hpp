@@ -16,15 +16,10 @@ namespace zqsp {
 constexpr std::size_t kRound = 16;
 constexpr std::size_t kLongMove = 512;
 
+/// At least one: whether there is anything no branch foresees either.
 constexpr std::size_t wholeRounds(std::size_t count)
 {
-    return (count + kRound - 1) / kRound * kRound;
-}
-
-/// As many elements as copyRounds() copies: a round of none too, which a branch foresees badly.
-constexpr std::size_t roundsCopied(std::size_t count)
-{
-    return wholeRounds(std::max<std::size_t>(count, 1));
+    return (count + kRound - (count > 0 ? 1 : 0)) / kRound * kRound;
 }
 
 /// Which rounds come first, and so on which side of a run there is more copied than it has.
@@ -44,7 +39,7 @@ inline void copyRound(std::byte* to, const std::byte* from)
     }
 }
 
-/// Copies `count` elements of `size` bytes in whole rounds, one at least.
+/// Copies `count` elements of `size` bytes in whole rounds.
 template <std::size_t size>
 inline void copyRounds(std::byte* to, const std::byte* from, std::size_t count, Rounds order)
 {
@@ -105,28 +100,30 @@ inline void copyEntries(const Columns& target, std::size_t to, const Columns& so
     }
 }
 
-/// Moves `count` entries of one array from position `from` to position `to`, where many such moves go on in one
-/// direction: the two places may overlap, and what lies between the far ends of the two is lost.
-inline void moveEntries(const Columns& a, std::size_t to, std::size_t from, std::size_t count)
+/// Moves `count` entries of one array down, from position `from` to position `to`, where many such moves go on: the two
+/// places may overlap, and what lies between the far ends of the two is lost.
+[[gnu::always_inline]] inline void moveDown(const Columns& a, std::size_t to, std::size_t from, std::size_t count)
 {
-    if (to == from) {
-        return;
+    if (from - to < kRound || from + wholeRounds(count) > a.nzmax ||
+        !copyShortRun(a, to, a, from, count, Rounds::kFromFront)) {
+        copyEntries(a, to, a, from, to == from ? 0 : count);
     }
-    const bool falls = to < from;
-    const std::size_t distance = falls ? from - to : to - from;
-    const std::size_t whole = roundsCopied(count);
-    const bool fits = falls ? from + whole <= a.nzmax : from + count >= whole;
-    if (distance < kRound || !fits ||
-        !copyShortRun(a, to, a, from, count, falls ? Rounds::kFromFront : Rounds::kFromBack)) {
-        copyEntries(a, to, a, from, count);
+}
+
+/// The same upwards.
+inline void moveUp(const Columns& a, std::size_t to, std::size_t from, std::size_t count)
+{
+    if (to - from < kRound || from + count < wholeRounds(count) ||
+        !copyShortRun(a, to, a, from, count, Rounds::kFromBack)) {
+        copyEntries(a, to, a, from, to == from ? 0 : count);
     }
 }
 
 /// copyEntries() for a target that is filled from front to back: what lies behind the new entries is lost.
-inline void appendEntries(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
-                          std::size_t count)
+[[gnu::always_inline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
+                                                 std::size_t from, std::size_t count)
 {
-    const std::size_t whole = roundsCopied(count);
+    const std::size_t whole = wholeRounds(count);
     if ((target.pi != nullptr) != (source.pi != nullptr) || to + whole > target.nzmax || from + whole > source.nzmax ||
         !copyShortRun(target, to, source, from, count, Rounds::kFromFront)) { // uniform/set-rows.full 12, 16
         copyEntries(target, to, source, from, count);

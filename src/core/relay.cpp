@@ -123,17 +123,19 @@ void Relay::moveInPlace(Patches patches, Writer write) const
     for (std::size_t i = 0; i < patches.size(); ++i) {
         shift += patches[i].growth();
         if (const unsigned from = patches[i].end; from + shift < from) {
-            moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
+            moveDown(before_, from + shift, from, stretchEnd(patches, i) - from);
         }
     }
     for (std::size_t i = patches.size(); i-- > 0;) {
         if (const unsigned from = patches[i].end; from + shift > from) {
-            moveEntries(before_, from + shift, from, stretchEnd(patches, i) - from);
+            moveUp(before_, from + shift, from, stretchEnd(patches, i) - from);
         }
         shift -= patches[i].growth();
     }
     for (const Patch& patch : patches) {
-        write(patch, patch.begin + shift);
+        if (patch.length > 0) {
+            write(patch, patch.begin + shift);
+        }
         shift += patch.growth();
     }
 }
@@ -142,13 +144,16 @@ void Relay::copyAll(Patches patches, Writer write) const
 {
     const Columns to = after();
     unsigned shift = 0;
-    appendEntries(to, 0, before_, 0, patches.empty() ? entries_ : patches[0].begin);
-    for (std::size_t i = 0; i < patches.size(); ++i) {
-        const Patch& patch = patches[i];
-        write(patch, patch.begin + shift);
+    unsigned from = 0;
+    for (const Patch& patch : patches) {
+        appendEntries(to, from + shift, before_, from, patch.begin - from);
+        if (patch.length > 0) {
+            write(patch, patch.begin + shift);
+        }
         shift += patch.growth();
-        appendEntries(to, patch.end + shift, before_, patch.end, stretchEnd(patches, i) - patch.end);
+        from = patch.end;
     }
+    copyEntries(to, from + shift, before_, from, entries_ - from);
 }
 
 } // namespace zqsp

@@ -52,11 +52,11 @@ class Relay
     /// The entries as they will be, for commit()'s `write`. The column starts are those of before().
     [[nodiscard]] Columns after() const;
 
-    /// Moves the stretches between the patches, calls write(patch, at) for each patch, in rising order, once its new
-    /// entries, at position `at` of after() and behind, can be written, installs the new blocks and the column count
-    /// (new columns are empty) and updates the column starts. In place, stretches that move left go first, in rising
-    /// order, then those that move right, in falling order: a stretch is never written over before it has moved, and
-    /// no second buffer is needed.
+    /// Moves the stretches between the patches, calls write(patch, at) for each patch that has any, in rising order,
+    /// once its new entries, at position `at` of after() and behind, can be written, installs the new blocks and the
+    /// column count (new columns are empty) and updates the column starts. In place, stretches that move left go first,
+    /// in rising order, then those that move right, in falling order: a stretch is never written over before it has
+    /// moved, and no second buffer is needed.
     template <typename F>
     void commit(Patches patches, F&& write)
     {

@@ -32,7 +32,7 @@ unsigned deleteByPositions(const Columns& a, unsigned nnz, const Subscript& dele
         for (unsigned e = next; e < end; ++e) {
             a.ir[e] -= removed;
         }
-        moveEntries(a, kept, next, end - next);
+        moveDown(a, kept, next, end - next);
         kept += end - next;
     };
     forEachRun(deleted, [&](unsigned first, unsigned length) {

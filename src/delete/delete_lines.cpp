@@ -25,7 +25,7 @@ unsigned compactColumns(const Columns& a, const Subscript& deleted)
     const auto keep = [&](unsigned end) {
         const unsigned begin = a.jc[next];
         const unsigned size = a.jc[end] - begin;
-        moveEntries(a, keptEntries, begin, size);
+        moveDown(a, keptEntries, begin, size);
         const unsigned shift = begin - keptEntries;
         for (; next < end; ++next) {
             a.jc[keptColumns++] = a.jc[next] - shift;

@@ -4,28 +4,38 @@
 #include <array>
 #include <atomic>
 
+#ifdef __x86_64__
+#include <cpuid.h>
+#include <immintrin.h>
+#endif
+
 namespace zqsp {
 
 namespace {
 
 #ifdef __x86_64__
-bool haveAvx2()
-{
-    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
-}
-
-/// Registers of 512 bits, with the instructions on bytes and the counting of ones.
-bool haveAvx512()
-{
-    return haveAvx2() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-           __builtin_cpu_supports("avx512vpopcntdq");
-}
-
 constexpr std::array<const Kernels*, 3> kTables = {&avx512::table, &avx2::table, &portable::table};
 
-std::size_t firstAvailable()
+/// The instructions of a table must be there, and the system must keep its registers for a program while another one
+/// runs. (The compiler's own question brings 5 KB that tell all processors apart.)
+[[gnu::target("xsave")]] std::size_t firstAvailable()
 {
-    return haveAvx512() ? 0 : (haveAvx2() ? 1 : 2);
+    constexpr unsigned kAll256 = 0x06; // what the system keeps: parts of the registers, a bit each
+    constexpr unsigned kAll512 = 0xE6;
+    constexpr unsigned kBasic = bit_OSXSAVE | bit_AVX | bit_POPCNT;
+    unsigned a = 0;
+    unsigned b = 0;
+    unsigned c = 0;
+    unsigned d = 0;
+    if (__get_cpuid(1, &a, &b, &c, &d) == 0 || (c & kBasic) != kBasic || __get_cpuid_count(7, 0, &a, &b, &c, &d) == 0) {
+        return 2;
+    }
+    const auto kept = static_cast<unsigned>(_xgetbv(0));
+    if ((kept & kAll256) != kAll256 || (b & bit_AVX2) == 0) {
+        return 2;
+    }
+    constexpr unsigned kWide = bit_AVX512F | bit_AVX512BW;
+    return (kept & kAll512) == kAll512 && (b & kWide) == kWide && (c & bit_AVX512VPOPCNTDQ) != 0 ? 0 : 1;
 }
 #else
 constexpr std::array<const Kernels*, 1> kTables = {&portable::table};
@@ -36,28 +46,26 @@ std::size_t firstAvailable()
 }
 #endif
 
-std::atomic<const Kernels*>& inUse()
-{
-    static std::atomic<const Kernels*> table = availableKernels().front();
-    return table;
-}
+std::atomic<const Kernels*> inUse = nullptr; // until it is asked for
 
 } // namespace
 
 std::span<const Kernels* const> availableKernels()
 {
-    static const std::size_t first = firstAvailable();
-    return std::span(kTables).subspan(first);
+    return std::span(kTables).subspan(firstAvailable());
 }
 
 void useKernels(const Kernels& table)
 {
-    inUse() = &table;
+    inUse = &table;
 }
 
 const Kernels& kernels()
 {
-    return *inUse().load(std::memory_order_relaxed);
+    if (inUse.load(std::memory_order_relaxed) == nullptr) {
+        useKernels(*availableKernels().front());
+    }
+    return *inUse.load(std::memory_order_relaxed);
 }
 
 } // namespace zqsp

@@ -1,6 +1,4 @@
 // The loops for any processor, and their table. What has no loop of its own in another table is served by these.
-#include "kernels/portable.hpp"
-
 #include "kernels/compare_rows.hpp"
 #include "kernels/select_loop.hpp"
 #include "kernels/tables.hpp"
@@ -213,33 +211,5 @@ void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsig
 {
     writeStartsFrom(0, 0, columns, count, length, starts);
 }
-
-/// What the other tables begin with. Costs were measured with g++ 12 on a Zen 5.
-constinit const Kernels table = {
-    .name = "portable",
-    .costs =
-        {
-            // Nanoseconds per entry of A(p,:), columns ranked and sorted: of 64 rows 7.8, 8.4; of 96 11, 6.1.
-            .mostRanked = 64,
-            .mostFewRows = 0,
-            // Milliseconds for 10^6 entries in columns of ten, sifted and moved: one row in ten 2.1, 1.5.
-            .rowsPerSifted = 16,
-            // Of 10^6 entries in one column, one in eight is deleted sooner entry by entry than by the runs between.
-            .entriesPerDeleted = 8,
-            // Of 10^6 entries, intersecting finds as many positions sooner than searches do in columns of ten, but not
-            // half as many; in columns of 10^4 it finds a sixteenth as many sooner.
-            .intersectShortColumns = 1,
-            .intersectLongColumns = 16,
-        },
-    .storeIndices = storeIndices,
-    .stepsTo = stepsTo,
-    .countSelected = countSelected,
-    .moveSelected = moveSelected,
-    .closeUp = closeUp,
-    .rankRows = rankRows,
-    .siftRows = siftRows,
-    .intersect = intersect,
-    .writeStarts = writeStarts,
-};
 
 } // namespace zqsp::portable

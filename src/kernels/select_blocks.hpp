@@ -20,7 +20,7 @@
 #ifndef ZQSP_KERNELS_SELECT_BLOCKS_HPP
 #define ZQSP_KERNELS_SELECT_BLOCKS_HPP
 
-#include "kernels/portable.hpp"
+#include "kernels/tables.hpp"
 
 #include <algorithm>
 #include <array>
@@ -330,14 +330,16 @@ unsigned siftRowsBy(const RowWord* rows, const FewRows* few, const unsigned* ir,
                           : siftBy<Lanes>(rows, ir, begin, end, found);
 }
 
+/// A table with these loops instead of another's.
 template <typename Lanes>
-void setEntriesBy(Kernels& table)
+constexpr Kernels withEntriesBy(Kernels table)
 {
     table.countSelected = countSelectedBy<Lanes>;
     table.moveSelected = moveSelectedBy<Lanes>;
     table.closeUp = closeUpBy<Lanes>;
     table.siftRows = siftRowsBy<Lanes>;
     table.rankRows = rankRowsBy<Lanes>;
+    return table;
 }
 
 } // namespace

@@ -57,19 +57,33 @@ template <typename F>
     });
 }
 
+/// How many of the columns from `first` on, of `most`, have up to `mostEntries` entries together; at least 1.
+inline unsigned columnsTogether(const Columns& a, unsigned first, unsigned most, unsigned mostEntries)
+{
+    const unsigned* const ends = a.jc + first + 1;
+    // The first end that is too far, as far as there can be one: counts of entries end at UINT32_MAX.
+    const std::uint64_t tooFar = std::uint64_t{ends[-1]} + mostEntries + 1;
+    return std::max(gallop(ends, 0, most, static_cast<unsigned>(std::min<std::uint64_t>(tooFar, UINT32_MAX))), 1U);
+}
+
 /// f(first, count) for pieces of the runs, with up to `mostEntries` entries each, or one column.
 template <typename F>
 void forEachColumnBlock(const Columns& a, const Subscript& columns, unsigned mostEntries, F&& f)
 {
     forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
         for (unsigned count = 0; length > 0; first += count, length -= count) {
-            const unsigned* const ends = a.jc + first + 1;
-            const std::uint64_t beyond = std::uint64_t{ends[-1]} + mostEntries + 1;
-            const auto end = static_cast<unsigned>(std::min<std::uint64_t>(beyond, UINT32_MAX));
-            count = std::max(gallop(ends, 0, length, end), 1U);
+            count = columnsTogether(a, first, length, mostEntries);
             f(first, count);
         }
     });
+}
+
+/// A view of the columns first .. first+count-1 by themselves; nnz() is where they end.
+inline Columns partOf(Columns a, unsigned first, unsigned count)
+{
+    a.jc += first;
+    a.n = count;
+    return a;
 }
 
 /// The entries of the columns, each as often as it is visited.

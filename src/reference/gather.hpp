@@ -19,6 +19,9 @@ inline ArrayOwner createLike(const Columns& a, unsigned m, unsigned n, unsigned 
 /// memory.
 void setCapacity(kxArray* array, unsigned capacity);
 
+/// The columns first .. first+count-1 with room for their entries, which are still to be written.
+ArrayOwner createNeighbours(const Columns& a, unsigned first, unsigned count);
+
 /// A(:,columns): all rows of the selected columns, in subscript order. nzmax is the exact count. Cost: columns +
 /// entries written.
 ArrayOwner gatherColumns(const Columns& a, const Subscript& columns);

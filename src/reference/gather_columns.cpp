@@ -10,40 +10,26 @@ namespace zqsp {
 
 namespace {
 
-/// A(:,first:last): one block.
-ArrayOwner gatherNeighbours(const Columns& a, unsigned first, unsigned count)
+/// The entries of some runs of columns, each of which is one block. (Not initialised: it is large.)
+struct RunEntries
 {
-    const unsigned begin = a.jc[first];
-    const unsigned size = a.jc[first + count] - begin;
-    ArrayOwner result = createLike(a, a.m, count, size);
-    const Columns out(result.get());
-    for (unsigned j = 0; j < count; ++j) {
-        out.jc[j + 1] = a.jc[first + j + 1] - begin;
-    }
-    copyEntries(out, 0, a, begin, size);
-    return result;
-}
+    static constexpr std::size_t kAhead = 32; // blocks; so many behind the last one can be looked at, too
 
-/// Neighbouring columns are neighbours in ir, pr and pi as well: a run of columns moves as one block. The blocks of
-/// some hundred runs are known before they move: empty ones are dropped without a branch, and what others hold is on
-/// its way to the cache. (Of columns that stand alone, the lines are half the time; see bench/limits.md.)
-template <typename Values>
-void copyColumns(const Columns a, Values from, const Subscript& columns, const Columns& out)
-{
-    constexpr unsigned kFew = 4; // columns, whose ends are written together: where a short run ends, nobody can foresee
-    constexpr std::size_t kStartsAhead = 64;
-    constexpr std::size_t kBlocksAhead = 32;
-    std::array<unsigned, IndexWalk::kBlock + kBlocksAhead> begins;
-    std::array<unsigned, IndexWalk::kBlock + kBlocksAhead> ends;
-    const Values to(out);
-    unsigned* columnEnd = out.jc + 1;
-    const unsigned* const lastForFew = out.n < kFew ? nullptr : out.jc + out.n - kFew + 1;
-    const unsigned* const lastOfFew = a.n < kFew ? nullptr : a.jc + a.n - kFew;
-    unsigned written = 0;
-    RunWalk walk(columns);
-    for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
-        unsigned end = written;
-        std::size_t count = 0;
+    std::size_t count;
+    std::array<unsigned, IndexWalk::kBlock + kAhead> begins;
+    std::array<unsigned, IndexWalk::kBlock + kAhead> ends;
+
+    /// Lists what the runs hold, empty ones dropped without a branch, and writes the ends of their columns in the
+    /// result from `columnEnd` on, of which `last` is the last one there is. Returns the place behind them.
+    [[gnu::noinline]] unsigned* list(const Columns a, std::span<const Run> runs, unsigned* columnEnd,
+                                     const unsigned* last)
+    {
+        constexpr unsigned kFew =
+            4; // columns, whose ends are written together: where a short run ends, nobody can foresee
+        constexpr std::size_t kStartsAhead = 64;
+        const unsigned* const lastOfFew = a.n < kFew ? nullptr : a.jc + a.n - kFew;
+        unsigned end = columnEnd[-1];
+        count = 0;
         for (std::size_t i = 0; i < runs.size(); ++i) {
             if (i + kStartsAhead < runs.size()) {
                 __builtin_prefetch(a.jc + runs[i + kStartsAhead].first);
@@ -55,7 +41,7 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
             ends[count] = starts[length];
             count += begin != starts[length] ? 1 : 0;
             unsigned done = 0;
-            if (columnEnd <= lastForFew && starts <= lastOfFew) {
+            if (last - columnEnd >= kFew - 1 && starts <= lastOfFew) {
                 std::array<unsigned, kFew> few; // read as a whole before it is written: the compiler need not ask
                 std::copy_n(starts + 1, kFew, few.begin());
                 for (unsigned& column : few) {
@@ -70,15 +56,37 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
             columnEnd += length;
             end += starts[length] - begin;
         }
-        std::fill_n(begins.begin() + count, kBlocksAhead, begins[0]);
-        std::fill_n(ends.begin() + count, kBlocksAhead, ends[0]);
-        for (std::size_t i = 0; i < std::min(count, kBlocksAhead); ++i) {
-            prefetchEntries(a, from, begins[i], ends[i]);
+        std::fill_n(begins.begin() + count, kAhead, begins[0]);
+        std::fill_n(ends.begin() + count, kAhead, ends[0]);
+        return columnEnd;
+    }
+};
+
+/// Neighbouring columns are neighbours in ir, pr and pi as well: a run of columns moves as one block. The blocks of
+/// some hundred runs are known before they move: what they hold is on its way to the cache. (Of columns that stand
+/// alone, the lines are half the time; see bench/limits.md. The records are copies, which no store can change: read
+/// again and again, they take a twentieth more.)
+template <typename Values>
+void copyColumns(const Columns a, Values from, const Subscript& columns, const Columns out)
+{
+    const Values to(out);
+    unsigned* columnEnd = out.jc + 1;
+    unsigned written = 0;
+    RunEntries blocks;
+    RunWalk walk(columns);
+    for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
+        columnEnd = blocks.list(a, runs, columnEnd, out.jc + out.n);
+        const auto prefetch = [&](std::size_t i) __attribute__((always_inline))
+        {
+            prefetchEntries(a, from, blocks.begins[i], blocks.ends[i]);
+        };
+        for (std::size_t i = 0; i < std::min(blocks.count, blocks.kAhead); ++i) {
+            prefetch(i);
         }
-        for (std::size_t i = 0; i < count; ++i) {
-            prefetchEntries(a, from, begins[i + kBlocksAhead], ends[i + kBlocksAhead]);
-            const unsigned begin = begins[i];
-            const unsigned size = ends[i] - begin;
+        for (std::size_t i = 0; i < blocks.count; ++i) {
+            prefetch(i + blocks.kAhead);
+            const unsigned begin = blocks.begins[i];
+            const unsigned size = blocks.ends[i] - begin;
             const unsigned room = std::min(a.nzmax - begin, out.nzmax - written);
             copyRun(out.ir + written, a.ir + begin, size, room);
             to.copyRun(written, from, begin, size, room);
@@ -89,11 +97,24 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
 
 } // namespace
 
+ArrayOwner createNeighbours(const Columns& a, unsigned first, unsigned count)
+{
+    const unsigned begin = a.jc[first];
+    ArrayOwner result = createLike(a, a.m, count, a.jc[first + count] - begin);
+    for (unsigned j = 0; j < count; ++j) {
+        result->jc[j + 1] = a.jc[first + j + 1] - begin;
+    }
+    return result;
+}
+
 ArrayOwner gatherColumns(const Columns& a, const Subscript& columns)
 {
     const auto* range = std::get_if<IndexRange>(&columns);
     if (range != nullptr && range->isRun()) {
-        return gatherNeighbours(a, range->first, range->count());
+        ArrayOwner result = createNeighbours(a, range->first, range->count());
+        const Columns out(result.get());
+        copyEntries(out, 0, a, a.jc[range->first], out.nnz());
+        return result;
     }
     ArrayOwner result = createLike(a, a.m, countOf(columns), checkedCount(entriesIn(a, columns)));
     withStorage(a, [&](auto from) { copyColumns(a, from, columns, Columns(result.get())); });

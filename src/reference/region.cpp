@@ -70,31 +70,12 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
     return result;
 }
 
-/// Whether the columns are worth copying first: few neighbours, and short ones, are not worth a call each. (No more is
-/// copied than A has.)
-bool areShortAndApart(const Columns& a, const Subscript& columns)
-{
-    constexpr unsigned kShort = 64; // entries of neighbours
-    constexpr unsigned kFew = 16;   // columns, not worth an array of their own
-    std::uint64_t entries = 0;
-    std::uint64_t runs = 0;
-    if (countOf(columns) > kFew) {
-        forEachRun(columns, [&](unsigned first, unsigned length) {
-            entries += a.jc[first + length] - a.jc[first];
-            ++runs;
-        });
-    }
-    return entries < runs * kShort && entries <= a.nnz();
-}
-
 } // namespace
 
 ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows, const Subscript& columns,
                     Capacity capacity)
 {
     switch (method) {
-    case RowMethod::kInterval:
-        return gatherByInterval(a, std::get<IndexRange>(rows), columns, capacity);
     case RowMethod::kSearch:
         return gatherBySearch(a, Ordered(borrowed(rows), Repeats::kAll), columns, capacity);
     case RowMethod::kSift:
@@ -124,15 +105,12 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     }
     const unsigned k = countOf(rows);
     const Capacity capacity = useRowMap(a, k) ? Capacity::kExact : Capacity::kSearched;
-    const bool isRun = range != nullptr && (range->isRun() || k == 0);
-    const RowMethod method =
-        isRun ? RowMethod::kInterval
-              : chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, range != nullptr ? 0 : k, a.m});
-    noteMethod(method);
-    if (method != RowMethod::kSearch && areShortAndApart(a, columns)) {
-        const ArrayOwner neighbours = gatherColumns(a, columns);
-        return gatherBy(method, Columns(neighbours.get()), rows, IndexRange::all(countOf(columns)), capacity);
+    if (range != nullptr && (range->isRun() || k == 0)) {
+        return gatherByInterval(a, *range, columns, capacity);
     }
+    const RowMethod method =
+        chooseRowMethod(capacity, {expectedEntriesIn(a, columns), k, range != nullptr ? 0 : k, a.m});
+    noteMethod(method);
     return gatherBy(method, a, rows, columns, capacity);
 }
 

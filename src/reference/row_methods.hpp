@@ -6,8 +6,6 @@
 
 #include "core/columns.hpp"
 #include "core/owners.hpp"
-#include "core/row_set.hpp"
-#include "reference/column_sorter.hpp"
 #include "subscript/forms.hpp"
 #include "subscript/ordered.hpp"
 
@@ -29,10 +27,9 @@ unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, 
 /// The methods, by what they do with the rows.
 enum class RowMethod
 {
-    kInterval, ///< cut out, or pass over, neighbouring rows
-    kSearch,   ///< search each column for them, or them for each entry: whichever are fewer
-    kSift,     ///< pass over all entries, few of which lie in them
-    kTable     ///< look each entry up in a table
+    kSearch, ///< search each column for them, or them for each entry: whichever are fewer
+    kSift,   ///< pass over all entries, few of which lie in them
+    kTable   ///< look each entry up in a table
 };
 
 /// What the choice of a method looks at.
@@ -61,34 +58,6 @@ ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript
 /// where rows ascend and do not repeat. Others are brought into order, or repeated, afterwards. `sifts`: whether few
 /// entries lie in the rows; their values are looked at when they are found.
 ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscript& columns, bool sifts);
-
-/// Rows in any order, none of them twice: the new rows of what has its rank among the selected rows.
-class RowOrder
-{
-  public:
-    /// Both must outlive the order. Raises on exhausted memory. Workspace: a word for each row.
-    RowOrder(const IndexList& rows, const RowSet& selected);
-
-    /// Gives the entries of the columns first .. first+count-1 their new rows, and puts them into order; always of the
-    /// same array, or of its like. Raises on exhausted memory. Workspace: the longest column, up to three times, or
-    /// once and up to one and a quarter words for each row.
-    void apply(const Columns& a, unsigned first, unsigned count);
-
-  private:
-    void sortEach(const Columns& a, unsigned first, unsigned last);
-    void readOff(const Columns& a, unsigned column);
-    const unsigned* ranks();
-
-    const IndexList& rows_;
-    const RowSet& selected_;
-    Block<unsigned> places_;
-    Block<unsigned> ranks_; // of the rows, where these are not all there are
-    ColumnSorter sorter_;
-};
-
-/// Rows in any order, some of them repeated, of an array that has the `selected` ones. Workspace: up to two words for
-/// each row and one for each entry; and that of RowOrder.
-ArrayOwner repeatRows(const Columns& a, const IndexList& rows, const RowSet& selected);
 
 } // namespace zqsp
 

@@ -1,17 +1,19 @@
+#include "reference/row_order.hpp"
+
 #include "core/entry_moves.hpp"
 #include "core/errors.hpp"
 #include "core/values.hpp"
-#include "reference/column_sorter.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
-#include "reference/row_methods.hpp"
 
 #include <algorithm>
-#include <array>
+#include <numeric>
 
 namespace zqsp {
 
 namespace {
+
+constexpr unsigned kSortedTogether = 2048; // entries, which the nearest cache holds with their values
 
 /// Where the rows of an array go: row r to the new rows places[starts[r]] .. places[starts[r+1]-1], or without places
 /// (new rows ascend with the old ones) to starts[r] .. starts[r+1]-1.
@@ -100,50 +102,128 @@ ArrayOwner repeatRows(const Columns& a, const IndexList& rows, const RowSet& sel
         out.jc[j + 1] = begins[a.jc[j + 1]];
     }
     ColumnSorter sorter;
-    forEachColumnBlock(a, IndexRange::all(a.n), kBlock, [&](unsigned first, unsigned count) {
+    for (unsigned first = 0, count = 0; first < a.n; first += count) {
+        count = columnsTogether(a, first, a.n - first, kBlock);
         withStorage(a, [&](auto values) {
             writeCopies<decltype(values)>(a, a.jc[first], a.jc[first + count], map, begins.get(), out);
         });
         if (map.places) {
-            sorter.sort(out, first, count);
+            sorter.sort(partOf(out, first, count), partOf(out, first, count));
         }
-    });
+    }
     return result;
+}
+
+/// How long a short column is, nobody can foresee: up to two entries take no branch, and many no branch each.
+template <typename Values>
+void ColumnSorter::sortColumn(const unsigned* rows, unsigned count, Values from, unsigned begin, const Columns& to,
+                              unsigned at)
+{
+    const Values target(to);
+    const auto place = [=, newRows = to.ir + at](unsigned rank, unsigned entry, unsigned row) {
+        newRows[rank] = row;
+        target.copy(at + rank, from, begin + entry);
+    };
+    if (count <= 2) {
+        const unsigned last = count - 1;
+        const unsigned falls = rows[0] > rows[last] ? 1 : 0;
+        place(last - falls, last, rows[last]);
+        place(falls, 0, rows[0]);
+    } else if (count <= kernels_.costs.mostRanked) {
+        kernels_.rankRows(rows, count, ranks_.data());
+        for (unsigned i = 0; i < count; ++i) {
+            place(ranks_[i], i, rows[i]);
+        }
+    } else {
+        sortKeys(rows, count, to.m);
+        for (unsigned i = 0; i < count; ++i) {
+            place(i, minorOf(keys_[i]), majorOf(keys_[i]));
+        }
+    }
+}
+
+void ColumnSorter::sortKeys(const unsigned* rows, unsigned count, unsigned m)
+{
+    if (count > keyRoom_) {
+        keyRoom_ = std::max(count, kSortedTogether);
+        keys_ = Block<Key>::make(keyRoom_);
+        sorter_.emplace(keyRoom_, m);
+    }
+    for (unsigned i = 0; i < count; ++i) {
+        keys_[i] = makeKey(rows[i], i);
+    }
+    sorter_->sort(keys_.get(), count);
+}
+
+void ColumnSorter::sort(const Columns& from, const Columns& to, const unsigned* newRows)
+{
+    constexpr unsigned kTogether = 256;
+    std::array<unsigned, kTogether> some; // columns with entries, which no branch asks for each
+    const bool inPlace = from.ir == to.ir;
+    for (unsigned first = 0, count = 0; first < from.n; first += count) {
+        count = columnsTogether(from, first, std::min(from.n - first, kTogether), kSortedTogether);
+        const unsigned begin = from.jc[first];
+        const unsigned size = from.jc[first + count] - begin;
+        if (size == 0) {
+            continue;
+        }
+        if (size > room_) {
+            room_ = std::max(size, kSortedTogether);
+            aside_ = createLike(to, 1, 0, room_);
+        }
+        const Columns aside(aside_.get());
+        if (newRows != nullptr) {
+            std::transform(from.ir + begin, from.ir + begin + size, aside.ir,
+                           [=](unsigned row) { return newRows[row]; });
+        } else {
+            std::copy_n(from.ir + begin, size, aside.ir);
+        }
+        if (inPlace) {
+            copyValues(aside, 0, from, begin, size);
+        }
+        unsigned found = 0;
+        for (unsigned j = first; j < first + count; ++j) {
+            some[found] = j;
+            found += from.length(j) > 0 ? 1U : 0U;
+        }
+        withStorage(to, [&](auto target) {
+            const decltype(target) values(inPlace ? aside : from);
+            for (unsigned i = 0; i < found; ++i) {
+                const unsigned at = from.jc[some[i]];
+                sortColumn(aside.ir + (at - begin), from.length(some[i]), values, inPlace ? at - begin : at, to,
+                           to.jc[some[i]]);
+            }
+        });
+    }
 }
 
 RowOrder::RowOrder(const IndexList& rows, const RowSet& selected)
     : rows_(rows), selected_(selected), places_(Block<unsigned>::make(rows.count()))
 {
+    const unsigned* const ranks = this->ranks();
     for (unsigned p = 0; p < rows.count(); ++p) {
-        places_[selected.ranked().newRow(rows[p])] = p;
+        places_[ranks[p]] = p;
     }
 }
 
-void RowOrder::apply(const Columns& a, unsigned first, unsigned count)
+void RowOrder::apply(const Columns& from, const Columns& to)
 {
     // A column of most rows is read off in the new order. (Nanoseconds for each of 1,000,000 rows: 7, sorted 13; where
     // the nearer caches hold the column, no less.)
     constexpr unsigned kLong = 1U << 15;
     const unsigned dense = std::max(kLong, rows_.count() / 2);
-    const unsigned last = first + count;
-    if (a.jc[last] - a.jc[first] >= dense) {
-        for (unsigned j = first; j < last; ++j) {
-            if (a.length(j) >= dense) {
-                sortEach(a, first, j);
-                readOff(a, j);
-                first = j + 1;
-            }
+    unsigned done = 0; // columns
+    const auto sortUpTo = [&](unsigned end) {
+        sorter_.sort(partOf(from, done, end - done), partOf(to, done, end - done), places_.get());
+    };
+    for (unsigned j = 0; from.jc[from.n] - from.jc[done] >= dense && j < from.n; ++j) {
+        if (from.length(j) >= dense) {
+            sortUpTo(j);
+            readOff(partOf(from, j, 1), partOf(to, j, 1));
+            done = j + 1;
         }
     }
-    sortEach(a, first, last);
-}
-
-void RowOrder::sortEach(const Columns& a, unsigned first, unsigned last)
-{
-    for (unsigned e = a.jc[first]; e < a.jc[last]; ++e) {
-        a.ir[e] = places_[a.ir[e]];
-    }
-    sorter_.sort(a, first, last - first);
+    sortUpTo(from.n);
 }
 
 const unsigned* RowOrder::ranks()
@@ -159,35 +239,50 @@ const unsigned* RowOrder::ranks()
     return ranks_.get();
 }
 
-void RowOrder::readOff(const Columns& a, unsigned column)
+/// One column.
+void RowOrder::readOff(const Columns& from, const Columns& to)
 {
     constexpr unsigned kBlock = 256; // new rows, whose values, anywhere in the column, are asked for together
-    const unsigned* const old = ranks();
-    const unsigned begin = a.jc[column];
-    const unsigned count = a.length(column);
-    RowSet stored(rows_.count());
-    std::for_each_n(a.ir + begin, count, [&stored](unsigned row) { stored.add(row); });
-    stored.rank();
-    const ArrayOwner copy = createLike(a, 1, 0, count);
-    const Columns copied(copy.get());
-    copyValues(copied, 0, a, begin, count);
-    withStorage(a, [&, at = begin](auto values) mutable {
-        const decltype(values) from(copied);
-        std::array<unsigned, kBlock + kKernelSlack> found;
-        std::array<unsigned, kBlock> sources;
-        for (unsigned p = 0, size = 0; p < rows_.count(); p += size) {
-            size = std::min(kBlock, rows_.count() - p);
-            const unsigned some = kernels().siftRows(stored.words(), nullptr, old, p, p + size, found.data());
-            for (unsigned i = 0; i < some; ++i) {
-                sources[i] = stored.ranked().newRow(old[found[i]]);
-                __builtin_prefetch(copied.pr + std::size_t{sources[i]} * a.elementSize);
-            }
-            for (unsigned i = 0; i < some; ++i, ++at) {
-                a.ir[at] = found[i];
-                values.copy(at, from, sources[i]);
-            }
+    const unsigned* const rows = ranks();
+    const unsigned begin = from.jc[0];
+    const unsigned count = from.length(0);
+    const bool isFull = count == rows_.count(); // then entries are counted as rows are
+    RowSet stored(isFull ? 0 : rows_.count());
+    if (!isFull) {
+        addAll(stored, IndexList(from.ir + begin, count, Order::kAscending));
+        stored.rank();
+    }
+    ArrayOwner aside;
+    Columns source = from;
+    unsigned first = begin; // entry of the source
+    if (from.ir == to.ir) {
+        aside = createLike(to, 1, 0, count);
+        source = Columns(aside.get());
+        first = 0;
+        copyValues(source, first, from, begin, count);
+    }
+    std::array<unsigned, kBlock> found;
+    std::array<unsigned, kBlock> sources;
+    std::iota(found.begin(), found.end(), 0U);
+    unsigned at = to.jc[0];
+    for (unsigned p = 0, size = 0, some = 0; p < rows_.count(); p += size) {
+        size = some = std::min(kBlock, rows_.count() - p);
+        if (!isFull) {
+            some = kernels().siftRows(stored.words(), nullptr, rows + p, 0, size, found.data());
         }
-    });
+        for (unsigned i = 0; i < some; ++i) {
+            const unsigned row = rows[p + found[i]];
+            sources[i] = first + (isFull ? row : stored.ranked().newRow(row));
+            __builtin_prefetch(source.pr + std::size_t{sources[i]} * to.elementSize);
+        }
+        withStorage(to, [&](auto values) {
+            const decltype(values) old(source);
+            for (unsigned i = 0; i < some; ++i, ++at) {
+                to.ir[at] = p + found[i];
+                values.copy(at, old, sources[i]);
+            }
+        });
+    }
 }
 
 } // namespace zqsp

@@ -5,6 +5,7 @@
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
+#include "reference/row_order.hpp"
 
 #include <algorithm>
 #include <bit>
@@ -103,7 +104,7 @@ ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript
             [&] { *columnEnd++ = written; });
     });
     if (rows.sources() != nullptr) { // the new rows do not ascend with those they come from
-        ColumnSorter().sort(out, 0, out.n);
+        ColumnSorter().sort(out, out);
     }
     return result;
 }

@@ -6,6 +6,7 @@
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
 #include "reference/row_methods.hpp"
+#include "reference/row_order.hpp"
 
 #include <algorithm>
 #include <array>
@@ -204,12 +205,33 @@ class SelectedRows
     unsigned written_ = 0; // entries
 };
 
+/// Whether the columns are worth copying first: few neighbours, and short ones, are not worth a call each. (No more is
+/// copied than A has.)
+bool areShortAndApart(const Columns& a, const Subscript& columns)
+{
+    constexpr unsigned kShort = 64; // entries of neighbours
+    constexpr unsigned kFew = 16;   // columns, not worth an array of their own
+    std::uint64_t entries = 0;
+    std::uint64_t runs = 0;
+    if (countOf(columns) > kFew) {
+        forEachRun(columns, [&](unsigned first, unsigned length) {
+            entries += a.jc[first + length] - a.jc[first];
+            ++runs;
+        });
+    }
+    return entries < runs * kShort && entries <= a.nnz();
+}
+
 /// What lies in the selected rows, with their ranks for new rows.
 ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& selected, const Subscript& columns,
                       bool sifts)
 {
     if (selected.hasAll()) {
         return gatherColumns(a, columns);
+    }
+    if (areShortAndApart(a, columns)) {
+        const ArrayOwner neighbours = gatherColumns(a, columns);
+        return selectRows(Columns(neighbours.get()), rows, selected, IndexRange::all(countOf(columns)), sifts);
     }
     SelectedRows result(a, selected.ranked(), selected.count(), columns);
     std::optional<Sieve> sieve;
@@ -237,6 +259,10 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& range, const Sub
     if (rows.size == 0) {
         return createLike(a, 0, countOf(columns), 0);
     }
+    if (areShortAndApart(a, columns)) {
+        const ArrayOwner neighbours = gatherColumns(a, columns);
+        return gatherByInterval(Columns(neighbours.get()), range, IndexRange::all(countOf(columns)), capacity);
+    }
     SelectedRows result(a, rows, rows.size, columns,
                         capacity == Capacity::kExact ? std::optional<unsigned>()
                                                      : searchCapacity(a, columns, rows.size, 0));
@@ -260,10 +286,18 @@ ArrayOwner gatherByTable(const Columns& a, const Subscript& rows, const Subscrip
         const ArrayOwner once = selectRows(a, rows, selected, columns, sifts);
         return repeatRows(Columns(once.get()), *list, selected);
     }
-    ArrayOwner result = selectRows(a, rows, selected, columns, sifts);
-    if (orderOf(rows) != Order::kAscending) { // others are their own ranks
-        RowOrder(*list, selected).apply(Columns(result.get()), 0, countOf(columns));
+    if (orderOf(rows) == Order::kAscending) { // the ranks are the new rows
+        return selectRows(a, rows, selected, columns, sifts);
     }
+    RowOrder order(*list, selected);
+    const auto* range = std::get_if<IndexRange>(&columns);
+    if (selected.hasAll() && range != nullptr && range->isRun()) {
+        ArrayOwner result = createNeighbours(a, range->first, range->count());
+        order.apply(partOf(a, range->first, range->count()), Columns(result.get()));
+        return result;
+    }
+    ArrayOwner result = selectRows(a, rows, selected, columns, sifts);
+    order.apply(Columns(result.get()), Columns(result.get()));
     return result;
 }
 
