@@ -210,16 +210,14 @@ class SelectedRows
 bool areShortAndApart(const Columns& a, const Subscript& columns)
 {
     constexpr unsigned kShort = 64; // entries of neighbours
-    constexpr unsigned kFew = 16;   // columns, not worth an array of their own
+    constexpr unsigned kFew = 16;   // runs of neighbours, not worth an array of their own; the copy is one
     std::uint64_t entries = 0;
     std::uint64_t runs = 0;
-    if (countOf(columns) > kFew) {
-        forEachRun(columns, [&](unsigned first, unsigned length) {
-            entries += a.jc[first + length] - a.jc[first];
-            ++runs;
-        });
-    }
-    return entries < runs * kShort && entries <= a.nnz();
+    forEachRun(columns, [&](unsigned first, unsigned length) {
+        entries += a.jc[first + length] - a.jc[first];
+        ++runs;
+    });
+    return runs > kFew && entries < runs * kShort && entries <= a.nnz();
 }
 
 /// What lies in the selected rows, with their ranks for new rows.

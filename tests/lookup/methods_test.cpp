@@ -195,7 +195,10 @@ TEST(Rows, EveryMethodGivesOneAnswer)
         SCOPED_TRACE(table.name);
         for (const unsigned each : {1U, 5U, 400U}) {
             const Model a = randomMatrix(600, 40, each);
-            const std::vector<unsigned> columns = {3, 39, 3, 0, 1, 2, 20};
+            std::vector<unsigned> columns = {3, 39, 3, 0, 1, 2}; // and so many more that short ones are copied first
+            while (columns.size() < 20) {
+                columns.push_back((columns.back() + 9) % 40);
+            }
             for (const unsigned count : {2U, 9U, 70U, 2000U}) {
                 for (const Order order : {Order::kAscending, Order::kUnsorted}) {
                     const Named rows = drawn(count, 500, order);

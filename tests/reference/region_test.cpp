@@ -32,7 +32,8 @@ TEST(RowReference, RunsOfRowsInColumnsOfAnyLength)
         }
     }
     a.fit();
-    for (const Subscript& j : {Subscript::colon(), Subscript::list({700, 1, 256, 257, 258, 257, 257, 1, 601})}) {
+    for (const Subscript& j : {Subscript::colon(), Subscript::list({700, 1, 256, 257, 258, 257, 257, 1, 601}),
+                               Subscript::range(2500, -3, 300)}) {
         for (const auto& [first, last] : {std::pair{1.0, 3000.0}, {3001.0, 20000.0}, {17900.0, 18100.0}}) {
             EXPECT_EQ("",
                       checkOperation({.callee = Export::Ref6, .a = a, .i = Subscript::range(first, 1, last), .j = j}));
