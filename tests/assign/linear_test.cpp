@@ -76,6 +76,11 @@ TEST(LinearAssignmentErrors, OrderOfTheChecks)
     }
 }
 
+TEST(LinearAssignmentErrors, AnEmptyTargetGrowsInBothDimensionsOrInNone)
+{
+    EXPECT_EQ("", checkFaults(toElements(Model::empty(kReal, 0, 0), Subscript::range(2, 3, 8), RightSide::scalar(0))));
+}
+
 /// Of a deletion from nothing the models know nothing.
 TEST(LinearAssignmentErrors, TheLiteralDeletesFromNothing)
 {
