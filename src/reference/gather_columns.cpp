@@ -10,20 +10,6 @@ namespace zqsp {
 
 namespace {
 
-/// A(:,first:last): one block.
-ArrayOwner gatherNeighbours(const Columns& a, unsigned first, unsigned count)
-{
-    const unsigned begin = a.jc[first];
-    const unsigned size = a.jc[first + count] - begin;
-    ArrayOwner result = createLike(a, a.m, count, size);
-    const Columns out(result.get());
-    for (unsigned j = 0; j < count; ++j) {
-        out.jc[j + 1] = a.jc[first + j + 1] - begin;
-    }
-    copyEntries(out, 0, a, begin, size);
-    return result;
-}
-
 /// Neighbouring columns are neighbours in ir, pr and pi as well: a run of columns moves as one block. The blocks of
 /// some hundred runs are known before they move: empty ones are dropped without a branch, and what others hold is on
 /// its way to the cache. (Of columns that stand alone, the lines are half the time; see bench/limits.md.)
@@ -88,6 +74,19 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
 }
 
 } // namespace
+
+ArrayOwner gatherNeighbours(const Columns& a, unsigned first, unsigned count)
+{
+    const unsigned begin = a.jc[first];
+    const unsigned size = a.jc[first + count] - begin;
+    ArrayOwner result = createLike(a, a.m, count, size);
+    const Columns out(result.get(), a.m, count);
+    for (unsigned j = 0; j < count; ++j) {
+        out.jc[j + 1] = a.jc[first + j + 1] - begin;
+    }
+    copyEntries(out, 0, a, begin, size);
+    return result;
+}
 
 ArrayOwner gatherColumns(const Columns& a, const Subscript& columns)
 {
