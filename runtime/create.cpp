@@ -80,7 +80,13 @@ ArrayOwner newZeroedFull(std::span<const unsigned> dims, kxClassID id, kxComplex
     return newFullBy(allocateZeroed, dims, id, complexity);
 }
 
-ArrayOwner newSparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
+} // namespace kxrt
+
+namespace matrix::detail::noninlined::kx_array_api {
+
+using namespace kxrt;
+
+kxArray* kxCreateSparseNumericMatrix(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
 {
     const unsigned flags = flagsFor(id, complexity) | kxFLAG_SPARSE;
     BlockSource blocks;
@@ -92,18 +98,7 @@ ArrayOwner newSparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxCom
     if (complexity == kxCOMPLEX) {
         made->pi = blocks.take(nzmax * elementSize(id));
     }
-    return made;
-}
-
-} // namespace kxrt
-
-namespace matrix::detail::noninlined::kx_array_api {
-
-using namespace kxrt;
-
-kxArray* kxCreateSparseNumericMatrix(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
-{
-    return newSparse(m, n, nzmax, id, complexity).release();
+    return made.release();
 }
 
 kxArray* kxCreateNumericArray(unsigned ndims, const unsigned* dims, kxClassID id, kxComplexity complexity)

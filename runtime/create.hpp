@@ -14,7 +14,11 @@ ArrayOwner newFull(std::span<const unsigned> dims, kxClassID id, kxComplexity co
 /// The same, cleared.
 ArrayOwner newZeroedFull(std::span<const unsigned> dims, kxClassID id, kxComplexity complexity);
 /// As kxCreateSparseNumericMatrix.
-ArrayOwner newSparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity);
+inline ArrayOwner newSparse(unsigned m, unsigned n, unsigned nzmax, kxClassID id, kxComplexity complexity)
+{
+    return ArrayOwner(
+        matrix::detail::noninlined::kx_array_api::kxCreateSparseNumericMatrix(m, n, nzmax, id, complexity));
+}
 /// kx:sizeLimit when a full array of these dimensions has more elements than the runtime allows.
 void requireElementCount(std::span<const unsigned> dims);
 

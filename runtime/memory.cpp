@@ -58,6 +58,7 @@ bool admit(ThreadMemory* own, std::size_t size) noexcept
 {
     ThreadMemory::add(own, Count::requests, 1);
     if (isToFail() || size > largestBlock.load(std::memory_order_relaxed)) {
+        ThreadMemory::add(own, Count::settled, 1);
         return false;
     }
     ThreadMemory::add(own, Count::bytesRequested, static_cast<std::int64_t>(size));
@@ -85,7 +86,7 @@ constexpr Kind kindFor(std::size_t size)
 /// The bytes of the heap block behind a block that is not mapped.
 constexpr std::size_t heapBytes(std::size_t size)
 {
-    return kindFor(size) == Kind::small ? smallClassBytes(classFor(size)) : size + sizeof(BlockHeader);
+    return kindFor(size) == Kind::small ? smallClassBytes(listFor(size)) : size + sizeof(BlockHeader);
 }
 
 void* newMapped(std::size_t size, bool zeroed) noexcept
@@ -111,8 +112,8 @@ void* newOnHeap(std::size_t size, bool zeroed) noexcept
 void* newBlock(ThreadMemory* own, std::size_t size, bool zeroed) noexcept
 {
     void* block = kindFor(size) == Kind::mapped ? newMapped(size, zeroed) : newOnHeap(size, zeroed);
-    if (block != nullptr) {
-        ThreadMemory::add(own, Count::liveBlocks, 1);
+    if (block == nullptr) {
+        ThreadMemory::add(own, Count::settled, 1);
     }
     return block;
 }
@@ -139,6 +140,7 @@ void* tryReallocate(void* block, std::size_t size) noexcept
     }
     ThreadMemory::add(own, Count::bytesRequested, -static_cast<std::int64_t>(blockSize(block)));
     if (!isHeldByOthers(block) && kindFor(blockSize(block)) == kindFor(size)) {
+        ThreadMemory::add(own, Count::settled, 1);
         return resizeInKind(block, size);
     }
     void* fresh = newBlock(own, size, false);
@@ -159,9 +161,14 @@ void* allocateElsewhere(std::size_t size, bool zeroed) noexcept
     return admit(own, size) ? newBlock(own, size, zeroed) : nullptr;
 }
 
+[[gnu::noinline]] bool dropLast(BlockHeader* header) noexcept
+{
+    return std::atomic_ref(header->holders).fetch_sub(1, std::memory_order_acq_rel) == 1;
+}
+
 void releaseElsewhere(BlockHeader* header) noexcept
 {
-    ThreadMemory::add(ThreadMemory::mine(), Count::liveBlocks, -1);
+    ThreadMemory::add(ThreadMemory::mine(), Count::settled, 1);
     if (kindFor(header->size) == Kind::mapped) {
         dropMapping(mappingOf(header + 1));
     } else {
@@ -171,7 +178,8 @@ void releaseElsewhere(BlockHeader* header) noexcept
 
 std::size_t live_blocks()
 {
-    return static_cast<std::size_t>(ThreadMemory::total(Count::liveBlocks));
+    const std::int64_t settled = ThreadMemory::total(Count::settled); // first: never more than there were requests
+    return static_cast<std::size_t>(ThreadMemory::total(Count::requests) - settled);
 }
 long allocations()
 {

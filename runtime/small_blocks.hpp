@@ -18,6 +18,7 @@ struct alignas(16) BlockHeader
 {
     std::size_t size; ///< tells the kind of block as well
     unsigned holders; ///< by atomic_ref only once the block is handed out
+    unsigned list;    ///< where a thread keeps it
 };
 static_assert(sizeof(BlockHeader) == 16);
 
@@ -30,20 +31,20 @@ inline const BlockHeader* headerOf(const void* block)
     return static_cast<const BlockHeader*>(block) - 1;
 }
 
-/// Writes the header in front of the data.
-inline void* furnish(void* raw, std::size_t size) noexcept
-{
-    return ::new (raw) BlockHeader{size, 1} + 1;
-}
-
 constexpr bool isSmall(std::size_t size)
 {
     return kReusesBlocks && size <= kLargestSmall - sizeof(BlockHeader);
 }
-/// Of a small block.
-constexpr std::size_t classFor(std::size_t size)
+/// The list for blocks of a size.
+constexpr unsigned listFor(std::size_t size)
 {
-    return smallClass(size + sizeof(BlockHeader));
+    return isSmall(size) ? smallClass(size + sizeof(BlockHeader)) : kListOfNone;
+}
+
+/// Writes the header in front of the data.
+inline void* furnish(void* raw, std::size_t size) noexcept
+{
+    return ::new (raw) BlockHeader{size, 1, listFor(size)} + 1;
 }
 
 /// Whether a small block may be refused, as tests have it.
@@ -51,7 +52,9 @@ extern constinit std::atomic<bool> refusesSmall;
 
 /// A block that is not at hand, or not small; null on failure.
 void* allocateElsewhere(std::size_t size, bool zeroed) noexcept;
-/// The last hold on such a block is dropped.
+/// Drops a hold; whether it was the last one.
+bool dropLast(BlockHeader* header) noexcept;
+/// A block that no list takes goes.
 void releaseElsewhere(BlockHeader* header) noexcept;
 
 /// Where blocks come from, one after the other.
@@ -69,7 +72,6 @@ class BlockSource
         if (taken_ != 0) {
             own_.add(Count::requests, taken_);
             own_.add(Count::bytesRequested, bytes_);
-            own_.add(Count::liveBlocks, taken_);
         }
     }
 
@@ -85,7 +87,7 @@ class BlockSource
     /// The same; null on failure.
     [[gnu::always_inline]] void* tryTake(std::size_t size, bool zeroed) noexcept
     {
-        void* raw = isSmall(size) ? own_.take(classFor(size)) : nullptr;
+        void* raw = own_.take(listFor(size));
         if (raw == nullptr) [[unlikely]] {
             return allocateElsewhere(size, zeroed);
         }
@@ -118,7 +120,7 @@ class BlockSink
     [[gnu::always_inline]] ~BlockSink()
     {
         if (kept_ != 0) {
-            own_.add(Count::liveBlocks, -kept_);
+            own_.add(Count::settled, kept_);
         }
     }
 
@@ -129,12 +131,11 @@ class BlockSink
             return;
         }
         BlockHeader* header = headerOf(block);
-        const std::atomic_ref<unsigned> holders(header->holders);
         // A sole holder needs no read-modify-write: nobody else can add a hold.
-        if (holders.load(std::memory_order_acquire) != 1 && holders.fetch_sub(1, std::memory_order_acq_rel) != 1) {
+        if (std::atomic_ref(header->holders).load(std::memory_order_acquire) != 1 && !dropLast(header)) {
             return;
         }
-        if (isSmall(header->size) && own_.keep(header, classFor(header->size))) {
+        if (own_.keep(header, header->list)) {
             ++kept_;
         } else {
             releaseElsewhere(header);

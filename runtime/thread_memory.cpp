@@ -96,8 +96,8 @@ ThreadMemory* ThreadMemory::enroll() noexcept
         return nullptr;
     }
     auto* made = ::new (raw) ThreadMemory;
-    for (List& list : made->lists_) {
-        list.room = kMostKept;
+    for (unsigned i = 0; i < kSmallClasses; ++i) {
+        made->lists_[i].room = kMostKept;
     }
     if (pthread_setspecific(threads.key, made) != 0) {
         std::free(raw);
@@ -127,7 +127,7 @@ std::int64_t ThreadMemory::total(Count count) noexcept
 
 void ThreadMemory::freeKept() noexcept
 {
-    for (std::size_t i = 0; i < kSmallClasses; ++i) {
+    for (unsigned i = 0; i < kSmallClasses; ++i) {
         while (void* block = take(i)) {
             std::free(block);
         }

@@ -33,21 +33,24 @@ enum class Count : unsigned
 {
     requests,
     bytesRequested,
-    liveBlocks
+    settled ///< requests that made no block, and blocks that are no more
 };
 constexpr std::size_t kCounts = 3;
 
 /// Small blocks come in multiples of this many bytes, header included.
 constexpr std::size_t kSmallStep = 32;
-constexpr std::size_t kSmallClasses = 32;
+constexpr unsigned kSmallClasses = 32;
 constexpr std::size_t kLargestSmall = kSmallStep * kSmallClasses;
 
+/// Each class has a list of the blocks that a thread keeps; of others none are.
+constexpr unsigned kListOfNone = kSmallClasses;
+
 /// The class of a block of `bytes` bytes, at least 1 and at most kLargestSmall.
-constexpr std::size_t smallClass(std::size_t bytes)
+constexpr unsigned smallClass(std::size_t bytes)
 {
-    return (bytes - 1) / kSmallStep;
+    return static_cast<unsigned>((bytes - 1) / kSmallStep);
 }
-constexpr std::size_t smallClassBytes(std::size_t smallClass)
+constexpr std::size_t smallClassBytes(unsigned smallClass)
 {
     return (smallClass + 1) * kSmallStep;
 }
@@ -78,10 +81,10 @@ class ThreadMemory
     /// The sum over all threads, living or not. Exact for what happened before the call.
     static std::int64_t total(Count count) noexcept;
 
-    /// A kept heap block of the class, or null.
-    void* take(std::size_t smallClass) noexcept
+    /// A heap block out of a list, or null.
+    void* take(unsigned number) noexcept
     {
-        List& list = lists_[smallClass];
+        List& list = lists_[number];
         KeptBlock* block = list.first;
         if (block != nullptr) {
             list.first = block->next;
@@ -89,10 +92,10 @@ class ThreadMemory
         }
         return block;
     }
-    /// Keeps the heap block of the class; false where enough of them are kept.
-    bool keep(void* block, std::size_t smallClass) noexcept
+    /// Keeps a heap block in a list; false where enough of them are.
+    bool keep(void* block, unsigned number) noexcept
     {
-        List& list = lists_[smallClass];
+        List& list = lists_[number];
         if (list.room == 0) {
             return false;
         }
@@ -124,7 +127,7 @@ class ThreadMemory
     [[gnu::tls_model("initial-exec")]] static constinit thread_local ThreadMemory* current;
     static constinit ThreadMemory nobodys; ///< has no room
 
-    std::array<List, kSmallClasses> lists_ = {};
+    std::array<List, kSmallClasses + 1> lists_ = {}; ///< the last one has no room
     std::array<std::atomic<std::int64_t>, kCounts> shares_ = {};
     ThreadMemory* next_ = nullptr; ///< of the enrolled ones
     ThreadMemory* previous_ = nullptr;

@@ -210,5 +210,5 @@ spStatus spAss3(kxArray* A, const kxArray* B, const kxArray* K)
     const auto assign = [=](Target& target) {
         return isColon(K) ? assignColonFill(target, B) : assignElements(target, B, K);
     };
-    return assigned(A, isDeletionMarker(B) ? spDeleteElements(A, K) : onTarget(A, {B, K}, assign));
+    return assigned(A, isDeletionMarker(B) ? spDeleteElements(A, K) : onTarget(assign, A, B, K));
 }

@@ -32,8 +32,7 @@ void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const L
 
 void assignOne(kxArray* A, const LinearLayout& grown, const RightSide& b, unsigned position)
 {
-    const Place place = grown.placeOf(position);
-    storeElement(A, place.row, place.column, grown.m(), grown.n(), b, growCapacity);
+    storeElement(A, Columns(A), grown.placeOf(position), grown.m(), grown.n(), b, growCapacity);
 }
 
 /// Where every position is stored and no value is zero, the entries are overwritten in the order of the assignments:

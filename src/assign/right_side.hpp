@@ -48,7 +48,7 @@ struct RightSide
     /// B: 1-by-1, of either storage.
     static RightSide scalar(const kxArray* B)
     {
-        const Columns b(B);
+        const Columns b = Columns(B, 1, 1);
         return {b, isZeroScalar(B, b) ? Kind::kNothing : Kind::kScalar};
     }
     /// B: sparse, or full for linear positions. A matrix whose repeats have been resolved to one element is still a

@@ -2,7 +2,6 @@
 
 #include "core/errors.hpp"
 #include "core/relay.hpp"
-#include "lookup/place_search.hpp"
 
 #include <algorithm>
 #include <array>
@@ -28,29 +27,24 @@ unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n)
     return cap;
 }
 
-void storeElement(kxArray* A, unsigned row, unsigned column, unsigned m, unsigned n, const RightSide& b,
-                  unsigned (*grown)(unsigned nzmax, unsigned m, unsigned n))
+void changeEntry(kxArray* A, Place place, unsigned m, unsigned n, const RightSide& b, GrownCapacity grown)
 {
     const Columns before(A);
-    const Slot slot = findSlot(before, {row, column});
+    const Slot slot = findSlot(before, place);
     const unsigned at = slot.position;
     const bool isZero = b.isNothing();
     const bool becomesComplex = b.isComplex() && before.pi == nullptr;
-    if (slot.stored && !isZero && !becomesComplex) { // overwritten where it lies, within the present shape
-        withStorage(before, before, b.b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
-        return;
-    }
     const bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
     const unsigned capacity = isFull ? grown(before.nzmax, m, n) : before.nzmax;
     if (isFull && before.nzmax > 0 && n <= before.n && !becomesComplex) { // the relay obtains nothing then
         raiseCapacity(A, capacity);
     }
     Relay relay(A, {.capacity = capacity, .columns = std::max(n, before.n), .imaginaryPart = becomesComplex});
-    const Patch patch = {column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};
+    const Patch patch = {place.column, at, at + (slot.stored ? 1U : 0U), isZero ? 0U : 1U};
     const Columns after = relay.after();
     relay.commit(std::array{patch}, [&](const Patch&, unsigned) {
         if (!isZero) {
-            after.ir[at] = row;
+            after.ir[at] = place.row;
             withStorage(after, after, b.b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
         }
     });

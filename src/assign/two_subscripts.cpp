@@ -28,7 +28,7 @@ struct Named
 /// Raises "pmaxsize" where a target with sparse content cannot grow to cover column `highest` (0-based).
 void checkColumnGrowth(const kxArray* A, unsigned highest)
 {
-    if (!isUnset(A) && highest >= kxGetN(A) && highest > (kxGetMaxNumberOfElements() - 2) / 4) {
+    if (highest > (kxGetMaxNumberOfElements() - 2) / 4 && !isUnset(A) && highest >= kxGetN(A)) {
         raiseMaxSize();
     }
 }
@@ -142,18 +142,18 @@ unsigned oneStepMore(unsigned nzmax, unsigned /*m*/, unsigned /*n*/)
 }
 
 /// Stores a scalar at one element, growing the target to m rows and to cover the column.
-void assignElement(Target& target, unsigned row, unsigned column, unsigned m, const kxArray* B)
+void assignElement(Target& target, Place place, unsigned m, const kxArray* B)
 {
-    checkColumnGrowth(target.get(), column);
+    checkColumnGrowth(target.get(), place.column);
     const RightSide b = RightSide::scalar(B);
     if (!isUnset(target.get())) {
         kxArray* const A = target.own();
-        const unsigned* const dims = A->get_dimensions();
-        storeElement(A, row, column, std::max(m, dims[0]), std::max(column + 1, dims[1]), b, oneStepMore);
+        const Columns before(A);
+        storeElement(A, before, place, std::max(m, before.m), std::max(place.column + 1, before.n), b, oneStepMore);
         return;
     }
-    ArrayOwner fresh(kxCreateSparseNumericMatrix(m, column + 1, 1, classOf(B), kxREAL));
-    storeElement(fresh.get(), row, column, m, column + 1, b, oneStepMore);
+    ArrayOwner fresh(kxCreateSparseNumericMatrix(m, place.column + 1, 1, classOf(B), kxREAL));
+    changeEntry(fresh.get(), place, m, place.column + 1, b, oneStepMore);
     target.become(std::move(fresh));
 }
 
@@ -189,7 +189,7 @@ spStatus assignByScalarSubscripts(Target& target, const kxArray* B, const Named&
     if (const spStatus status = convertScalarSubscript(named.J, column); status != spOK) {
         return status;
     }
-    assignElement(target, row, column, row + 1, B);
+    assignElement(target, {row, column}, row + 1, B);
     return spOK;
 }
 
@@ -240,7 +240,7 @@ spStatus assignConverted(Target& target, Operand& B, const Named& named, Subscri
     const unsigned m = grown(rowsOf(A), rowCount, rows);
     const unsigned n = grown(isUnset(A) ? 0 : kxGetN(A), columnCount, columns); // a fresh one has what is named
     if (named.areBoth() && rowCount == 1 && columnCount == 1) {
-        assignElement(target, rows.lowest(), columns.lowest(), m, B.get());
+        assignElement(target, {rows.lowest(), columns.lowest()}, m, B.get());
         return spOK;
     }
     if (named.J != nullptr && columnCount > 0) {
@@ -270,8 +270,21 @@ spStatus assignMatrix(Target& target, Operand& B, const Named& named)
     return assignConverted(target, B, named, std::move(rows), std::move(columns));
 }
 
+/// Whether neither the value nor the target needs a conversion.
+bool isOneNumber(const kxArray* A, const kxArray* B)
+{
+    return isPlainNumber(B) && B->class_id == kxDOUBLE_CLASS && A->class_id == kxDOUBLE_CLASS;
+}
+
 spStatus assignRegion(Target& target, const kxArray* originalB, const Named& named)
 {
+    const unsigned most = kxGetMaxNumberOfElements();
+    const unsigned row = plainIndex(named.I, most);
+    const unsigned column = row != kNoIndex ? plainIndex(named.J, most) : kNoIndex;
+    if (column != kNoIndex && isOneNumber(target.get(), originalB)) {
+        assignElement(target, {row, column}, row + 1, originalB);
+        return spOK;
+    }
     Operand B(originalB);
     if (!isDeletionMarker(originalB)) {
         B.become(kxMustBe(originalB, targetClass(target.get(), originalB)));
@@ -315,7 +328,7 @@ spStatus spAss4(kxArray* A, const kxArray* B, const kxArray* J)
     using namespace zqsp;
     checkOperands(A, B, J);
     const auto assign = [=](Target& target) { return assignLines(target, B, {nullptr, J}); };
-    return assigned(A, isDeletionMarker(B) ? spDeleteColumns(A, J) : onTarget(A, {B, J}, assign));
+    return assigned(A, isDeletionMarker(B) ? spDeleteColumns(A, J) : onTarget(assign, A, B, J));
 }
 
 spStatus spAss5(kxArray* A, const kxArray* B, const kxArray* I)
@@ -323,7 +336,7 @@ spStatus spAss5(kxArray* A, const kxArray* B, const kxArray* I)
     using namespace zqsp;
     checkOperands(A, B, I);
     const auto assign = [=](Target& target) { return assignLines(target, B, {I, nullptr}); };
-    return assigned(A, isDeletionMarker(B) ? spDeleteRows(A, I) : onTarget(A, {B, I}, assign));
+    return assigned(A, isDeletionMarker(B) ? spDeleteRows(A, I) : onTarget(assign, A, B, I));
 }
 
 spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J)
@@ -335,5 +348,6 @@ spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J
         replaceContent(A, ArrayOwner(kxDuplicateArray(B)));
         return assigned(A, spOK);
     }
-    return assigned(A, onTarget(A, {B, I, J}, [=](Target& target) { return assignRegion(target, B, {I, J}); }));
+    const auto assign = [=](Target& target) { return assignRegion(target, B, {I, J}); };
+    return assigned(A, onTarget(assign, A, B, I, J));
 }

@@ -23,25 +23,27 @@ struct Columns
     unsigned elementSize;
     kxClassID classId;
 
-    explicit Columns(const kxArray* array) : Columns(array, array->get_dimensions(), classOf(array)) {}
+    [[gnu::noinline]] explicit Columns(const kxArray* array) : Columns(array, array->get_dimensions()) {}
+    /// Of an array that is known to be m-by-n.
+    [[gnu::always_inline]] Columns(const kxArray* array, unsigned rows, unsigned columns)
+        : m(rows),
+          n(columns),
+          nzmax(array->nzmax),
+          jc(array->jc),
+          ir(array->ir),
+          pr(static_cast<std::byte*>(array->pr)),
+          pi(isComplex(array) ? static_cast<std::byte*>(array->pi) : nullptr),
+          elementSize(array->class_id == kxDOUBLE_CLASS ? sizeof(double) : kxGetElementSize(array)),
+          classId(classOf(array))
+    {
+    }
 
     [[nodiscard]] unsigned nnz() const { return jc[n]; }
     [[nodiscard]] unsigned length(unsigned column) const { return jc[column + 1] - jc[column]; }
     [[nodiscard]] kxComplexity complexity() const { return pi != nullptr ? kxCOMPLEX : kxREAL; }
 
   private:
-    Columns(const kxArray* array, const unsigned* dims, kxClassID id)
-        : m(dims[0]),
-          n(columnsOf(array, dims)),
-          nzmax(array->nzmax),
-          jc(array->jc),
-          ir(array->ir),
-          pr(static_cast<std::byte*>(array->pr)),
-          pi(isComplex(array) ? static_cast<std::byte*>(array->pi) : nullptr),
-          elementSize(id == kxDOUBLE_CLASS ? sizeof(double) : kxGetElementSize(array)),
-          classId(id)
-    {
-    }
+    Columns(const kxArray* array, const unsigned* dims) : Columns(array, dims[0], columnsOf(array, dims)) {}
 };
 
 } // namespace zqsp

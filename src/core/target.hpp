@@ -6,9 +6,6 @@
 
 #include <zqspmatrix.h>
 
-#include <algorithm>
-#include <initializer_list>
-
 namespace zqsp {
 
 /// Replaces the whole content of A; nothing is raised.
@@ -27,7 +24,7 @@ inline void becomeEmptySparse(kxArray* A, unsigned m, unsigned n, unsigned nzmax
 /// Whether the two are one array, or have a data block in common.
 inline bool sharesData(const kxArray* a, const kxArray* b)
 {
-    const auto same = [](const void* x, const void* y) { return x != nullptr && x == y; };
+    const auto same = [](const void* x, const void* y) { return x == y && x != nullptr; };
     return a == b || same(a->pr, b->pr) || same(a->pi, b->pi) ||
            (isSparse(b) && (same(a->ir, b->ir) || same(a->jc, b->jc)));
 }
@@ -37,9 +34,8 @@ inline bool sharesData(const kxArray* a, const kxArray* b)
 class Target
 {
   public:
-    Target(kxArray* A, std::initializer_list<const kxArray*> operands)
-        : A_(A),
-          isShared_(std::any_of(operands.begin(), operands.end(), [A](const kxArray* b) { return sharesData(A, b); }))
+    template <typename... Operands>
+    explicit Target(kxArray* A, const Operands*... operands) : A_(A), isShared_((sharesData(A, operands) || ...))
     {
     }
 
@@ -49,17 +45,10 @@ class Target
     /// keep their values meanwhile. An array without a class is given as it is. Raises the runtime's errors.
     [[nodiscard]] kxArray* own()
     {
-        if (copy_.get() == nullptr) {
-            if (!isSparse(A_) && classOf(A_) != kxUNKNOWN_CLASS) {
-                copy_ = ArrayOwner(kxMustBeSparse(A_));
-            } else if (isShared_) {
-                copy_ = ArrayOwner(kxCreateDeepCopy(A_));
-            } else {
-                return A_;
-            }
-            kxSetArrayScope(copy_.get(), A_->scope);
+        if (copy_.get() != nullptr) {
+            return copy_.get();
         }
-        return copy_.get();
+        return isShared_ || !isSparse(A_) ? ownCopy() : A_;
     }
 
     /// The content comes about anew.
@@ -77,16 +66,29 @@ class Target
     }
 
   private:
+    kxArray* ownCopy()
+    {
+        if (!isSparse(A_) && classOf(A_) != kxUNKNOWN_CLASS) {
+            copy_ = ArrayOwner(kxMustBeSparse(A_));
+        } else if (isShared_) {
+            copy_ = ArrayOwner(kxCreateDeepCopy(A_));
+        } else {
+            return A_;
+        }
+        kxSetArrayScope(copy_.get(), A_->scope);
+        return copy_.get();
+    }
+
     kxArray* A_;
     bool isShared_;
     ArrayOwner copy_;
 };
 
-/// work(target) on A; what it changed is A's content once it completes.
-template <typename F>
-spStatus onTarget(kxArray* A, std::initializer_list<const kxArray*> operands, F&& work)
+/// work(target) on A, beside the operands; what it changed is A's content once it completes.
+template <typename F, typename... Operands>
+spStatus onTarget(F&& work, kxArray* A, const Operands*... operands)
 {
-    Target target(A, operands);
+    Target target(A, operands...);
     const spStatus status = work(target);
     if (status == spOK) {
         target.finish();
@@ -97,7 +99,7 @@ spStatus onTarget(kxArray* A, std::initializer_list<const kxArray*> operands, F&
 /// The answer of a call that assigns to A: where it succeeded, an imaginary part of zeros is dropped.
 inline spStatus assigned(kxArray* A, spStatus status)
 {
-    if (status == spOK) {
+    if (status == spOK && isComplex(A)) {
         kxFreeImagIfZero(A);
     }
     return status;

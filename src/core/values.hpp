@@ -189,14 +189,10 @@ struct GenericValues
 template <typename F>
 decltype(auto) withStorage(const Columns& a, F&& f)
 {
-    switch (a.classId) {
-    case kxLOGICAL_CLASS:
-        return f(LogicalValues(a));
-    case kxDOUBLE_CLASS:
+    if (a.classId == kxDOUBLE_CLASS) {
         return a.pi != nullptr ? f(ComplexValues(a)) : f(RealValues(a));
-    default:
-        return f(GenericValues(a));
     }
+    return a.classId == kxLOGICAL_CLASS ? f(LogicalValues(a)) : f(GenericValues(a));
 }
 
 /// Calls f(outValues, aValues, bValues) with one policy for an output that is filled from two sources of its class; it

@@ -145,5 +145,5 @@ spStatus spDeleteElements(kxArray* A, const kxArray* K)
     if (kxIsEmpty(K)) {
         return spOK;
     }
-    return onTarget(A, {K}, [K](Target& target) { return deleteElements(target, K); });
+    return onTarget([K](Target& target) { return deleteElements(target, K); }, A, K);
 }

@@ -126,7 +126,7 @@ spStatus spDeleteColumns(kxArray* A, const kxArray* J)
         becomeEmptySparse(A, rowsOf(A), 0, 1, classOf(A), kxREAL);
         return spOK;
     }
-    return onTarget(A, {J}, [J](Target& target) { return deleteColumns(target, J); });
+    return onTarget([J](Target& target) { return deleteColumns(target, J); }, A, J);
 }
 
 spStatus spDeleteRows(kxArray* A, const kxArray* I)
@@ -137,5 +137,5 @@ spStatus spDeleteRows(kxArray* A, const kxArray* I)
         becomeEmptySparse(A, 0, kxGetN(A), 1, classOf(A), kxREAL);
         return spOK;
     }
-    return onTarget(A, {I}, [I](Target& target) { return deleteRows(target, I); });
+    return onTarget([I](Target& target) { return deleteRows(target, I); }, A, I);
 }

@@ -1,8 +1,12 @@
 // The two-subscript reference exports: convert, gather, drop an all-zero imaginary part.
+#include "core/values.hpp"
+#include "lookup/place_search.hpp"
 #include "reference/gather.hpp"
 #include "subscript/convert.hpp"
 
 #include <zqspmatrix.h>
+
+#include <algorithm>
 
 using namespace zqsp;
 
@@ -24,15 +28,57 @@ bool sameIndexData(const kxArray* a, const kxArray* b)
            a->pr != nullptr;
 }
 
+/// A(row,column). (The walks of gatherRegion() over columns would cost more than what they find.)
+ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
+{
+    const Slot slot = findStored(a, {row, column});
+    if (!slot.stored) {
+        const bool hasRoom = a.length(column) > 0 && a.m > 1 && !useRowMap(a, 1);
+        return createLike(a, 1, 1, hasRoom ? 1 : 0);
+    }
+    ArrayOwner result = createLike(a, 1, 1, 1);
+    result->ir[0] = 0;
+    result->jc[1] = 1;
+    const Columns out(result.get(), 1, 1);
+    withStorage(a, [&](auto from) { decltype(from)(out).copy(0, from, slot.position); });
+    return result;
+}
+
+/// A(I,J) of anything else, A being checked. (Apart from spRef6(), whose registers it would take.)
+[[gnu::noinline]] spStatus referRegion(const kxArray* A, const kxArray* I, const kxArray* J, kxArray** result)
+{
+    checkOperands(I, J);
+    if (isColon(I)) {
+        return spRef4(A, J, result);
+    }
+    const Columns a(A);
+    Subscript rows;
+    spStatus status = convertSubscript(I, Extent::forReference(a.m), rows);
+    if (status != spOK) {
+        return status;
+    }
+    if (sameIndexData(I, J) && a.m <= a.n) {
+        return finish(gatherRegion(a, rows, rows), result);
+    }
+    Subscript columns;
+    status = convertSubscript(J, Extent::forReference(a.n), columns);
+    return status != spOK ? status : finish(gatherRegion(a, rows, columns), result);
+}
+
 } // namespace
 
 spStatus spRef4(const kxArray* A, const kxArray* J, kxArray** result)
 {
     checkOperands(A, J);
+    const unsigned* const dims = A->get_dimensions();
+    const unsigned column = plainIndex(J, std::min(dims[1], kxGetMaxNumberOfElements()));
+    const Columns a(A, dims[0], dims[1]);
+    if (column != kNoIndex) {
+        return finish(gatherNeighbours(a, column, 1), result);
+    }
     if (isColon(J)) {
         return finish(ArrayOwner(kxDuplicateArray(A)), result);
     }
-    const Columns a(A);
     Subscript columns;
     const spStatus status = convertSubscript(J, Extent::forReference(a.n), columns);
     return status != spOK ? status : finish(gatherColumns(a, columns), result);
@@ -52,20 +98,13 @@ spStatus spRef5(const kxArray* A, const kxArray* I, kxArray** result)
 
 spStatus spRef6(const kxArray* A, const kxArray* I, const kxArray* J, kxArray** result)
 {
-    checkOperands(A, I, J);
-    if (isColon(I)) {
-        return spRef4(A, J, result);
+    checkOperands(A);
+    const unsigned* const dims = A->get_dimensions();
+    const unsigned most = kxGetMaxNumberOfElements();
+    const unsigned row = plainIndex(I, std::min(dims[0], most));
+    const unsigned column = row != kNoIndex ? plainIndex(J, std::min(dims[1], most)) : kNoIndex;
+    if (column == kNoIndex) {
+        return referRegion(A, I, J, result);
     }
-    const Columns a(A);
-    Subscript rows;
-    spStatus status = convertSubscript(I, Extent::forReference(a.m), rows);
-    if (status != spOK) {
-        return status;
-    }
-    if (sameIndexData(I, J) && a.m <= a.n) {
-        return finish(gatherRegion(a, rows, rows), result);
-    }
-    Subscript columns;
-    status = convertSubscript(J, Extent::forReference(a.n), columns);
-    return status != spOK ? status : finish(gatherRegion(a, rows, columns), result);
+    return finish(gatherElement(Columns(A, dims[0], dims[1]), row, column), result);
 }

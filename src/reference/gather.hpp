@@ -31,6 +31,9 @@ ArrayOwner gatherColumns(const Columns& a, const Subscript& columns);
 /// an upper bound with a search. (What is really done is gatherRegion()'s to choose.)
 bool useRowMap(const Columns& a, unsigned k);
 
+/// A(:,first:first+count-1), one block.
+ArrayOwner gatherNeighbours(const Columns& a, unsigned first, unsigned count);
+
 /// A(rows, columns). Rows come out sorted within each column, whatever the order and repeats of the subscripts.
 /// Cost: entries of the visited columns + entries written (+ a pass over a set of all rows, where that is less), or,
 /// for each visited column, the shorter of its entries and the rows times the logarithm of the longer.

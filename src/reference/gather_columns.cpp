@@ -107,14 +107,18 @@ ArrayOwner createNeighbours(const Columns& a, unsigned first, unsigned count)
     return result;
 }
 
+ArrayOwner gatherNeighbours(const Columns& a, unsigned first, unsigned count)
+{
+    ArrayOwner result = createNeighbours(a, first, count);
+    copyEntries(Columns(result.get(), a.m, count), 0, a, a.jc[first], result->jc[count]);
+    return result;
+}
+
 ArrayOwner gatherColumns(const Columns& a, const Subscript& columns)
 {
     const auto* range = std::get_if<IndexRange>(&columns);
     if (range != nullptr && range->isRun()) {
-        ArrayOwner result = createNeighbours(a, range->first, range->count());
-        const Columns out(result.get());
-        copyEntries(out, 0, a, a.jc[range->first], out.nnz());
-        return result;
+        return gatherNeighbours(a, range->first, range->count());
     }
     ArrayOwner result = createLike(a, a.m, countOf(columns), checkedCount(entriesIn(a, columns)));
     withStorage(a, [&](auto from) { copyColumns(a, from, columns, Columns(result.get())); });

@@ -2,7 +2,6 @@
 #include "core/entry_moves.hpp"
 #include "core/errors.hpp"
 #include "core/note_method.hpp"
-#include "core/search.hpp"
 #include "kernels/kernels.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
@@ -10,7 +9,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 namespace zqsp {
 
@@ -50,28 +48,6 @@ unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, 
     return checkedCount(total);
 }
 
-namespace {
-
-/// A(i,j): one search; the walks over columns would cost more than what they find.
-ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
-{
-    const Slot slot = findRow(a.ir, a.jc[column], a.jc[column + 1], row);
-    const bool hasRoom = slot.stored || (a.length(column) > 0 && a.m > 1 && !useRowMap(a, 1));
-    ArrayOwner result = createLike(a, 1, 1, hasRoom ? 1 : 0);
-    if (slot.stored) {
-        const std::size_t size = a.elementSize;
-        result->ir[0] = 0;
-        result->jc[1] = 1;
-        std::memcpy(result->pr, a.pr + slot.position * size, size);
-        if (a.pi != nullptr) {
-            std::memcpy(result->pi, a.pi + slot.position * size, size);
-        }
-    }
-    return result;
-}
-
-} // namespace
-
 ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows, const Subscript& columns,
                     Capacity capacity)
 {
@@ -88,10 +64,6 @@ ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows, c
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
     const auto* range = std::get_if<IndexRange>(&rows);
-    const auto* columnRange = std::get_if<IndexRange>(&columns);
-    if (range != nullptr && range->count() == 1 && columnRange != nullptr && columnRange->count() == 1) {
-        return gatherElement(a, range->first, columnRange->first);
-    }
     if (orderOf(rows) == Order::kDescending) {
         // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
         Subscript ascending = borrowed(rows);

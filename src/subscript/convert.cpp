@@ -2,6 +2,8 @@
 
 #include "subscript/colon_range.hpp"
 
+#include <algorithm>
+
 namespace zqsp {
 
 namespace {
@@ -27,18 +29,6 @@ spStatus convertSparseMask(const SparseLogicalMask& mask, const Extent& extent, 
     }
     form = mask;
     return spOK;
-}
-
-/// Whether it is one full real double: most subscripts of small calls.
-bool isPlainNumber(const kxArray* subscript)
-{
-    constexpr unsigned kOthers = kxFLAG_SPARSE | kxFLAG_COLON_OBJECT;
-    if ((subscript->flags & kOthers) != 0 || subscript->class_id != kxDOUBLE_CLASS || subscript->pi != nullptr ||
-        isColon(subscript)) {
-        return false;
-    }
-    const unsigned* dims = subscript->get_dimensions();
-    return dims[0] == 1 && columnsOf(subscript, dims) == 1;
 }
 
 /// Apart from convertSubscript(), which has most often little to do and should find that out quickly.
@@ -77,12 +67,10 @@ SparseLogicalMask sparseMaskOf(const kxArray* subscript)
 
 spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscript& form)
 {
-    if (isPlainNumber(subscript)) {
-        const double value = *static_cast<const double*>(subscript->pr);
-        if (ValueRules::forNumbers(kxDOUBLE_CLASS, extent).accepts(value)) {
-            form = IndexRange::single(static_cast<unsigned>(value) - 1);
-            return spOK;
-        }
+    const unsigned index = plainIndex(subscript, std::min(extent.limit, kxGetMaxNumberOfElements()));
+    if (index != kNoIndex) {
+        form = IndexRange::single(index);
+        return spOK;
     }
     return convertByKind(subscript, extent, form);
 }

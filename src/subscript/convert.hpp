@@ -41,6 +41,31 @@ inline SubscriptKind kindOf(const kxArray* subscript)
     return SubscriptKind::kNumeric;
 }
 
+/// Whether it is one full real number, as most operands of small calls are. (The bare colon is a colon object, and what
+/// is logical cannot be complex.)
+inline bool isPlainNumber(const kxArray* array)
+{
+    constexpr unsigned kKinds = kxFLAG_SPARSE | kxFLAG_COLON_OBJECT | kxFLAG_MAY_BE_COMPLEX;
+    if ((array->flags & kKinds) != kxFLAG_MAY_BE_COMPLEX || array->pi != nullptr || array->ndims != 2) {
+        return false;
+    }
+    const unsigned* dims = array->get_dimensions();
+    return dims[0] == 1 && dims[1] == 1;
+}
+
+constexpr unsigned kNoIndex = ~0U;
+
+/// The index that a plain number names, where it is a whole one from 1 to `most`. For any other subscript kNoIndex:
+/// convertSubscript() knows more.
+inline unsigned plainIndex(const kxArray* subscript, unsigned most)
+{
+    if (!isPlainNumber(subscript)) {
+        return kNoIndex;
+    }
+    const bool isDouble = subscript->class_id == kxDOUBLE_CLASS;
+    return wholeNumber(isDouble ? *static_cast<const double*>(subscript->pr) : kxGetScalar(subscript), most) - 1;
+}
+
 /// Views of logical subscripts, not yet validated. (A mask may be longer than the extent as long as nothing out there
 /// is true.)
 LogicalMask maskOf(const kxArray* subscript);

@@ -6,6 +6,8 @@
 
 #include <zqspmatrix.h>
 
+#include <algorithm>
+
 namespace zqsp {
 
 /// What a subscript is validated against.
@@ -30,6 +32,16 @@ struct Extent
     }
 };
 
+/// A whole number from 1 to `most`, below 2^32, as such, and 0 for any other.
+inline unsigned wholeNumber(double value, double most)
+{
+    if (!(value >= 1 && value <= most)) {
+        return 0;
+    }
+    const auto whole = static_cast<std::int64_t>(value); // cut off
+    return static_cast<double>(whole) < value ? 0 : static_cast<unsigned>(whole);
+}
+
 /// The one judge of the numbers of a subscript, 1-based. Everywhere the same ones are accepted: whole numbers from 1 to
 /// a limit. What is answered to others differs, as these rules tell. (All classes are judged as doubles: those of 64
 /// bits lose digits far above every limit only.)
@@ -50,10 +62,7 @@ struct ValueRules
     /// For A(K) = B, and for A(i,j) = B of a single number each.
     static ValueRules forElements();
 
-    [[nodiscard]] bool accepts(double value) const
-    {
-        return value >= 1 && value <= most && value <= limit && static_cast<unsigned>(value) == value;
-    }
+    [[nodiscard]] bool accepts(double value) const { return wholeNumber(value, std::min<double>(most, limit)) != 0; }
     /// The status of a number that is not accepted. Raises the runtime's size error where the rules say so.
     [[nodiscard]] spStatus answerTo(double refused) const;
 };
