@@ -2,7 +2,7 @@
 
 #include "core/note_method.hpp"
 #include "delete/delete_elements.hpp"
-#include "lookup/choose_method.hpp"
+#include "lookup/find_hits.hpp"
 #include "reference/row_methods.hpp"
 
 #include <algorithm>

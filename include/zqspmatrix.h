@@ -60,7 +60,7 @@ ZQSP_EXPORT spStatus spRef2(const kxArray* A, kxArray** result);
 /* A(K): nzmax is the exact count. Statuses 2, 4, 9, 10. A bare colon is spRef2, with its error. Throws pmaxsize for a
  * range that reaches past the last element of an A with more elements than can be counted, unless it has one value.
  * Cost: k log(entries of a column); ascending K: k + nnz at most. Memory: less than the result; for k positions in no
- * order, as many as the entries that they may meet, at most 4 bytes for each of these, 4 MB in all. */
+ * order, as many as the entries that they may meet, at most 8 bytes for each of these, 4 MB in all. */
 ZQSP_EXPORT spStatus spRef3(const kxArray* A, const kxArray* K, kxArray** result);
 
 /* A(:,J): m-by-k, nzmax is the exact count. Statuses 2, 4, 9, 10. Cost: k + out. Memory: none. */
@@ -73,7 +73,8 @@ ZQSP_EXPORT spStatus spRef4(const kxArray* A, const kxArray* J, kxArray** result
 ZQSP_EXPORT spStatus spRef5(const kxArray* A, const kxArray* I, kxArray** result);
 
 /* A(I,J): nzmax as for spRef5. I is converted before J. Statuses 2, 4, 9, 10.
- * Cost and memory: as for spRef5, over the named columns. */
+ * Cost and memory: as for spRef5, over the named columns; where many short ones are no neighbours, a copy of them,
+ * which is no larger than A. */
 ZQSP_EXPORT spStatus spRef6(const kxArray* A, const kxArray* I, const kxArray* J, kxArray** result);
 
 /* Reference for the runtime's own code, by 0-based lists in any order, repeats allowed. A null list selects all

@@ -27,11 +27,11 @@ class EntryFilter
     static bool pays(unsigned columns, unsigned entries, unsigned questions)
     {
         constexpr unsigned kMostEntries = 1U << 20U;
-        return entries <= kMostEntries && entries <= questions && columns <= questions;
+        return entries < kMostEntries && entries <= questions && columns <= questions;
     }
 
     /// The entries of a span. Cost: these entries and their columns, and 4 to 8 bytes of memory for each entry, 16 KB
-    /// at least.
+    /// at least and 4 MB at most.
     EntryFilter(const Columns& a, const PositionSpan& span) : EntryFilter(placeBits(span.entries()))
     {
         EntryWalk(a, span.column, span.begin).forEachPiece(span.end, [&](unsigned e, unsigned end, unsigned start) {

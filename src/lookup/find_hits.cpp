@@ -5,7 +5,6 @@
 #include "core/search.hpp"
 #include "kernels/kernels.hpp"
 #include "kernels/select_loop.hpp"
-#include "lookup/entry_filter.hpp"
 #include "lookup/members.hpp"
 #include "lookup/place_search.hpp"
 #include "subscript/walk.hpp"

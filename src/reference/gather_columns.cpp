@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace zqsp {
 
@@ -24,8 +25,9 @@ struct RunEntries
     [[gnu::noinline]] unsigned* list(const Columns a, std::span<const Run> runs, unsigned* columnEnd,
                                      const unsigned* last)
     {
-        constexpr unsigned kFew =
-            4; // columns, whose ends are written together: where a short run ends, nobody can foresee
+        // Where a short run ends, nobody can foresee: its columns' ends are written together. (columns.mask50 takes 1.4
+        // times as long without this, single columns a twentieth less.)
+        constexpr unsigned kFew = 4;
         constexpr std::size_t kStartsAhead = 64;
         const unsigned* const lastOfFew = a.n < kFew ? nullptr : a.jc + a.n - kFew;
         unsigned end = columnEnd[-1];

@@ -145,7 +145,7 @@ void ColumnSorter::sortColumn(const unsigned* rows, unsigned count, Values from,
 void ColumnSorter::sortKeys(const unsigned* rows, unsigned count, unsigned m)
 {
     if (count > keyRoom_) {
-        keyRoom_ = std::max(count, kSortedTogether);
+        keyRoom_ = count;
         keys_ = Block<Key>::make(keyRoom_);
         sorter_.emplace(keyRoom_, m);
     }
@@ -168,7 +168,7 @@ void ColumnSorter::sort(const Columns& from, const Columns& to, const unsigned* 
             continue;
         }
         if (size > room_) {
-            room_ = std::max(size, std::min(kSortedTogether, from.jc[from.n] - from.jc[0])); // no more than there are
+            room_ = std::max(size, std::min(from.nnz() - begin, kSortedTogether));
             aside_ = createLike(to, 1, 0, room_);
         }
         const Columns aside(aside_.get());
