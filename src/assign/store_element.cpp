@@ -27,13 +27,20 @@ unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n)
     return cap;
 }
 
-void changeEntry(kxArray* A, Place place, unsigned m, unsigned n, const RightSide& b, GrownCapacity grown)
+void storeElement(kxArray* A, const Columns& before, Place place, unsigned m, unsigned n, const RightSide& b,
+                  GrownCapacity grown)
 {
-    const Columns before(A);
-    const Slot slot = findSlot(before, place);
-    const unsigned at = slot.position;
     const bool isZero = b.isNothing();
     const bool becomesComplex = b.isComplex() && before.pi == nullptr;
+    Slot slot = place.column < before.n ? findStored(before, place) : Slot{before.nnz(), false};
+    if (slot.stored && !isZero && !becomesComplex) { // overwritten where it lies, within the present shape
+        withStorage(before, [&](auto values) { values.copy(slot.position, decltype(values)(b.b), 0); });
+        return;
+    }
+    if (!slot.stored) {
+        slot = findSlot(before, place);
+    }
+    const unsigned at = slot.position;
     const bool isFull = !isZero && !slot.stored && before.nnz() == before.nzmax;
     const unsigned capacity = isFull ? grown(before.nzmax, m, n) : before.nzmax;
     if (isFull && before.nzmax > 0 && n <= before.n && !becomesComplex) { // the relay obtains nothing then

@@ -17,24 +17,12 @@ unsigned growCapacity(unsigned nzmax, unsigned m, unsigned n);
 /// The capacity of an m-by-n target, filled up to nzmax, for one more entry.
 using GrownCapacity = unsigned (*)(unsigned nzmax, unsigned m, unsigned n);
 
-/// storeElement() where an entry comes or goes, or becomes complex with all others.
-void changeEntry(kxArray* A, Place place, unsigned m, unsigned n, const RightSide& b, GrownCapacity grown);
-
 /// A(row,column) = b, one value, 0-based. `before`: of A. The target becomes m-by-n, which cover the element, and which
 /// only an empty target may have more of now. A zero is not stored: it removes what is there. Where a new entry finds
 /// no room, grown(nzmax, m, n) is the capacity to come. A must be sparse and of b's class; it is unchanged where this
 /// raises. Cost: n + the entries behind the element.
-inline void storeElement(kxArray* A, const Columns& before, Place place, unsigned m, unsigned n, const RightSide& b,
-                         GrownCapacity grown)
-{
-    const Slot slot = place.column < before.n ? findStored(before, place) : Slot{0, false};
-    const bool becomesComplex = b.isComplex() && before.pi == nullptr;
-    if (slot.stored && !b.isNothing() && !becomesComplex) { // overwritten where it lies, within the present shape
-        withStorage(before, [&](auto values) { values.copy(slot.position, decltype(values)(b.b), 0); });
-        return;
-    }
-    changeEntry(A, place, m, n, b, grown);
-}
+void storeElement(kxArray* A, const Columns& before, Place place, unsigned m, unsigned n, const RightSide& b,
+                  GrownCapacity grown);
 
 } // namespace zqsp
 

@@ -153,7 +153,7 @@ void assignElement(Target& target, Place place, unsigned m, const kxArray* B)
         return;
     }
     ArrayOwner fresh(kxCreateSparseNumericMatrix(m, place.column + 1, 1, classOf(B), kxREAL));
-    changeEntry(fresh.get(), place, m, place.column + 1, b, oneStepMore);
+    storeElement(fresh.get(), Columns(fresh.get()), place, m, place.column + 1, b, oneStepMore);
     target.become(std::move(fresh));
 }
 
