@@ -166,6 +166,11 @@ inline unsigned moveSelected(const Columns& from, unsigned first, unsigned count
     return kernels().moveSelected(entriesOf(from), from.jc + first, count, choice, entriesOf(to), at, ends);
 }
 
+/// Copies the values of the entries sources[0] .. sources[count-1] to those at `to` and behind, of an array of the same
+/// class and complexity.
+void gatherValues(const Columns& target, std::size_t to, const Columns& source, const unsigned* sources,
+                  unsigned count);
+
 /// Puts the rows of an array into the opposite order. Cost: entries and columns.
 void turnRows(const Columns& a);
 

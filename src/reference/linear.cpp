@@ -1,7 +1,6 @@
 // A(:) and A(K): finds the stored entries at the selected linear positions (a plan), then builds the result.
 #include "core/entry_moves.hpp"
 #include "core/errors.hpp"
-#include "core/values.hpp"
 #include "lookup/entry_positions.hpp"
 #include "lookup/find_hits.hpp"
 #include "reference/gather.hpp"
@@ -71,19 +70,13 @@ ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitLi
         setCapacity(result.get(), capacity);
     }
     const Columns out(result.get());
-    unsigned source = turned ? count - 1 : 0;
-    withStorage(a, [&](auto from) {
-        const decltype(from) to(out);
-        for (unsigned e = 0; e < count; ++e) {
-            to.copy(e, from, sources[source]);
-            source += turned ? ~0U : 1U;
-        }
-    });
     if (turned) {
         const unsigned last = shape.m * shape.n - 1; // position
+        std::reverse(sources.get(), sources.get() + count);
         std::reverse(out.ir, out.ir + count);
         std::transform(out.ir, out.ir + count, out.ir, [last](unsigned ordinal) { return last - ordinal; });
     }
+    gatherValues(out, 0, a, sources.get(), count);
     cutIntoColumns(out.ir, count, shape.m, shape.n, out.jc);
     return result;
 }

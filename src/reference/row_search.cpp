@@ -1,6 +1,6 @@
+#include "core/entry_moves.hpp"
 #include "core/errors.hpp"
 #include "core/search.hpp"
-#include "core/values.hpp"
 #include "lookup/place_search.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
@@ -8,6 +8,7 @@
 #include "reference/row_order.hpp"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 
 namespace zqsp {
@@ -92,17 +93,26 @@ ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript
         a, k, countOf(columns),
         capacity == Capacity::kExact ? checkedCount(total) : searchCapacity(a, columns, k, countRepeats(rows.form())));
     const Columns out(result.get());
-    withStorage(a, [&](auto from) {
-        const decltype(from) to(out);
-        unsigned written = 0;
-        unsigned* columnEnd = out.jc + 1;
-        forEachHit(
-            [&](unsigned i, unsigned e) {
-                out.ir[written] = rows.source(i);
-                to.copy(written++, from, e);
-            },
-            [&] { *columnEnd++ = written; });
-    });
+    constexpr unsigned kTogether = 256; // entries whose values follow them
+    std::array<unsigned, kTogether> found;
+    unsigned written = 0;
+    const auto gatherFound = [&] {
+        const unsigned count = (written - 1) % kTogether + 1;
+        gatherValues(out, written - count, a, found.data(), count);
+    };
+    unsigned* columnEnd = out.jc + 1;
+    forEachHit(
+        [&](unsigned i, unsigned e) {
+            out.ir[written] = rows.source(i);
+            found[written % kTogether] = e;
+            if (++written % kTogether == 0) {
+                gatherFound();
+            }
+        },
+        [&] { *columnEnd++ = written; });
+    if (written % kTogether != 0) {
+        gatherFound();
+    }
     if (rows.sources() != nullptr) { // the new rows do not ascend with those they come from
         ColumnSorter().sort(out, out);
     }

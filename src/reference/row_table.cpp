@@ -1,7 +1,6 @@
 #include "core/entry_moves.hpp"
 #include "core/errors.hpp"
 #include "core/search.hpp"
-#include "core/values.hpp"
 #include "lookup/place_search.hpp"
 #include "reference/column_visit.hpp"
 #include "reference/gather.hpp"
@@ -186,13 +185,10 @@ class SelectedRows
     void take(const unsigned* entries, unsigned count)
     {
         const auto& ranks = std::get<RankedRows>(rows_);
-        withStorage(a_, [&](auto from) {
-            const decltype(from) to(out_);
-            for (unsigned i = 0; i < count; ++i) {
-                out_.ir[written_ + i] = ranks.newRow(a_.ir[entries[i]]);
-                to.copy(written_ + i, from, entries[i]);
-            }
-        });
+        for (unsigned i = 0; i < count; ++i) {
+            out_.ir[written_ + i] = ranks.newRow(a_.ir[entries[i]]);
+        }
+        gatherValues(out_, written_, a_, entries, count);
     }
 
     const Columns& a_;

@@ -1,4 +1,5 @@
 #include "core/entry_moves.hpp"
+#include "core/values.hpp"
 
 #include <algorithm>
 #include <array>
@@ -73,6 +74,16 @@ void turnRows(const Columns& a)
     if (a.pi != nullptr) {
         turnValues(a.pi, a.elementSize, a.jc, a.n);
     }
+}
+
+void gatherValues(const Columns& target, std::size_t to, const Columns& source, const unsigned* sources, unsigned count)
+{
+    withStorage(source, [&](auto from) {
+        const decltype(from) values(target);
+        for (unsigned i = 0; i < count; ++i) {
+            values.copy(to + i, from, sources[i]);
+        }
+    });
 }
 
 } // namespace zqsp
