@@ -90,7 +90,13 @@ inline Columns partOf(Columns a, unsigned first, unsigned count)
 inline std::uint64_t entriesIn(const Columns& a, const Subscript& columns)
 {
     std::uint64_t total = 0;
-    forEachRun(columns, [&](unsigned first, unsigned length) { total += a.jc[first + length] - a.jc[first]; });
+    if (const auto* list = std::get_if<IndexList>(&columns)) {
+        for (unsigned i = 0; i < list->count(); ++i) { // without asking for runs
+            total += a.length((*list)[i]);
+        }
+    } else {
+        forEachRun(columns, [&](unsigned first, unsigned length) { total += a.jc[first + length] - a.jc[first]; });
+    }
     return total;
 }
 

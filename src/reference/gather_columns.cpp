@@ -14,11 +14,9 @@ namespace {
 /// The entries of some runs of columns, each of which is one block. (Not initialised: it is large.)
 struct RunEntries
 {
-    static constexpr std::size_t kAhead = 32; // blocks; so many behind the last one can be looked at, too
-
     std::size_t count;
-    std::array<unsigned, IndexWalk::kBlock + kAhead> begins;
-    std::array<unsigned, IndexWalk::kBlock + kAhead> ends;
+    std::array<unsigned, IndexWalk::kBlock> begins;
+    std::array<unsigned, IndexWalk::kBlock> ends;
 
     /// Lists what the runs hold, empty ones dropped without a branch, and writes the ends of their columns in the
     /// result from `columnEnd` on, of which `last` is the last one there is. Returns the place behind them.
@@ -58,8 +56,6 @@ struct RunEntries
             columnEnd += length;
             end += starts[length] - begin;
         }
-        std::fill_n(begins.begin() + count, kAhead, begins[0]);
-        std::fill_n(ends.begin() + count, kAhead, ends[0]);
         return columnEnd;
     }
 };
@@ -71,6 +67,7 @@ struct RunEntries
 template <typename Values>
 void copyColumns(const Columns a, Values from, const Subscript& columns, const Columns out)
 {
+    constexpr std::size_t kAhead = 32; // blocks
     const Values to(out);
     unsigned* columnEnd = out.jc + 1;
     unsigned written = 0;
@@ -82,11 +79,13 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
         {
             prefetchEntries(a, from, blocks.begins[i], blocks.ends[i]);
         };
-        for (std::size_t i = 0; i < std::min(blocks.count, blocks.kAhead); ++i) {
+        for (std::size_t i = 0; i < std::min(blocks.count, kAhead); ++i) {
             prefetch(i);
         }
         for (std::size_t i = 0; i < blocks.count; ++i) {
-            prefetch(i + blocks.kAhead);
+            if (i + kAhead < blocks.count) {
+                prefetch(i + kAhead);
+            }
             const unsigned begin = blocks.begins[i];
             const unsigned size = blocks.ends[i] - begin;
             const unsigned room = std::min(a.nzmax - begin, out.nzmax - written);
