@@ -54,9 +54,9 @@ template <bool onlyStored>
         begin += valueIf(a.ir[begin + half - 1] < place.row, half);
         length -= half;
     }
-    const std::byte* const values = a.pr + std::size_t{begin} * a.elementSize;
-    __builtin_prefetch(values);
-    __builtin_prefetch(values + kLine);
+    const auto values = reinterpret_cast<std::uintptr_t>(a.pr) + std::size_t{begin} * a.elementSize;
+    __builtin_prefetch(reinterpret_cast<const void*>(values));
+    __builtin_prefetch(reinterpret_cast<const void*>(values + kLine)); // may lie behind the block
     return slotAmong<onlyStored>(a, begin, length, place.row);
 }
 
