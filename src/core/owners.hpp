@@ -92,14 +92,12 @@ class Operand
     }
 
     /// The current form as an array of one's own: the conversion itself, or a copy of the caller's array.
-    [[nodiscard]] ArrayOwner take() { return owned_.get() != nullptr ? std::move(owned_) : copyOf(current_); }
+    [[nodiscard]] ArrayOwner take() { return owned_ ? std::move(owned_) : ArrayOwner(kxCreateDeepCopy(current_)); }
 
     [[nodiscard]] const kxArray* get() const noexcept { return current_; }
     const kxArray* operator->() const noexcept { return current_; }
 
   private:
-    static ArrayOwner copyOf(const kxArray* array) { return ArrayOwner(kxCreateDeepCopy(array)); }
-
     const kxArray* current_;
     ArrayOwner owned_;
 };

@@ -162,17 +162,6 @@ inline unsigned lastTrue(const unsigned char* values, unsigned length)
     return length - 1;
 }
 
-/// f(position) for each non-zero byte, ascending.
-template <typename F>
-void forEachTrue(const unsigned char* values, unsigned length, F&& f)
-{
-    for (unsigned i = 0; i < length; i += std::min(kMaskBlock, length - i)) {
-        for (std::uint64_t bits = trueBlock(values + i, length - i); bits != 0; bits &= bits - 1) {
-            f(i + static_cast<unsigned>(std::countr_zero(bits)));
-        }
-    }
-}
-
 } // namespace zqsp
 
 #endif
