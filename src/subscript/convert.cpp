@@ -36,7 +36,7 @@ spStatus convertSparseMask(const SparseLogicalMask& mask, const Extent& extent, 
 {
     switch (kindOf(subscript)) {
     case SubscriptKind::kColon:
-        form = IndexRange::all(extent.current);
+        form = IndexRange::all(extent.colonCount);
         return spOK;
     case SubscriptKind::kColonObject:
         return convertColonObject(subscript, extent, form);

@@ -55,15 +55,15 @@ inline bool isPlainNumber(const kxArray* array)
 
 constexpr unsigned kNoIndex = ~0U;
 
-/// The index that a plain number names, where it is a whole one from 1 to `most`. For any other subscript kNoIndex:
+/// The index that a plain number names, where it is a whole one from 1 to `limit`. For any other subscript kNoIndex:
 /// convertSubscript() knows more.
-inline unsigned plainIndex(const kxArray* subscript, unsigned most)
+inline unsigned plainIndex(const kxArray* subscript, unsigned limit)
 {
     if (!isPlainNumber(subscript)) {
         return kNoIndex;
     }
     const bool isDouble = subscript->class_id == kxDOUBLE_CLASS;
-    return wholeNumber(isDouble ? *static_cast<const double*>(subscript->pr) : kxGetScalar(subscript), most) - 1;
+    return wholeNumber(isDouble ? *static_cast<const double*>(subscript->pr) : kxGetScalar(subscript), limit) - 1;
 }
 
 /// Views of logical subscripts, not yet validated. (A mask may be longer than the extent as long as nothing out there

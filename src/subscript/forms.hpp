@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -168,16 +169,15 @@ inline Order orderOf(const Subscript& subscript)
 /// The same, of a subscript that outlives it: nothing is copied.
 inline Subscript borrowed(const Subscript& subscript)
 {
-    if (const auto* list = std::get_if<IndexList>(&subscript)) {
-        return IndexList(list->begin(), list->count(), list->order());
-    }
-    if (const auto* range = std::get_if<IndexRange>(&subscript)) {
-        return *range;
-    }
-    if (const auto* mask = std::get_if<LogicalMask>(&subscript)) {
-        return *mask;
-    }
-    return std::get<SparseLogicalMask>(subscript);
+    return std::visit(
+        []<typename Form>(const Form& form) -> Subscript {
+            if constexpr (std::is_same_v<Form, IndexList>) {
+                return IndexList(form.begin(), form.count(), form.order());
+            } else {
+                return form;
+            }
+        },
+        subscript);
 }
 
 /// Turns a descending subscript round. Whether it was one.

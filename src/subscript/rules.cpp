@@ -1,5 +1,6 @@
 #include "subscript/rules.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -29,6 +30,7 @@ ValueRules ValueRules::forNumbers(kxClassID id, const Extent& extent)
     default: // no value of the others is tested against the maximum
         break;
     }
+    rules.limit = static_cast<unsigned>(std::min<double>(rules.limit, rules.most));
     return rules;
 }
 

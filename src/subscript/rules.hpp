@@ -6,15 +6,15 @@
 
 #include <zqspmatrix.h>
 
-#include <algorithm>
+#include <cstdint>
 
 namespace zqsp {
 
 /// What a subscript is validated against.
 struct Extent
 {
-    unsigned limit;                              ///< indices are below this
-    unsigned current;                            ///< the bare colon selects 0 .. current-1
+    unsigned limit;                              ///< the highest index, 1-based
+    unsigned colonCount;                         ///< how many indices the bare colon selects
     spStatus outOfRange = spIndexOutOfRange;     ///< the answer to an index past the limit
     spStatus maskOutOfRange = spIndexOutOfRange; ///< the same for a sparse logical subscript
     /// The limit is no true element count: the indexed matrix has more elements than can be counted.
@@ -26,16 +26,16 @@ struct Extent
         return {limit, limit, spIndexToRemoveOutOfRange, spIndexToRemoveOutOfRange};
     }
     /// Targets grow: any index up to the runtime's maximum.
-    static Extent forAssignment(unsigned current)
+    static Extent forAssignment(unsigned colonCount)
     {
-        return {kxGetMaxNumberOfElements(), current, spIndexOutOfRange, spIndexExceedsMaxSize};
+        return {kxGetMaxNumberOfElements(), colonCount, spIndexOutOfRange, spIndexExceedsMaxSize};
     }
 };
 
-/// A whole number from 1 to `most`, below 2^32, as such, and 0 for any other.
-inline unsigned wholeNumber(double value, double most)
+/// A whole number from 1 to `limit`, below 2^32, as such, and 0 for any other.
+inline unsigned wholeNumber(double value, unsigned limit)
 {
-    if (!(value >= 1 && value <= most)) {
+    if (!(value >= 1 && value <= limit)) {
         return 0;
     }
     const auto whole = static_cast<std::int64_t>(value); // cut off
@@ -48,7 +48,7 @@ inline unsigned wholeNumber(double value, double most)
 struct ValueRules
 {
     double most;         ///< the maximum number of elements, as the class of the numbers holds it
-    unsigned limit;      ///< the highest index
+    unsigned limit;      ///< the highest index, 1-based; at most `most`
     spStatus outOfRange; ///< the answer to whole numbers above the limit
     spStatus zero;       ///< to zero
     spStatus belowOne;   ///< to all else below one
@@ -62,7 +62,7 @@ struct ValueRules
     /// For A(K) = B, and for A(i,j) = B of a single number each.
     static ValueRules forElements();
 
-    [[nodiscard]] bool accepts(double value) const { return wholeNumber(value, std::min<double>(most, limit)) != 0; }
+    [[nodiscard]] bool accepts(double value) const { return wholeNumber(value, limit) != 0; }
     /// The status of a number that is not accepted. Raises the runtime's size error where the rules say so.
     [[nodiscard]] spStatus answerTo(double refused) const;
 };
