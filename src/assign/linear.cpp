@@ -49,16 +49,7 @@ std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Su
     }
     const Operand readable = readableNumbers(numbers.get());
     if (const auto refused = convertNumbers(readable.get(), rules, positions)) {
-        return Refusal{static_cast<unsigned>(elementsOf(readable.get())), highestNumber(readable.get()), *refused};
-    }
-    return std::nullopt;
-}
-
-std::optional<Refusal> fromRange(const kxArray* K, const ValueRules& rules, Subscript& positions)
-{
-    const ColonRange range(K);
-    if (const auto refused = range.convert(rules, positions)) {
-        return Refusal{range.count(), range.highest(), *refused};
+        return Refusal{static_cast<unsigned>(elementsOf(K)), highestNumber(readable.get()), *refused};
     }
     return std::nullopt;
 }
@@ -70,7 +61,9 @@ std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, Subscr
         return fromNumeric(K, rules, positions);
     }
     if (kind == SubscriptKind::kColonObject) {
-        return fromRange(K, rules, positions);
+        const ColonRange range(K);
+        const auto refused = range.convert(rules, positions);
+        return refused ? std::optional(Refusal{range.count(), range.highest(), *refused}) : std::nullopt;
     }
     if (convertSubscript(K, Extent::forReference(rules.limit), positions) == spOK) {
         return std::nullopt;
