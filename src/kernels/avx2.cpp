@@ -11,11 +11,10 @@
 #include <immintrin.h>
 
 /// Marks a function of these loops. (Where the instructions are emulated, the emulation defines it empty.)
-#ifndef ZQSP_AVX2
-#define ZQSP_AVX2 __attribute__((target("avx2,popcnt")))
+#ifndef ZQSP_LOOPS
+#define ZQSP_LOOPS __attribute__((target("avx2,popcnt")))
 #endif
 
-#define ZQSP_LOOPS ZQSP_AVX2
 #include "kernels/select_blocks.hpp"
 
 namespace zqsp::avx2 {
@@ -51,78 +50,58 @@ constexpr auto kPairsIn = [] {
     return numbers;
 }();
 
-ZQSP_AVX2 inline __m256i inAll(unsigned word)
+ZQSP_LOOPS inline __m256i inAll(unsigned word)
 {
     return _mm256_set1_epi32(static_cast<int>(word));
 }
 
-ZQSP_AVX2 inline __m256i load(const unsigned* words)
+ZQSP_LOOPS inline __m256i load(const unsigned* words)
 {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(words));
 }
 
-ZQSP_AVX2 inline __m256i laneNumbers()
+ZQSP_LOOPS inline __m256i laneNumbers()
 {
     return _mm256_set_epi32(7, 6, 5, 4, 3, 2, 1, 0);
 }
 
 /// All bits of the first `count` lanes.
-ZQSP_AVX2 inline __m256i lanesOf(unsigned count)
+ZQSP_LOOPS inline __m256i lanesOf(unsigned count)
 {
     return _mm256_cmpgt_epi32(inAll(std::min(count, kLanes)), laneNumbers());
 }
 
-ZQSP_AVX2 inline __m256i load(const unsigned* words, unsigned count)
+ZQSP_LOOPS inline __m256i load(const unsigned* words, unsigned count)
 {
     return count >= kLanes ? load(words) : _mm256_maskload_epi32(reinterpret_cast<const int*>(words), lanesOf(count));
 }
 
 /// The highest bits.
-ZQSP_AVX2 inline unsigned bitsOf(__m256i words)
+ZQSP_LOOPS inline unsigned bitsOf(__m256i words)
 {
     return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(words)));
 }
 
 /// Whether words are below others; the comparison is a signed one.
-ZQSP_AVX2 inline __m256i areBelow(__m256i words, __m256i others)
+ZQSP_LOOPS inline __m256i areBelow(__m256i words, __m256i others)
 {
     const __m256i sign = _mm256_set1_epi32(INT32_MIN);
     return _mm256_cmpgt_epi32(_mm256_xor_si256(others, sign), _mm256_xor_si256(words, sign));
 }
 
-ZQSP_AVX2 inline __m256i widened(std::uint64_t bytes)
+ZQSP_LOOPS inline __m256i widened(std::uint64_t bytes)
 {
     return _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<std::int64_t>(bytes)));
 }
 
 /// Those of four doubles that are selected, in the lowest places.
-ZQSP_AVX2 inline __m256i pressed(__m256d values, unsigned selected)
+ZQSP_LOOPS inline __m256i pressed(__m256d values, unsigned selected)
 {
     return _mm256_permutevar8x32_epi32(_mm256_castpd_si256(values), widened(kPairsIn[selected]));
 }
 
-/// All bits of the first `count` of four lanes.
-ZQSP_AVX2 inline __m256i pairsOf(unsigned count)
-{
-    return _mm256_cmpgt_epi64(_mm256_set1_epi64x(count), _mm256_set_epi64x(3, 2, 1, 0));
-}
-
-ZQSP_AVX2 inline __m256d loadSome(const double* from, unsigned count)
-{
-    return _mm256_maskload_pd(from, pairsOf(count));
-}
-
-ZQSP_AVX2 inline void storeSome(double* to, std::size_t room, __m256i values, unsigned count)
-{
-    if (room >= kLanes / 2) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), values);
-    } else {
-        _mm256_maskstore_pd(to, pairsOf(count), _mm256_castsi256_pd(values));
-    }
-}
-
 /// How many bits are set, by fours of them (Mula, Kurz and Lemire, 2018).
-ZQSP_AVX2 inline __m256i onesIn(__m256i words)
+ZQSP_LOOPS inline __m256i onesIn(__m256i words)
 {
     const __m256i counts = _mm256_broadcastsi128_si256(_mm_setr_epi8(0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4));
     const __m256i four = _mm256_set1_epi8(15);
@@ -133,9 +112,9 @@ ZQSP_AVX2 inline __m256i onesIn(__m256i words)
 }
 
 /// The words of a ranked set that two rows lie in, and those of two rows behind the next.
-ZQSP_AVX2 inline __m256 wordsOf(const unsigned* rows, const RowWord* words)
+ZQSP_LOOPS inline __m256 wordsOf(const unsigned* rows, const RowWord* words)
 {
-    const auto two = [words](const unsigned* pair) ZQSP_AVX2 {
+    const auto two = [words](const unsigned* pair) ZQSP_LOOPS {
         const auto* const first = reinterpret_cast<const __m128i*>(words + pair[0] / RowWord::kBits);
         const auto* const second = reinterpret_cast<const __m64*>(words + pair[1] / RowWord::kBits);
         return _mm_loadh_pi(_mm_castsi128_ps(_mm_loadl_epi64(first)), second);
@@ -147,10 +126,10 @@ ZQSP_AVX2 inline __m256 wordsOf(const unsigned* rows, const RowWord* words)
 class Filter
 {
   public:
-    ZQSP_AVX2 explicit Filter(const FewRows& few) : first_(folded(few.first())), second_(folded(few.second())) {}
+    ZQSP_LOOPS explicit Filter(const FewRows& few) : first_(folded(few.first())), second_(folded(few.second())) {}
 
     /// A bit for each of eight rows.
-    [[nodiscard]] ZQSP_AVX2 unsigned passing(const unsigned* rows) const
+    [[nodiscard]] ZQSP_LOOPS unsigned passing(const unsigned* rows) const
     {
         const __m256i product = _mm256_mullo_epi32(load(rows), inAll(kHashMultiplier));
         const __m256i next = _mm256_slli_epi32(product, FewRows::kNext);
@@ -159,14 +138,14 @@ class Filter
     }
 
   private:
-    ZQSP_AVX2 static __m256i folded(const unsigned* words)
+    ZQSP_LOOPS static __m256i folded(const unsigned* words)
     {
         return _mm256_or_si256(_mm256_or_si256(load(words), load(words + kLanes)),
                                _mm256_or_si256(load(words + 2 * kLanes), load(words + 3 * kLanes)));
     }
 
     /// The bits that products of multiplicative hashing name, in the lowest place of each lane.
-    ZQSP_AVX2 static __m256i named(__m256i filter, __m256i products)
+    ZQSP_LOOPS static __m256i named(__m256i filter, __m256i products)
     {
         const __m256i words = _mm256_permutevar8x32_epi32(filter, _mm256_srli_epi32(products, FewRows::kWord));
         const __m256i bit = _mm256_and_si256(_mm256_srli_epi32(products, FewRows::kBit), _mm256_set1_epi32(31));
@@ -177,6 +156,7 @@ class Filter
     __m256i second_;
 };
 
+/// What select_blocks.hpp asks for, and says of each member.
 struct Lanes
 {
     using Filter = avx2::Filter;
@@ -188,7 +168,7 @@ struct Lanes
         unsigned selected;
     };
 
-    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, RankedRows set)
+    ZQSP_LOOPS static Choice choose(const unsigned* rows, unsigned count, RankedRows set)
     {
         const __m256i own = load(rows, count);
         std::array<unsigned, kLanes> some;
@@ -206,18 +186,18 @@ struct Lanes
         return chosen(_mm256_add_epi32(before, onesIn(below)), isMember, count);
     }
 
-    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, UnmovedRows set)
+    ZQSP_LOOPS static Choice choose(const unsigned* rows, unsigned count, UnmovedRows set)
     {
         return {load(rows, count), choose(rows, count, RankedRows{set.words}).selected};
     }
 
-    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, RowInterval interval)
+    ZQSP_LOOPS static Choice choose(const unsigned* rows, unsigned count, RowInterval interval)
     {
         const __m256i shifted = _mm256_sub_epi32(load(rows, count), inAll(interval.first));
         return chosen(shifted, areBelow(shifted, inAll(interval.size)), count);
     }
 
-    ZQSP_AVX2 static Choice choose(const unsigned* rows, unsigned count, OtherRows gap)
+    ZQSP_LOOPS static Choice choose(const unsigned* rows, unsigned count, OtherRows gap)
     {
         const __m256i old = load(rows, count);
         const __m256i isBefore = areBelow(old, inAll(gap.first));
@@ -229,20 +209,20 @@ struct Lanes
     class Lowered
     {
       public:
-        ZQSP_AVX2 Lowered(const unsigned* positions, unsigned count, unsigned passed)
+        ZQSP_LOOPS Lowered(const unsigned* positions, unsigned count, unsigned passed)
             : count_(count),
               old_(load(positions, count)),
               gone_(_mm256_setzero_si256()),
               lowered_(_mm256_sub_epi32(old_, inAll(passed)))
         {
         }
-        ZQSP_AVX2 void pass(unsigned position)
+        ZQSP_LOOPS void pass(unsigned position)
         {
             const __m256i own = inAll(position);
             gone_ = _mm256_or_si256(gone_, _mm256_cmpeq_epi32(old_, own));
             lowered_ = _mm256_add_epi32(lowered_, areBelow(own, old_));
         }
-        [[nodiscard]] ZQSP_AVX2 Choice choice() const
+        [[nodiscard]] ZQSP_LOOPS Choice choice() const
         {
             return chosen(lowered_, _mm256_andnot_si256(gone_, _mm256_set1_epi32(-1)), count_);
         }
@@ -254,17 +234,17 @@ struct Lanes
         __m256i lowered_;
     };
 
-    ZQSP_AVX2 static __m256i numbersFrom(unsigned first) { return _mm256_add_epi32(laneNumbers(), inAll(first)); }
+    ZQSP_LOOPS static __m256i numbersFrom(unsigned first) { return _mm256_add_epi32(laneNumbers(), inAll(first)); }
 
     /// Lanes behind `count` have all bits.
-    ZQSP_AVX2 static __m256i loadRows(const unsigned* rows, unsigned count)
+    ZQSP_LOOPS static __m256i loadRows(const unsigned* rows, unsigned count)
     {
         const __m256i others = _mm256_andnot_si256(lanesOf(count), _mm256_set1_epi32(-1));
         return _mm256_or_si256(load(rows, count), others);
     }
-    ZQSP_AVX2 static unsigned below(__m256i rows, unsigned row) { return bitsOf(areBelow(rows, inAll(row))); }
+    ZQSP_LOOPS static unsigned below(__m256i rows, unsigned row) { return bitsOf(areBelow(rows, inAll(row))); }
 
-    ZQSP_AVX2 static void storeRows(Choice choice, unsigned* to, std::size_t room)
+    ZQSP_LOOPS static void storeRows(Choice choice, unsigned* to, std::size_t room)
     {
         const __m256i rows = _mm256_permutevar8x32_epi32(choice.newRows, widened(kLanesIn[choice.selected]));
         if (room >= kLanes) {
@@ -274,7 +254,7 @@ struct Lanes
         }
     }
 
-    ZQSP_AVX2 static void press(const double* from, unsigned selected, double* to)
+    ZQSP_LOOPS static void press(const double* from, unsigned selected, double* to)
     {
         constexpr unsigned kHalf = kLanes / 2;
         const unsigned lowBits = selected % (1U << kHalf);
@@ -284,26 +264,15 @@ struct Lanes
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + countOnesAtOnce(lowBits)), high);
     }
 
-    ZQSP_AVX2 static void pressSome(const double* from, unsigned count, unsigned selected, double* to, std::size_t room)
-    {
-        constexpr unsigned kHalf = kLanes / 2;
-        const unsigned lowBits = selected % (1U << kHalf);
-        const __m256i low = pressed(loadSome(from, count), lowBits);
-        const __m256i high = pressed(loadSome(from + kHalf, count - std::min(count, kHalf)), selected >> kHalf);
-        storeSome(to, room, low, countOnesAtOnce(lowBits));
-        const unsigned before = countOnesAtOnce(lowBits);
-        storeSome(to + before, room - before, high, countOnesAtOnce(selected >> kHalf));
-    }
-
-    ZQSP_AVX2 static void press(const std::uint8_t* from, unsigned selected, std::uint8_t* to)
+    ZQSP_LOOPS static void press(const std::uint8_t* from, unsigned selected, std::uint8_t* to)
     {
         const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
         const __m128i places = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(&kLanesIn[selected]));
         _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(bytes, places));
     }
 
-    ZQSP_AVX2 static unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size,
-                                         unsigned base, const Selection<kLanes>& selection, unsigned* ends)
+    ZQSP_LOOPS static unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size,
+                                          unsigned base, const Selection<kLanes>& selection, unsigned* ends)
     {
         unsigned served = 0;
         for (; served < count && from[served] - begin < size; ++served) {
@@ -315,7 +284,7 @@ struct Lanes
     }
 
   private:
-    ZQSP_AVX2 static Choice chosen(__m256i newRows, __m256i isSelected, unsigned count)
+    ZQSP_LOOPS static Choice chosen(__m256i newRows, __m256i isSelected, unsigned count)
     {
         return {newRows, bitsOf(count >= kLanes ? isSelected : _mm256_and_si256(isSelected, lanesOf(count)))};
     }
@@ -323,7 +292,7 @@ struct Lanes
 
 } // namespace
 
-ZQSP_AVX2 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
+ZQSP_LOOPS Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
 {
     return portable::stepsLoop(indices, count, expected);
 }

@@ -12,11 +12,10 @@
 #pragma GCC diagnostic pop
 
 /// Marks a function of these loops. (Where the instructions are emulated, the emulation defines it empty.)
-#ifndef ZQSP_AVX512
-#define ZQSP_AVX512 __attribute__((target("avx512f,avx512bw,avx512vpopcntdq,popcnt")))
+#ifndef ZQSP_LOOPS
+#define ZQSP_LOOPS __attribute__((target("avx512f,avx512bw,avx512vpopcntdq,popcnt")))
 #endif
 
-#define ZQSP_LOOPS ZQSP_AVX512
 #include "kernels/select_blocks.hpp"
 
 namespace zqsp::avx512 {
@@ -27,28 +26,28 @@ namespace {
 inline constexpr unsigned kLanes = 16;
 
 /// The first `count` lanes; all where there are more.
-ZQSP_AVX512 inline __mmask16 lanesOf(unsigned count)
+ZQSP_LOOPS inline __mmask16 lanesOf(unsigned count)
 {
     return static_cast<__mmask16>(count >= kLanes ? 0xFFFFU : (1U << count) - 1);
 }
 
-ZQSP_AVX512 inline __m512i inAll(unsigned word)
+ZQSP_LOOPS inline __m512i inAll(unsigned word)
 {
     return _mm512_set1_epi32(static_cast<int>(word));
 }
 
 /// 0, 1, ..., 15.
-ZQSP_AVX512 inline __m512i laneNumbers()
+ZQSP_LOOPS inline __m512i laneNumbers()
 {
     return _mm512_set_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
 }
 
 /// The words of a ranked set that eight rows lie in.
-ZQSP_AVX512 inline __m512i wordsOf(const unsigned* rows, const RowWord* words)
+ZQSP_LOOPS inline __m512i wordsOf(const unsigned* rows, const RowWord* words)
 {
     constexpr unsigned kWordBits = 5; // of a row: which bit of its word it is
     static_assert(RowWord::kBits == 1U << kWordBits);
-    const auto two = [words](const unsigned* pair) ZQSP_AVX512 {
+    const auto two = [words](const unsigned* pair) ZQSP_LOOPS {
         std::uint64_t both = 0; // read as one: it is loads that the time goes to
         std::memcpy(&both, pair, sizeof both);
         const __m128i low =
@@ -65,7 +64,7 @@ ZQSP_AVX512 inline __m512i wordsOf(const unsigned* rows, const RowWord* words)
 class Filter
 {
   public:
-    ZQSP_AVX512 explicit Filter(const FewRows& few)
+    ZQSP_LOOPS explicit Filter(const FewRows& few)
         : lowFirst_(_mm512_loadu_si512(few.first())),
           highFirst_(_mm512_loadu_si512(few.first() + kLanes)),
           lowSecond_(_mm512_loadu_si512(few.second())),
@@ -74,7 +73,7 @@ class Filter
     }
 
     /// A bit for each of sixteen rows. (Of groups of rows that have none, one in five at most passes.)
-    [[nodiscard]] ZQSP_AVX512 unsigned passing(const unsigned* rows) const
+    [[nodiscard]] ZQSP_LOOPS unsigned passing(const unsigned* rows) const
     {
         const __m512i product = _mm512_mullo_epi32(_mm512_loadu_si512(rows), inAll(kHashMultiplier));
         const __m512i next = _mm512_slli_epi32(product, FewRows::kNext);
@@ -83,7 +82,7 @@ class Filter
     }
 
   private:
-    ZQSP_AVX512 static __m512i bitsOf(__m512i low, __m512i high, __m512i products)
+    ZQSP_LOOPS static __m512i bitsOf(__m512i low, __m512i high, __m512i products)
     {
         const __m512i word = _mm512_permutex2var_epi32(low, _mm512_srli_epi32(products, FewRows::kWord), high);
         return _mm512_rorv_epi32(word, _mm512_srli_epi32(products, FewRows::kBit));
@@ -95,6 +94,7 @@ class Filter
     __m512i highSecond_;
 };
 
+/// What select_blocks.hpp asks for, and says of each member.
 struct Lanes
 {
     using Filter = avx512::Filter;
@@ -107,7 +107,7 @@ struct Lanes
     };
 
     /// Sixteen look-ups, each load by itself: measured, a gather takes twice as long.
-    ZQSP_AVX512 static Choice choose(const unsigned* rows, unsigned count, RankedRows set)
+    ZQSP_LOOPS static Choice choose(const unsigned* rows, unsigned count, RankedRows set)
     {
         const __mmask16 lanes = lanesOf(count);
         std::array<unsigned, kLanes> some;
@@ -127,19 +127,19 @@ struct Lanes
                 _kand_mask16(_mm512_test_epi32_mask(members, bit), lanes)};
     }
 
-    ZQSP_AVX512 static Choice choose(const unsigned* rows, unsigned count, UnmovedRows set)
+    ZQSP_LOOPS static Choice choose(const unsigned* rows, unsigned count, UnmovedRows set)
     {
         return {_mm512_maskz_loadu_epi32(lanesOf(count), rows), choose(rows, count, RankedRows{set.words}).selected};
     }
 
-    ZQSP_AVX512 static Choice choose(const unsigned* rows, unsigned count, RowInterval interval)
+    ZQSP_LOOPS static Choice choose(const unsigned* rows, unsigned count, RowInterval interval)
     {
         const __mmask16 lanes = lanesOf(count);
         const __m512i shifted = _mm512_sub_epi32(_mm512_maskz_loadu_epi32(lanes, rows), inAll(interval.first));
         return {shifted, _mm512_mask_cmplt_epu32_mask(lanes, shifted, inAll(interval.size))};
     }
 
-    ZQSP_AVX512 static Choice choose(const unsigned* rows, unsigned count, OtherRows gap)
+    ZQSP_LOOPS static Choice choose(const unsigned* rows, unsigned count, OtherRows gap)
     {
         const __mmask16 lanes = lanesOf(count);
         const __m512i old = _mm512_maskz_loadu_epi32(lanes, rows);
@@ -153,19 +153,19 @@ struct Lanes
     class Lowered
     {
       public:
-        ZQSP_AVX512 Lowered(const unsigned* positions, unsigned count, unsigned passed)
+        ZQSP_LOOPS Lowered(const unsigned* positions, unsigned count, unsigned passed)
             : lanes_(lanesOf(count)),
               old_(_mm512_maskz_loadu_epi32(lanes_, positions)),
               lowered_(_mm512_sub_epi32(old_, inAll(passed)))
         {
         }
-        ZQSP_AVX512 void pass(unsigned position)
+        ZQSP_LOOPS void pass(unsigned position)
         {
             const __m512i own = inAll(position);
             gone_ = _kor_mask16(gone_, _mm512_cmpeq_epi32_mask(old_, own));
             lowered_ = _mm512_mask_sub_epi32(lowered_, _mm512_cmpgt_epu32_mask(old_, own), lowered_, inAll(1));
         }
-        [[nodiscard]] ZQSP_AVX512 Choice choice() const { return {lowered_, _kandn_mask16(gone_, lanes_)}; }
+        [[nodiscard]] ZQSP_LOOPS Choice choice() const { return {lowered_, _kandn_mask16(gone_, lanes_)}; }
 
       private:
         __mmask16 lanes_;
@@ -174,16 +174,16 @@ struct Lanes
         __m512i lowered_;
     };
 
-    ZQSP_AVX512 static __m512i numbersFrom(unsigned first) { return _mm512_add_epi32(laneNumbers(), inAll(first)); }
+    ZQSP_LOOPS static __m512i numbersFrom(unsigned first) { return _mm512_add_epi32(laneNumbers(), inAll(first)); }
 
     /// Lanes behind `count` have all bits.
-    ZQSP_AVX512 static __m512i loadRows(const unsigned* rows, unsigned count)
+    ZQSP_LOOPS static __m512i loadRows(const unsigned* rows, unsigned count)
     {
         return _mm512_mask_loadu_epi32(_mm512_set1_epi32(-1), lanesOf(count), rows);
     }
-    ZQSP_AVX512 static unsigned below(__m512i rows, unsigned row) { return _mm512_cmplt_epu32_mask(rows, inAll(row)); }
+    ZQSP_LOOPS static unsigned below(__m512i rows, unsigned row) { return _mm512_cmplt_epu32_mask(rows, inAll(row)); }
 
-    ZQSP_AVX512 static void storeRows(Choice choice, unsigned* to, std::size_t room)
+    ZQSP_LOOPS static void storeRows(Choice choice, unsigned* to, std::size_t room)
     {
         const __m512i rows = _mm512_maskz_compress_epi32(choice.selected, choice.newRows);
         if (room >= kLanes) {
@@ -193,7 +193,7 @@ struct Lanes
         }
     }
 
-    ZQSP_AVX512 static void press(const double* from, unsigned selected, double* to)
+    ZQSP_LOOPS static void press(const double* from, unsigned selected, double* to)
     {
         constexpr unsigned kHalf = kLanes / 2;
         const auto lowBits = static_cast<__mmask8>(selected);
@@ -204,25 +204,7 @@ struct Lanes
         _mm512_storeu_pd(to + countOnesAtOnce(lowBits), high);
     }
 
-    ZQSP_AVX512 static void pressSome(const double* from, unsigned count, unsigned selected, double* to,
-                                      std::size_t room)
-    {
-        constexpr unsigned kHalf = kLanes / 2;
-        const auto store = [](double* place, std::size_t rest, __mmask8 bits, __m512d values) ZQSP_AVX512 {
-            const unsigned written = rest >= kHalf ? kHalf : countOnesAtOnce(bits);
-            _mm512_mask_storeu_pd(place, static_cast<__mmask8>(lanesOf(written)),
-                                  _mm512_maskz_compress_pd(bits, values));
-        };
-        const __mmask16 lanes = lanesOf(count);
-        const auto lowBits = static_cast<__mmask8>(selected);
-        const __m512d low = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes), from);
-        const __m512d high = _mm512_maskz_loadu_pd(static_cast<__mmask8>(lanes >> kHalf), from + kHalf);
-        store(to, room, lowBits, low);
-        const unsigned before = countOnesAtOnce(lowBits);
-        store(to + before, room - before, static_cast<__mmask8>(selected >> kHalf), high);
-    }
-
-    ZQSP_AVX512 static void press(const std::uint8_t* from, unsigned selected, std::uint8_t* to)
+    ZQSP_LOOPS static void press(const std::uint8_t* from, unsigned selected, std::uint8_t* to)
     {
         const __m512i wide = _mm512_cvtepu8_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(to),
@@ -231,8 +213,8 @@ struct Lanes
 
     /// All words of the selection are in registers: measured in columns of five entries, a third of the time of one end
     /// after the other.
-    ZQSP_AVX512 static unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size,
-                                           unsigned base, const Selection<kLanes>& selection, unsigned* ends)
+    ZQSP_LOOPS static unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size,
+                                          unsigned base, const Selection<kLanes>& selection, unsigned* ends)
     {
         constexpr unsigned kLaneBits = 4; // of an entry: which of its group it is
         static_assert(kLanes == 1U << kLaneBits && kBlockSize == 4 * kLanes * kLanes);
@@ -262,15 +244,8 @@ struct Lanes
     }
 };
 
-/// The numbers of the lanes that are set, counted from `base` on, to kLanes words.
-ZQSP_AVX512 inline void storeLaneNumbers(__mmask16 lanes, unsigned base, unsigned* to)
-{
-    const __m512i numbered = _mm512_add_epi32(laneNumbers(), _mm512_set1_epi32(static_cast<int>(base)));
-    _mm512_storeu_si512(to, _mm512_maskz_compress_epi32(lanes, numbered));
-}
-
 /// Which of sixteen numbers are among sixteen others.
-ZQSP_AVX512 inline __mmask16 membersOf(const unsigned* others, const unsigned* numbers)
+ZQSP_LOOPS inline __mmask16 membersOf(const unsigned* others, const unsigned* numbers)
 {
     const __m512i asked = _mm512_loadu_si512(numbers);
     __mmask16 found = 0;
@@ -282,8 +257,8 @@ ZQSP_AVX512 inline __mmask16 membersOf(const unsigned* others, const unsigned* n
 
 /// Sixteen of the one list are compared with sixteen of the other at a time, whatever comes of it. Measured: a fifth of
 /// the time of galloping. (The scheme is that of Schlegel, Willhalm and Lehner, 2011.)
-ZQSP_AVX512 Common intersect(const unsigned* first, unsigned firstCount, const unsigned* second, unsigned secondCount,
-                             unsigned* inFirst, unsigned* inSecond)
+ZQSP_LOOPS Common intersect(const unsigned* first, unsigned firstCount, const unsigned* second, unsigned secondCount,
+                            unsigned* inFirst, unsigned* inSecond)
 {
     unsigned f = 0;
     unsigned s = 0;
@@ -293,8 +268,8 @@ ZQSP_AVX512 Common intersect(const unsigned* first, unsigned firstCount, const u
         const unsigned* const theirs = second + s;
         if (const __mmask16 found = membersOf(mine, theirs); found != 0) {
             const __mmask16 from = membersOf(theirs, mine);
-            storeLaneNumbers(found, s, inSecond + count);
-            storeLaneNumbers(from, f, inFirst + count);
+            Lanes::storeRows({Lanes::numbersFrom(s), found}, inSecond + count, kLanes);
+            Lanes::storeRows({Lanes::numbersFrom(f), from}, inFirst + count, kLanes);
             if (countOnesAtOnce(found) != countOnesAtOnce(from)) { // repeats: several are the same one
                 for (unsigned i = count; i < count + countOnesAtOnce(found); ++i) {
                     inFirst[i] = static_cast<unsigned>(std::find(mine, mine + kLanes, second[inSecond[i]]) - first);
@@ -310,7 +285,7 @@ ZQSP_AVX512 Common intersect(const unsigned* first, unsigned firstCount, const u
     return portable::intersectRest(first, firstCount, second, secondCount, {count, f, s}, inFirst, inSecond);
 }
 
-ZQSP_AVX512 void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
+ZQSP_LOOPS void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts)
 {
     // The columns with entries are marked in a table; from sixteen marks at a time follow sixteen starts. How many
     // columns lie between two entries, which nobody can foresee, takes no branch.

@@ -6,14 +6,16 @@
 //     choose(rows, count, choice)              the Choice among `count` rows, at least one, or kCount if these are more
 //     storeRows(choice, to, room)              writes what is selected; where there is room, a register
 //     press(from, selected, to)                writes what is selected of kCount doubles, or bytes, and writes on up to
-//                                              kCount
-//     pressSome(from, count, ..., room)        the same of `count` doubles, or kCount if these are more, within `room`
+//                                              kCount; `to` may be `from`
 //     loadRows(rows, count)                    `count` rows, and behind them others that are below none
 //     below(rows, row)                         bits of those that are below a row
 //     numbersFrom(first)                       first, first + 1, ..., as new rows
-//     columnEnds(...)                          see moveSelectedBy()
+//     columnEnds(from, count, begin, size,     of `count` ascending column ends, the new ones of those that lie in the
+//                base, selection, ends)        block of `size` entries from `begin` on: `base` and what is selected
+//                                              of the block before them. Returns how many these are
 //     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass
-//     Lowered                                  the Choice among ascending positions, as deleted ones are passed
+//     Lowered(positions, count, passed)        choice() of those that pass(position) is not called for, each lowered by
+//                                              `passed` and the calls for lower ones
 //
 // A loop that goes on to a portable one clears the upper parts of the registers itself: g++ 12 forgets it before such a
 // call, and plain loops that follow, of the caller too, then take three times as long.
@@ -95,14 +97,14 @@ ZQSP_LOOPS inline typename Lanes::Choice chooseOf(const unsigned* rows, unsigned
     return Lanes::choose(rows, count, choice);
 }
 
-/// Some bytes, through a buffer.
-template <typename Lanes>
-ZQSP_LOOPS inline void pressBytes(const std::uint8_t* from, unsigned count, unsigned selected, std::uint8_t* to)
+/// Of `count` values, or kCount if these are more, through a buffer: nothing is read or written behind.
+template <typename Lanes, typename Word>
+ZQSP_LOOPS inline void pressSome(const Word* from, unsigned count, unsigned selected, Word* to)
 {
-    std::array<std::uint8_t, Lanes::kCount> group{};
-    std::memcpy(group.data(), from, std::min(Lanes::kCount, count));
+    std::array<Word, Lanes::kCount> group{};
+    std::memcpy(group.data(), from, std::min(Lanes::kCount, count) * sizeof(Word));
     Lanes::press(group.data(), selected, group.data());
-    std::memcpy(to, group.data(), countOnesAtOnce(selected));
+    std::memcpy(to, group.data(), countOnesAtOnce(selected) * sizeof(Word));
 }
 
 template <typename Lanes>
@@ -182,13 +184,8 @@ class BlockMover
             Lanes::press(values + std::size_t{g} * kCount, selection_.bits(g), to + selection_.before(g));
         }
         for (unsigned g = whole; g * kCount < count; ++g) {
-            const std::size_t at = selection_.before(g);
-            const Word* const from = values + std::size_t{g} * kCount;
-            if constexpr (sizeof(Word) == 1) {
-                pressBytes<Lanes>(from, count - g * kCount, selection_.bits(g), to + at);
-            } else {
-                Lanes::pressSome(from, count - g * kCount, selection_.bits(g), to + at, room - at);
-            }
+            pressSome<Lanes>(values + std::size_t{g} * kCount, count - g * kCount, selection_.bits(g),
+                             to + selection_.before(g));
         }
     }
 

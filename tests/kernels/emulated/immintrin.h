@@ -13,8 +13,7 @@
 #include <cstring>
 #include <functional>
 
-#define ZQSP_AVX2 // nothing to be allowed
-#define ZQSP_AVX512
+#define ZQSP_LOOPS // nothing to be allowed
 
 using __mmask8 = simde__mmask8;
 using __mmask16 = simde__mmask16;
