@@ -29,26 +29,19 @@ enum class Rounds
     kFromBack
 };
 
-/// Copies one round of elements between places that do not overlap.
-template <std::size_t size>
-inline void copyRound(std::byte* to, const std::byte* from)
-{
-    constexpr std::size_t kPiece = 16; // bytes: one register
-    for (std::size_t i = 0; i < kRound * size; i += kPiece) {
-        std::memcpy(to + i, from + i, kPiece);
-    }
-}
-
-/// Copies `count` elements of `size` bytes in whole rounds.
+/// Copies `count` elements of `size` bytes in whole rounds, each between places that do not overlap.
 template <std::size_t size>
 inline void copyRounds(std::byte* to, const std::byte* from, std::size_t count, Rounds order)
 {
+    constexpr std::ptrdiff_t kPiece = 16;                               // bytes: one register
     constexpr auto kBytes = static_cast<std::ptrdiff_t>(kRound * size); // signed: a run may be shorter than a round
     const std::ptrdiff_t step = order == Rounds::kFromBack ? -kBytes : kBytes;
     std::ptrdiff_t at = order == Rounds::kFromBack ? static_cast<std::ptrdiff_t>(count * size) - kBytes : 0;
     std::size_t left = count;
     do {
-        copyRound<size>(to + at, from + at);
+        for (std::ptrdiff_t i = at; i < at + kBytes; i += kPiece) {
+            std::memcpy(to + i, from + i, kPiece);
+        }
         at += step;
         left -= std::min(left, kRound);
     } while (left > 0);

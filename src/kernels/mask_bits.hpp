@@ -121,33 +121,15 @@ inline unsigned countTrue(const unsigned char* values, unsigned begin, unsigned 
     return count;
 }
 
-/// `from`, moved on by four words as long as these are zeros.
-inline unsigned skipFalse(const unsigned char* values, unsigned from, unsigned length)
-{
-    constexpr unsigned kStep = 4 * kMaskWord;
-    for (; length - from >= kStep; from += kStep) {
-        std::uint64_t words[4];
-        std::memcpy(words, values + from, kStep);
-        if ((words[0] | words[1] | words[2] | words[3]) != 0) {
-            break;
-        }
-    }
-    return from;
-}
-
 /// Position of the first non-zero byte at `from` or later; `length` when there is none.
 inline unsigned nextTrue(const unsigned char* values, unsigned from, unsigned length)
 {
-    from = skipFalse(values, from, length);
-    for (; length - from >= kMaskWord; from += kMaskWord) {
-        if (const std::uint64_t bits = trueBits(values + from)) {
-            return from + static_cast<unsigned>(std::countr_zero(bits)) / 8;
+    for (; from < length; from += std::min(kMaskBlock, length - from)) {
+        if (const std::uint64_t bits = trueBlock(values + from, length - from)) {
+            return from + static_cast<unsigned>(std::countr_zero(bits));
         }
     }
-    while (from < length && values[from] == 0) {
-        ++from;
-    }
-    return from;
+    return length;
 }
 
 /// Position of the last non-zero byte, of which there must be one.
