@@ -1,5 +1,4 @@
-// Walking the bytes of a full logical mask eight at a time: words without a true byte are skipped whole, and within
-// a word only its true bytes (or the ends of its runs) are visited.
+// The bytes of a full logical mask by words and by blocks of 64: as bits, counted, and the first and the last true one.
 #ifndef ZQSP_KERNELS_MASK_BITS_HPP
 #define ZQSP_KERNELS_MASK_BITS_HPP
 
