@@ -103,10 +103,11 @@ void findAtPlaces(const Columns& a, unsigned count, PlaceOf placeOf, OrdinalOf o
     const HitList::Room room = hits.room(count);
     unsigned found = 0;
     searchPlaces<true>(a, count, placeOf, [&](unsigned t, Slot slot) { // is written first, and stays where it is stored
-        room.ordinals[found] = ordinalOf(t);
+        room.ordinals[found] = t;
         room.sources[found] = slot.position;
         found += slot.stored ? 1U : 0U;
     });
+    std::transform(room.ordinals, room.ordinals + found, room.ordinals, ordinalOf); // in the loop it takes registers
     hits.keep(found);
 }
 

@@ -30,7 +30,7 @@ inline bool canCompare(const Columns& a, unsigned begin)
 template <bool onlyStored = false>
 [[gnu::always_inline]] inline Slot slotAmong(const Columns& a, unsigned begin, unsigned length, unsigned row)
 {
-    if (!canCompare(a, begin)) {
+    if (!canCompare(a, begin)) [[unlikely]] {
         return findRow(a.ir, begin, begin + length, row);
     }
     if constexpr (onlyStored) {
@@ -94,11 +94,14 @@ class PlaceBatch
         }
         unsigned longCount = 0;
         for (unsigned i = 0; i < size; ++i) {
-            begin_[i] = jc_[column_[i]];
-            length_[i] = jc_[column_[i] + 1] - begin_[i];
+            const unsigned* const starts = jc_ + column_[i];
+            const unsigned begin = starts[0];
+            const unsigned length = starts[1] - begin;
+            begin_[i] = begin;
+            length_[i] = length;
             longOnes_[longCount] = i;
-            longCount += length_[i] > kComparedRows ? 1U : 0U;
-            __builtin_prefetch(ir_ + begin_[i] + length_[i] / 2);
+            longCount += length > kComparedRows ? 1U : 0U;
+            __builtin_prefetch(ir_ + begin + length / 2);
         }
         while (longCount > 0) {
             longCount = halve(longCount);

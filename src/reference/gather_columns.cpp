@@ -19,17 +19,17 @@ struct RunEntries
     std::array<unsigned, IndexWalk::kBlock> ends;
 
     /// Lists what the runs hold, empty ones dropped without a branch, and writes the ends of their columns in the
-    /// result from `columnEnd` on, of which `last` is the last one there is. Returns the place behind them.
-    [[gnu::noinline]] unsigned* list(const Columns a, std::span<const Run> runs, unsigned* columnEnd,
-                                     const unsigned* last)
+    /// result from `columnEnd` on. Returns the place behind them.
+    [[gnu::noinline]] unsigned* list(const Columns a, std::span<const Run> runs, unsigned* columnEnd)
     {
         // Where a short run ends, nobody can foresee: its columns' ends are written together. (columns.mask50 takes 1.4
-        // times as long without this, single columns a twentieth less.)
+        // times as long without this, single columns a twentieth less.) Those of the last few runs, behind which there
+        // need be no more columns, are written one by one.
         constexpr unsigned kFew = 4;
         constexpr std::size_t kStartsAhead = 64;
         const unsigned* const lastOfFew = a.n < kFew ? nullptr : a.jc + a.n - kFew;
         unsigned end = columnEnd[-1];
-        count = 0;
+        std::size_t listed = 0;
         for (std::size_t i = 0; i < runs.size(); ++i) {
             if (i + kStartsAhead < runs.size()) {
                 __builtin_prefetch(a.jc + runs[i + kStartsAhead].first);
@@ -37,11 +37,12 @@ struct RunEntries
             const auto [first, length] = runs[i];
             const unsigned* const starts = a.jc + first;
             const unsigned begin = starts[0];
-            begins[count] = begin;
-            ends[count] = starts[length];
-            count += begin != starts[length] ? 1 : 0;
+            const unsigned size = starts[length] - begin;
+            begins[listed] = begin;
+            ends[listed] = begin + size;
+            listed += size != 0 ? 1 : 0;
             unsigned done = 0;
-            if (last - columnEnd >= kFew - 1 && starts <= lastOfFew) {
+            if (i + kFew <= runs.size() && starts <= lastOfFew) {
                 std::array<unsigned, kFew> few; // read as a whole before it is written: the compiler need not ask
                 std::copy_n(starts + 1, kFew, few.begin());
                 for (unsigned& column : few) {
@@ -54,8 +55,9 @@ struct RunEntries
                 columnEnd[done] = starts[done + 1] + (end - begin);
             }
             columnEnd += length;
-            end += starts[length] - begin;
+            end += size;
         }
+        count = listed;
         return columnEnd;
     }
 };
@@ -74,7 +76,7 @@ void copyColumns(const Columns a, Values from, const Subscript& columns, const C
     RunEntries blocks;
     RunWalk walk(columns);
     for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
-        columnEnd = blocks.list(a, runs, columnEnd, out.jc + out.n);
+        columnEnd = blocks.list(a, runs, columnEnd);
         const auto prefetch = [&](std::size_t i) __attribute__((always_inline))
         {
             prefetchEntries(a, from, blocks.begins[i], blocks.ends[i]);
