@@ -109,7 +109,7 @@ std::optional<double> convertNumbers(const kxArray* numbers, const ValueRules& r
         return std::nullopt;
     }
     constexpr double kLastSignedWord = std::numeric_limits<std::int32_t>::max();
-    const double highest = std::min({static_cast<double>(rules.limit), rules.most, kLastSignedWord});
+    const double highest = std::min<double>(rules.limit, kLastSignedWord);
     auto list = Block<unsigned>::make(count);
     OrderWatch watch;
     for (unsigned done = 0, size = 0; done < count; done += size) {
