@@ -256,9 +256,10 @@ ZQSP_LOOPS inline __mmask16 membersOf(const unsigned* others, const unsigned* nu
 }
 
 /// Sixteen of the one list are compared with sixteen of the other at a time, whatever comes of it. Measured: a fifth of
-/// the time of galloping. (The scheme is that of Schlegel, Willhalm and Lehner, 2011.)
-ZQSP_LOOPS Common intersect(const unsigned* first, unsigned firstCount, const unsigned* second, unsigned secondCount,
-                            unsigned* inFirst, unsigned* inSecond)
+/// the time of galloping. (The scheme is that of Schlegel, Willhalm and Lehner, 2011.) Where the linker puts it by
+/// chance the loop may cross a line of the cache: skew/linear.sorted 0.42, then 0.47.
+[[gnu::aligned(64)]] ZQSP_LOOPS Common intersect(const unsigned* first, unsigned firstCount, const unsigned* second,
+                                                 unsigned secondCount, unsigned* inFirst, unsigned* inSecond)
 {
     unsigned f = 0;
     unsigned s = 0;
