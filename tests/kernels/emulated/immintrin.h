@@ -13,7 +13,9 @@
 #include <cstring>
 #include <functional>
 
-#define ZQSP_LOOPS // nothing to be allowed
+#define ZQSP_LOOPS // nothing to be allowed, nor in python/
+#define ZQSP_AVX2
+#define ZQSP_AVX512
 
 using __mmask8 = simde__mmask8;
 using __mmask16 = simde__mmask16;
