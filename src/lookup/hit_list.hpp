@@ -51,11 +51,11 @@ class HitList
   private:
     [[gnu::noinline]] void grow(unsigned size)
     {
-        constexpr unsigned kFew = 1U << 14U;  // hits: a small block will do
-        constexpr unsigned kMany = 1U << 18U; // takes no second thought
+        constexpr unsigned kFewHits = 1U << 14U; // hits: a small block will do
+        constexpr unsigned kMany = 1U << 18U;    // takes no second thought
         const std::size_t needed = std::size_t{count_} + size;
         const std::size_t further =
-            count_ < kMany ? std::min(most_, capacity_ == 0 ? kFew : kMany) : std::size_t{count_} + count_ / 4;
+            count_ < kMany ? std::min(most_, capacity_ == 0 ? kFewHits : kMany) : std::size_t{count_} + count_ / 4;
         capacity_ = std::max(needed, further);
         ordinals_.resize(capacity_ + kKernelSlack);
         sources_.resize(capacity_ + kKernelSlack);

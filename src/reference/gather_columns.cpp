@@ -25,9 +25,9 @@ struct RunEntries
         // Where a short run ends, nobody can foresee: its columns' ends are written together. (columns.mask50 takes 1.4
         // times as long without this, single columns a twentieth less.) Those of the last few runs, behind which there
         // need be no more columns, are written one by one.
-        constexpr unsigned kFew = 4;
+        constexpr unsigned kFewColumns = 4;
         constexpr std::size_t kStartsAhead = 64;
-        const unsigned* const lastOfFew = a.n < kFew ? nullptr : a.jc + a.n - kFew;
+        const unsigned* const lastOfFew = a.n < kFewColumns ? nullptr : a.jc + a.n - kFewColumns;
         unsigned end = columnEnd[-1];
         std::size_t listed = 0;
         for (std::size_t i = 0; i < runs.size(); ++i) {
@@ -42,14 +42,15 @@ struct RunEntries
             ends[listed] = begin + size;
             listed += size != 0 ? 1 : 0;
             unsigned done = 0;
-            if (i + kFew <= runs.size() && starts <= lastOfFew) {
-                std::array<unsigned, kFew> few; // read as a whole before it is written: the compiler need not ask
-                std::copy_n(starts + 1, kFew, few.begin());
+            if (i + kFewColumns <= runs.size() && starts <= lastOfFew) {
+                std::array<unsigned, kFewColumns>
+                    few; // read as a whole before it is written: the compiler need not ask
+                std::copy_n(starts + 1, kFewColumns, few.begin());
                 for (unsigned& column : few) {
                     column += end - begin;
                 }
-                std::copy_n(few.begin(), kFew, columnEnd);
-                done = kFew;
+                std::copy_n(few.begin(), kFewColumns, columnEnd);
+                done = kFewColumns;
             }
             for (; done < length; ++done) {
                 columnEnd[done] = starts[done + 1] + (end - begin);

@@ -58,10 +58,10 @@ ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitLi
     if (count == 0) {
         return createLike(a, shape.m, shape.n, capacity);
     }
-    constexpr unsigned kFew = 256; // their ordinals are copied in less time than blocks change hands
+    constexpr unsigned kFewHits = 256; // their ordinals are copied in less time than blocks change hands
     const Block<unsigned> sources = hits.takeSources();
-    ArrayOwner result = createShaped(a, shape, count <= kFew ? capacity : 1);
-    if (count <= kFew) {
+    ArrayOwner result = createShaped(a, shape, count <= kFewHits ? capacity : 1);
+    if (count <= kFewHits) {
         std::copy_n(hits.ordinals(), count, result->ir);
     } else {
         Block<unsigned> ordinals = hits.takeOrdinals();

@@ -29,14 +29,14 @@ bool useRowMap(const Columns& a, unsigned k)
 RowMethod chooseRowMethod(Capacity capacity, const RowCounts& counts)
 {
     constexpr unsigned kRowsPerEntry = 128; // of a table, made and counted in the time that one entry's search takes
-    constexpr unsigned kSmall = 512;        // rows and entries: what it takes to move each is not worth preparing
-    constexpr unsigned kFew = 16;           // entries and rows: searched in the time that making a table takes
+    constexpr unsigned kFewMoved = 512;     // rows and entries: what it takes to move each is not worth preparing
+    constexpr unsigned kFewSearched = 16;   // entries and rows: searched in the time that making a table takes
     const std::uint64_t searched = counts.entries + counts.listed;
-    if (capacity == Capacity::kSearched || searched <= kFew || counts.extent / kRowsPerEntry > searched) {
+    if (capacity == Capacity::kSearched || searched <= kFewSearched || counts.extent / kRowsPerEntry > searched) {
         return RowMethod::kSearch;
     }
     const bool sifts = counts.selected < counts.extent / kernels().costs.rowsPerSifted;
-    return sifts || counts.entries + counts.extent < kSmall ? RowMethod::kSift : RowMethod::kTable;
+    return sifts || counts.entries + counts.extent < kFewMoved ? RowMethod::kSift : RowMethod::kTable;
 }
 
 unsigned searchCapacity(const Columns& a, const Subscript& columns, unsigned k, unsigned repeats)

@@ -23,13 +23,13 @@ namespace {
 template <typename Rows, typename F>
 void mergeHits(const Rows& rows, unsigned count, const Columns& a, unsigned j, F&& hit)
 {
-    constexpr unsigned kFew = 32;
+    constexpr unsigned kFewRows = 32;
     constexpr unsigned kApart = 16; // entries for each row: measured, a gallop over a hundred takes twice as long
     const unsigned* const ir = a.ir;
     const unsigned end = a.jc[j + 1];
     unsigned e = a.jc[j];
     unsigned i = 0;
-    if (count <= kFew && end - e <= kComparedRows && canCompare(a, e)) {
+    if (count <= kFewRows && end - e <= kComparedRows && canCompare(a, e)) {
         for (; i < count; ++i) {
             if (const unsigned same = whichAmong(ir + e, end - e, rows[i]); same != 0) {
                 hit(i, e + static_cast<unsigned>(std::countr_zero(same)));

@@ -15,8 +15,8 @@ namespace zqsp {
 
 void setCapacity(kxArray* array, unsigned capacity)
 {
-    constexpr unsigned kFew = 64;
-    if (capacity <= array->nzmax && array->nzmax - capacity <= kFew) {
+    constexpr unsigned kFewSpare = 64;
+    if (capacity <= array->nzmax && array->nzmax - capacity <= kFewSpare) {
         array->nzmax = capacity;
         return;
     }
@@ -205,15 +205,15 @@ class SelectedRows
 /// copied than A has.)
 bool areShortAndApart(const Columns& a, const Subscript& columns)
 {
-    constexpr unsigned kShort = 64; // entries of neighbours
-    constexpr unsigned kFew = 16;   // runs of neighbours, not worth an array of their own; the copy is one
+    constexpr unsigned kShortRun = 64; // entries of neighbours
+    constexpr unsigned kFewRuns = 16;  // runs of neighbours, not worth an array of their own; the copy is one
     std::uint64_t entries = 0;
     std::uint64_t runs = 0;
     forEachRun(columns, [&](unsigned first, unsigned length) {
         entries += a.jc[first + length] - a.jc[first];
         ++runs;
     });
-    return runs > kFew && entries < runs * kShort && entries <= a.nnz();
+    return runs > kFewRuns && entries < runs * kShortRun && entries <= a.nnz();
 }
 
 /// What lies in the selected rows, with their ranks for new rows.
@@ -247,8 +247,8 @@ ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& sel
 
 ArrayOwner gatherByInterval(const Columns& a, const IndexRange& range, const Subscript& columns, Capacity capacity)
 {
-    constexpr std::uint64_t kLong = 64;      // entries: two searches and a copy take less than a pass over them
-    constexpr unsigned kTogether = 1U << 14; // entries: a column of more stands alone, whatever is around it
+    constexpr std::uint64_t kLongColumn = 64; // entries: two searches and a copy take less than a pass over them
+    constexpr unsigned kTogether = 1U << 14;  // entries: a column of more stands alone, whatever is around it
     const RowInterval rows{range.first, range.count()};
     if (rows.size == 0) {
         return createLike(a, 0, countOf(columns), 0);
@@ -261,7 +261,7 @@ ArrayOwner gatherByInterval(const Columns& a, const IndexRange& range, const Sub
                         capacity == Capacity::kExact ? std::optional<unsigned>()
                                                      : searchCapacity(a, columns, rows.size, 0));
     forEachColumnBlock(a, columns, kTogether, [&](unsigned first, unsigned count) {
-        if (a.jc[first + count] - a.jc[first] > count * kLong) {
+        if (a.jc[first + count] - a.jc[first] > count * kLongColumn) {
             result.cutOut(rows, first, count);
         } else {
             result.select(first, count);
