@@ -58,11 +58,12 @@ struct Found
 class Sieve
 {
   public:
-    /// About so many entries are to be sifted.
-    Sieve(const RowSet& set, const Subscript& rows, std::uint64_t entries) : set_(set)
+    /// Of a set of numbers below an extent. About so many entries are to be sifted.
+    Sieve(const RowSet& set, unsigned extent, const Subscript& rows, std::uint64_t entries) : set_(set)
     {
         constexpr std::uint64_t kPaysForFilter = 4096;
-        if (entries >= kPaysForFilter && set.count() <= kernels().costs.mostFewRows) {
+        constexpr unsigned kMostPass = 64; // one in so many rows: a branch on each that passes would be mispredicted
+        if (entries >= kPaysForFilter && set.count() <= std::min(kernels().costs.mostFewRows, extent / kMostPass)) {
             FewRows& few = few_.emplace();
             forEachIndex(rows, [&](unsigned row) { few.add(row); });
         }
@@ -101,7 +102,7 @@ class SelectedRows
 
     /// What lies in the rows; as much at a time as there is room for all of it. (Counting what is selected first takes
     /// half as long as moving it.)
-    void select(unsigned first, unsigned count)
+    [[gnu::noinline]] void select(unsigned first, unsigned count)
     {
         const auto room = [this] { return std::max(out_.nzmax - written_, kBlock); };
         for (unsigned some = 0; count > 0; first += some, count -= some) {
@@ -241,7 +242,7 @@ ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& sel
     SelectedRows result(a, selected.ranked(), selected.count(), columns);
     std::optional<Sieve> sieve;
     if (sifts) {
-        sieve.emplace(selected, rows, result.entries());
+        sieve.emplace(selected, a.m, rows, result.entries());
     }
     forEachColumnRun(a, columns, [&](unsigned first, unsigned count) {
         if (sieve) {
