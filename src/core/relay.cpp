@@ -149,19 +149,20 @@ void Relay::copyAll(Patches patches, Writer write) const
     unsigned from = 0;     // what is not copied yet
     unsigned shift = 0;    // of that
     std::size_t first = 0; // patch that is not written yet
-    const auto writeOne = [&] {
-        const Patch& patch = patches[first++];
+    const auto writeNext = [&](const Patch& patch) {
         if (patch.length > 0) {
             write(patch, patch.begin + shift);
         }
         shift += patch.growth();
         from = patch.end;
+        ++first;
     };
     const auto writeBefore = [&](std::size_t end) __attribute__((noinline))
     {
         spreading.move(size, to, from + shift, before_, from);
-        for (size = 0; first < end;) {
-            writeOne();
+        size = 0;
+        for (const Patch& patch : patches.subspan(first, end - first)) {
+            writeNext(patch);
         }
     };
     unsigned next = 0; // the entry behind the last patch
@@ -174,7 +175,7 @@ void Relay::copyAll(Patches patches, Writer write) const
                 writeBefore(i);
             }
             appendEntries(to, from + shift, before_, from, patch.begin - from);
-            writeOne();
+            writeNext(patch);
             continue;
         }
         if (size + stay + come > Spreading::kMost) {
