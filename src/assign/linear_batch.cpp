@@ -92,7 +92,7 @@ void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& named)
         marked = std::max(marked, hits.sources()[i] + 1);
     }
     const Ordered removed(isMarked ? Subscript(LogicalMask{marks.get(), marked, countTrue(marks.get(), 0, marked)})
-                                   : Subscript(IndexList(hits.takeSources(), count, orderOf(positions))),
+                                   : Subscript(IndexList(hits.sources(), count, orderOf(positions))),
                           Repeats::kLast);
     const auto patches = Block<Patch>::make(count);
     std::size_t size = 0;

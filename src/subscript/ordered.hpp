@@ -59,7 +59,7 @@ class Ordered
     [[nodiscard]] const unsigned* sources() const { return sources_.get(); }
 
   private:
-    void sort(const IndexList& list, Repeats repeats);
+    void sort(IndexList& list, Repeats repeats);
 
     Subscript form_;
     unsigned named_; // numbers as the subscript names them
