@@ -61,7 +61,7 @@ inline void copyEntryRounds(const Columns& target, std::size_t to, const Columns
 }
 
 /// Copies a short run of entries in whole rounds; false, with nothing copied, where that is not worth while.
-inline bool copyShortRun(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
+[[gnu::noinline]] inline bool copyShortRun(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
                          std::size_t count, Rounds order)
 {
     if (count <= kLongMove && target.elementSize == sizeof(double)) {
@@ -113,7 +113,7 @@ inline void moveUp(const Columns& a, std::size_t to, std::size_t from, std::size
 }
 
 /// copyEntries() for a target that is filled from front to back: what lies behind the new entries is lost.
-[[gnu::always_inline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
+[[gnu::noinline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
                                                  std::size_t from, std::size_t count)
 {
     const std::size_t whole = wholeRounds(count);
