@@ -60,8 +60,15 @@ inline void copyEntryRounds(const Columns& target, std::size_t to, const Columns
     }
 }
 
+/// (By a call, as there is room for one size where it is inlined.)
+[[gnu::noinline]] inline void copyByteEntries(const Columns& target, std::size_t to, const Columns& source,
+                                              std::size_t from, std::size_t count, Rounds order)
+{
+    copyEntryRounds<1>(target, to, source, from, count, order);
+}
+
 /// Copies a short run of entries in whole rounds; false, with nothing copied, where that is not worth while.
-[[gnu::noinline]] inline bool copyShortRun(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
+inline bool copyShortRun(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
                          std::size_t count, Rounds order)
 {
     if (count <= kLongMove && target.elementSize == sizeof(double)) {
@@ -69,7 +76,7 @@ inline void copyEntryRounds(const Columns& target, std::size_t to, const Columns
         return true;
     }
     if (count <= kLongMove && target.elementSize == 1) {
-        copyEntryRounds<1>(target, to, source, from, count, order);
+        copyByteEntries(target, to, source, from, count, order);
         return true;
     }
     return false;
