@@ -37,7 +37,9 @@ void updateColumnStarts(const Columns& after, Patches patches)
             ends[patch.column] += patch.growth();
         }
         std::partial_sum(ends + first, ends + last + 1, ends + first);
-        shiftStarts(ends + last + 1, ends + after.n, ends[last] - end);
+        if (const unsigned shift = ends[last] - end; shift != 0) {
+            shiftStarts(ends + last + 1, ends + after.n, shift);
+        }
         return;
     }
     unsigned shift = 0;

@@ -115,6 +115,15 @@ void countEmptyColumns(const Array& A)
     countReference("empty-columns-down", A, [&](const kxArray* a, kxArray** r) { return spRef5(a, down.get(), r); });
 }
 
+/// Values that only replace others leave the columns behind them alone.
+void countOverwriting(const Array& A)
+{
+    const Array i = doubles({42});
+    const Array J = doubles({42, 52, 62});
+    const Array b = doubles({7, 8, 9});
+    countChange("overwrite", A, [&](kxArray* a) { return spAss6(a, b.get(), i.get(), J.get()); });
+}
+
 } // namespace
 
 int main()
@@ -125,4 +134,5 @@ int main()
     countSingles(sparse(100, 10, 4));
     countExports(sparse(10, 5, 40));
     countEmptyColumns(sparse(1000, 0, 16));
+    countOverwriting(sparse(1000, 100, 0));
 }
