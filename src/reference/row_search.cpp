@@ -82,6 +82,7 @@ unsigned countRepeats(const Subscript& rows)
 {
     constexpr unsigned kTogether = 256; // entries whose values follow them
     const Numbers numbers(rows.form());
+    const unsigned k = rows.count();
     const Columns out = result != nullptr ? Columns(result) : a;
     std::array<unsigned, kTogether> found;
     std::uint64_t hits = 0;
@@ -102,7 +103,7 @@ unsigned countRepeats(const Subscript& rows)
         }
     };
     forEachColumn(a, columns, [&](unsigned j, unsigned) {
-        mergeHits(numbers, rows.count(), a, j, hit);
+        mergeHits(numbers, k, a, j, hit);
         if (result != nullptr) {
             *columnEnd++ = static_cast<unsigned>(hits);
         }
