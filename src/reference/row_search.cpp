@@ -142,7 +142,7 @@ ArrayOwner gatherFew(const Columns& a, const Subscript& rows, const Subscript& c
             see(i, begin + static_cast<unsigned>(std::countr_zero(same | 1U << kComparedRows)), same != 0);
         }
         for (unsigned i = 0; i < k && !isShort; ++i) {
-            const Slot slot = findStored(a, {rowNumbers[i], column});
+            const Slot slot = findSlot(a, {rowNumbers[i], column});
             see(i, slot.position, slot.stored);
         }
         ends[j] = found;
