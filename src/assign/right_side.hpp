@@ -69,7 +69,7 @@ struct RightSide
         return isMatrix() ? withStorage(b, [t](auto values) { return values.isZero(t); }) : isNothing();
     }
     /// Whether one of the first `count` values is zero.
-    [[nodiscard]] bool anyZero(unsigned count) const;
+    [[nodiscard, gnu::noinline]] bool anyZero(unsigned count) const;
 };
 
 } // namespace zqsp

@@ -14,6 +14,15 @@ namespace zqsp {
     return std::visit([this](const auto& form) { return fill(form); }, subscript_);
 }
 
+[[gnu::noinline]] void writeIndices(const Subscript& subscript, unsigned* to)
+{
+    if (const auto* list = std::get_if<IndexList>(&subscript)) {
+        std::copy_n(list->begin(), list->count(), to);
+        return;
+    }
+    forEachIndex(subscript, [&to](unsigned index) { *to++ = index; });
+}
+
 std::span<const unsigned> IndexWalk::fill(const IndexRange& range)
 {
     const unsigned count = std::min(kBlock, range.size - done_);
