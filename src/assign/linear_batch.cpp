@@ -11,8 +11,8 @@ namespace zqsp {
 
 namespace {
 
-/// `grown`: the target, then. Patches count from one of the positions to the next, and so from value to value; of a run,
-/// from row to row.
+/// `grown`: the target, then. Patches count from one of the positions to the next, and so from value to value; of a
+/// run, from row to row.
 void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const LinearPlan& plan, NumberView values,
               NumberView positions = {.stride = 1})
 {

@@ -49,7 +49,7 @@ class Weaver
     static constexpr unsigned kMost = Spreading::kMost;
 
     /// The first entry of b, or what a scalar puts, in the t-th column.
-    [[nodiscard]] unsigned startOf(unsigned t) const { return b_.isScalar() ? t * rowCount_ : b_.b.jc[t]; }
+    [[nodiscard]] unsigned startOf(unsigned t) const { return b_.isDense() ? t * rowCount_ : b_.b.jc[t]; }
 
     /// Writes the columns and the target rows of the entries of b from `source` on. Columns are counted from the t-th
     /// one; none lies before `column`. Returns that of the last one.
@@ -64,7 +64,7 @@ class Weaver
             } while (at < end);
         }
         for (unsigned i = 0; i < size_; ++i) {
-            newRows_[i] = rows_[b_.isScalar() ? source + i - startOf(t + columns_[i]) : b_.b.ir[source + i]];
+            newRows_[i] = rows_[b_.isDense() ? source + i - startOf(t + columns_[i]) : b_.b.ir[source + i]];
         }
         return column - 1;
     }

@@ -121,7 +121,7 @@ inline void moveUp(const Columns& a, std::size_t to, std::size_t from, std::size
 
 /// copyEntries() for a target that is filled from front to back: what lies behind the new entries is lost.
 [[gnu::noinline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
-                                                 std::size_t from, std::size_t count)
+                                            std::size_t from, std::size_t count)
 {
     const std::size_t whole = wholeRounds(count);
     if ((target.pi != nullptr) != (source.pi != nullptr) || to + whole > target.nzmax || from + whole > source.nzmax ||

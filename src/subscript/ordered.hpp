@@ -69,7 +69,8 @@ class Ordered
     /// All of these places.
     [[nodiscard]] NumberView sourceNumbers() const
     {
-        return isReversed_ ? NumberView{.first = named_ - 1, .stride = ~0U} : NumberView{.list = sources_.get(), .stride = 1};
+        return isReversed_ ? NumberView{.first = named_ - 1, .stride = ~0U}
+                           : NumberView{.list = sources_.get(), .stride = 1};
     }
     /// Whether the places fall from the last to the first.
     [[nodiscard]] bool isReversed() const { return isReversed_; }
