@@ -69,17 +69,21 @@ class Weaver
         return column - 1;
     }
 
-    /// What stays before each in all columns. (In a short column, no search waits for the one before.)
+    /// What stays before each in all columns. In a short column no search waits for the one before, in a long one two
+    /// halves do not wait for each other.
     void findPlaces(const unsigned* starts)
     {
-        const unsigned* const stay = aside_.ir;
-        for (unsigned i = 0, place = 0; i < size_; ++i) {
+        const auto find = [this, starts](unsigned i, unsigned near) {
             const unsigned begin = starts[columns_[i]];
             const unsigned end = starts[columns_[i] + 1];
-            place = end - begin <= kComparedRows && canCompare(aside_, begin)
-                        ? begin + rankAmong(stay + begin, end - begin, newRows_[i])
-                        : gallopNear(stay, std::max(place, begin), end, newRows_[i]);
-            places_[i] = place;
+            return places_[i] = end - begin <= kComparedRows && canCompare(aside_, begin)
+                                    ? begin + rankAmong(aside_.ir + begin, end - begin, newRows_[i])
+                                    : gallopNear(aside_.ir, std::max(near, begin), end, newRows_[i]);
+        };
+        const unsigned half = size_ / 2;
+        for (unsigned i = 0, low = 0, high = 0; i < size_ - half; ++i) {
+            low = find(i, low);
+            high = find(half + i, high);
         }
     }
 
