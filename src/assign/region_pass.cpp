@@ -11,6 +11,11 @@ namespace {
 
 constexpr unsigned kBlock = 1024; // entries, and columns, at a time: these stay in the nearest caches
 
+[[gnu::noinline]] void append(const Columns& to, unsigned at, const Columns& from, unsigned begin, unsigned count)
+{
+    appendEntries(to, at, from, begin, count);
+}
+
 /// Merges what stays of target columns, which has been put together aside, with what b brings. A thousand entries of b
 /// at a time go through short loops, none of which has a branch on how many a column has, or how many stay between two.
 class Weaver
@@ -38,7 +43,7 @@ class Weaver
                 i += setIn(i, source + i);
             }
         }
-        appendEntries(to_, at_, aside_, stayed_, starts[columns] - stayed_);
+        append(to_, at_, aside_, stayed_, starts[columns] - stayed_);
         for (unsigned i = 0; i <= columns; ++i) {
             starts[i] += at + startOf(t + i) - first;
         }
@@ -93,7 +98,7 @@ class Weaver
     {
         unsigned* const places = places_.data() + i;
         if (places[0] - stayed_ >= kMost) {
-            appendEntries(to_, at_, aside_, stayed_, places[0] - stayed_);
+            append(to_, at_, aside_, stayed_, places[0] - stayed_);
             at_ += places[0] - stayed_;
             stayed_ = places[0];
         }
@@ -192,7 +197,7 @@ class Pass
         if constexpr (inPlace) {
             moveDown(to_, at_, next_, size);
         } else {
-            appendEntries(to_, at_, from_, next_, size);
+            append(to_, at_, from_, next_, size);
         }
         if (shift != 0 && column_ < end) {
             shiftStarts(jc_ + column_ + 1, jc_ + end + 1, shift);
