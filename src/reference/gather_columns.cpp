@@ -18,20 +18,26 @@ namespace {
 /// What some columns hold, empty ones left out. (Not initialised: it is large.)
 struct ListedColumns
 {
-    static constexpr unsigned kAhead = 32; // columns behind the last, where an empty one stands for each
+    static constexpr unsigned kAhead = 48; // columns behind the last, where an empty one stands for each
 
     std::size_t count;
     unsigned longest;
     std::array<unsigned, IndexWalk::kBlock + kAhead> begins;
     std::array<unsigned, IndexWalk::kBlock + kAhead> lengths;
 
-    /// Lists the columns and writes their ends in the result from `columnEnd` on. No branch asks which are empty.
+    /// Lists the columns and writes their ends in the result from `columnEnd` on. No branch asks which are empty. (The
+    /// starts are asked for ahead: what was copied before has driven them out of the near caches.)
     [[gnu::noinline]] void list(const unsigned* jc, std::span<const unsigned> columns, unsigned* columnEnd)
     {
+        constexpr std::size_t kStartsAhead = 64;
         unsigned end = columnEnd[-1];
         std::size_t listed = 0;
         unsigned most = 0;
-        for (const std::size_t column : columns) {
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (i + kStartsAhead < columns.size()) {
+                __builtin_prefetch(jc + columns[i + kStartsAhead]);
+            }
+            const std::size_t column = columns[i];
             const unsigned begin = jc[column];
             const unsigned length = jc[column + 1] - begin;
             begins[listed] = begin;
