@@ -18,12 +18,10 @@ namespace {
 /// What some columns hold, empty ones left out. (Not initialised: it is large.)
 struct ListedColumns
 {
-    static constexpr unsigned kAhead = 48; // columns behind the last, where an empty one stands for each
-
     std::size_t count;
     unsigned longest;
-    std::array<unsigned, IndexWalk::kBlock + kAhead> begins;
-    std::array<unsigned, IndexWalk::kBlock + kAhead> lengths;
+    std::array<unsigned, IndexWalk::kBlock> begins;
+    std::array<unsigned, IndexWalk::kBlock> lengths;
 
     /// Lists the columns and writes their ends in the result from `columnEnd` on. No branch asks which are empty. (The
     /// starts are asked for ahead: what was copied before has driven them out of the near caches.)
@@ -49,8 +47,6 @@ struct ListedColumns
         }
         count = listed;
         longest = most;
-        std::fill_n(begins.begin() + listed, kAhead, begins[0]);
-        std::fill_n(lengths.begin() + listed, kAhead, 0U);
     }
 };
 
@@ -61,7 +57,8 @@ struct ListedColumns
 template <typename Values>
 void copyListed(const Columns& a, Values from, const ListedColumns& columns, const Columns& out, std::size_t at)
 {
-    constexpr std::size_t kPiece = 4; // entries
+    constexpr std::size_t kAhead = 48; // columns
+    constexpr std::size_t kPiece = 4;  // entries
     constexpr std::size_t kMostInPieces = 4 * kPiece;
     const bool isTiny = std::min(a.nzmax, out.nzmax) < kPiece;
     const std::size_t inPieces = isTiny ? 0 : std::min<std::size_t>(columns.longest, kMostInPieces);
@@ -78,11 +75,14 @@ void copyListed(const Columns& a, Values from, const ListedColumns& columns, con
         __builtin_prefetch(rows + end);
         from.prefetch(begin, end);
     };
-    for (std::size_t i = 0; i < ListedColumns::kAhead; ++i) {
+    const std::size_t count = columns.count;
+    for (std::size_t i = 0; i < std::min(count, kAhead); ++i) {
         prefetch(i);
     }
-    for (std::size_t i = 0; i < columns.count; ++i) {
-        prefetch(i + ListedColumns::kAhead);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i + kAhead < count) {
+            prefetch(i + kAhead);
+        }
         const std::size_t begin = columns.begins[i];
         const std::size_t length = columns.lengths[i];
         if (length > inPieces || begin > lastIn || at > lastOut) {
