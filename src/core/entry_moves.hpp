@@ -123,6 +123,28 @@ inline void moveUp(const Columns& a, std::size_t to, std::size_t from, std::size
     }
 }
 
+/// What stays of entries, on its way to places of other blocks between which others come: these are marked first, and a
+/// kernel then moves many runs at once. How long each is no branch foresees.
+class Spreading
+{
+  public:
+    static constexpr unsigned kMost = 1024; ///< places
+
+    /// Others come to `count` places.
+    void mark(unsigned place, unsigned count = 1)
+    {
+        for (unsigned i = 0; i < count; ++i) {
+            marks_[place + i] = 1;
+        }
+    }
+    /// Writes the entries `begin` and behind of `from` to those of `size` places, from `at` on, that have no mark; the
+    /// others get anything. The marks are gone then.
+    void move(unsigned size, const Columns& to, std::size_t at, const Columns& from, std::size_t begin);
+
+  private:
+    std::array<std::uint8_t, kMost> marks_{};
+};
+
 /// Adds `shift` to the column starts begin .. end-1. Between random columns lie a few others: these come one by one, as
 /// the ends of a loop over registers would be mispredicted twice.
 inline void shiftStarts(unsigned* begin, unsigned* end, unsigned shift)

@@ -71,16 +71,23 @@ struct Common
 };
 
 /// A filter of a few rows that fits registers: bits at two places that multiplicative hashing gives (Bloom, 1970). Of
-/// rows that it was not given, it lets few pass.
+/// rows that it was not given, it lets few pass. Loops without such registers compare with the rows themselves, as long
+/// as these are very few.
 class FewRows
 {
   public:
-    static constexpr unsigned kWord = 27; ///< the upper five bits of a product number one of 32 words
-    static constexpr unsigned kBit = 22;  ///< the next five a bit of it
-    static constexpr unsigned kNext = 10; ///< and so on for the second place
+    static constexpr unsigned kCompared = 16; ///< rows
+    static constexpr unsigned kHalves = 8;    ///< in a register of 128 bits
+    static constexpr unsigned kWord = 27;     ///< the upper five bits of a product number one of 32 words
+    static constexpr unsigned kBit = 22;      ///< the next five a bit of it
+    static constexpr unsigned kNext = 10;     ///< and so on for the second place
 
     void add(unsigned row)
     {
+        if (count_ < kCompared) {
+            lowHalves_[count_].fill(static_cast<std::uint16_t>(row));
+        }
+        ++count_;
         const unsigned product = row * kHashMultiplier;
         first_[product >> kWord] |= 1U << (product >> kBit) % 32;
         const unsigned next = product << kNext;
@@ -88,10 +95,15 @@ class FewRows
     }
     [[nodiscard]] const unsigned* first() const { return first_.data(); }
     [[nodiscard]] const unsigned* second() const { return second_.data(); }
+    [[nodiscard]] unsigned count() const { return count_; }
+    /// That of one of the first kCompared rows, kHalves times.
+    [[nodiscard]] const std::uint16_t* lowHalves(unsigned i) const { return lowHalves_[i].data(); }
 
   private:
+    unsigned count_ = 0;
     std::array<unsigned, 32> first_{};
     std::array<unsigned, 32> second_{};
+    std::array<std::array<std::uint16_t, kHalves>, kCompared> lowHalves_;
 };
 
 /// What the loops of a table cost beside others, as measured on processors that use it. Choosers read these.
@@ -141,6 +153,12 @@ struct Kernels
     /// The list goes on from block to block, with the same table. Returns the end of what is kept. Written: from `kept`
     /// up to `end`.
     unsigned (*closeUp)(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept);
+
+    /// Writes elements of 1, 2, 4 or 8 bytes from `from` on, in their order, to those of `count` places of another
+    /// block that have no mark: marks[i], 0 or 1, is of the i-th. What a marked place gets, nobody knows. Read: up to
+    /// `room` elements, at least as many as there are places without a mark.
+    void (*spread)(const void* from, std::size_t room, const std::uint8_t* marks, unsigned count, void* to,
+                   unsigned elementSize);
 
     /// ranks[i] = how many of `count` rows are below rows[i], of at most kMostRanked. Rows are distinct. Written: the
     /// ranks.

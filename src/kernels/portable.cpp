@@ -83,6 +83,38 @@ unsigned closeUp(const Entries& entries, unsigned begin, unsigned end, DeletedLi
     return kept;
 }
 
+namespace {
+
+template <typename Word>
+void spreadWords(const void* from, const std::uint8_t* marks, unsigned count, void* to)
+{
+    const auto* next = static_cast<const Word*>(from);
+    auto* const places = static_cast<Word*>(to);
+    for (unsigned i = 0; i < count; ++i) { // no branch depends on a mark
+        places[i] = *next;
+        next += 1 - marks[i];
+    }
+}
+
+} // namespace
+
+void spread(const void* from, std::size_t /*room*/, const std::uint8_t* marks, unsigned count, void* to,
+            unsigned elementSize)
+{
+    for (; count > 0 && marks[count - 1] != 0; --count) { // there may be nothing left for these
+    }
+    switch (elementSize) {
+    case sizeof(std::uint8_t):
+        return spreadWords<std::uint8_t>(from, marks, count, to);
+    case sizeof(std::uint16_t):
+        return spreadWords<std::uint16_t>(from, marks, count, to);
+    case sizeof(std::uint32_t):
+        return spreadWords<std::uint32_t>(from, marks, count, to);
+    default:
+        return spreadWords<std::uint64_t>(from, marks, count, to);
+    }
+}
+
 /// Whole registers. Those of the baseline compare signed words: the order of the rows is kept by turning their highest
 /// bits. (Of a loop over one register within another, g++ 12 makes sixteen comparisons one by one.)
 void rankRows(const unsigned* rows, unsigned count, unsigned* ranks)
@@ -104,10 +136,12 @@ void rankRows(const unsigned* rows, unsigned count, unsigned* ranks)
     }
 }
 
+namespace {
+
 /// Each position is written, and written over by the next one unless its row is there: no branch depends on that. Four
 /// at a time, as each has to wait for the count before it.
-unsigned siftRows(const RowWord* rows, const FewRows* /*few*/, const unsigned* ir, unsigned begin, unsigned end,
-                  unsigned* found)
+[[gnu::noinline]] unsigned siftEach(const RowWord* rows, const unsigned* ir, unsigned begin, unsigned end,
+                                    unsigned* found)
 {
     const auto has = [rows](unsigned row) {
         return (rows[row / RowWord::kBits].members & 1U << row % RowWord::kBits) != 0 ? 1U : 0U;
@@ -129,6 +163,77 @@ unsigned siftRows(const RowWord* rows, const FewRows* /*few*/, const unsigned* i
         count += has(ir[begin]);
     }
     return count;
+}
+
+/// The same of whole groups, of which most have none: those that `mayHave` lets pass. `begin` goes on behind them.
+template <unsigned group, typename MayHave>
+unsigned siftGroups(const RowWord* rows, const unsigned* ir, unsigned& begin, unsigned end, unsigned* found,
+                    MayHave mayHave)
+{
+    unsigned count = 0;
+    for (; end - begin >= group; begin += group) {
+        if (mayHave(ir + begin)) {
+            count += siftEach(rows, ir, begin, begin + group, found + count);
+        }
+    }
+    return count;
+}
+
+#ifdef __SSE2__
+/// Compares low halves, eight of them in a register.
+unsigned siftByHalves(const FewRows& few, const RowWord* rows, const unsigned* ir, unsigned& begin, unsigned end,
+                      unsigned* found)
+{
+    constexpr unsigned kHalves = FewRows::kHalves;
+    const auto load = [](const unsigned* at) {
+        const auto low = [](const unsigned* four) { // with a sign, so that packing keeps it
+            return _mm_srai_epi32(_mm_slli_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(four)), 16), 16);
+        };
+        return _mm_packs_epi32(low(at), low(at + kHalves / 2));
+    };
+    return siftGroups<4 * kHalves>(rows, ir, begin, end, found, [&](const unsigned* at) {
+        const __m128i first = load(at);
+        const __m128i second = load(at + kHalves);
+        const __m128i third = load(at + 2 * kHalves);
+        const __m128i fourth = load(at + 3 * kHalves);
+        __m128i any = _mm_setzero_si128();
+        __m128i more = any;
+#pragma GCC unroll 1
+        for (unsigned i = 0; i < few.count(); ++i) {
+            const __m128i half = _mm_loadu_si128(reinterpret_cast<const __m128i*>(few.lowHalves(i)));
+            any = _mm_or_si128(any, _mm_or_si128(_mm_cmpeq_epi16(first, half), _mm_cmpeq_epi16(second, half)));
+            more = _mm_or_si128(more, _mm_or_si128(_mm_cmpeq_epi16(third, half), _mm_cmpeq_epi16(fourth, half)));
+        }
+        return _mm_movemask_epi8(_mm_or_si128(any, more)) != 0;
+    });
+}
+#endif
+
+unsigned siftFew(const FewRows& few, const RowWord* rows, const unsigned* ir, unsigned& begin, unsigned end,
+                 unsigned* found)
+{
+#ifdef __SSE2__
+    if (few.count() <= FewRows::kCompared) {
+        return siftByHalves(few, rows, ir, begin, end, found);
+    }
+#endif
+    constexpr unsigned kGroup = 8;
+    return siftGroups<kGroup>(rows, ir, begin, end, found, [rows](const unsigned* at) {
+        unsigned any = 0;
+        for (unsigned i = 0; i < kGroup; ++i) {
+            any |= rows[at[i] / RowWord::kBits].members >> at[i] % RowWord::kBits;
+        }
+        return any % 2 != 0;
+    });
+}
+
+} // namespace
+
+unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
+                  unsigned* found)
+{
+    const unsigned count = few != nullptr ? siftFew(*few, rows, ir, begin, end, found) : 0;
+    return count + siftEach(rows, ir, begin, end, found + count);
 }
 
 /// One step along one of the lists or the other at a time, without a branch on the outcome: where the lists are about

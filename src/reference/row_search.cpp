@@ -29,6 +29,9 @@ void mergeHits(const Rows& rows, unsigned count, const Columns& a, unsigned j, F
     const unsigned end = a.jc[j + 1];
     unsigned e = a.jc[j];
     unsigned i = 0;
+    if (e == end) {
+        return; // most columns, where there are more of them than entries
+    }
     if (count <= kFewRows && end - e <= kComparedRows && canCompare(a, e)) {
         for (; i < count; ++i) {
             if (const unsigned same = whichAmong(ir + e, end - e, rows[i]); same != 0) {

@@ -58,11 +58,12 @@ struct Found
 class Sieve
 {
   public:
-    /// About so many entries are to be sifted.
-    Sieve(const RowSet& set, const Subscript& rows, std::uint64_t entries) : set_(set)
+    /// Of a set of numbers below an extent. About so many entries are to be sifted.
+    Sieve(const RowSet& set, unsigned extent, const Subscript& rows, std::uint64_t entries) : set_(set)
     {
         constexpr std::uint64_t kPaysForFilter = 4096;
-        if (entries >= kPaysForFilter && set.count() <= kernels().costs.mostFewRows) {
+        constexpr unsigned kMostPass = 64; // one in so many rows: a branch on each that passes would be mispredicted
+        if (entries >= kPaysForFilter && set.count() <= std::min(kernels().costs.mostFewRows, extent / kMostPass)) {
             FewRows& few = few_.emplace();
             forEachIndex(rows, [&](unsigned row) { few.add(row); });
         }
@@ -99,16 +100,27 @@ class SelectedRows
     /// All of the columns to come, or of fewer.
     [[nodiscard]] std::uint64_t entries() const { return entries_; }
 
-    /// What lies in the rows.
-    void select(unsigned first, unsigned count)
+    /// What lies in the rows; as much at a time as there is room for all of it. (Counting what is selected first takes
+    /// half as long as moving it.)
+    [[gnu::noinline]] void select(unsigned first, unsigned count)
     {
-        const unsigned begin = a_.jc[first];
-        const unsigned size = a_.jc[first + count] - begin;
-        if (size > out_.nzmax - written_) {
-            makeRoom(countSelected(a_, begin, begin + size, rows_));
+        const auto room = [this] { return std::max(out_.nzmax - written_, kBlock); };
+        for (unsigned some = 0; count > 0; first += some, count -= some) {
+            some = columnsTogether(a_, first, count, room());
+            const unsigned end = a_.jc[first + some];
+            std::array<unsigned, 2> piece{a_.jc[first], a_.jc[first]}; // of a long column
+            do {
+                piece[1] += std::min(room(), end - piece[1]);
+                const unsigned size = piece[1] - piece[0];
+                if (size > out_.nzmax - written_) {
+                    makeRoom(isExact_ ? size : countSelected(a_, piece[0], piece[1], rows_));
+                }
+                written_ = kernels().moveSelected(entriesOf(a_), some == 1 ? piece.data() : a_.jc + first, some, rows_,
+                                                  entriesOf(out_), written_, out_.jc + taken_ + 1);
+                piece[0] = piece[1];
+            } while (piece[0] < end);
+            taken_ += some;
         }
-        written_ = moveSelected(a_, first, count, rows_, out_, written_, out_.jc + taken_ + 1);
-        taken_ += count;
     }
 
     /// The same for the members of a set, where that is little: values are looked at only of what is found.
@@ -230,10 +242,9 @@ ArrayOwner selectRows(const Columns& a, const Subscript& rows, const RowSet& sel
     SelectedRows result(a, selected.ranked(), selected.count(), columns);
     std::optional<Sieve> sieve;
     if (sifts) {
-        sieve.emplace(selected, rows, result.entries());
+        sieve.emplace(selected, a.m, rows, result.entries());
     }
-    constexpr unsigned kTogether = 1U << 16; // entries
-    forEachColumnBlock(a, columns, kTogether, [&](unsigned first, unsigned count) {
+    forEachColumnRun(a, columns, [&](unsigned first, unsigned count) {
         if (sieve) {
             result.sift(*sieve, first, count);
         } else {

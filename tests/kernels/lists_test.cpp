@@ -76,7 +76,7 @@ TEST_P(KernelTable, SiftsRows)
 {
     forEachLength([&](unsigned length) {
         for (const bool hasFew : {false, true}) {
-            const unsigned m = 1 + draw(3000);
+            const unsigned m = 1 + draw(oneIn(4) ? 200000 : 3000);
             const Words rows = ascending(m, oneIn(2) ? 1 : anyShare());
             FewRows few;
             std::ranges::for_each(rows, [&](unsigned row) { few.add(row); });
