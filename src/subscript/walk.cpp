@@ -26,8 +26,9 @@ namespace zqsp {
 std::span<const unsigned> IndexWalk::fill(const IndexRange& range)
 {
     const unsigned count = std::min(kBlock, range.size - done_);
-    for (unsigned i = 0; i < count; ++i) {
-        buffer_[i] = range[std::size_t{done_} + i];
+    unsigned index = range[done_];
+    for (unsigned i = 0; i < count; ++i, index += static_cast<unsigned>(range.stride)) {
+        buffer_[i] = index;
     }
     done_ += count;
     return {buffer_.data(), count};
