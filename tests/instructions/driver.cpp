@@ -118,10 +118,9 @@ void countEmptyColumns(const Array& A)
 /// Values that only replace others leave the columns behind them alone.
 void countOverwriting(const Array& A)
 {
-    const Array i = doubles({42});
-    const Array J = doubles({42, 52, 62});
-    const Array b = doubles({7, 8, 9});
-    countChange("overwrite", A, [&](kxArray* a) { return spAss6(a, b.get(), i.get(), J.get()); });
+    const Array K = doubles({41042, 46042, 51042}); // the second one is not stored
+    const Array b = doubles({7, 0, 9});
+    countChange("overwrite", A, [&](kxArray* a) { return spAss3(a, b.get(), K.get()); });
 }
 
 } // namespace
