@@ -46,7 +46,6 @@ void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsig
     if (rowsOf(B.get()) != namedRows || kxGetN(B.get()) != namedColumns) {
         B.become(kxTranspose(B.get()));
     }
-    B.become(kxMustBeSparse(B.get()));
     if (region.rows.isReversed()) {
         ArrayOwner turned(kxCreateDeepCopy(B.get())); // (A colon reference would refuse columns beyond the maximum.)
         turnRows(Columns(turned.get()));
@@ -63,6 +62,14 @@ void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsig
     if (rows != nullptr || columns != nullptr) {
         B.become(kxSparseReference(B.get(), rows, region.rows.count(), columns, region.columns.count()));
     }
+}
+
+/// Whether B is full, but can be written as it is: it lies in the region's order, and every value becomes an entry.
+bool isReadWhereItIs(const kxArray* B, const Region& region)
+{
+    const auto isInOrder = [](const Ordered& numbers) { return numbers.sources() == nullptr && !numbers.isReversed(); };
+    return !isSparse(B) && classOf(B) == kxDOUBLE_CLASS && !hasFlag(B, kxFLAG_COLON_OBJECT) && isInOrder(region.rows) &&
+           isInOrder(region.columns) && !RightSide::matrix(B).anyZero(kxGetNumNonZeroEl(B));
 }
 
 /// Grows a target without writing anything into it.
@@ -118,6 +125,10 @@ void writeRegion(Target& target, Operand& B, const Named& named, Region region, 
     const bool isScalar = kxIsScalar(B.get());
     const bool isEmpty = namedRows == 0 || namedColumns == 0;
     const bool writesNothing = isEmpty || (isScalar && isZeroScalar(B.get()));
+    const bool isFull = !isScalar && !isEmpty && isReadWhereItIs(B.get(), region);
+    if (!isScalar && !isEmpty && !isFull) {
+        B.become(kxMustBeSparse(B.get()));
+    }
     unsigned freshCapacity = 0; // of a target without sparse content, unless it gets more entries
     if (named.I == nullptr) {
         freshCapacity = kxGetNumNonZeroEl(B.get()) * (isScalar ? namedColumns : 1);
@@ -133,7 +144,9 @@ void writeRegion(Target& target, Operand& B, const Named& named, Region region, 
     if (!isScalar) {
         alignWithRegion(B, region, namedRows, namedColumns);
     }
-    const RightSide b = isScalar ? RightSide::scalar(B.get()) : RightSide::matrix(B.get());
+    const RightSide b = isScalar ? RightSide::scalar(B.get())
+                        : isFull ? RightSide::full(B.get())
+                                 : RightSide::matrix(B.get());
     fillTarget(target, region, b, freshCapacity);
 }
 
@@ -364,8 +377,8 @@ spStatus assignRegion(Target& target, const kxArray* originalB, const Named& nam
     return assignMatrix(target, B, named);
 }
 
-/// Whole rows or columns. B becomes sparse unless it is a scalar. A target without a class that is assigned as a whole
-/// becomes what B is by then.
+/// Whole rows or columns. B becomes sparse before its class changes, unless it is a scalar. A target without a class
+/// that is assigned as a whole becomes what B is by then.
 spStatus assignLines(Target& target, const kxArray* originalB, const Named& named)
 {
     const kxArray* const A = target.get();
@@ -374,7 +387,9 @@ spStatus assignLines(Target& target, const kxArray* originalB, const Named& name
         return spAssignDimMismatch;
     }
     const bool takesAll = classOf(A) == kxUNKNOWN_CLASS && isColon(named.I != nullptr ? named.I : named.J);
-    if (!kxIsScalar(B.get()) && (takesAll || !kxIsEmpty(B.get()))) { // column starts of what is empty serve nobody
+    const bool isConverted = takesAll || targetClass(A, B.get()) != classOf(B.get());
+    if (!kxIsScalar(B.get()) && isConverted &&
+        (takesAll || !kxIsEmpty(B.get()))) { // column starts of what is empty serve nobody
         B.become(kxMustBeSparse(B.get()));
     }
     if (takesAll) {

@@ -26,8 +26,9 @@ namespace zqsp {
 std::span<const unsigned> IndexWalk::fill(const IndexRange& range)
 {
     const unsigned count = std::min(kBlock, range.size - done_);
-    for (unsigned i = 0; i < count; ++i) {
-        buffer_[i] = range[std::size_t{done_} + i];
+    unsigned index = range[done_];
+    for (unsigned i = 0; i < count; ++i, index += static_cast<unsigned>(range.stride)) {
+        buffer_[i] = index;
     }
     done_ += count;
     return {buffer_.data(), count};
@@ -183,12 +184,15 @@ void addAll(RowSet& set, const Subscript& subscript)
     }
     unsigned word = 0;
     std::uint32_t members = 0;
-    forEachIndex(subscript, [&](unsigned number) {
-        const unsigned own = number / RowWord::kBits;
-        members = valueIf(own == word, members) | 1U << number % RowWord::kBits;
-        word = own;
-        set.setWord(word, members);
-    });
+    IndexWalk walk(subscript);
+    for (auto numbers = walk.next(); !numbers.empty(); numbers = walk.next()) {
+        for (const unsigned number : numbers) { // (in a function that it calls, what it gathers would live in memory)
+            const unsigned own = number / RowWord::kBits;
+            members = valueIf(own == word, members) | 1U << number % RowWord::kBits;
+            word = own;
+            set.setWord(word, members);
+        }
+    }
 }
 
 } // namespace zqsp
