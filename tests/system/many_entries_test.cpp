@@ -160,19 +160,28 @@ TEST_P(ManyEntries, EveryStrideOfRows)
     }
 }
 
-/// More columns, and longer ones, than are put together at a time.
+/// More columns, and longer ones, than are put together at a time; many rows, and a few far apart.
 TEST_P(ManyEntries, RowsAssigned)
 {
     const SeededDraws draws(5);
-    for (const auto& [m, n] : {std::pair(5U, 3000U), std::pair(3001U, 4U)}) {
-        const Model a = scattered(GetParam(), m, n, m);
-        const Subscript odd = Subscript::range(1, 2, m);
-        for (const Storage storage : {GetParam(), Storage{GetParam().classId}}) {
-            const RightSide b = RightSide::of(scattered(storage, m / 2 + 1, n, m));
-            expectAllAsPredicted({.callee = Export::Ass5, .a = a, .b = b, .i = odd});
+    for (const auto& [m, n] : {std::pair(5U, 3000U), {3001U, 4U}, {600U, 30U}, {12000U, 2U}}) {
+        const Model a = scattered(GetParam(), m, n, m / 2);
+        std::vector<double> odd(m / 2 + 1);
+        std::iota(odd.begin(), odd.end(), 1);
+        std::for_each(odd.begin(), odd.end(), [](double& row) { row = 2 * row - 1; });
+        for (const std::vector<double>& rows : {odd, ascending(sample(m, 10), true)}) {
+            const Subscript i = Subscript::list(rows);
+            const auto size = static_cast<unsigned>(rows.size());
+            const std::vector<Value> ones(std::size_t{size} * n, 1);
+            for (const Storage storage : {GetParam(), Storage{GetParam().classId}}) {
+                for (const RightSide& b : {RightSide::of(scattered(storage, size, n, size)),
+                                           RightSide::full({size, n}, ones, storage), RightSide::scalar(1)}) {
+                    expectAllAsPredicted({.callee = Export::Ass5, .a = a, .b = b, .i = i});
+                }
+            }
+            const Subscript most = Subscript::range(2, 1, n + 2);
+            expectAllAsPredicted({.callee = Export::Ass6, .a = a, .b = RightSide::scalar(1), .i = i, .j = most});
         }
-        const Subscript most = Subscript::range(2, 1, n + 2);
-        expectAllAsPredicted({.callee = Export::Ass6, .a = a, .b = RightSide::scalar(1), .i = odd, .j = most});
     }
 }
 
