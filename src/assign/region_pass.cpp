@@ -11,11 +11,6 @@ namespace {
 
 constexpr unsigned kBlock = 1024; // entries, and columns, at a time: these stay in the nearest caches
 
-[[gnu::noinline]] void append(const Columns& to, unsigned at, const Columns& from, unsigned begin, unsigned count)
-{
-    appendEntries(to, at, from, begin, count);
-}
-
 /// Merges what stays of target columns, which has been put together aside, with what b brings. A thousand entries of b
 /// at a time go through short loops, none of which has a branch on how many a column has, or how many stay between two.
 class Weaver
@@ -43,7 +38,7 @@ class Weaver
                 i += setIn(i, source + i);
             }
         }
-        append(to_, at_, aside_, stayed_, starts[columns] - stayed_);
+        appendEntries(to_, at_, aside_, stayed_, starts[columns] - stayed_);
         for (unsigned i = 0; i <= columns; ++i) {
             starts[i] += at + startOf(t + i) - first;
         }
@@ -94,7 +89,7 @@ class Weaver
     {
         unsigned* const places = places_.data() + i;
         if (places[0] - stayed_ >= kMost) {
-            append(to_, at_, aside_, stayed_, places[0] - stayed_);
+            appendEntries(to_, at_, aside_, stayed_, places[0] - stayed_);
             at_ += places[0] - stayed_;
             stayed_ = places[0];
         }
@@ -141,7 +136,7 @@ class Pass
     /// From one set of blocks to another, or within one. The column starts of `to` are the old ones. `others`: the rows
     /// that stay; null for none.
     Pass(const Columns& from, const Columns& to, const RowSet* others)
-        : from_(from), to_(to), jc_(to.jc), others_(others), inPlace_(from.ir == to.ir)
+        : from_(from), to_(to), jc_(to.jc), others_(others)
     {
     }
 
@@ -151,7 +146,7 @@ class Pass
         // Inlined by force, as is what it calls: the counts stay in registers (uniform1/set-region.zero 0.035, 0.038).
         forEachRun(
             columns.form(), [this](unsigned first, unsigned length) __attribute__((always_inline)) {
-                keepUpTo(first);
+                keepUpTo<true>(first);
                 const unsigned end = first + length;
                 if (others_ != nullptr && length <= kFewColumns && jc_[end] - next_ <= kFewEntries) {
                     clearShort(end);
@@ -159,14 +154,14 @@ class Pass
                     at_ = select(end, to_, at_);
                 }
             });
-        keepUpTo(to_.n);
+        keepUpTo<true>(to_.n);
     }
 
     /// Into other blocks. `aside`: of the weaver.
     void fill(const Ordered& columns, const Columns& aside, Weaver& weaver)
     {
         forEachRun(columns.form(), [&](unsigned first, unsigned length) {
-            keepUpTo(first);
+            keepUpTo<false>(first);
             for (const unsigned end = first + length; column_ < end;) {
                 unsigned* const starts = jc_ + column_;
                 const unsigned before = column_;
@@ -176,7 +171,7 @@ class Pass
                 done_ += column_ - before;
             }
         });
-        keepUpTo(to_.n);
+        keepUpTo<false>(to_.n);
     }
 
   private:
@@ -185,14 +180,15 @@ class Pass
     static constexpr unsigned kFewColumns = 4;
 
     /// Appends the columns before `end`.
+    template <bool inPlace>
     [[gnu::always_inline]] void keepUpTo(unsigned end)
     {
         const unsigned size = column_ < end ? jc_[end] - next_ : 0;
         const unsigned shift = at_ - next_;
-        if (inPlace_) {
+        if constexpr (inPlace) {
             moveDown(to_, at_, next_, size);
         } else {
-            append(to_, at_, from_, next_, size);
+            appendEntries(to_, at_, from_, next_, size);
         }
         if (shift != 0 && column_ < end) {
             shiftStarts(jc_ + column_ + 1, jc_ + end + 1, shift);
@@ -250,7 +246,6 @@ class Pass
     const Columns& to_;
     unsigned* jc_; // the new starts up to that of the next column, then the old ones
     const RowSet* others_;
-    bool inPlace_;
     unsigned column_ = 0; // the next one
     unsigned next_ = 0;   // its first entry
     unsigned at_ = 0;     // entries of the result so far

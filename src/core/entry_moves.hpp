@@ -60,6 +60,13 @@ inline void copyEntryRounds(const Columns& target, std::size_t to, const Columns
     }
 }
 
+/// (By a call, as there is room for one size where it is inlined.)
+[[gnu::noinline]] inline void copyByteEntries(const Columns& target, std::size_t to, const Columns& source,
+                                              std::size_t from, std::size_t count, Rounds order)
+{
+    copyEntryRounds<1>(target, to, source, from, count, order);
+}
+
 /// Copies a short run of entries in whole rounds; false, with nothing copied, where that is not worth while.
 inline bool copyShortRun(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
                          std::size_t count, Rounds order)
@@ -69,7 +76,7 @@ inline bool copyShortRun(const Columns& target, std::size_t to, const Columns& s
         return true;
     }
     if (count <= kLongMove && target.elementSize == 1) {
-        copyEntryRounds<1>(target, to, source, from, count, order);
+        copyByteEntries(target, to, source, from, count, order);
         return true;
     }
     return false;
@@ -113,8 +120,8 @@ inline void moveUp(const Columns& a, std::size_t to, std::size_t from, std::size
 }
 
 /// copyEntries() for a target that is filled from front to back: what lies behind the new entries is lost.
-[[gnu::always_inline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
-                                                 std::size_t from, std::size_t count)
+[[gnu::noinline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
+                                            std::size_t from, std::size_t count)
 {
     const std::size_t whole = wholeRounds(count);
     if ((target.pi != nullptr) != (source.pi != nullptr) || to + whole > target.nzmax || from + whole > source.nzmax ||

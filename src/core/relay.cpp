@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <utility>
 
 namespace zqsp {
@@ -19,6 +20,26 @@ void exchange(Block<T>& owned, void* installed, Setter install)
 
 void updateColumnStarts(const Columns& after, Patches patches)
 {
+    if (patches.empty()) {
+        return;
+    }
+    const unsigned first = patches.front().column;
+    const unsigned last = patches.back().column;
+    // Where few columns lie between two patches, or none, no branch foresees how many.
+    constexpr unsigned kFew = 8;
+    if ((last - first) / kFew < patches.size() && patches.size() / kFew < last - first) {
+        unsigned* const ends = after.jc + 1;
+        const unsigned end = ends[last];
+        for (unsigned j = last; j > first; --j) {
+            ends[j] -= ends[j - 1];
+        }
+        for (const Patch& patch : patches) {
+            ends[patch.column] += patch.growth();
+        }
+        std::partial_sum(ends + first, ends + last + 1, ends + first);
+        shiftStarts(ends + last + 1, ends + after.n, ends[last] - end);
+        return;
+    }
     unsigned shift = 0;
     for (std::size_t i = 0; i < patches.size(); ++i) {
         shift += patches[i].growth();
@@ -149,19 +170,20 @@ void Relay::copyAll(Patches patches, Writer write) const
     unsigned from = 0;     // what is not copied yet
     unsigned shift = 0;    // of that
     std::size_t first = 0; // patch that is not written yet
-    const auto writeOne = [&] {
-        const Patch& patch = patches[first++];
+    const auto writeNext = [&](const Patch& patch) {
         if (patch.length > 0) {
             write(patch, patch.begin + shift);
         }
         shift += patch.growth();
         from = patch.end;
+        ++first;
     };
     const auto writeBefore = [&](std::size_t end) __attribute__((noinline))
     {
         spreading.move(size, to, from + shift, before_, from);
-        for (size = 0; first < end;) {
-            writeOne();
+        size = 0;
+        for (const Patch& patch : patches.subspan(first, end - first)) {
+            writeNext(patch);
         }
     };
     unsigned next = 0; // the entry behind the last patch
@@ -174,7 +196,7 @@ void Relay::copyAll(Patches patches, Writer write) const
                 writeBefore(i);
             }
             appendEntries(to, from + shift, before_, from, patch.begin - from);
-            writeOne();
+            writeNext(patch);
             continue;
         }
         if (size + stay + come > Spreading::kMost) {

@@ -33,7 +33,7 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
 {
     const Slot slot = findStored(a, {row, column});
     if (!slot.stored) {
-        const bool hasRoom = a.length(column) > 0 && a.m > 1 && !useRowMap(a, 1);
+        const bool hasRoom = a.length(column) > 0 && !useRowMap(a, 1);
         return createLike(a, 1, 1, hasRoom ? 1 : 0);
     }
     ArrayOwner result = createLike(a, 1, 1, 1);
