@@ -72,10 +72,6 @@ struct PlainValues
         std::memcpy(pr + to, from.pr + source, count * sizeof(T));
     }
     [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const { prefetchRun(pr, begin, end); }
-    void fill(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count) const
-    {
-        std::fill_n(pr + to, count, from.pr[source]);
-    }
     [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == T{}; }
 };
 
@@ -120,11 +116,6 @@ struct ComplexValues
             prefetchRun(pi, begin, end);
         }
     }
-    void fill(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
-    {
-        std::fill_n(pr + to, count, from.pr[source]);
-        std::fill_n(pi + to, count, from.imaginary(source));
-    }
     [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == 0.0 && imaginary(at) == 0.0; }
 
   private:
@@ -167,9 +158,11 @@ struct GenericValues
     }
     void fill(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
     {
+        constexpr std::size_t kTogether = 1024; // elements, which the nearest cache holds
         copyRun(to, from, source, std::min<std::size_t>(count, 1));
-        for (std::size_t done = 1; done < count; done *= 2) { // what is filled is copied behind itself
-            copyRun(to + done, *this, to, std::min(done, count - done));
+        for (std::size_t done = 1, some = 0; done < count; done += some) { // what is filled is copied behind itself
+            some = std::min({done, count - done, kTogether});
+            copyRun(to + done, *this, to, some);
         }
     }
     [[nodiscard]] bool isZero(std::size_t at) const

@@ -50,6 +50,18 @@ bool storeIndices(const double* values, unsigned count, double highest, unsigned
     return allGood;
 }
 
+Steps highStepsTo(const unsigned* indices, unsigned count, unsigned expected)
+{
+    Steps steps;
+    for (unsigned i = 0; i < count; ++i) {
+        const unsigned before = indices[static_cast<std::ptrdiff_t>(i) - 1];
+        steps.fall |= indices[i] < before;
+        steps.rise |= indices[i] > before;
+        steps.irregular |= indices[i] - before != expected;
+    }
+    return steps;
+}
+
 Steps stepsTo(const unsigned* indices, unsigned count, unsigned expected)
 {
     return stepsLoop(indices, count, expected);

@@ -26,19 +26,30 @@ Common intersect(const unsigned* first, unsigned firstCount, const unsigned* sec
                  unsigned* inFirst, unsigned* inSecond);
 void writeStarts(const unsigned* columns, unsigned count, unsigned length, unsigned* starts);
 
-/// stepsTo(), to be compiled for other processors, too.
+/// stepsTo() where an index may have its highest bit.
+Steps highStepsTo(const unsigned* indices, unsigned count, unsigned expected);
+
+/// stepsTo(), to be compiled for other processors, too. Of indices below 2^31, the highest bit of a difference says
+/// which is the lower: measured, half the time of comparing them.
 [[gnu::always_inline]] inline Steps stepsLoop(const unsigned* indices, unsigned count, unsigned expected)
 {
+    constexpr unsigned kHighest = 1U << 31U;
     unsigned falls = 0;
     unsigned rises = 0;
     unsigned others = 0;
+    unsigned all = count > 0 ? indices[-1] : 0;
     const unsigned* const before = indices - 1;
     for (unsigned i = 0; i < count; ++i) {
-        falls |= indices[i] < before[i] ? 1U : 0U;
-        rises |= indices[i] > before[i] ? 1U : 0U;
-        others |= (indices[i] - before[i]) ^ expected;
+        const unsigned step = indices[i] - before[i];
+        falls |= step;
+        rises |= before[i] - indices[i];
+        others |= step ^ expected;
+        all |= indices[i];
     }
-    return {falls != 0, rises != 0, others != 0};
+    if (all >= kHighest) {
+        return highStepsTo(indices, count, expected);
+    }
+    return {falls >= kHighest, rises >= kHighest, others != 0};
 }
 
 // What is left to do where whole registers end.

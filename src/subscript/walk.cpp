@@ -14,6 +14,15 @@ namespace zqsp {
     return std::visit([this](const auto& form) { return fill(form); }, subscript_);
 }
 
+[[gnu::noinline]] void writeIndices(const Subscript& subscript, unsigned* to)
+{
+    if (const auto* list = std::get_if<IndexList>(&subscript)) {
+        std::copy_n(list->begin(), list->count(), to);
+        return;
+    }
+    forEachIndex(subscript, [&to](unsigned index) { *to++ = index; });
+}
+
 std::span<const unsigned> IndexWalk::fill(const IndexRange& range)
 {
     const unsigned count = std::min(kBlock, range.size - done_);
@@ -175,12 +184,15 @@ void addAll(RowSet& set, const Subscript& subscript)
     }
     unsigned word = 0;
     std::uint32_t members = 0;
-    forEachIndex(subscript, [&](unsigned number) {
-        const unsigned own = number / RowWord::kBits;
-        members = valueIf(own == word, members) | 1U << number % RowWord::kBits;
-        word = own;
-        set.setWord(word, members);
-    });
+    IndexWalk walk(subscript);
+    for (auto numbers = walk.next(); !numbers.empty(); numbers = walk.next()) {
+        for (const unsigned number : numbers) { // (in a function that it calls, what it gathers would live in memory)
+            const unsigned own = number / RowWord::kBits;
+            members = valueIf(own == word, members) | 1U << number % RowWord::kBits;
+            word = own;
+            set.setWord(word, members);
+        }
+    }
 }
 
 } // namespace zqsp

@@ -50,6 +50,9 @@ void forEachIndex(const Subscript& subscript, F&& f)
     }
 }
 
+/// Writes the indices of the subscript, in its order.
+void writeIndices(const Subscript& subscript, unsigned* to);
+
 /// The index that comes first, of a subscript that is not empty.
 inline unsigned firstOf(const Subscript& subscript)
 {

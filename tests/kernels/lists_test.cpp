@@ -40,19 +40,21 @@ TEST_P(KernelTable, LearnsSteps)
 {
     forEachLength([&](unsigned length) {
         for (const unsigned expected : {0U, 1U, 0xFFFFFFFFU, 0x80000001U}) {
-            Words indices(length + 1, anyWord());
+            Words indices(length + 1, oneIn(2) ? anyWord() : draw(1000));
             for (unsigned i = 1; i <= length; ++i) {
                 indices[i] = indices[i - 1] + expected;
             }
             if (length > 0 && oneIn(2)) {
-                indices[draw(length + 1)] = anyWord();
+                indices[draw(length + 1)] = oneIn(2) ? anyWord() : draw(1000);
             }
             const Guarded all(indices, edge());
             const Steps steps = table().stepsTo(all.data() + 1, length, expected);
-            const Steps expectedSteps = portable().stepsTo(all.data() + 1, length, expected);
-            EXPECT_EQ(steps.fall, expectedSteps.fall);
-            EXPECT_EQ(steps.rise, expectedSteps.rise);
-            EXPECT_EQ(steps.irregular, expectedSteps.irregular);
+            const auto isAny = [&](const auto& step) {
+                return std::ranges::adjacent_find(indices, step) != indices.end();
+            };
+            EXPECT_EQ(steps.fall, isAny(std::greater<>()));
+            EXPECT_EQ(steps.rise, isAny(std::less<>()));
+            EXPECT_EQ(steps.irregular, isAny([=](unsigned i, unsigned next) { return next - i != expected; }));
         }
     });
 }
