@@ -104,6 +104,12 @@ inline ColumnCount countColumns(const Columns& a, const Subscript& columns)
         });
         return total;
     }
+    const auto* range = std::get_if<IndexRange>(&columns);
+    if (range != nullptr && range->size > 0 && (range->stride == 1 || range->stride == -1)) {
+        const IndexRange ascending = range->ascending();
+        return {std::uint64_t{jc[ascending.last + std::size_t{1}]} - jc[ascending.first],
+                range->isRun() ? 1U : range->size};
+    }
     IndexWalk walk(columns);
     for (auto indices = walk.next(); !indices.empty(); indices = walk.next()) {
         unsigned neighbours = 0;

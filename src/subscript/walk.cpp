@@ -84,33 +84,16 @@ std::span<const Run> RunWalk::next()
         std::ranges::transform(indices, runs_.begin(), [](unsigned index) { return Run{index, 1}; });
         return {runs_.data(), indices.size()};
     }
-    constexpr std::size_t kTogether = 32;
+    // Each index is written as the end of a run, its own or that of the one before: no branch asks which.
     std::size_t count = 0;
-    for (std::size_t i = 0; i < indices.size();) {
-        const std::size_t end = i + std::min(kTogether, indices.size() - i);
-        // Mostly, none has a neighbour, which takes no chain of steps from one index to the next.
-        unsigned neighbours = 0;
-        for (std::size_t k = std::max<std::size_t>(i, 1); k < end; ++k) {
-            neighbours += indices[k] == indices[k - 1] + 1 ? 1U : 0U;
-        }
-        if (neighbours == 0) {
-            for (; i < end; ++i) {
-                runs_[count++] = {indices[i], 1};
-            }
-            continue;
-        }
-        // Each index is written as the end of a run, its own or that of the one before: no branch asks which.
-        unsigned first = count == 0 ? indices[i] : runs_[count - 1].first;
-        unsigned next = count == 0 ? indices[i] : indices[i - 1] + 1; // what the run goes on with
-        count += count == 0 ? 1 : 0;
-        for (; i < end; ++i) {
-            const unsigned index = indices[i];
-            const bool goesOn = index == next;
-            count += goesOn ? 0U : 1U;
-            first = index - valueIf(goesOn, index - first);
-            next = index + 1;
-            runs_[count - 1] = {first, next - first};
-        }
+    unsigned first = 0;
+    unsigned next = 0; // what the run goes on with
+    for (const unsigned index : indices) {
+        const bool goesOn = count > 0 && index == next;
+        count += goesOn ? 0U : 1U;
+        first = index - valueIf(goesOn, index - first);
+        next = index + 1;
+        runs_[count - 1] = {first, next - first};
     }
     return {runs_.data(), count};
 }
