@@ -133,6 +133,22 @@ void addClosing(std::vector<Loop>& loops)
     }
 }
 
+/// One place in ten, and every second one, is marked.
+void addSpreading(std::vector<Loop>& loops)
+{
+    for (const unsigned each : {2U, 10U}) {
+        std::vector<std::uint8_t> marks(kEntries);
+        std::ranges::for_each(draws(kEntries / each, kEntries), [&](unsigned place) { marks[place] = 1; });
+        for (const unsigned size : {4U, 8U}) {
+            loops.push_back({fmt::format("spread/{}/{}", each, size), [] {},
+                             [=, from = std::vector<std::uint64_t>(kEntries),
+                              to = std::vector<std::uint64_t>(kEntries)](const Kernels& with) mutable {
+                                 with.spread(from.data(), kEntries, marks.data(), kEntries, to.data(), size);
+                             }});
+        }
+    }
+}
+
 void addSearches(std::vector<Loop>& loops)
 {
     for (const unsigned length : {4U, 10U, 16U, 40U, 100U}) { // columns one after the other
@@ -199,6 +215,7 @@ void run(const std::regex& wanted)
     addNumbers(loops);
     addSelections(loops);
     addClosing(loops);
+    addSpreading(loops);
     addSearches(loops);
     const auto tables = availableKernels();
     for (const Loop& loop : loops) {

@@ -56,6 +56,9 @@ std::optional<Refusal> fromNumeric(const kxArray* K, const ValueRules& rules, Su
 
 std::optional<Refusal> convert(const kxArray* K, const ValueRules& rules, Subscript& positions)
 {
+    if (convertFew(K, rules.limit, positions)) {
+        return std::nullopt;
+    }
     const SubscriptKind kind = kindOf(K);
     if (kind == SubscriptKind::kNumeric) {
         return fromNumeric(K, rules, positions);

@@ -11,18 +11,20 @@ namespace zqsp {
 
 namespace {
 
-/// `grown`: the target, then.
-void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const LinearPlan& plan)
+/// `grown`: the target, then. Patches count from one of the positions to the next, and so from value to value; of a
+/// run, from row to row.
+void carryOut(kxArray* A, const LinearLayout& grown, const RightSide& b, const LinearPlan& plan, NumberView values,
+              NumberView positions = {.stride = 1})
 {
     Relay relay(
         A, {.capacity = plan.capacity(), .columns = std::max(grown.n(), kxGetN(A)), .imaginaryPart = b.isComplex()});
     const Columns after = relay.after();
-    const std::size_t step = b.isMatrix() ? 1 : 0; // from value to value
     withStorage(after, after, b.b, [&](auto to, auto, auto from) {
         relay.commit(plan.patches(), [&](const Patch& patch, unsigned at) {
-            for (unsigned k = 0; k < patch.length; ++k) {
-                after.ir[at + k] = patch.row + k;
-                to.copy(at + k, from, patch.source + k * step);
+            const unsigned first = patch.row - positions[patch.source];
+            for (unsigned i = patch.source; i < patch.source + patch.length; ++i, ++at) {
+                after.ir[at] = first + positions[i];
+                to.copy(at, from, values[i]);
             }
         });
     });
@@ -92,7 +94,7 @@ void removeStored(kxArray* A, const LinearLayout& grown, const Subscript& named)
         marked = std::max(marked, hits.sources()[i] + 1);
     }
     const Ordered removed(isMarked ? Subscript(LogicalMask{marks.get(), marked, countTrue(marks.get(), 0, marked)})
-                                   : Subscript(IndexList(hits.takeSources(), count, orderOf(positions))),
+                                   : Subscript(IndexList(hits.sources(), count, orderOf(positions))),
                           Repeats::kLast);
     const auto patches = Block<Patch>::make(count);
     std::size_t size = 0;
@@ -123,10 +125,11 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const RightSide& b, con
     const LinearLayout initial(m, n, first);
     LinearLayout grown = initial;
     grown.cover(grown.placeOf(highestOf(positions)));
+    const NumberView values{.stride = b.isMatrix() ? 1U : 0U};
     if (count == 1) {
         assignOne(A, grown, b, first);
     } else if (isRun && isEven) {
-        carryOut(A, grown, b, LinearPlan::forRun(a, initial, b, *range));
+        carryOut(A, grown, b, LinearPlan::forRun(a, initial, b, *range), values);
     } else if (b.isNothing() && range != nullptr) {
         removeStored(A, grown, range->ascending().below(elements));
     } else if (b.isNothing() && highestOf(positions) < elements) {
@@ -135,7 +138,13 @@ void assignPositions(kxArray* A, unsigned m, unsigned n, const RightSide& b, con
         const Numbers numbers(positions);
         if (range != nullptr || !overwriteInOrder(A, initial, b, numbers, positions)) {
             const bool isInside = grown.m() == a.m && grown.n() == a.n;
-            carryOut(A, grown, b, LinearPlan::forPositions(a, initial, b, positions, numbers, isInside));
+            const bool onlyStores = isInside && !b.anyZero(count); // what else there is depends on the order
+            const Ordered ordered(borrowed(positions), onlyStores ? Repeats::kLast : Repeats::kAll);
+            const bool isInOrder = ordered.sources() == nullptr && !ordered.isReversed();
+            const Numbers sorted = isInOrder ? Numbers() : Numbers(ordered.form());
+            const NumberView& ascending = isInOrder ? numbers : sorted;
+            const auto plan = LinearPlan::forPositions(a, initial, b, ordered, ascending, numbers, onlyStores);
+            carryOut(A, grown, b, plan, b.isMatrix() ? ordered.sourceNumbers() : NumberView(), ascending);
         }
     }
 }
@@ -146,7 +155,7 @@ void assignSparse(kxArray* A, unsigned m, unsigned n, const RightSide& b, const 
     LinearLayout grown = initial;
     grown.cover(grown.placeOf(range.highest()));
     const Columns a(A);
-    carryOut(A, grown, b, LinearPlan::forSparseValues(a, initial, b, range));
+    carryOut(A, grown, b, LinearPlan::forSparseValues(a, initial, b, range), {.stride = 1});
 }
 
 } // namespace zqsp

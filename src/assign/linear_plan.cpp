@@ -5,6 +5,7 @@
 #include "lookup/find_hits.hpp"
 
 #include <algorithm>
+#include <limits>
 
 namespace zqsp {
 
@@ -23,19 +24,7 @@ void findSlots(const Columns& a, const LinearLayout& layout, NumberView position
         unsigned operator[](unsigned i) const { return layout.placeOf(positions[i]).column; }
     } columns{layout, positions};
     const unsigned inside = lowerBound(columns, 0, count, a.n);
-    if (inside <= a.nnz()) {
-        searchPlaces(a, inside, placeOf, [&](unsigned i, Slot slot) { slotOf(i, placeOf(i), slot); });
-    } else { // a step or none leads from one to the next (cells/set-linear.mask5 7.4, 11)
-        for (unsigned i = 0, entry = 0; i < inside; ++i) {
-            const Place place = placeOf(i);
-            entry = std::max(entry, a.jc[place.column]);
-            const unsigned end = a.jc[place.column + std::size_t{1}];
-            while (entry < end && a.ir[entry] < place.row) {
-                ++entry;
-            }
-            slotOf(i, place, Slot{entry, entry < end && a.ir[entry] == place.row});
-        }
-    }
+    searchPlaces(a, inside, placeOf, [&](unsigned i, Slot slot) { slotOf(i, placeOf(i), slot); });
     for (unsigned i = inside; i < count; ++i) {
         slotOf(i, placeOf(i), Slot{a.nnz(), false});
     }
@@ -194,32 +183,52 @@ LinearPlan LinearPlan::forSparseValues(const Columns& a, const LinearLayout& lay
 }
 
 LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout, const RightSide& b,
-                                    const Subscript& positions, NumberView numbers, bool isInside)
+                                    const Ordered& ordered, NumberView ascending, NumberView numbers, bool onlyStores)
 {
     LinearPlan plan(a, layout);
-    const bool isPlain = isInside && !b.anyZero(countOf(positions)); // it only inserts and overwrites
-    const Ordered ordered(borrowed(positions), isPlain ? Repeats::kLast : Repeats::kAll);
-    const bool isInOrder = ordered.sources() == nullptr && !ordered.isReversed();
-    const Numbers sorted = isInOrder ? Numbers() : Numbers(ordered.form());
-    const NumberView ascending = isInOrder ? numbers : NumberView(sorted);
     const unsigned count = ordered.count();
-    plan.patches_.reserve(count);
-    findSlots(a, layout, ascending, count, [&](unsigned i, Place place, Slot slot) {
-        plan.add({.column = place.column,
-                  .begin = slot.position,
-                  .end = slot.position + (slot.stored ? 1U : 0U),
-                  .length = 1,
-                  .row = place.row,
-                  .source = b.source(ordered.source(i))});
-    });
-    if (!isPlain) {
-        plan.changeInTurn(b, ordered, ascending, numbers);
+    const unsigned last = layout.placeOf(ascending[count - std::size_t{1}]).column;
+    if (onlyStores && ascending.list != nullptr && count > a.jc[last + std::size_t{1}] + std::uint64_t{last}) {
+        plan.addByGaps(ascending.list, count);
     } else {
+        plan.patches_.reserve(count);
+        findSlots(a, layout, ascending, count, [&](unsigned i, Place place, Slot slot) {
+            plan.add({.column = place.column,
+                      .begin = slot.position,
+                      .end = slot.position + (slot.stored ? 1U : 0U),
+                      .length = 1,
+                      .row = place.row,
+                      .source = i});
+        });
+    }
+    if (onlyStores) {
         CapacityReplay replay(a);
         replay.insert(plan.insertions_, layout);
         plan.capacity_ = replay.capacity();
+    } else {
+        plan.changeInTurn(b, ordered, ascending, numbers);
     }
     return plan;
+}
+
+/// Positions in A, each once: for each entry, and at the end of each column, those that come before it.
+[[gnu::noinline]] void LinearPlan::addByGaps(const unsigned* ascending, unsigned count)
+{
+    for (unsigned i = 0, column = layout_.placeOf(ascending[0]).column; i < count; ++column) {
+        const std::uint64_t base = std::uint64_t{column} * a_.m;
+        const unsigned end = a_.jc[column + std::size_t{1}];
+        const auto rowOf = [&](unsigned number) { return static_cast<unsigned>(ascending[number] - base); };
+        for (unsigned e = a_.jc[column]; e <= end; ++e) {
+            const auto bound = static_cast<unsigned>(
+                std::min<std::uint64_t>(base + (e < end ? a_.ir[e] : a_.m), std::numeric_limits<std::uint32_t>::max()));
+            const unsigned next = gallopNear(ascending, i, count, bound);
+            add({.column = column, .begin = e, .end = e, .length = next - i, .row = rowOf(i), .source = i});
+            i = next;
+            if (e < end && i < count && ascending[i] == bound) {
+                add({.column = column, .begin = e, .end = e + 1, .length = 1, .row = a_.ir[e], .source = i++});
+            }
+        }
+    }
 }
 
 /// Lets zeros remove what is stored, and the last of repeated positions win; the capacity follows the changes in the

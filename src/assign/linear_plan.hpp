@@ -71,10 +71,12 @@ class LinearPlan
     /// target and of the matrix, and the matrix's columns.
     static LinearPlan forSparseValues(const Columns& a, const LinearLayout& layout, const RightSide& b,
                                       const IndexRange& range);
-    /// Any positions, whose numbers are known; `isInside`: of the target. A patch for each; of a repeated position, all
-    /// but the last patch change nothing.
+    /// Any positions, `numbers` as they are named, and in ascending order, whose numbers are the sources of patches. A
+    /// patch for each; of a repeated position, all but the last patch change nothing. `onlyStores`: all are in A, each
+    /// once, and no value is zero; where they are many, there is a patch for each that is stored, and for all others
+    /// that no entry lies between.
     static LinearPlan forPositions(const Columns& a, const LinearLayout& layout, const RightSide& b,
-                                   const Subscript& positions, NumberView numbers, bool isInside);
+                                   const Ordered& ordered, NumberView ascending, NumberView numbers, bool onlyStores);
 
     [[nodiscard]] Patches patches() const { return patches_; }
     [[nodiscard]] unsigned capacity() const { return capacity_; }
@@ -83,6 +85,7 @@ class LinearPlan
     LinearPlan(const Columns& a, const LinearLayout& layout) : a_(a), layout_(layout), capacity_(a.nzmax) {}
 
     void add(const Patch& patch);
+    void addByGaps(const unsigned* ascending, unsigned count);
     void replay(const IndexRange& range);
     void changeInTurn(const RightSide& b, const Ordered& ordered, NumberView ascending, NumberView numbers);
 

@@ -11,13 +11,123 @@ namespace {
 
 constexpr unsigned kBlock = 1024; // entries, and columns, at a time: these stay in the nearest caches
 
-/// What is set in, and where what stays is put together before it comes to its place.
-struct Filling
+/// Merges what stays of target columns, which has been put together aside, with what b brings. A thousand entries of b
+/// at a time go through short loops, none of which has a branch on how many a column has, or how many stay between two.
+class Weaver
 {
-    const RightSide& b;
-    NumberView rows; ///< of the region
-    unsigned rowCount;
-    const Columns aside;
+  public:
+    /// `rows`: of the region, which are `rowCount`.
+    Weaver(const RightSide& b, NumberView rows, unsigned rowCount, const Columns& aside, const Columns& to)
+        : b_(b), rows_(rows), rowCount_(rowCount), aside_(aside), to_(to)
+    {
+    }
+
+    /// Appends `columns` target columns from the t-th one on, at entry `at` and behind. `starts` count what stays of
+    /// them, and are those of the result then. Returns the last one.
+    [[gnu::noinline]] unsigned weave(unsigned t, unsigned columns, unsigned* starts, unsigned at)
+    {
+        const unsigned first = startOf(t);
+        const unsigned end = startOf(t + columns);
+        at_ = at;
+        stayed_ = 0;
+        for (unsigned source = first, column = 0; source < end; source += size_) {
+            size_ = std::min(end - source, kMost);
+            column = list(source, t, column);
+            findPlaces(starts);
+            for (unsigned i = 0; i < size_;) {
+                i += setIn(i, source + i);
+            }
+        }
+        appendEntries(to_, at_, aside_, stayed_, starts[columns] - stayed_);
+        for (unsigned i = 0; i <= columns; ++i) {
+            starts[i] += at + startOf(t + i) - first;
+        }
+        return starts[columns];
+    }
+
+  private:
+    static constexpr unsigned kMost = Spreading::kMost;
+
+    /// The first entry of b, or what a scalar puts, in the t-th column.
+    [[nodiscard]] unsigned startOf(unsigned t) const { return b_.isScalar() ? t * rowCount_ : b_.b.jc[t]; }
+
+    /// Writes the columns and the target rows of the entries of b from `source` on. Columns are counted from the t-th
+    /// one; none lies before `column`. Returns that of the last one.
+    unsigned list(unsigned source, unsigned t, unsigned column)
+    {
+        for (unsigned end = 0; end < size_; ++column) {
+            unsigned at = end;
+            end = std::min(startOf(t + column + 1) - source, size_);
+            do { // whole rounds
+                std::fill_n(columns_.begin() + at, kRound, static_cast<std::uint16_t>(column));
+                at += kRound;
+            } while (at < end);
+        }
+        for (unsigned i = 0; i < size_; ++i) {
+            newRows_[i] = rows_[b_.isScalar() ? source + i - startOf(t + columns_[i]) : b_.b.ir[source + i]];
+        }
+        return column - 1;
+    }
+
+    /// What stays before each in all columns. (In a short column, no search waits for the one before.)
+    void findPlaces(const unsigned* starts)
+    {
+        const unsigned* const stay = aside_.ir;
+        for (unsigned i = 0, place = 0; i < size_; ++i) {
+            const unsigned begin = starts[columns_[i]];
+            const unsigned end = starts[columns_[i] + 1];
+            place = end - begin <= kComparedRows && canCompare(aside_, begin)
+                        ? begin + rankAmong(stay + begin, end - begin, newRows_[i])
+                        : gallopNear(stay, std::max(place, begin), end, newRows_[i]);
+            places_[i] = place;
+        }
+    }
+
+    /// Appends as much as there is room for in places: of what comes, from number i on, which is entry `source` of b,
+    /// and of what stays before it. Returns how much comes.
+    unsigned setIn(unsigned i, unsigned source)
+    {
+        unsigned* const places = places_.data() + i;
+        if (places[0] - stayed_ >= kMost) {
+            appendEntries(to_, at_, aside_, stayed_, places[0] - stayed_);
+            at_ += places[0] - stayed_;
+            stayed_ = places[0];
+        }
+        unsigned count = size_ - i;
+        while (places[count - 1] - stayed_ + count > kMost) {
+            count /= 2;
+        }
+        const unsigned last = places[count - 1];
+        for (unsigned k = 0; k < count; ++k) {
+            places[k] += k - stayed_;
+            spreading_.mark(places[k]);
+        }
+        spreading_.move(last - stayed_ + count, to_, at_, aside_, stayed_);
+        for (unsigned k = 0; k < count; ++k) {
+            to_.ir[at_ + places[k]] = newRows_[i + k];
+        }
+        withStorage(to_, to_, b_.b, [&](auto to, auto, auto from) {
+            for (unsigned k = 0; k < count; ++k) {
+                to.copy(at_ + places[k], from, b_.isScalar() ? 0 : source + k);
+            }
+        });
+        at_ += last - stayed_ + count;
+        stayed_ = last;
+        return count;
+    }
+
+    const RightSide& b_;
+    const NumberView rows_;
+    const unsigned rowCount_;
+    const Columns aside_;
+    const Columns to_;
+    unsigned size_ = 0;   // entries of b
+    unsigned stayed_ = 0; // entries of what stays that are appended
+    unsigned at_ = 0;
+    Spreading spreading_;
+    std::array<std::uint16_t, kMost + kRound> columns_;
+    std::array<unsigned, kMost> newRows_;
+    std::array<unsigned, kMost> places_; // of `to`, less `at_`; before, among what stays
 };
 
 class Pass
@@ -26,7 +136,7 @@ class Pass
     /// From one set of blocks to another, or within one. The column starts of `to` are the old ones. `others`: the rows
     /// that stay; null for none.
     Pass(const Columns& from, const Columns& to, const RowSet* others)
-        : from_(from), to_(to), jc_(to.jc), others_(others), inPlace_(from.ir == to.ir)
+        : from_(from), to_(to), jc_(to.jc), others_(others)
     {
     }
 
@@ -36,7 +146,7 @@ class Pass
         // Inlined by force, as is what it calls: the counts stay in registers (uniform1/set-region.zero 0.035, 0.038).
         forEachRun(
             columns.form(), [this](unsigned first, unsigned length) __attribute__((always_inline)) {
-                keepUpTo(first);
+                keepUpTo<true>(first);
                 const unsigned end = first + length;
                 if (others_ != nullptr && length <= kFewColumns && jc_[end] - next_ <= kFewEntries) {
                     clearShort(end);
@@ -44,25 +154,24 @@ class Pass
                     at_ = select(end, to_, at_);
                 }
             });
-        keepUpTo(to_.n);
+        keepUpTo<true>(to_.n);
     }
 
-    /// Into other blocks.
-    void fill(const Ordered& columns, const Filling& filling)
+    /// Into other blocks. `aside`: of the weaver.
+    void fill(const Ordered& columns, const Columns& aside, Weaver& weaver)
     {
         forEachRun(columns.form(), [&](unsigned first, unsigned length) {
-            keepUpTo(first);
+            keepUpTo<false>(first);
             for (const unsigned end = first + length; column_ < end;) {
-                const unsigned column = column_;
-                const unsigned kept = select(endOfBlock(end), filling.aside, 0);
-                if (to_.classId == kxDOUBLE_CLASS && to_.pi == nullptr) {
-                    setIn(filling, column, kept, RealValues(to_), RealValues(filling.b.b));
-                } else {
-                    setIn(filling, column, kept, GenericValues(to_), GenericValues(filling.b.b));
-                }
+                unsigned* const starts = jc_ + column_;
+                const unsigned before = column_;
+                select(endOfBlock(end), aside, 0);
+                starts[0] = 0;
+                at_ = weaver.weave(done_, column_ - before, starts, at_);
+                done_ += column_ - before;
             }
         });
-        keepUpTo(to_.n);
+        keepUpTo<false>(to_.n);
     }
 
   private:
@@ -71,14 +180,15 @@ class Pass
     static constexpr unsigned kFewColumns = 4;
 
     /// Appends the columns before `end`.
+    template <bool inPlace>
     [[gnu::always_inline]] void keepUpTo(unsigned end)
     {
         const unsigned size = column_ < end ? jc_[end] - next_ : 0;
         const unsigned shift = at_ - next_;
-        if (inPlace_) {
+        if constexpr (inPlace) {
             moveDown(to_, at_, next_, size);
         } else {
-            append(at_, from_, next_, size);
+            appendEntries(to_, at_, from_, next_, size);
         }
         if (shift != 0 && column_ < end) {
             shiftStarts(jc_ + column_ + 1, jc_ + end + 1, shift);
@@ -86,11 +196,6 @@ class Pass
         column_ = end;
         at_ += size;
         next_ += size;
-    }
-
-    [[gnu::noinline]] void append(unsigned at, const Columns& source, unsigned from, unsigned count) const
-    {
-        appendEntries(to_, at, source, from, count);
     }
 
     /// The columns up to `most`, at least one, whose entries fit aside.
@@ -137,57 +242,10 @@ class Pass
         }
     }
 
-    /// Appends `kept` entries that stay in the columns from `column` on, and between them what comes. The column
-    /// starts, which count what stays, are those of the result then.
-    template <typename Values>
-    void setIn(const Filling& filling, unsigned column, unsigned kept, Values to, Values from)
-    {
-        const bool isScalar = filling.b.isScalar();
-        const unsigned* const bRows = filling.b.b.ir;
-        const NumberView targetRows = filling.rows;
-        const Columns aside = filling.aside;
-        const Values stays(aside);
-        unsigned* const ends = jc_ + 1;
-        unsigned* const newRows = to_.ir;
-        const unsigned capacity = to_.nzmax;
-        unsigned copied = 0; // of what stays
-        unsigned at = at_;
-        const auto copyUpTo = [&](unsigned end) __attribute__((always_inline))
-        {
-            const unsigned count = end - copied;
-            if (count <= kRound && capacity - at >= kRound && aside.nzmax - copied >= kRound) {
-                copyRun(newRows + at, aside.ir + copied, kRound); // a whole one: no branch foresees how many there are
-                to.copyRun(at, stays, copied, kRound);
-            } else {
-                append(at, aside, copied, count);
-            }
-            at += count;
-            copied = end;
-        };
-        for (unsigned place = 0; column < column_; ++column, ++done_) {
-            const unsigned end = ends[column];
-            const unsigned sourceEnd = isScalar ? filling.rowCount : filling.b.b.jc[done_ + std::size_t{1}];
-            for (unsigned source = isScalar ? 0 : filling.b.b.jc[done_]; source < sourceEnd; ++source) {
-                const unsigned row = targetRows[isScalar ? source : bRows[source]];
-                if (copied < end) {
-                    place = placeAmong(aside, place, end, row);
-                    copyUpTo(place);
-                }
-                newRows[at] = row;
-                to.copy(at++, from, isScalar ? 0 : source);
-            }
-            place = end;
-            ends[column] = at + (end - copied);
-        }
-        copyUpTo(kept);
-        at_ = at;
-    }
-
     const Columns& from_;
     const Columns& to_;
     unsigned* jc_; // the new starts up to that of the next column, then the old ones
     const RowSet* others_;
-    bool inPlace_;
     unsigned column_ = 0; // the next one
     unsigned next_ = 0;   // its first entry
     unsigned at_ = 0;     // entries of the result so far
@@ -245,7 +303,8 @@ bool fillInOnePass(kxArray* A, const Region& region, const RightSide& b, const R
     aside.ir = reinterpret_cast<unsigned*>(block.get() + 2 * room * a.elementSize);
     const Numbers rows(region.rows.form());
     relay.commitAnew([&](const Columns& after) {
-        Pass(relay.before(), after, others).fill(region.columns, {b, rows, region.rows.count(), aside});
+        Weaver weaver(b, rows, region.rows.count(), aside, after);
+        Pass(relay.before(), after, others).fill(region.columns, aside, weaver);
     });
     return true;
 }

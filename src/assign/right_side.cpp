@@ -65,7 +65,8 @@ void makeTruthsOne(Operand& B)
 
 bool isZeroScalar(const kxArray* B, const Columns& b)
 {
-    return (isSparse(B) && b.nnz() == 0) || withStorage(b, [](auto values) { return values.isZero(0); });
+    return (isSparse(B) && b.nnz() == 0) ||
+           (b.classId == kxDOUBLE_CLASS ? ComplexValues(b).isZero(0) : GenericValues(b).isZero(0));
 }
 
 bool RightSide::anyZero(unsigned count) const

@@ -141,17 +141,47 @@ unsigned oneStepMore(unsigned nzmax, unsigned /*m*/, unsigned /*n*/)
     return checkedCount(std::uint64_t{nzmax} + kCapacityStep);
 }
 
+/// Stores a scalar at one element of a sparse A, `before`, which grows to m rows and to cover the column.
+[[gnu::noinline]] void storeScalar(kxArray* A, const Columns& before, Place place, unsigned m, const kxArray* B)
+{
+    checkColumnGrowth(A, place.column);
+    storeElement(A, before, place, std::max(m, before.m), std::max(place.column + 1, before.n), RightSide::scalar(B),
+                 oneStepMore);
+}
+
+/// A(i,j) = v of plain numbers, where nothing needs a conversion or a copy; false for anything else. A stored element
+/// is overwritten where it lies: most of such calls do no more.
+bool assignNumber(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J)
+{
+    const unsigned most = kxGetMaxNumberOfElements();
+    const unsigned row = plainIndex(I, most);
+    const unsigned column = row != kNoIndex ? plainIndex(J, most) : kNoIndex;
+    if (column == kNoIndex || !isPlainNumber(B) || B->class_id != kxDOUBLE_CLASS || A->class_id != kxDOUBLE_CLASS ||
+        !isSparse(A) || A->pr == B->pr || A->pr == I->pr || A->pr == J->pr) {
+        return false;
+    }
+    const unsigned* const dims = A->get_dimensions();
+    const Columns before(A, dims[0], dims[1]);
+    const double value = *static_cast<const double*>(B->pr);
+    if (column < before.n && value != 0 && before.pi == nullptr) {
+        if (const Slot slot = findStored(before, {row, column}); slot.stored) {
+            RealValues(before).pr[slot.position] = value;
+            return true;
+        }
+    }
+    storeScalar(A, before, {row, column}, row + 1, B);
+    return true;
+}
+
 /// Stores a scalar at one element, growing the target to m rows and to cover the column.
 void assignElement(Target& target, Place place, unsigned m, const kxArray* B)
 {
-    checkColumnGrowth(target.get(), place.column);
-    const RightSide b = RightSide::scalar(B);
     if (!isUnset(target.get())) {
         kxArray* const A = target.own();
-        const Columns before(A);
-        storeElement(A, before, place, std::max(m, before.m), std::max(place.column + 1, before.n), b, oneStepMore);
+        storeScalar(A, Columns(A), place, m, B);
         return;
     }
+    const RightSide b = RightSide::scalar(B);
     ArrayOwner fresh(kxCreateSparseNumericMatrix(m, place.column + 1, 1, classOf(B), kxREAL));
     storeElement(fresh.get(), Columns(fresh.get()), place, m, place.column + 1, b, oneStepMore);
     target.become(std::move(fresh));
@@ -270,21 +300,8 @@ spStatus assignMatrix(Target& target, Operand& B, const Named& named)
     return assignConverted(target, B, named, std::move(rows), std::move(columns));
 }
 
-/// Whether neither the value nor the target needs a conversion.
-bool isOneNumber(const kxArray* A, const kxArray* B)
-{
-    return isPlainNumber(B) && B->class_id == kxDOUBLE_CLASS && A->class_id == kxDOUBLE_CLASS;
-}
-
 spStatus assignRegion(Target& target, const kxArray* originalB, const Named& named)
 {
-    const unsigned most = kxGetMaxNumberOfElements();
-    const unsigned row = plainIndex(named.I, most);
-    const unsigned column = row != kNoIndex ? plainIndex(named.J, most) : kNoIndex;
-    if (column != kNoIndex && isOneNumber(target.get(), originalB)) {
-        assignElement(target, {row, column}, row + 1, originalB);
-        return spOK;
-    }
     Operand B(originalB);
     if (!isDeletionMarker(originalB)) {
         B.become(kxMustBe(originalB, targetClass(target.get(), originalB)));
@@ -343,6 +360,9 @@ spStatus spAss6(kxArray* A, const kxArray* B, const kxArray* I, const kxArray* J
 {
     using namespace zqsp;
     checkOperands(A, B, I, J);
+    if (assignNumber(A, B, I, J)) {
+        return assigned(A, spOK);
+    }
     if (classOf(A) == kxUNKNOWN_CLASS && isColon(I) && isColon(J)) {
         // A target without a class takes B whole, whatever its shape.
         replaceContent(A, ArrayOwner(kxDuplicateArray(B)));

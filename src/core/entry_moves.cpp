@@ -67,6 +67,23 @@ void turnValues(std::byte* values, unsigned elementSize, const unsigned* jc, uns
 
 } // namespace
 
+void Spreading::move(unsigned size, const Columns& to, std::size_t at, const Columns& from, std::size_t begin)
+{
+    if (size == 0) {
+        return;
+    }
+    const auto spread = [&](const std::byte* source, std::byte* target, std::size_t elementSize) {
+        kernels().spread(source + begin * elementSize, from.nzmax - begin, marks_.data(), size,
+                         target + at * elementSize, static_cast<unsigned>(elementSize));
+    };
+    spread(reinterpret_cast<const std::byte*>(from.ir), reinterpret_cast<std::byte*>(to.ir), sizeof *to.ir);
+    spread(from.pr, to.pr, to.elementSize);
+    if (from.pi != nullptr && to.pi != nullptr) {
+        spread(from.pi, to.pi, to.elementSize);
+    }
+    std::fill_n(marks_.begin(), size, std::uint8_t{0});
+}
+
 void turnRows(const Columns& a)
 {
     turnColumns(a.ir, a.jc, a.n, [last = a.m - 1](unsigned row) { return last - row; });

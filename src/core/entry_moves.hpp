@@ -60,6 +60,13 @@ inline void copyEntryRounds(const Columns& target, std::size_t to, const Columns
     }
 }
 
+/// (By a call, as there is room for one size where it is inlined.)
+[[gnu::noinline]] inline void copyByteEntries(const Columns& target, std::size_t to, const Columns& source,
+                                              std::size_t from, std::size_t count, Rounds order)
+{
+    copyEntryRounds<1>(target, to, source, from, count, order);
+}
+
 /// Copies a short run of entries in whole rounds; false, with nothing copied, where that is not worth while.
 inline bool copyShortRun(const Columns& target, std::size_t to, const Columns& source, std::size_t from,
                          std::size_t count, Rounds order)
@@ -69,7 +76,7 @@ inline bool copyShortRun(const Columns& target, std::size_t to, const Columns& s
         return true;
     }
     if (count <= kLongMove && target.elementSize == 1) {
-        copyEntryRounds<1>(target, to, source, from, count, order);
+        copyByteEntries(target, to, source, from, count, order);
         return true;
     }
     return false;
@@ -113,8 +120,8 @@ inline void moveUp(const Columns& a, std::size_t to, std::size_t from, std::size
 }
 
 /// copyEntries() for a target that is filled from front to back: what lies behind the new entries is lost.
-[[gnu::always_inline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
-                                                 std::size_t from, std::size_t count)
+[[gnu::noinline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
+                                            std::size_t from, std::size_t count)
 {
     const std::size_t whole = wholeRounds(count);
     if ((target.pi != nullptr) != (source.pi != nullptr) || to + whole > target.nzmax || from + whole > source.nzmax ||
@@ -122,6 +129,28 @@ inline void moveUp(const Columns& a, std::size_t to, std::size_t from, std::size
         copyEntries(target, to, source, from, count);
     }
 }
+
+/// What stays of entries, on its way to places of other blocks between which others come: these are marked first, and a
+/// kernel then moves many runs at once. How long each is no branch foresees.
+class Spreading
+{
+  public:
+    static constexpr unsigned kMost = 1024; ///< places
+
+    /// Others come to `count` places.
+    void mark(unsigned place, unsigned count = 1)
+    {
+        for (unsigned i = 0; i < count; ++i) {
+            marks_[place + i] = 1;
+        }
+    }
+    /// Writes the entries `begin` and behind of `from` to those of `size` places, from `at` on, that have no mark; the
+    /// others get anything. The marks are gone then.
+    void move(unsigned size, const Columns& to, std::size_t at, const Columns& from, std::size_t begin);
+
+  private:
+    std::array<std::uint8_t, kMost> marks_{};
+};
 
 /// Adds `shift` to the column starts begin .. end-1. Between random columns lie a few others: these come one by one, as
 /// the ends of a loop over registers would be mispredicted twice.

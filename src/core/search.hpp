@@ -40,7 +40,7 @@ unsigned gallop(const Sorted& sorted, unsigned lo, unsigned hi, unsigned key)
 }
 
 /// The same for an answer expected within the next few rows, which are compared at once.
-inline unsigned gallopNear(const unsigned* rows, unsigned lo, unsigned hi, unsigned key)
+[[gnu::noinline]] inline unsigned gallopNear(const unsigned* rows, unsigned lo, unsigned hi, unsigned key)
 {
     for (unsigned tries = 0; tries < 2 && hi - lo >= kComparedRows; ++tries) {
         const unsigned rank = rankAmong(rows + lo, kComparedRows, key);

@@ -272,6 +272,24 @@ struct Lanes
         _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(bytes, places));
     }
 
+    ZQSP_LOOPS static unsigned spread(const unsigned* from, const std::uint8_t* marks, unsigned* to)
+    {
+        const Places places = unmarked(marks);
+        const __m256i words = _mm256_permutevar8x32_epi32(load(from), widened(places.sources));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), words);
+        return places.taken;
+    }
+    ZQSP_LOOPS static unsigned spread(const std::uint64_t* from, const std::uint8_t* marks, std::uint64_t* to)
+    {
+        constexpr unsigned kHalf = kLanes / 2;
+        const Places places = unmarked(marks);
+        const std::uint64_t high = places.sources >> 8 * kHalf;
+        const auto taken = static_cast<unsigned>(high & 0xFF);
+        spreadFour(from, places.sources, to);
+        spreadFour(from + taken, high - taken * kInEach, to + kHalf);
+        return places.taken;
+    }
+
     ZQSP_LOOPS static unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size,
                                           unsigned base, const Selection<kLanes>& selection, unsigned* ends)
     {
@@ -285,6 +303,34 @@ struct Lanes
     }
 
   private:
+    static constexpr std::uint64_t kInEach = 0x0101010101010101; // a byte for each lane
+
+    /// What comes next goes to the places without a mark: for each of eight the number of what it gets, a byte each.
+    struct Places
+    {
+        std::uint64_t sources;
+        unsigned taken;
+    };
+
+    static Places unmarked(const std::uint8_t* marks)
+    {
+        std::uint64_t each = 0;
+        std::memcpy(&each, marks, sizeof each);
+        const std::uint64_t upTo = each * kInEach; // marks up to each place, itself included
+        return {kLanesIn.back() - (upTo << 8), kLanes - static_cast<unsigned>(upTo >> 8 * (kLanes - 1))};
+    }
+
+    /// `sources`: in the lowest bytes.
+    ZQSP_LOOPS static void spreadFour(const std::uint64_t* from, std::uint64_t sources, std::uint64_t* to)
+    {
+        const __m256i four =
+            _mm256_slli_epi64(_mm256_cvtepu8_epi64(_mm_cvtsi64_si128(static_cast<std::int64_t>(sources))), 1);
+        const __m256i halves =
+            _mm256_or_si256(four, _mm256_slli_epi64(_mm256_add_epi64(four, _mm256_set1_epi64x(1)), 32));
+        const __m256i words = _mm256_permutevar8x32_epi32(load(reinterpret_cast<const unsigned*>(from)), halves);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), words);
+    }
+
     ZQSP_LOOPS static Choice chosen(__m256i newRows, __m256i isSelected, unsigned count)
     {
         return {newRows, bitsOf(count >= kLanes ? isSelected : _mm256_and_si256(isSelected, lanesOf(count)))};

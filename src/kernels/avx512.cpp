@@ -213,6 +213,26 @@ struct Lanes
                          _mm512_cvtepi32_epi8(_mm512_maskz_compress_epi32(static_cast<__mmask16>(selected), wide)));
     }
 
+    ZQSP_LOOPS static unsigned spread(const unsigned* from, const std::uint8_t* marks, unsigned* to)
+    {
+        const __mmask16 open = unmarked(marks);
+        _mm512_storeu_si512(to, _mm512_maskz_expand_epi32(open, _mm512_loadu_si512(from)));
+        return countOnesAtOnce(open);
+    }
+    ZQSP_LOOPS static unsigned spread(const std::uint64_t* from, const std::uint8_t* marks, std::uint64_t* to)
+    {
+        constexpr unsigned kHalf = kLanes / 2;
+        const unsigned open = unmarked(marks);
+        const auto lowBits = static_cast<__mmask8>(open);
+        const auto highBits = static_cast<__mmask8>(open >> kHalf);
+        const unsigned taken = countOnesAtOnce(lowBits);
+        const __m512d low = _mm512_loadu_pd(reinterpret_cast<const double*>(from));
+        const __m512d high = _mm512_loadu_pd(reinterpret_cast<const double*>(from + taken));
+        _mm512_storeu_pd(reinterpret_cast<double*>(to), _mm512_maskz_expand_pd(lowBits, low));
+        _mm512_storeu_pd(reinterpret_cast<double*>(to + kHalf), _mm512_maskz_expand_pd(highBits, high));
+        return countOnesAtOnce(open);
+    }
+
     /// All words of the selection are in registers: measured in columns of five entries, a third of the time of one end
     /// after the other.
     ZQSP_LOOPS static unsigned columnEnds(const unsigned* from, unsigned count, unsigned begin, unsigned size,
@@ -243,6 +263,13 @@ struct Lanes
             inside = countOnesAtOnce(isInside);
         }
         return served;
+    }
+
+  private:
+    ZQSP_LOOPS static __mmask16 unmarked(const std::uint8_t* marks)
+    {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(marks));
+        return static_cast<__mmask16>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
     }
 };
 

@@ -154,6 +154,12 @@ struct Kernels
     /// up to `end`.
     unsigned (*closeUp)(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept);
 
+    /// Writes elements of 1, 2, 4 or 8 bytes from `from` on, in their order, to those of `count` places of another
+    /// block that have no mark: marks[i], 0 or 1, is of the i-th. What a marked place gets, nobody knows. Read: up to
+    /// `room` elements, at least as many as there are places without a mark.
+    void (*spread)(const void* from, std::size_t room, const std::uint8_t* marks, unsigned count, void* to,
+                   unsigned elementSize);
+
     /// ranks[i] = how many of `count` rows are below rows[i], of at most kMostRanked. Rows are distinct. Written: the
     /// ranks.
     void (*rankRows)(const unsigned* rows, unsigned count, unsigned* ranks);

@@ -95,6 +95,38 @@ unsigned closeUp(const Entries& entries, unsigned begin, unsigned end, DeletedLi
     return kept;
 }
 
+namespace {
+
+template <typename Word>
+void spreadWords(const void* from, const std::uint8_t* marks, unsigned count, void* to)
+{
+    const auto* next = static_cast<const Word*>(from);
+    auto* const places = static_cast<Word*>(to);
+    for (unsigned i = 0; i < count; ++i) { // no branch depends on a mark
+        places[i] = *next;
+        next += 1 - marks[i];
+    }
+}
+
+} // namespace
+
+void spread(const void* from, std::size_t /*room*/, const std::uint8_t* marks, unsigned count, void* to,
+            unsigned elementSize)
+{
+    for (; count > 0 && marks[count - 1] != 0; --count) { // there may be nothing left for these
+    }
+    switch (elementSize) {
+    case sizeof(std::uint8_t):
+        return spreadWords<std::uint8_t>(from, marks, count, to);
+    case sizeof(std::uint16_t):
+        return spreadWords<std::uint16_t>(from, marks, count, to);
+    case sizeof(std::uint32_t):
+        return spreadWords<std::uint32_t>(from, marks, count, to);
+    default:
+        return spreadWords<std::uint64_t>(from, marks, count, to);
+    }
+}
+
 /// Whole registers. Those of the baseline compare signed words: the order of the rows is kept by turning their highest
 /// bits. (Of a loop over one register within another, g++ 12 makes sixteen comparisons one by one.)
 void rankRows(const unsigned* rows, unsigned count, unsigned* ranks)

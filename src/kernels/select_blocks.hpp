@@ -7,6 +7,9 @@
 //     storeRows(choice, to, room)              writes what is selected; where there is room, a register
 //     press(from, selected, to)                writes what is selected of kCount doubles, or bytes, and writes on up to
 //                                              kCount; `to` may be `from`
+//     spread(from, marks, to)                  writes what comes next of words of 32 or 64 bits to kCount places, but
+//     to
+//                                              marked ones anything; returns how many it is
 //     loadRows(rows, count)                    `count` rows, and behind them others that are below none
 //     below(rows, row)                         bits of those that are below a row
 //     numbersFrom(first)                       first, first + 1, ..., as new rows
@@ -331,6 +334,33 @@ unsigned siftRowsBy(const RowWord* rows, const FewRows* few, const unsigned* ir,
                                                 : portable::siftRows(rows, few, ir, begin, end, found);
 }
 
+template <typename Lanes, typename Word>
+ZQSP_LOOPS void spreadWordsBy(const Word* from, std::size_t room, const std::uint8_t* marks, unsigned count, Word* to)
+{
+    unsigned done = 0;
+    for (; count - done >= Lanes::kCount && room >= Lanes::kCount; done += Lanes::kCount) {
+        const unsigned taken = Lanes::spread(from, marks + done, to + done);
+        from += taken;
+        room -= taken;
+    }
+    _mm256_zeroupper();
+    portable::spread(from, room, marks + done, count - done, to + done, sizeof(Word));
+}
+
+template <typename Lanes>
+void spreadBy(const void* from, std::size_t room, const std::uint8_t* marks, unsigned count, void* to,
+              unsigned elementSize)
+{
+    if (elementSize == sizeof(std::uint64_t)) {
+        spreadWordsBy<Lanes>(static_cast<const std::uint64_t*>(from), room, marks, count,
+                             static_cast<std::uint64_t*>(to));
+    } else if (elementSize == sizeof(unsigned)) {
+        spreadWordsBy<Lanes>(static_cast<const unsigned*>(from), room, marks, count, static_cast<unsigned*>(to));
+    } else {
+        portable::spread(from, room, marks, count, to, elementSize);
+    }
+}
+
 /// A table with these loops instead of another's.
 template <typename Lanes>
 constexpr Kernels withEntriesBy(Kernels table)
@@ -339,6 +369,7 @@ constexpr Kernels withEntriesBy(Kernels table)
     table.moveSelected = moveSelectedBy<Lanes>;
     table.closeUp = closeUpBy<Lanes>;
     table.siftRows = siftRowsBy<Lanes>;
+    table.spread = spreadBy<Lanes>;
     table.rankRows = rankRowsBy<Lanes>;
     return table;
 }

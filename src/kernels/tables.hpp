@@ -17,6 +17,8 @@ unsigned countSelected(const unsigned* rows, unsigned count, const RowChoice& ch
 unsigned moveSelected(const Entries& from, const unsigned* jc, unsigned columns, const RowChoice& choice,
                       const Entries& to, unsigned at, unsigned* ends);
 unsigned closeUp(const Entries& entries, unsigned begin, unsigned end, DeletedList& deleted, unsigned kept);
+void spread(const void* from, std::size_t room, const std::uint8_t* marks, unsigned count, void* to,
+            unsigned elementSize);
 void rankRows(const unsigned* rows, unsigned count, unsigned* ranks);
 unsigned siftRows(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
                   unsigned* found);
@@ -82,6 +84,7 @@ inline constexpr Kernels table = {
     .countSelected = countSelected,
     .moveSelected = moveSelected,
     .closeUp = closeUp,
+    .spread = spread,
     .rankRows = rankRows,
     .siftRows = siftRows,
     .intersect = intersect,

@@ -120,9 +120,10 @@ void findBySearches(const Columns& a, const Subscript& positions, const Position
     std::array<unsigned, EntryFilter::kBlock> passed; // numbers in a block
     const FastDivisor byRows(a.m);
     IndexWalk walk(positions);
-    unsigned done = 0;
-    for (auto block = walk.next(); !block.empty(); block = walk.next()) {
-        const auto size = static_cast<unsigned>(block.size());
+    const unsigned count = countOf(positions);
+    for (unsigned done = 0, size = 0; done < count; done += size) {
+        const auto block = walk.next();
+        size = static_cast<unsigned>(block.size());
         const unsigned searched = filter ? filter->sift(block.data(), size, passed.data()) : size;
         const auto numberOf = [&](unsigned t) { return filter ? passed[t] : t; };
         const auto placeOf = [&](unsigned t) {
@@ -132,8 +133,7 @@ void findBySearches(const Columns& a, const Subscript& positions, const Position
         };
         findAtPlaces(
             a, searched, placeOf, [&](unsigned t) { return done + numberOf(t); }, hits);
-        done += size;
-        if (filtered != nullptr && !filter && hits.count() < done / kMostHit) {
+        if (filtered != nullptr && !filter && hits.count() < (done + size) / kMostHit) {
             filter.emplace(a, *filtered);
         }
     }

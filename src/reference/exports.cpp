@@ -33,7 +33,7 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
 {
     const Slot slot = findStored(a, {row, column});
     if (!slot.stored) {
-        const bool hasRoom = a.length(column) > 0 && a.m > 1 && !useRowMap(a, 1);
+        const bool hasRoom = a.length(column) > 0 && !useRowMap(a, 1);
         return createLike(a, 1, 1, hasRoom ? 1 : 0);
     }
     ArrayOwner result = createLike(a, 1, 1, 1);
@@ -65,6 +65,18 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
     return status != spOK ? status : finish(gatherRegion(a, rows, columns), result);
 }
 
+/// A(:,J) of any other J than one number, likewise.
+[[gnu::noinline]] spStatus referColumns(const kxArray* A, const kxArray* J, kxArray** result)
+{
+    if (isColon(J)) {
+        return finish(ArrayOwner(kxDuplicateArray(A)), result);
+    }
+    const Columns a(A);
+    Subscript columns;
+    const spStatus status = convertSubscript(J, Extent::forReference(a.n), columns);
+    return status != spOK ? status : finish(gatherColumns(a, columns), result);
+}
+
 } // namespace
 
 spStatus spRef4(const kxArray* A, const kxArray* J, kxArray** result)
@@ -72,16 +84,10 @@ spStatus spRef4(const kxArray* A, const kxArray* J, kxArray** result)
     checkOperands(A, J);
     const unsigned* const dims = A->get_dimensions();
     const unsigned column = plainIndex(J, std::min(dims[1], kxGetMaxNumberOfElements()));
-    const Columns a(A, dims[0], dims[1]);
-    if (column != kNoIndex) {
-        return finish(gatherNeighbours(a, column, 1), result);
+    if (column == kNoIndex) {
+        return referColumns(A, J, result);
     }
-    if (isColon(J)) {
-        return finish(ArrayOwner(kxDuplicateArray(A)), result);
-    }
-    Subscript columns;
-    const spStatus status = convertSubscript(J, Extent::forReference(a.n), columns);
-    return status != spOK ? status : finish(gatherColumns(a, columns), result);
+    return finish(gatherNeighbours(Columns(A, dims[0], dims[1]), column, 1), result);
 }
 
 spStatus spRef5(const kxArray* A, const kxArray* I, kxArray** result)

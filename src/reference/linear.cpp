@@ -59,7 +59,7 @@ ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitLi
         return createLike(a, shape.m, shape.n, capacity);
     }
     constexpr unsigned kFewHits = 256; // their ordinals are copied in less time than blocks change hands
-    const Block<unsigned> sources = hits.takeSources();
+    hits.cutSources();
     ArrayOwner result = createShaped(a, shape, count <= kFewHits ? capacity : 1);
     if (count <= kFewHits) {
         std::copy_n(hits.ordinals(), count, result->ir);
@@ -72,11 +72,11 @@ ArrayOwner buildFromHits(const Columns& a, Shape shape, unsigned capacity, HitLi
     const Columns out(result.get());
     if (turned) {
         const unsigned last = shape.m * shape.n - 1; // position
-        std::reverse(sources.get(), sources.get() + count);
+        std::reverse(hits.sources(), hits.sources() + count);
         std::reverse(out.ir, out.ir + count);
         std::transform(out.ir, out.ir + count, out.ir, [last](unsigned ordinal) { return last - ordinal; });
     }
-    gatherValues(out, 0, a, sources.get(), count);
+    gatherValues(out, 0, a, hits.sources(), count);
     cutIntoColumns(out.ir, count, shape.m, shape.n, out.jc);
     return result;
 }

@@ -61,9 +61,25 @@ ArrayOwner gatherBy(RowMethod method, const Columns& a, const Subscript& rows, c
     return gatherByTable(a, rows, columns, method == RowMethod::kSift);
 }
 
+/// Whether looking for each of `k` rows in each column is all that is worth while: beside so few, a table of the rows
+/// takes its time before the first entry, and looks at entries of any row.
+bool areFew(const Columns& a, unsigned k, const Subscript& columns)
+{
+    constexpr unsigned kFew = 64;
+    const std::uint64_t lookedFor = std::uint64_t{k} * countOf(columns);
+    return lookedFor <= kMostLookedFor && lookedFor <= kFew + expectedEntriesIn(a, columns);
+}
+
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
     const auto* range = std::get_if<IndexRange>(&rows);
+    const unsigned k = countOf(rows);
+    const Capacity capacity = useRowMap(a, k) ? Capacity::kExact : Capacity::kSearched;
+    const bool isRun = range != nullptr && (range->isRun() || k == 0);
+    if (!isRun && capacity == Capacity::kExact && areFew(a, k, columns)) {
+        noteMethod(RowMethod::kSearch);
+        return gatherFew(a, rows, columns);
+    }
     if (orderOf(rows) == Order::kDescending) {
         // The entries of a column come in the opposite order: turning them costs less than any look-up of it.
         Subscript ascending = borrowed(rows);
@@ -75,9 +91,7 @@ ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript
     if (selectsAll(rows, a.m)) {
         return gatherColumns(a, columns); // either rule gives the capacity that whole columns have
     }
-    const unsigned k = countOf(rows);
-    const Capacity capacity = useRowMap(a, k) ? Capacity::kExact : Capacity::kSearched;
-    if (range != nullptr && (range->isRun() || k == 0)) {
+    if (isRun) {
         return gatherByInterval(a, *range, columns, capacity);
     }
     const RowMethod method =

@@ -50,6 +50,11 @@ struct RowCounts
 /// short ones are passed over. No workspace.
 ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subscript& columns, Capacity capacity);
 
+/// Each row is looked for in each column, one after the other in the order of the subscripts, which leaves nothing to
+/// sort: at most kMostLookedFor times. The capacity is exact. No workspace.
+constexpr unsigned kMostLookedFor = 256;
+ArrayOwner gatherFew(const Columns& a, const Subscript& rows, const Subscript& columns);
+
 /// Rows and the entries of each column merged by galloping along the longer of the two. Workspace: for an unsorted list
 /// two words for each row (four while it is sorted), for a mask one; nothing in proportion to m.
 ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity);

@@ -29,6 +29,9 @@ void mergeHits(const Rows& rows, unsigned count, const Columns& a, unsigned j, F
     const unsigned end = a.jc[j + 1];
     unsigned e = a.jc[j];
     unsigned i = 0;
+    if (e == end) {
+        return; // most columns, where there are more of them than entries
+    }
     if (count <= kFewRows && end - e <= kComparedRows && canCompare(a, e)) {
         for (; i < count; ++i) {
             if (const unsigned same = whichAmong(ir + e, end - e, rows[i]); same != 0) {
@@ -73,48 +76,93 @@ unsigned countRepeats(const Subscript& rows)
     return repeats;
 }
 
+/// Counts the hits, and, unless `result` is null, writes them to it. (One text for both; not inlined twice.)
+[[gnu::noinline]] std::uint64_t passOverHits(const Columns& a, const Ordered& rows, const Subscript& columns,
+                                             kxArray* result)
+{
+    constexpr unsigned kTogether = 256; // entries whose values follow them
+    const Numbers numbers(rows.form());
+    const Columns out = result != nullptr ? Columns(result) : a;
+    std::array<unsigned, kTogether> found;
+    std::uint64_t hits = 0;
+    const auto gatherFound = [&] {
+        const auto count = static_cast<unsigned>((hits - 1) % kTogether + 1);
+        gatherValues(out, hits - count, a, found.data(), count);
+    };
+    unsigned* columnEnd = out.jc + 1;
+    const auto hit = [&](unsigned i, unsigned e) {
+        if (result == nullptr) {
+            ++hits;
+            return;
+        }
+        out.ir[hits] = rows.source(i);
+        found[hits % kTogether] = e;
+        if (++hits % kTogether == 0) {
+            gatherFound();
+        }
+    };
+    forEachColumn(a, columns, [&](unsigned j, unsigned) {
+        mergeHits(numbers, rows.count(), a, j, hit);
+        if (result != nullptr) {
+            *columnEnd++ = static_cast<unsigned>(hits);
+        }
+    });
+    if (result != nullptr && hits % kTogether != 0) {
+        gatherFound();
+    }
+    return hits;
+}
+
 } // namespace
+
+ArrayOwner gatherFew(const Columns& a, const Subscript& rows, const Subscript& columns)
+{
+    const Numbers rowNumbers(rows);
+    const Numbers columnNumbers(columns);
+    const unsigned k = countOf(rows);
+    const unsigned n = countOf(columns);
+    std::array<unsigned, kMostLookedFor> ends;
+    std::array<unsigned, kMostLookedFor + 1> newRows; // the last one that is looked for may be written and not there
+    std::array<unsigned, kMostLookedFor + 1> sources;
+    unsigned found = 0;
+    const auto see = [&](unsigned i, unsigned entry, bool isStored) __attribute__((always_inline))
+    {
+        newRows[found] = i;
+        sources[found] = entry;
+        found += isStored ? 1U : 0U;
+    };
+    for (unsigned j = 0; j < n; ++j) {
+        const unsigned column = columnNumbers[j];
+        const unsigned begin = a.jc[column];
+        const unsigned length = a.length(column);
+        const bool isShort = length <= kComparedRows && canCompare(a, begin);
+        for (unsigned i = 0; i < k && isShort; ++i) {
+            const unsigned same = whichAmong(a.ir + begin, length, rowNumbers[i]);
+            see(i, begin + static_cast<unsigned>(std::countr_zero(same | 1U << kComparedRows)), same != 0);
+        }
+        for (unsigned i = 0; i < k && !isShort; ++i) {
+            const Slot slot = findStored(a, {rowNumbers[i], column});
+            see(i, slot.position, slot.stored);
+        }
+        ends[j] = found;
+    }
+    ArrayOwner result = createLike(a, k, n, found);
+    std::copy_n(newRows.data(), found, result->ir);
+    std::copy_n(ends.data(), n, result->jc + 1);
+    gatherValues(Columns(result.get(), k, n), 0, a, sources.data(), found);
+    return result;
+}
 
 ArrayOwner gatherBySearch(const Columns& a, const Ordered& rows, const Subscript& columns, Capacity capacity)
 {
-    const Numbers numbers(rows.form());
     const unsigned k = rows.count();
-    const auto forEachHit = [&](auto&& hit, auto&& columnDone) {
-        forEachColumn(a, columns, [&](unsigned j, unsigned) {
-            mergeHits(numbers, k, a, j, hit);
-            columnDone();
-        });
-    };
-    std::uint64_t total = 0;
-    if (capacity == Capacity::kExact) {
-        forEachHit([&total](unsigned, unsigned) { ++total; }, [] {});
-    }
-    ArrayOwner result = createLike(
-        a, k, countOf(columns),
-        capacity == Capacity::kExact ? checkedCount(total) : searchCapacity(a, columns, k, countRepeats(rows.form())));
-    const Columns out(result.get());
-    constexpr unsigned kTogether = 256; // entries whose values follow them
-    std::array<unsigned, kTogether> found;
-    unsigned written = 0;
-    const auto gatherFound = [&] {
-        const unsigned count = (written - 1) % kTogether + 1;
-        gatherValues(out, written - count, a, found.data(), count);
-    };
-    unsigned* columnEnd = out.jc + 1;
-    forEachHit(
-        [&](unsigned i, unsigned e) {
-            out.ir[written] = rows.source(i);
-            found[written % kTogether] = e;
-            if (++written % kTogether == 0) {
-                gatherFound();
-            }
-        },
-        [&] { *columnEnd++ = written; });
-    if (written % kTogether != 0) {
-        gatherFound();
-    }
+    ArrayOwner result =
+        createLike(a, k, countOf(columns),
+                   capacity == Capacity::kExact ? checkedCount(passOverHits(a, rows, columns, nullptr))
+                                                : searchCapacity(a, columns, k, countRepeats(rows.form())));
+    passOverHits(a, rows, columns, result.get());
     if (rows.sources() != nullptr) { // the new rows do not ascend with those they come from
-        ColumnSorter().sort(out, out);
+        ColumnSorter().sort(Columns(result.get()), Columns(result.get()));
     }
     return result;
 }

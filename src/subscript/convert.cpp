@@ -67,12 +67,9 @@ SparseLogicalMask sparseMaskOf(const kxArray* subscript)
 
 spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscript& form)
 {
-    const unsigned index = plainIndex(subscript, std::min(extent.limit, kxGetMaxNumberOfElements()));
-    if (index != kNoIndex) {
-        form = IndexRange::single(index);
-        return spOK;
-    }
-    return convertByKind(subscript, extent, form);
+    return convertFew(subscript, std::min(extent.limit, kxGetMaxNumberOfElements()), form)
+               ? spOK
+               : convertByKind(subscript, extent, form);
 }
 
 } // namespace zqsp

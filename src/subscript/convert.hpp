@@ -41,12 +41,18 @@ inline SubscriptKind kindOf(const kxArray* subscript)
     return SubscriptKind::kNumeric;
 }
 
-/// Whether it is one full real number, as most operands of small calls are. (The bare colon is a colon object, and what
-/// is logical cannot be complex.)
-inline bool isPlainNumber(const kxArray* array)
+/// Whether these are full real numbers in two dimensions. (The bare colon is a colon object, and what is logical cannot
+/// be complex.)
+inline bool arePlainNumbers(const kxArray* array)
 {
     constexpr unsigned kKinds = kxFLAG_SPARSE | kxFLAG_COLON_OBJECT | kxFLAG_MAY_BE_COMPLEX;
-    if ((array->flags & kKinds) != kxFLAG_MAY_BE_COMPLEX || array->pi != nullptr || array->ndims != 2) {
+    return (array->flags & kKinds) == kxFLAG_MAY_BE_COMPLEX && array->pi == nullptr && array->ndims == 2;
+}
+
+/// Whether it is one of them, as most operands of small calls are.
+inline bool isPlainNumber(const kxArray* array)
+{
+    if (!arePlainNumbers(array)) {
         return false;
     }
     const unsigned* dims = array->get_dimensions();
@@ -55,15 +61,17 @@ inline bool isPlainNumber(const kxArray* array)
 
 constexpr unsigned kNoIndex = ~0U;
 
-/// The index that a plain number names, where it is a whole one from 1 to `limit`. For any other subscript kNoIndex:
-/// convertSubscript() knows more.
+/// The index that one full real number names, where it is a whole one from 1 to `limit`; else kNoIndex.
+inline unsigned indexOfNumber(const kxArray* number, unsigned limit)
+{
+    const bool isDouble = number->class_id == kxDOUBLE_CLASS;
+    return wholeNumber(isDouble ? *static_cast<const double*>(number->pr) : kxGetScalar(number), limit) - 1;
+}
+
+/// The same of any subscript, where it is a plain number; else kNoIndex: convertSubscript() knows more.
 inline unsigned plainIndex(const kxArray* subscript, unsigned limit)
 {
-    if (!isPlainNumber(subscript)) {
-        return kNoIndex;
-    }
-    const bool isDouble = subscript->class_id == kxDOUBLE_CLASS;
-    return wholeNumber(isDouble ? *static_cast<const double*>(subscript->pr) : kxGetScalar(subscript), limit) - 1;
+    return isPlainNumber(subscript) ? indexOfNumber(subscript, limit) : kNoIndex;
 }
 
 /// Views of logical subscripts, not yet validated. (A mask may be longer than the extent as long as nothing out there
@@ -80,6 +88,10 @@ SparseLogicalMask sparseMaskOf(const kxArray* subscript);
 /// or has more values than the runtime allows. Cost: one pass over the subscript; a colon object is written out only
 /// where the runtime must say what its last value is.
 spStatus convertSubscript(const kxArray* subscript, const Extent& extent, Subscript& form);
+
+/// The same of a plain number, or a few of class double, which are all whole ones from 1 to `limit`. False, with `form`
+/// untouched, for any other subscript: convertSubscript() knows more.
+bool convertFew(const kxArray* subscript, unsigned limit, Subscript& form);
 
 /// Numeric subscripts (convertSubscript dispatches here).
 spStatus convertNumeric(const kxArray* subscript, const Extent& extent, Subscript& form);

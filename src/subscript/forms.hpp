@@ -181,7 +181,7 @@ inline Subscript borrowed(const Subscript& subscript)
 }
 
 /// Turns a descending subscript round. Whether it was one.
-inline bool turnIfDescending(Subscript& subscript)
+[[gnu::noinline]] inline bool turnIfDescending(Subscript& subscript)
 {
     if (orderOf(subscript) != Order::kDescending) {
         return false;

@@ -16,6 +16,7 @@ namespace zqsp {
 namespace {
 
 constexpr unsigned kBlock = 1024; // values; stays in the first-level cache between the readings
+constexpr double kLastSignedWord = std::numeric_limits<std::int32_t>::max();
 
 /// The numbers first .. first+count-1 as doubles, where they are or, of another class, in `converted`, a block's room.
 const double* readNumbers(const kxArray* numbers, std::size_t first, unsigned count, double* converted)
@@ -35,6 +36,16 @@ const double* readNumbers(const kxArray* numbers, std::size_t first, unsigned co
 class OrderWatch
 {
   public:
+    OrderWatch() = default;
+    /// Of a list of two or more that is there as a whole, and its steps known.
+    OrderWatch(const unsigned* indices, unsigned count, bool falls, bool rises)
+        : step_(indices[1] - indices[0]), falls_(falls), rises_(rises)
+    {
+        for (unsigned i = 2; i < count && regular_; ++i) {
+            regular_ = indices[i] - indices[i - 1] == step_;
+        }
+    }
+
     /// The indices begin .. end-1 are there, as are those before.
     void see(const unsigned* indices, unsigned begin, unsigned end)
     {
@@ -58,9 +69,15 @@ class OrderWatch
     {
         return regular_ && rises_ != falls_ && step_ != 0x80000000U && (stride() > 0) == rises_;
     }
-    [[nodiscard]] int stride() const { return static_cast<int>(step_); }
+    /// The list, all of it seen, where it is one.
+    [[nodiscard]] IndexRange progression(const unsigned* indices, unsigned count) const
+    {
+        return {indices[0], indices[count - 1], stride(), count};
+    }
 
   private:
+    [[nodiscard]] int stride() const { return static_cast<int>(step_); }
+
     unsigned step_ = 0; // from the first index to the second, modulo 2^32
     bool falls_ = false;
     bool rises_ = false;
@@ -80,12 +97,62 @@ Subscript simplestForm(Block<unsigned> indices, unsigned count, const OrderWatch
         return IndexRange();
     }
     if (watch.isProgression()) {
-        return IndexRange(indices[0], indices[count - 1], watch.stride(), count);
+        return watch.progression(indices.get(), count);
     }
     return IndexList(std::move(indices), count, watch.order());
 }
 
 } // namespace
+
+bool convertFew(const kxArray* subscript, unsigned limit, Subscript& form)
+{
+    constexpr unsigned kFew = 16; // one loop takes less than the calls that many numbers are worth
+    if (!arePlainNumbers(subscript)) {
+        return false;
+    }
+    const unsigned* const dims = subscript->get_dimensions();
+    const std::uint64_t count = std::uint64_t{dims[0]} * dims[1];
+    if (count == 1) {
+        const unsigned index = indexOfNumber(subscript, limit);
+        if (index != kNoIndex) {
+            form = IndexRange::single(index);
+        }
+        return index != kNoIndex;
+    }
+    if (count == 0 || count > kFew || subscript->class_id != kxDOUBLE_CLASS) {
+        return false;
+    }
+    const auto* const values = static_cast<const double*>(subscript->pr);
+    const double highest = std::min<double>(limit, kLastSignedWord);
+    std::array<unsigned, kFew> indices{}; // a progression needs no block
+    unsigned falls = 0;                   // of the difference of two words of 31 bits, the highest one is the sign
+    unsigned rises = 0;
+    unsigned before = 0;
+    for (unsigned i = 0; i < count; ++i) {
+        const double value = values[i];
+        if (!(value >= 1 && value <= highest)) {
+            return false;
+        }
+        const auto whole = static_cast<std::int32_t>(value);
+        if (whole != value) {
+            return false;
+        }
+        const unsigned index = indices[i] = static_cast<unsigned>(whole) - 1;
+        before = i == 0 ? index : before;
+        falls |= index - before;
+        rises |= before - index;
+        before = index;
+    }
+    const OrderWatch watch(indices.data(), static_cast<unsigned>(count), falls >> 31U != 0, rises >> 31U != 0);
+    if (watch.isProgression()) {
+        form = watch.progression(indices.data(), static_cast<unsigned>(count));
+    } else {
+        auto list = Block<unsigned>::make(kFew);
+        std::copy_n(indices.data(), kFew, list.get());
+        form = IndexList(std::move(list), static_cast<unsigned>(count), watch.order());
+    }
+    return true;
+}
 
 Operand readableNumbers(const kxArray* subscript)
 {
@@ -108,7 +175,6 @@ std::optional<double> convertNumbers(const kxArray* numbers, const ValueRules& r
         form = IndexRange::single(static_cast<unsigned>(value) - 1);
         return std::nullopt;
     }
-    constexpr double kLastSignedWord = std::numeric_limits<std::int32_t>::max();
     const double highest = std::min<double>(rules.limit, kLastSignedWord);
     auto list = Block<unsigned>::make(count);
     OrderWatch watch;

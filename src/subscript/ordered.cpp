@@ -4,6 +4,7 @@
 #include "core/sort.hpp"
 
 #include <algorithm>
+#include <array>
 
 namespace zqsp {
 
@@ -28,7 +29,7 @@ Ordered::Ordered(Subscript subscript, Repeats repeats) : form_(std::move(subscri
         form_ = IndexRange();
         return;
     }
-    const auto* list = std::get_if<IndexList>(&form_);
+    auto* list = std::get_if<IndexList>(&form_);
     const Order order = orderOf(form_);
     const bool repeatsMatter = order == Order::kDescending || repeats == Repeats::kLast;
     if (list != nullptr && (order == Order::kUnsorted || (repeatsMatter && hasRepeats(*list)))) {
@@ -40,15 +41,18 @@ Ordered::Ordered(Subscript subscript, Repeats repeats) : form_(std::move(subscri
     highest_ = highestOf(form_);
 }
 
-void Ordered::sort(const IndexList& list, Repeats repeats)
+void Ordered::sort(IndexList& list, Repeats repeats)
 {
-    auto keys = Block<Key>::make(named_);
+    constexpr unsigned kFew = 32; // take no memory to sort
+    std::array<Key, kFew> few;
+    const auto many = named_ > kFew ? Block<Key>::make(named_) : Block<Key>();
+    Key* const keys = many ? many.get() : few.data();
     for (unsigned p = 0; p < named_; ++p) {
         keys[p] = makeKey(list[p], p);
     }
-    KeySorter(named_, list.highest()).sort(keys.get(), named_);
-    auto indices = Block<unsigned>::make(named_);
+    KeySorter(named_, list.highest()).sort(keys, named_);
     sources_ = Block<unsigned>::make(named_);
+    auto indices = list.take(); // written anew
     unsigned count = 0;
     for (unsigned p = 0; p < named_; ++p) { // what comes again is written over
         indices[count] = majorOf(keys[p]);

@@ -16,6 +16,19 @@ enum class Repeats
     kLast ///< it comes once, for the last of them
 };
 
+/// Numbers by their ranks: listed, or an arithmetic progression.
+struct NumberView
+{
+    const unsigned* list = nullptr;
+    unsigned first = 0;
+    unsigned stride = 0;
+
+    unsigned operator[](std::size_t i) const
+    {
+        return list != nullptr ? list[i] : first + static_cast<unsigned>(i) * stride;
+    }
+};
+
 /// The numbers that a subscript names, ascending, and the places of the subscript that name them. What is no list stays
 /// what it is, and so does a list that ascends; one that descends is reversed, any other sorted.
 class Ordered
@@ -53,13 +66,19 @@ class Ordered
     {
         return sources_ ? sources_[i] : isReversed_ ? named_ - 1 - i : i;
     }
+    /// All of these places.
+    [[nodiscard]] NumberView sourceNumbers() const
+    {
+        return isReversed_ ? NumberView{.first = named_ - 1, .stride = ~0U}
+                           : NumberView{.list = sources_.get(), .stride = 1};
+    }
     /// Whether the places fall from the last to the first.
     [[nodiscard]] bool isReversed() const { return isReversed_; }
     /// The places where they neither rise nor fall one by one; else null.
     [[nodiscard]] const unsigned* sources() const { return sources_.get(); }
 
   private:
-    void sort(const IndexList& list, Repeats repeats);
+    void sort(IndexList& list, Repeats repeats);
 
     Subscript form_;
     unsigned named_; // numbers as the subscript names them
@@ -67,19 +86,6 @@ class Ordered
     unsigned highest_ = 0;
     bool isReversed_ = false;
     Block<unsigned> sources_;
-};
-
-/// Numbers by their ranks: listed, or an arithmetic progression.
-struct NumberView
-{
-    const unsigned* list = nullptr;
-    unsigned first = 0;
-    unsigned stride = 0;
-
-    unsigned operator[](std::size_t i) const
-    {
-        return list != nullptr ? list[i] : first + static_cast<unsigned>(i) * stride;
-    }
 };
 
 /// The numbers of a subscript by their ranks. Those of a mask are written out; others are looked up where they are.

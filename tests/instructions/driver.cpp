@@ -106,6 +106,13 @@ void countExports(const Array& A)
     });
 }
 
+/// Columns that hold nothing cost next to nothing, however many rows are asked for.
+void countEmptyColumns(const Array& A)
+{
+    const Array I = doubles({2, 9, 5, 300, 20, 41, 777, 6, 55, 999, 100, 3, 1, 60, 61, 8, 400, 500, 31, 32});
+    countReference("empty-columns", A, [&](const kxArray* a, kxArray** r) { return spRef5(a, I.get(), r); });
+}
+
 } // namespace
 
 int main()
@@ -115,4 +122,5 @@ int main()
     zqsp::useKernels(*zqsp::availableKernels().back());
     countSingles(sparse(100, 10, 4));
     countExports(sparse(10, 5, 40));
+    countEmptyColumns(sparse(1000, 0, 16));
 }

@@ -1,6 +1,7 @@
 // The loops over entries, each table's against the portable one.
 #include "kernels/random_input.hpp"
 
+#include <cstring>
 #include <optional>
 
 namespace zqsp::test {
@@ -161,6 +162,30 @@ TEST_P(KernelTableOfEntries, MovesSelected)
             EXPECT_EQ(found.ends, expected.ends);
             EXPECT_TRUE(found.to.agrees(expected.to, expected.end, writable))
                 << "element size " << elementSize << ", " << isComplex << inPlace << move.choice.index();
+        }
+    });
+}
+
+/// Elements of every size, and none behind the last one that is needed, or some.
+TEST_P(KernelTableOfEntries, Spreads)
+{
+    forEachLength([&](unsigned length) {
+        for (unsigned i = 0; i < 16; ++i) {
+            const unsigned size = 1U << i % 4;
+            std::vector<std::uint8_t> marks(length);
+            const unsigned share = anyShare();
+            std::ranges::generate(marks, [&] { return draw(64) < share ? std::uint8_t{1} : std::uint8_t{0}; });
+            const std::size_t room = static_cast<std::size_t>(std::ranges::count(marks, 0)) + (oneIn(2) ? draw(40) : 0);
+            const Guarded from(bytes(room * size), edge());
+            const Guarded marked(marks, edge());
+            const Guarded to(bytes(std::size_t{length} * size), edge());
+            table().spread(from.data(), room, marked.data(), length, to.data(), size);
+            for (std::size_t place = 0, next = 0; place < length; ++place) {
+                if (marks[place] == 0) {
+                    EXPECT_EQ(std::memcmp(to.data() + place * size, from.data() + next++ * size, size), 0) << size;
+                }
+            }
+            EXPECT_EQ(marked.values(), marks);
         }
     });
 }

@@ -55,6 +55,27 @@ TEST(LinearReference, ExtraMemoryStaysBelowTheResult)
     }
 }
 
+/// By a filter of what is stored, made when the first positions of a long list hold nothing; by a mask as large.
+TEST(LinearReference, MoreElementsThanAWordCounts)
+{
+    Model a = Model::empty({}, 0x60000001, 3);
+    std::vector<Place> places;
+    std::vector<double> listed;
+    for (unsigned i = 0; i < 3000; ++i) {
+        const Place place{i % 3, i < 3 ? 0 : i * 12345677U % a.m};
+        places.push_back(place);
+        if (a.linear(place) < 0x7FFFFFFF) {
+            listed.push_back(static_cast<double>(a.linear(place)) + 1);
+        }
+        if (i < 3 || (i > 2000 && i % 2 == 0)) {
+            a.entries[place] = i;
+        }
+    }
+    a.fit();
+    EXPECT_EQ("", checkOperation(linear(a, Subscript::list(listed))));
+    EXPECT_EQ("", checkOperation(linear(a, Subscript::sparseMask(a.m, a.n, places))));
+}
+
 TEST(Reshape, LegalExactlyWhereTheElementCountsAgree)
 {
     for (unsigned sizes = 0; sizes < 4096; ++sizes) {

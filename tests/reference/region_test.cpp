@@ -77,7 +77,9 @@ TEST(RowReference, DenseColumnsInAnyOrder)
     for (const auto& rows : {all, most}) {
         const Subscript i = Subscript::list(rows);
         EXPECT_EQ("", checkOperation({.callee = Export::Ref5, .a = a, .i = i}));
-        EXPECT_EQ("", checkOperation({.callee = Export::Ref6, .a = a, .i = i, .j = Subscript::list({3, 1, 3})}));
+        for (const Subscript& j : {Subscript::list({3, 1, 3}), Subscript::range(2, 1, 4), Subscript::range(1, 2, 3)}) {
+            EXPECT_EQ("", checkOperation({.callee = Export::Ref6, .a = a, .i = i, .j = j}));
+        }
     }
 }
 

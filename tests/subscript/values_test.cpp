@@ -66,6 +66,28 @@ TEST(SubscriptValues, SinglesBeyondTheirWholeNumbers)
     }
 }
 
+TEST(SubscriptValues, TheMaximumMayBeBelowTheExtent)
+{
+    const MaxElements limit(3);
+    for (const double value : {3.0, 4.0, 6.0}) {
+        for (const kxClassID id : {kxDOUBLE_CLASS, kxSINGLE_CLASS, kxINT32_CLASS, kxUINT32_CLASS}) {
+            check(Subscript::list({value}).as(id));
+            check(Subscript::list({1, value}).as(id));
+        }
+    }
+}
+
+TEST(SubscriptValues, MoreDimensionsThanTwo)
+{
+    const unsigned dims[] = {1, 1, 2};
+    const Array turned(kxCreateNumericArray(3, dims, kxDOUBLE_CLASS, kxREAL));
+    static_cast<double*>(turned->pr)[0] = 2;
+    static_cast<double*>(turned->pr)[1] = 1;
+    Array out;
+    EXPECT_EQ(spRef4(toArray(Model::of({}, {{5, 7}})).get(), turned.get(), out.slot()), spOK);
+    EXPECT_EQ("", diff(out.get(), Model::of({}, {{7, 5}})));
+}
+
 TEST(SubscriptValues, BadValueAnywhereInALongList)
 {
     constexpr unsigned kLong = 2100; // longer than any block that is read at once

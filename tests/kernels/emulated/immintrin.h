@@ -166,6 +166,17 @@ inline __m512i joined(__mmask16 lanes, __m512i high, __m512i low, unsigned first
     }
     return std::bit_cast<__m512i>(words);
 }
+/// The lowest lanes of `from`, one after the other, in those that are set; zero in others.
+template <typename L, typename Register>
+Register spread(unsigned lanes, Register from)
+{
+    const auto all = std::bit_cast<L>(from);
+    L to{};
+    for (unsigned i = 0, next = 0; i < to.size(); ++i) {
+        to[i] = (lanes >> i & 1U) != 0 ? all[next++] : 0;
+    }
+    return std::bit_cast<Register>(to);
+}
 inline bool isLessSigned(std::uint32_t a, std::uint32_t b)
 {
     return static_cast<std::int32_t>(a) < static_cast<std::int32_t>(b);
@@ -205,6 +216,8 @@ inline constexpr __mmask16 kAll = 0xFFFF;
 #define _mm512_cmpneq_epi32_mask(a, b) _mm512_mask_cmpneq_epi32_mask(zqsp::emulated::kAll, a, b)
 #define _mm512_cmplt_epi32_mask(a, b) zqsp::emulated::compare(zqsp::emulated::kAll, a, b, zqsp::emulated::isLessSigned)
 #define _mm512_maskz_alignr_epi32 zqsp::emulated::joined
+#define _mm512_maskz_expand_epi32 zqsp::emulated::spread<zqsp::emulated::Words>
+#define _mm512_maskz_expand_pd zqsp::emulated::spread<zqsp::emulated::Doubles>
 #define _mm_popcnt_u32(word) std::popcount(word)
 #define _mm_popcnt_u64(word) static_cast<long long>(std::popcount(word))
 #define _mm512_cmplt_epu32_mask(a, b) _mm512_mask_cmplt_epu32_mask(zqsp::emulated::kAll, a, b)
