@@ -206,7 +206,7 @@ class SelectedRows
         return static_cast<unsigned>(std::min(known, expected + expected / 4 + kBlock));
     }
 
-    void makeRoom(unsigned count)
+    [[gnu::noinline]] void makeRoom(unsigned count)
     {
         if (const unsigned needed = checkedCount(std::uint64_t{written_} + count); needed > out_.nzmax) {
             const std::uint64_t twice = std::min(entries_, std::uint64_t{out_.nzmax} * 2);
