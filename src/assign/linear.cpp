@@ -126,8 +126,7 @@ spStatus fillWithScalar(Target& target, const kxArray* scalar)
     }
     ArrayOwner full(kxCreateSparseNumericMatrix(m, n, std::max(elements, 1U), classOf(scalar), complexityOf(scalar)));
     const Columns a(full.get());
-    const Columns b(scalar);
-    withStorage(a, a, b, [elements](auto to, auto, auto from) { to.fill(0, from, 0, elements); });
+    GenericValues(a).fill(0, GenericValues(Columns(scalar)), 0, elements);
     for (unsigned j = 0, e = 0; j < n; ++j) {
         std::iota(a.ir + e, a.ir + e + m, 0U);
         a.jc[j + std::size_t{1}] = e += m;

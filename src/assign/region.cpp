@@ -15,8 +15,8 @@ unsigned marksOf(const Subscript& rows)
 }
 
 /// What a filling changes, known before anything moves: patches in ascending order. Of a patch, what is stored goes,
-/// and `length` entries of b from number `source` on come. (Of a scalar b: its value, in the target rows from that
-/// number on.)
+/// and `length` entries of b from number `source` on come. (Of a dense b: its values, in the target rows from number
+/// `row` on.)
 class RegionPatches
 {
   public:
@@ -45,9 +45,9 @@ class RegionPatches
   private:
     [[gnu::noinline]] void visitColumn(unsigned t, unsigned column)
     {
-        const bool isMatrix = b_.kind == RightSide::Kind::kMatrix;
-        const unsigned source = isMatrix ? b_.b.jc[t] : 0;
-        const unsigned sourceEnd = isMatrix ? b_.b.jc[t + std::size_t{1}] : b_.isScalar() ? rowCount_ : 0;
+        const unsigned source = b_.isMatrix() ? b_.b.jc[t] : b_.isDense() ? t * rowCount_ : 0;
+        const unsigned sourceEnd = b_.isMatrix() ? b_.b.jc[t + std::size_t{1}] : b_.isDense() ? source + rowCount_ : 0;
+        first_ = source;
         const EntrySpan span = filter_.spanIn(a_, column);
         before_ += column < a_.n ? a_.length(column) : 0;
         if (span.length() == 0 || rowsAreRun_) {
@@ -55,6 +55,7 @@ class RegionPatches
                  .begin = span.begin,
                  .end = span.end,
                  .length = sourceEnd - source,
+                 .row = 0,
                  .source = source});
         } else {
             addOneByOne(column, span, source, sourceEnd);
@@ -80,7 +81,12 @@ class RegionPatches
                    (at == span.end || targetRow(source + count) < a_.ir[at])) {
                 ++count;
             }
-            add({.column = column, .begin = at, .end = at + replaced, .length = count, .source = source});
+            add({.column = column,
+                 .begin = at,
+                 .end = at + replaced,
+                 .length = count,
+                 .row = source - first_,
+                 .source = source});
             dropped += replaced;
             at += replaced;
         }
@@ -88,7 +94,10 @@ class RegionPatches
     }
 
     /// The target row of an entry of b.
-    [[nodiscard]] unsigned targetRow(unsigned source) const { return rows_[b_.isScalar() ? source : b_.b.ir[source]]; }
+    [[nodiscard]] unsigned targetRow(unsigned source) const
+    {
+        return rows_[b_.isDense() ? source - first_ : b_.b.ir[source]];
+    }
 
     /// The entries of a span in target rows: each row is searched, or each entry asked. Returns their end.
     unsigned* findStored(EntrySpan span) const
@@ -131,14 +140,17 @@ class RegionPatches
     bool rowsAreRun_;
     Block<unsigned> stored_; // entries of a column in target rows
     List<Patch> patches_;
+    unsigned first_ = 0;       // entry of b in the column
     std::uint64_t before_ = 0; // entries of the target columns
     std::uint64_t growth_ = 0; // modulo 2^64
 };
 
-/// The target rows of `count` entries of b from `begin` on.
-void writeRows(NumberView rows, const RightSide& b, unsigned begin, unsigned count, unsigned* out)
+/// The target rows of what a patch brings.
+void writeRows(NumberView rows, const RightSide& b, const Patch& patch, unsigned* out)
 {
-    const unsigned* const source = b.isScalar() ? nullptr : b.b.ir + begin;
+    const unsigned* const source = b.isDense() ? nullptr : b.b.ir + patch.source;
+    const unsigned count = patch.length;
+    const unsigned begin = patch.row;
     for (unsigned i = 0; i < count; ++i) {
         out[i] = rows[source == nullptr ? begin + i : source[i]];
     }
@@ -194,7 +206,7 @@ void fillByPatches(kxArray* A, const Region& region, const RightSide& b, const R
     const GenericValues to(after);
     const GenericValues from(b.b);
     relay.commit(patches.list(), [&](const Patch& patch, unsigned at) {
-        writeRows(rows, b, patch.source, patch.length, after.ir + at);
+        writeRows(rows, b, patch, after.ir + at);
         if (b.isScalar()) {
             to.fill(at, from, 0, patch.length);
         } else {

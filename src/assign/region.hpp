@@ -32,7 +32,7 @@ struct Region
     /// Stored entries that `b` brings into the region.
     [[nodiscard]] std::uint64_t entriesOf(const RightSide& b) const
     {
-        return b.isNothing() ? 0 : b.isScalar() ? std::uint64_t{rows.count()} * columns.count() : b.b.nnz();
+        return b.isNothing() ? 0 : b.isDense() ? std::uint64_t{rows.count()} * columns.count() : b.b.nnz();
     }
 };
 

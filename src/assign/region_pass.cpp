@@ -11,6 +11,11 @@ namespace {
 
 constexpr unsigned kBlock = 1024; // entries, and columns, at a time: these stay in the nearest caches
 
+[[gnu::noinline]] void append(const Columns& to, unsigned at, const Columns& from, unsigned begin, unsigned count)
+{
+    appendEntries(to, at, from, begin, count);
+}
+
 /// Merges what stays of target columns, which has been put together aside, with what b brings. A thousand entries of b
 /// at a time go through short loops, none of which has a branch on how many a column has, or how many stay between two.
 class Weaver
@@ -38,7 +43,7 @@ class Weaver
                 i += setIn(i, source + i);
             }
         }
-        appendEntries(to_, at_, aside_, stayed_, starts[columns] - stayed_);
+        append(to_, at_, aside_, stayed_, starts[columns] - stayed_);
         for (unsigned i = 0; i <= columns; ++i) {
             starts[i] += at + startOf(t + i) - first;
         }
@@ -49,7 +54,7 @@ class Weaver
     static constexpr unsigned kMost = Spreading::kMost;
 
     /// The first entry of b, or what a scalar puts, in the t-th column.
-    [[nodiscard]] unsigned startOf(unsigned t) const { return b_.isScalar() ? t * rowCount_ : b_.b.jc[t]; }
+    [[nodiscard]] unsigned startOf(unsigned t) const { return b_.isDense() ? t * rowCount_ : b_.b.jc[t]; }
 
     /// Writes the columns and the target rows of the entries of b from `source` on. Columns are counted from the t-th
     /// one; none lies before `column`. Returns that of the last one.
@@ -64,22 +69,26 @@ class Weaver
             } while (at < end);
         }
         for (unsigned i = 0; i < size_; ++i) {
-            newRows_[i] = rows_[b_.isScalar() ? source + i - startOf(t + columns_[i]) : b_.b.ir[source + i]];
+            newRows_[i] = rows_[b_.isDense() ? source + i - startOf(t + columns_[i]) : b_.b.ir[source + i]];
         }
         return column - 1;
     }
 
-    /// What stays before each in all columns. (In a short column, no search waits for the one before.)
+    /// What stays before each in all columns. In a short column no search waits for the one before, in a long one two
+    /// halves do not wait for each other.
     void findPlaces(const unsigned* starts)
     {
-        const unsigned* const stay = aside_.ir;
-        for (unsigned i = 0, place = 0; i < size_; ++i) {
+        const auto find = [this, starts](unsigned i, unsigned near) {
             const unsigned begin = starts[columns_[i]];
             const unsigned end = starts[columns_[i] + 1];
-            place = end - begin <= kComparedRows && canCompare(aside_, begin)
-                        ? begin + rankAmong(stay + begin, end - begin, newRows_[i])
-                        : gallopNear(stay, std::max(place, begin), end, newRows_[i]);
-            places_[i] = place;
+            return places_[i] = end - begin <= kComparedRows && canCompare(aside_, begin)
+                                    ? begin + rankAmong(aside_.ir + begin, end - begin, newRows_[i])
+                                    : gallopNear(aside_.ir, std::max(near, begin), end, newRows_[i]);
+        };
+        const unsigned half = size_ / 2;
+        for (unsigned i = 0, low = 0, high = 0; i < size_ - half; ++i) {
+            low = find(i, low);
+            high = find(half + i, high);
         }
     }
 
@@ -89,7 +98,7 @@ class Weaver
     {
         unsigned* const places = places_.data() + i;
         if (places[0] - stayed_ >= kMost) {
-            appendEntries(to_, at_, aside_, stayed_, places[0] - stayed_);
+            append(to_, at_, aside_, stayed_, places[0] - stayed_);
             at_ += places[0] - stayed_;
             stayed_ = places[0];
         }
@@ -188,7 +197,7 @@ class Pass
         if constexpr (inPlace) {
             moveDown(to_, at_, next_, size);
         } else {
-            appendEntries(to_, at_, from_, next_, size);
+            append(to_, at_, from_, next_, size);
         }
         if (shift != 0 && column_ < end) {
             shiftStarts(jc_ + column_ + 1, jc_ + end + 1, shift);

@@ -73,11 +73,15 @@ bool RightSide::anyZero(unsigned count) const
 {
     return isMatrix() ? withStorage(b,
                                     [count](auto values) {
-                                        unsigned t = 0;
-                                        while (t < count && !values.isZero(t)) {
-                                            ++t;
+                                        constexpr unsigned kTogether = 64;
+                                        bool isAny = false;
+                                        for (unsigned t = 0; t < count && !isAny;) {
+                                            const unsigned end = t + std::min(kTogether, count - t);
+                                            for (; t < end; ++t) { // whole registers
+                                                isAny |= values.isZero(t);
+                                            }
                                         }
-                                        return t < count;
+                                        return isAny;
                                     })
                       : isNothing();
 }

@@ -32,14 +32,16 @@ inline bool isZeroScalar(const kxArray* B)
     return isZeroScalar(B, Columns(B));
 }
 
-/// What elements are assigned: the values of a matrix, one value for all, or zeros, which clear them.
+/// What elements are assigned: the values of a matrix, or of a full one for a region, one value for all, or zeros,
+/// which clear them.
 struct RightSide
 {
     enum class Kind
     {
         kNothing,
         kScalar,
-        kMatrix
+        kMatrix,
+        kFull
     };
 
     Columns b; ///< of nothing: any array
@@ -54,10 +56,14 @@ struct RightSide
     /// B: sparse, or full for linear positions. A matrix whose repeats have been resolved to one element is still a
     /// matrix, and may store nothing.
     static RightSide matrix(const kxArray* B) { return {Columns(B), Kind::kMatrix}; }
+    /// B: full, of the region's shape, without zeros. Its values are read as entries are.
+    static RightSide full(const kxArray* B) { return {Columns(B), Kind::kFull}; }
 
     [[nodiscard]] bool isNothing() const { return kind == Kind::kNothing; }
     [[nodiscard]] bool isScalar() const { return kind == Kind::kScalar; }
     [[nodiscard]] bool isMatrix() const { return kind == Kind::kMatrix; }
+    /// Whether it brings something to each element of a region.
+    [[nodiscard]] bool isDense() const { return kind == Kind::kScalar || kind == Kind::kFull; }
     /// Whether it brings an imaginary part.
     [[nodiscard]] bool isComplex() const { return b.pi != nullptr && !isNothing(); }
 
@@ -69,7 +75,7 @@ struct RightSide
         return isMatrix() ? withStorage(b, [t](auto values) { return values.isZero(t); }) : isNothing();
     }
     /// Whether one of the first `count` values is zero.
-    [[nodiscard]] bool anyZero(unsigned count) const;
+    [[nodiscard, gnu::noinline]] bool anyZero(unsigned count) const;
 };
 
 } // namespace zqsp

@@ -34,7 +34,7 @@ void storeElement(kxArray* A, const Columns& before, Place place, unsigned m, un
     const bool becomesComplex = b.isComplex() && before.pi == nullptr;
     Slot slot = place.column < before.n ? findStored(before, place) : Slot{before.nnz(), false};
     if (slot.stored && !isZero && !becomesComplex) { // overwritten where it lies, within the present shape
-        withStorage(before, [&](auto values) { values.copy(slot.position, decltype(values)(b.b), 0); });
+        GenericValues(before).copy(slot.position, GenericValues(b.b), 0);
         return;
     }
     if (!slot.stored) {
@@ -52,7 +52,7 @@ void storeElement(kxArray* A, const Columns& before, Place place, unsigned m, un
     relay.commit(std::array{patch}, [&](const Patch&, unsigned) {
         if (!isZero) {
             after.ir[at] = place.row;
-            withStorage(after, after, b.b, [&](auto values, auto, auto from) { values.copy(at, from, 0); });
+            GenericValues(after).copy(at, GenericValues(b.b), 0);
         }
     });
     kxSetM(A, m);

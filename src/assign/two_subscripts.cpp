@@ -10,6 +10,7 @@
 #include <zqspmatrix.h>
 
 #include <algorithm>
+#include <array>
 
 namespace zqsp {
 
@@ -45,7 +46,6 @@ void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsig
     if (rowsOf(B.get()) != namedRows || kxGetN(B.get()) != namedColumns) {
         B.become(kxTranspose(B.get()));
     }
-    B.become(kxMustBeSparse(B.get()));
     if (region.rows.isReversed()) {
         ArrayOwner turned(kxCreateDeepCopy(B.get())); // (A colon reference would refuse columns beyond the maximum.)
         turnRows(Columns(turned.get()));
@@ -62,6 +62,14 @@ void alignWithRegion(Operand& B, const Region& region, unsigned namedRows, unsig
     if (rows != nullptr || columns != nullptr) {
         B.become(kxSparseReference(B.get(), rows, region.rows.count(), columns, region.columns.count()));
     }
+}
+
+/// Whether B is full, but can be written as it is: it lies in the region's order, and every value becomes an entry.
+bool isReadWhereItIs(const kxArray* B, const Region& region)
+{
+    const auto isInOrder = [](const Ordered& numbers) { return numbers.sources() == nullptr && !numbers.isReversed(); };
+    return !isSparse(B) && classOf(B) == kxDOUBLE_CLASS && !hasFlag(B, kxFLAG_COLON_OBJECT) && isInOrder(region.rows) &&
+           isInOrder(region.columns) && !RightSide::matrix(B).anyZero(kxGetNumNonZeroEl(B));
 }
 
 /// Grows a target without writing anything into it.
@@ -117,6 +125,10 @@ void writeRegion(Target& target, Operand& B, const Named& named, Region region, 
     const bool isScalar = kxIsScalar(B.get());
     const bool isEmpty = namedRows == 0 || namedColumns == 0;
     const bool writesNothing = isEmpty || (isScalar && isZeroScalar(B.get()));
+    const bool isFull = !isScalar && !isEmpty && isReadWhereItIs(B.get(), region);
+    if (!isScalar && !isEmpty && !isFull) {
+        B.become(kxMustBeSparse(B.get()));
+    }
     unsigned freshCapacity = 0; // of a target without sparse content, unless it gets more entries
     if (named.I == nullptr) {
         freshCapacity = kxGetNumNonZeroEl(B.get()) * (isScalar ? namedColumns : 1);
@@ -132,7 +144,9 @@ void writeRegion(Target& target, Operand& B, const Named& named, Region region, 
     if (!isScalar) {
         alignWithRegion(B, region, namedRows, namedColumns);
     }
-    const RightSide b = isScalar ? RightSide::scalar(B.get()) : RightSide::matrix(B.get());
+    const RightSide b = isScalar ? RightSide::scalar(B.get())
+                        : isFull ? RightSide::full(B.get())
+                                 : RightSide::matrix(B.get());
     fillTarget(target, region, b, freshCapacity);
 }
 
@@ -235,6 +249,51 @@ spStatus assignNothing(Target& target, const kxArray* B)
     return spOK;
 }
 
+/// A few elements that are all stored, and get values other than zero, are overwritten in the order of the subscripts
+/// where they lie: nothing is sorted, B may be full, and the last of repeated ones wins by being last. False, with
+/// nothing changed, elsewhere, and where the bound of writeRegion() may matter. B fits the region.
+[[gnu::noinline]] bool overwriteFew(Target& target, const kxArray* B, const Subscript& rowForm,
+                                    const Subscript& columnForm)
+{
+    constexpr unsigned kFew = 256;
+    const Columns a(target.get());
+    const unsigned rowCount = countOf(rowForm);
+    const unsigned columnCount = countOf(columnForm);
+    const std::uint64_t count = std::uint64_t{rowCount} * columnCount;
+    const RightSide b = kxIsScalar(B) ? RightSide::scalar(B) : RightSide::matrix(B);
+    const unsigned most = kxGetMaxNumberOfElements() / 4;
+    if (count == 0 || count > kFew || columnCount > most ||
+        a.nnz() > most * std::uint64_t{4} / std::max(a.elementSize, 4U) ||
+        (b.isMatrix() && isSparse(B) && b.b.nnz() != count) || (b.isComplex() && a.pi == nullptr) ||
+        b.anyZero(static_cast<unsigned>(count))) {
+        return false;
+    }
+    std::array<unsigned, kFew> rows;
+    std::array<unsigned, kFew> columns;
+    std::array<unsigned, kFew> entries;
+    writeIndices(rowForm, rows.data());
+    writeIndices(columnForm, columns.data());
+    for (unsigned t = 0, i = 0, j = 0; t < count; ++t) {
+        const Slot slot = findSlot(a, {rows[i], columns[j]});
+        if (!slot.stored) {
+            return false;
+        }
+        entries[t] = slot.position;
+        i = i + 1 == rowCount ? 0 : i + 1;
+        j += i == 0 ? 1 : 0;
+    }
+    const Columns own(target.own());
+    const auto overwrite = [&](unsigned t)
+        __attribute__((noinline)) // a loop for each kind of values is not worth while
+    {
+        GenericValues(own).copy(entries[t], GenericValues(b.b), b.source(t));
+    };
+    for (unsigned t = 0; t < count; ++t) {
+        overwrite(t);
+    }
+    return true;
+}
+
 /// Numbers of a dimension, which the target will have then: `extent` now, and enough to cover what is named.
 unsigned grown(unsigned extent, unsigned count, const Ordered& numbers)
 {
@@ -256,6 +315,9 @@ spStatus assignConverted(Target& target, Operand& B, const Named& named, Subscri
                                              isOpen && named.I == nullptr,
                                              named.J == nullptr ? &isOpen : nullptr) == 0) {
         return named.areBoth() ? shapeMismatch(B.get()) : spAssignDimMismatch;
+    }
+    if (named.areBoth() && isSparse(A) && overwriteFew(target, B.get(), rowForm, columnForm)) {
+        return spOK;
     }
     if (named.I == nullptr) {
         rowForm = IndexRange::all(rowCount);
@@ -315,8 +377,8 @@ spStatus assignRegion(Target& target, const kxArray* originalB, const Named& nam
     return assignMatrix(target, B, named);
 }
 
-/// Whole rows or columns. B becomes sparse unless it is a scalar. A target without a class that is assigned as a whole
-/// becomes what B is by then.
+/// Whole rows or columns. B becomes sparse before its class changes, unless it is a scalar. A target without a class
+/// that is assigned as a whole becomes what B is by then.
 spStatus assignLines(Target& target, const kxArray* originalB, const Named& named)
 {
     const kxArray* const A = target.get();
@@ -325,7 +387,9 @@ spStatus assignLines(Target& target, const kxArray* originalB, const Named& name
         return spAssignDimMismatch;
     }
     const bool takesAll = classOf(A) == kxUNKNOWN_CLASS && isColon(named.I != nullptr ? named.I : named.J);
-    if (!kxIsScalar(B.get()) && (takesAll || !kxIsEmpty(B.get()))) { // column starts of what is empty serve nobody
+    const bool isConverted = takesAll || targetClass(A, B.get()) != classOf(B.get());
+    if (!kxIsScalar(B.get()) && isConverted &&
+        (takesAll || !kxIsEmpty(B.get()))) { // column starts of what is empty serve nobody
         B.become(kxMustBeSparse(B.get()));
     }
     if (takesAll) {

@@ -1,4 +1,5 @@
 #include "core/entry_moves.hpp"
+#include "core/search.hpp"
 #include "core/values.hpp"
 
 #include <algorithm>
@@ -8,12 +9,19 @@ namespace zqsp {
 
 namespace {
 
+/// The first column from `first` on that holds anything, of which there is one before `last`.
+[[gnu::noinline]] unsigned nextFilled(const unsigned* jc, unsigned first, unsigned last)
+{
+    return first + gallop(jc + first + 1, 0, last - 1 - first, jc[first] + 1);
+}
+
 /// Turns the words of each column round: columns are copied aside by blocks, and written back in whole rounds, which
 /// those of the next column write over. How long a short column is, which nobody can foresee, takes no branch.
 template <typename Word, typename Map>
 void turnColumns(Word* words, const unsigned* jc, unsigned n, Map map)
 {
     constexpr unsigned kBlock = 2048;
+    constexpr unsigned kFewHold = 16; // entries for less than one column in so many
     std::array<Word, kRound + kBlock> aside;
     std::fill_n(aside.begin(), kRound, Word{0}); // what a round may read before its column
     for (unsigned first = 0; first < n;) {
@@ -22,12 +30,18 @@ void turnColumns(Word* words, const unsigned* jc, unsigned n, Map map)
         while (last < n && jc[last + 1] - begin <= kBlock) {
             ++last;
         }
-        if (last == first) { // a long one
-            std::reverse(words + begin, words + jc[++first]);
-            std::transform(words + begin, words + jc[first], words + begin, map);
+        const bool isLong = last == first;
+        last += isLong ? 1 : 0;
+        const unsigned end = jc[last];
+        if (isLong || end - begin < (last - first) / kFewHold) { // one by one, empty ones passed over
+            for (; jc[first] < end; ++first) {
+                first = nextFilled(jc, first, last);
+                std::reverse(words + jc[first], words + jc[first + 1]);
+                std::transform(words + jc[first], words + jc[first + 1], words + jc[first], map);
+            }
+            first = last;
             continue;
         }
-        const unsigned end = jc[last];
         std::copy(words + begin, words + end, aside.begin() + kRound);
         for (; first < last; ++first) {
             const unsigned at = jc[first];

@@ -120,8 +120,8 @@ inline void moveUp(const Columns& a, std::size_t to, std::size_t from, std::size
 }
 
 /// copyEntries() for a target that is filled from front to back: what lies behind the new entries is lost.
-[[gnu::noinline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
-                                            std::size_t from, std::size_t count)
+[[gnu::always_inline]] inline void appendEntries(const Columns& target, std::size_t to, const Columns& source,
+                                                 std::size_t from, std::size_t count)
 {
     const std::size_t whole = wholeRounds(count);
     if ((target.pi != nullptr) != (source.pi != nullptr) || to + whole > target.nzmax || from + whole > source.nzmax ||
@@ -137,13 +137,8 @@ class Spreading
   public:
     static constexpr unsigned kMost = 1024; ///< places
 
-    /// Others come to `count` places.
-    void mark(unsigned place, unsigned count = 1)
-    {
-        for (unsigned i = 0; i < count; ++i) {
-            marks_[place + i] = 1;
-        }
-    }
+    /// Another comes to a place.
+    void mark(unsigned place) { marks_[place] = 1; }
     /// Writes the entries `begin` and behind of `from` to those of `size` places, from `at` on, that have no mark; the
     /// others get anything. The marks are gone then.
     void move(unsigned size, const Columns& to, std::size_t at, const Columns& from, std::size_t begin);

@@ -161,51 +161,19 @@ void Relay::moveInPlace(Patches patches, Writer write) const
 
 void Relay::copyAll(Patches patches, Writer write) const
 {
-    constexpr unsigned kShortStretch = 24; // on average; longer ones are copied in their turn
-    constexpr unsigned kMostSpread = 256;
-    const unsigned most = entries_ / kShortStretch < patches.size() ? kMostSpread : 0; // places for a patch
     const Columns to = after();
-    Spreading spreading;
-    unsigned size = 0;     // places
-    unsigned from = 0;     // what is not copied yet
-    unsigned shift = 0;    // of that
-    std::size_t first = 0; // patch that is not written yet
-    const auto writeNext = [&](const Patch& patch) {
+    unsigned shift = 0;
+    unsigned from = 0;
+    for (const Patch& patch : patches) {
+        if (patch.begin > from) {
+            appendEntries(to, from + shift, before_, from, patch.begin - from);
+        }
         if (patch.length > 0) {
             write(patch, patch.begin + shift);
         }
         shift += patch.growth();
         from = patch.end;
-        ++first;
-    };
-    const auto writeBefore = [&](std::size_t end) __attribute__((noinline))
-    {
-        spreading.move(size, to, from + shift, before_, from);
-        size = 0;
-        for (const Patch& patch : patches.subspan(first, end - first)) {
-            writeNext(patch);
-        }
-    };
-    unsigned next = 0; // the entry behind the last patch
-    for (std::size_t i = 0; i < patches.size(); next = patches[i++].end) {
-        const Patch& patch = patches[i];
-        const unsigned stay = patch.end - next; // what is replaced is copied, too, and written over
-        const unsigned come = patch.growth();
-        if (stay > most || come > most) { // or fewer come than go
-            if (first < i) {
-                writeBefore(i);
-            }
-            appendEntries(to, from + shift, before_, from, patch.begin - from);
-            writeNext(patch);
-            continue;
-        }
-        if (size + stay + come > Spreading::kMost) {
-            writeBefore(i);
-        }
-        spreading.mark(size + stay, come);
-        size += stay + come;
     }
-    writeBefore(patches.size());
     copyEntries(to, from + shift, before_, from, entries_ - from);
 }
 

@@ -66,7 +66,7 @@ class Target
     }
 
   private:
-    kxArray* ownCopy()
+    [[gnu::noinline]] kxArray* ownCopy()
     {
         if (!isSparse(A_) && classOf(A_) != kxUNKNOWN_CLASS) {
             copy_ = ArrayOwner(kxMustBeSparse(A_));

@@ -21,25 +21,20 @@ inline void copyEnds(T* to, const T* from, std::size_t count)
 }
 
 /// Copies `count` elements between disjoint blocks. Short runs, the usual length of a sparse column, are copied in
-/// place, in two pieces that may overlap: as often as a loop over random lengths ends, a branch is mispredicted
-/// (measured on scattered columns of ten: half the time), and more than the run would touch lines that nobody needs.
-/// The shortest ones take no branch at all where there is `room` for so many elements in both blocks, and what lies
-/// behind the copy may be lost.
+/// place, in two pieces that may overlap: as often as a loop over random lengths ends, a branch is mispredicted, and
+/// more than the run would touch lines that nobody needs.
 template <typename T>
-inline void copyRun(T* to, const T* from, std::size_t count, std::size_t room = 0)
+inline void copyRun(T* to, const T* from, std::size_t count)
 {
     constexpr std::size_t kPiece = 16;
-    constexpr std::size_t kLeast = kPiece / 4;
-    if (count <= 2 * kLeast && room >= kLeast) {
-        copyEnds<kLeast>(to, from, std::max(count, kLeast));
-    } else if (count > 2 * kPiece) {
+    if (count > 2 * kPiece) {
         std::memcpy(to, from, count * sizeof(T));
     } else if (count > kPiece) {
         copyEnds<kPiece>(to, from, count);
     } else if (count > kPiece / 2) {
         copyEnds<kPiece / 2>(to, from, count);
-    } else if (count >= kLeast) {
-        copyEnds<kLeast>(to, from, count);
+    } else if (count >= kPiece / 4) {
+        copyEnds<kPiece / 4>(to, from, count);
     } else if (count > 1) {
         copyEnds<2>(to, from, count);
     } else if (count == 1) {
@@ -67,16 +62,16 @@ struct PlainValues
     explicit PlainValues(const Columns& a) : pr(reinterpret_cast<T*>(a.pr)) {}
 
     void copy(std::size_t to, const PlainValues& from, std::size_t source) const { pr[to] = from.pr[source]; }
-    void copyRun(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count,
-                 std::size_t room = 0) const
+    void copyRun(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count) const
     {
-        zqsp::copyRun(pr + to, from.pr + source, count, room);
+        zqsp::copyRun(pr + to, from.pr + source, count);
+    }
+    template <std::size_t count>
+    [[gnu::always_inline]] void copyPiece(std::size_t to, const PlainValues& from, std::size_t source) const
+    {
+        std::memcpy(pr + to, from.pr + source, count * sizeof(T));
     }
     [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const { prefetchRun(pr, begin, end); }
-    void fill(std::size_t to, const PlainValues& from, std::size_t source, std::size_t count) const
-    {
-        std::fill_n(pr + to, count, from.pr[source]);
-    }
     [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == T{}; }
 };
 
@@ -98,15 +93,21 @@ struct ComplexValues
         pr[to] = from.pr[source];
         pi[to] = from.imaginary(source);
     }
-    void copyRun(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count,
-                 std::size_t room = 0) const
+    void copyRun(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
     {
-        zqsp::copyRun(pr + to, from.pr + source, count, room);
+        zqsp::copyRun(pr + to, from.pr + source, count);
         if (from.pi != nullptr) {
-            zqsp::copyRun(pi + to, from.pi + source, count, room);
+            zqsp::copyRun(pi + to, from.pi + source, count);
         } else {
             std::fill_n(pi + to, count, 0.0);
         }
+    }
+    /// From a source that is complex.
+    template <std::size_t count>
+    [[gnu::always_inline]] void copyPiece(std::size_t to, const ComplexValues& from, std::size_t source) const
+    {
+        std::memcpy(pr + to, from.pr + source, count * sizeof *pr);
+        std::memcpy(pi + to, from.pi + source, count * sizeof *pi);
     }
     [[gnu::always_inline]] void prefetch(std::size_t begin, std::size_t end) const
     {
@@ -114,11 +115,6 @@ struct ComplexValues
         if (pi != nullptr) {
             prefetchRun(pi, begin, end);
         }
-    }
-    void fill(std::size_t to, const ComplexValues& from, std::size_t source, std::size_t count) const
-    {
-        std::fill_n(pr + to, count, from.pr[source]);
-        std::fill_n(pi + to, count, from.imaginary(source));
     }
     [[nodiscard]] bool isZero(std::size_t at) const { return pr[at] == 0.0 && imaginary(at) == 0.0; }
 
@@ -141,8 +137,7 @@ struct GenericValues
 
     /// The element may be its own source.
     void copy(std::size_t to, const GenericValues& from, std::size_t source) const { copyRun(to, from, source, 1); }
-    void copyRun(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count,
-                 std::size_t /*room*/ = 0) const
+    void copyRun(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
     {
         if (count == 0) {
             return; // arrays without capacity may lack the blocks
@@ -163,9 +158,11 @@ struct GenericValues
     }
     void fill(std::size_t to, const GenericValues& from, std::size_t source, std::size_t count) const
     {
+        constexpr std::size_t kTogether = 1024; // elements, which the nearest cache holds
         copyRun(to, from, source, std::min<std::size_t>(count, 1));
-        for (std::size_t done = 1; done < count; done *= 2) { // what is filled is copied behind itself
-            copyRun(to + done, *this, to, std::min(done, count - done));
+        for (std::size_t done = 1, some = 0; done < count; done += some) { // what is filled is copied behind itself
+            some = std::min({done, count - done, kTogether});
+            copyRun(to + done, *this, to, some);
         }
     }
     [[nodiscard]] bool isZero(std::size_t at) const

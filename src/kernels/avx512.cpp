@@ -273,6 +273,30 @@ struct Lanes
     }
 };
 
+/// As the portable loop: what cannot be converted, or is out of range, leaves a sign.
+ZQSP_LOOPS bool storeIndices(const double* values, unsigned count, double highest, unsigned* indices)
+{
+    constexpr unsigned kDoubles = 8;
+    const __m256i top = _mm256_set1_epi32(static_cast<int>(highest));
+    const __m256i one = _mm256_set1_epi32(1);
+    __m256i outside = _mm256_setzero_si256();
+    __m512i fractional = _mm512_setzero_si512();
+    unsigned i = 0;
+    for (; i + kDoubles <= count; i += kDoubles) {
+        const __m512d numbers = _mm512_loadu_pd(values + i);
+        const __m256i words = _mm512_cvttpd_epi32(numbers);
+        const __m512i whole = _mm512_castpd_si512(_mm512_cvtepi32_pd(words));
+        fractional = _mm512_or_si512(fractional, _mm512_xor_si512(whole, _mm512_castpd_si512(numbers)));
+        const __m256i found = _mm256_sub_epi32(words, one);
+        outside = _mm256_or_si256(outside, _mm256_or_si256(found, _mm256_sub_epi32(top, words)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(indices + i), found);
+    }
+    const bool areGood =
+        _mm256_movemask_ps(_mm256_castsi256_ps(outside)) == 0 && _mm512_test_epi32_mask(fractional, fractional) == 0;
+    _mm256_zeroupper(); // (See select_blocks.hpp.)
+    return portable::storeIndices(values + i, count - i, highest, indices + i) && areGood;
+}
+
 /// Which of sixteen numbers are among sixteen others.
 ZQSP_LOOPS inline __mmask16 membersOf(const unsigned* others, const unsigned* numbers)
 {
@@ -363,6 +387,7 @@ constinit const Kernels table = [] {
                   .entriesPerDeleted = 128,
                   .intersectShortColumns = 2,
                   .intersectLongColumns = 16};
+    wide.storeIndices = storeIndices;
     wide.stepsTo = avx2::stepsTo;
     wide.intersect = intersect;
     wide.writeStarts = writeStarts;

@@ -31,14 +31,9 @@ inline std::uint64_t trueBits(const unsigned char* bytes)
 
 inline constexpr unsigned kMaskBlock = 64;
 
-/// A bit for each of up to 64 bytes, the first in the lowest: 1 where the byte is there and not zero.
-inline std::uint64_t trueBlock(const unsigned char* bytes, unsigned count)
+/// A bit for each of 64 bytes, the first in the lowest: 1 where the byte is not zero.
+inline std::uint64_t wholeTrueBlock(const unsigned char* bytes)
 {
-    std::array<unsigned char, kMaskBlock> last{};
-    if (count < kMaskBlock) {
-        std::copy_n(bytes, count, last.data());
-        bytes = last.data();
-    }
     std::uint64_t bits = 0;
 #ifdef __SSE2__
     constexpr unsigned kParts = kMaskBlock / sizeof(__m128i);
@@ -63,6 +58,18 @@ inline std::uint64_t trueBlock(const unsigned char* bytes, unsigned count)
     }
 #endif
     return bits;
+}
+
+/// The same of up to 64 bytes, 0 for those that are not there.
+[[gnu::noinline]] inline std::uint64_t lastTrueBlock(const unsigned char* bytes, unsigned count)
+{
+    std::array<unsigned char, kMaskBlock> last{};
+    std::copy_n(bytes, count, last.data());
+    return wholeTrueBlock(last.data());
+}
+inline std::uint64_t trueBlock(const unsigned char* bytes, unsigned count)
+{
+    return count < kMaskBlock ? lastTrueBlock(bytes, count) : wholeTrueBlock(bytes);
 }
 
 #ifdef __SSE2__

@@ -7,9 +7,8 @@
 //     storeRows(choice, to, room)              writes what is selected; where there is room, a register
 //     press(from, selected, to)                writes what is selected of kCount doubles, or bytes, and writes on up to
 //                                              kCount; `to` may be `from`
-//     spread(from, marks, to)                  writes what comes next of words of 32 or 64 bits to kCount places, but
-//     to
-//                                              marked ones anything; returns how many it is
+//     spread(from, marks, to)                  writes what comes next of words of 32 or 64 bits to kCount places, and
+//                                              anything to marked ones; returns how many of the words it took
 //     loadRows(rows, count)                    `count` rows, and behind them others that are below none
 //     below(rows, row)                         bits of those that are below a row
 //     numbersFrom(first)                       first, first + 1, ..., as new rows

@@ -86,18 +86,42 @@ inline Columns partOf(Columns a, unsigned first, unsigned count)
     return a;
 }
 
+/// What is known of selected columns before any is visited.
+struct ColumnCount
+{
+    std::uint64_t entries = 0; ///< of each as often as it is selected
+    std::uint64_t runs = 0;    ///< of neighbours, each of a mask as often as its bytes take up blocks of 64
+};
+
+inline ColumnCount countColumns(const Columns& a, const Subscript& columns)
+{
+    const unsigned* const jc = a.jc;
+    ColumnCount total;
+    if (const auto* mask = std::get_if<LogicalMask>(&columns)) {
+        forEachTrueRun(*mask, [&](std::size_t first, std::size_t end) {
+            total.entries += jc[end] - jc[first];
+            ++total.runs;
+        });
+        return total;
+    }
+    IndexWalk walk(columns);
+    for (auto indices = walk.next(); !indices.empty(); indices = walk.next()) {
+        unsigned neighbours = 0;
+        for (std::size_t i = 1; i < indices.size(); ++i) {
+            neighbours += indices[i] == indices[i - 1] + 1 ? 1U : 0U;
+        }
+        total.runs += indices.size() - neighbours;
+        for (const std::size_t column : indices) {
+            total.entries += jc[column + 1] - jc[column];
+        }
+    }
+    return total;
+}
+
 /// The entries of the columns, each as often as it is visited.
 inline std::uint64_t entriesIn(const Columns& a, const Subscript& columns)
 {
-    std::uint64_t total = 0;
-    if (const auto* list = std::get_if<IndexList>(&columns)) {
-        for (unsigned i = 0; i < list->count(); ++i) { // without asking for runs
-            total += a.length((*list)[i]);
-        }
-    } else {
-        forEachRun(columns, [&](unsigned first, unsigned length) { total += a.jc[first + length] - a.jc[first]; });
-    }
-    return total;
+    return countColumns(a, columns).entries;
 }
 
 /// About how many these are, without a walk.

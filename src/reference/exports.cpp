@@ -39,7 +39,9 @@ ArrayOwner gatherElement(const Columns& a, unsigned row, unsigned column)
     ArrayOwner result = createLike(a, 1, 1, 1);
     result->ir[0] = 0;
     result->jc[1] = 1;
-    const Columns out(result.get(), 1, 1);
+    Columns out = a;
+    out.pr = static_cast<std::byte*>(result->pr);
+    out.pi = static_cast<std::byte*>(result->pi);
     withStorage(a, [&](auto from) { decltype(from)(out).copy(0, from, slot.position); });
     return result;
 }

@@ -5,98 +5,134 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <span>
+#include <type_traits>
 
 namespace zqsp {
 
 namespace {
 
-/// The entries of some runs of columns, each of which is one block. (Not initialised: it is large.)
-struct RunEntries
+/// What some columns hold, empty ones left out. (Not initialised: it is large.)
+struct ListedColumns
 {
     std::size_t count;
+    unsigned longest;
     std::array<unsigned, IndexWalk::kBlock> begins;
-    std::array<unsigned, IndexWalk::kBlock> ends;
+    std::array<unsigned, IndexWalk::kBlock> lengths;
 
-    /// Lists what the runs hold, empty ones dropped without a branch, and writes the ends of their columns in the
-    /// result from `columnEnd` on. Returns the place behind them.
-    [[gnu::noinline]] unsigned* list(const Columns a, std::span<const Run> runs, unsigned* columnEnd)
+    /// Lists the columns and writes their ends in the result from `columnEnd` on. No branch asks which are empty. (The
+    /// starts are asked for ahead: what was copied before has driven them out of the near caches.)
+    [[gnu::noinline]] void list(const unsigned* jc, std::span<const unsigned> columns, unsigned* columnEnd)
     {
-        // Where a short run ends, nobody can foresee: its columns' ends are written together. (columns.mask50 takes 1.4
-        // times as long without this, single columns a twentieth less.) Those of the last few runs, behind which there
-        // need be no more columns, are written one by one.
-        constexpr unsigned kFewColumns = 4;
         constexpr std::size_t kStartsAhead = 64;
-        const unsigned* const lastOfFew = a.n < kFewColumns ? nullptr : a.jc + a.n - kFewColumns;
         unsigned end = columnEnd[-1];
         std::size_t listed = 0;
-        for (std::size_t i = 0; i < runs.size(); ++i) {
-            if (i + kStartsAhead < runs.size()) {
-                __builtin_prefetch(a.jc + runs[i + kStartsAhead].first);
+        unsigned most = 0;
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (i + kStartsAhead < columns.size()) {
+                __builtin_prefetch(jc + columns[i + kStartsAhead]);
             }
-            const auto [first, length] = runs[i];
-            const unsigned* const starts = a.jc + first;
-            const unsigned begin = starts[0];
-            const unsigned size = starts[length] - begin;
+            const std::size_t column = columns[i];
+            const unsigned begin = jc[column];
+            const unsigned length = jc[column + 1] - begin;
             begins[listed] = begin;
-            ends[listed] = begin + size;
-            listed += size != 0 ? 1 : 0;
-            unsigned done = 0;
-            if (i + kFewColumns <= runs.size() && starts <= lastOfFew) {
-                std::array<unsigned, kFewColumns>
-                    few; // read as a whole before it is written: the compiler need not ask
-                std::copy_n(starts + 1, kFewColumns, few.begin());
-                for (unsigned& column : few) {
-                    column += end - begin;
-                }
-                std::copy_n(few.begin(), kFewColumns, columnEnd);
-                done = kFewColumns;
-            }
-            for (; done < length; ++done) {
-                columnEnd[done] = starts[done + 1] + (end - begin);
-            }
-            columnEnd += length;
-            end += size;
+            lengths[listed] = length;
+            listed += (0 - std::uint64_t{length}) >> 63U; // unless it is 0
+            most = std::max(most, length);
+            end += length;
+            *columnEnd++ = end;
         }
         count = listed;
-        return columnEnd;
+        longest = most;
     }
 };
 
-/// Neighbouring columns are neighbours in ir, pr and pi as well: a run of columns moves as one block. The blocks of
-/// some hundred runs are known before they move: what they hold is on its way to the cache. (Of columns that stand
-/// alone, the lines are half the time; see bench/limits.md. The records are copies, which no store can change: read
-/// again and again, they take a twentieth more.)
+/// Copies the columns to the entries `at` and behind. Those of up to sixteen entries come in pieces of four, as many
+/// for each as the longest of them needs: a piece that would lie behind the end of a column is its last one instead. So
+/// no branch asks how long it is, which nobody can foresee, and no line is touched that is not needed. The lines are
+/// asked for ahead of the copying: of columns that stand alone, they are half the time.
 template <typename Values>
-void copyColumns(const Columns a, Values from, const Subscript& columns, const Columns out)
+void copyListed(const Columns& a, Values from, const ListedColumns& columns, const Columns& out, std::size_t at)
 {
-    constexpr std::size_t kAhead = 32; // blocks
+    constexpr std::size_t kAhead = 48; // columns
+    constexpr std::size_t kPiece = 4;  // entries
+    constexpr std::size_t kMostInPieces = 4 * kPiece;
+    const bool isTiny = std::min(a.nzmax, out.nzmax) < kPiece;
+    const std::size_t inPieces = isTiny ? 0 : std::min<std::size_t>(columns.longest, kMostInPieces);
+    const std::size_t lastIn = a.nzmax - kPiece; // a piece that begins later may not be there, or have no room
+    const std::size_t lastOut = out.nzmax - kPiece;
     const Values to(out);
-    unsigned* columnEnd = out.jc + 1;
-    unsigned written = 0;
-    RunEntries blocks;
-    RunWalk walk(columns);
-    for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
-        columnEnd = blocks.list(a, runs, columnEnd);
-        const auto prefetch = [&](std::size_t i) __attribute__((always_inline))
-        {
-            prefetchEntries(a, from, blocks.begins[i], blocks.ends[i]);
-        };
-        for (std::size_t i = 0; i < std::min(blocks.count, kAhead); ++i) {
-            prefetch(i);
-        }
-        for (std::size_t i = 0; i < blocks.count; ++i) {
-            if (i + kAhead < blocks.count) {
-                prefetch(i + kAhead);
-            }
-            const unsigned begin = blocks.begins[i];
-            const unsigned size = blocks.ends[i] - begin;
-            const unsigned room = std::min(a.nzmax - begin, out.nzmax - written);
-            copyRun(out.ir + written, a.ir + begin, size, room);
-            to.copyRun(written, from, begin, size, room);
-            written += size;
-        }
+    const unsigned* const rows = a.ir;
+    unsigned* const toRows = out.ir;
+    const auto prefetch = [ =, &columns ](std::size_t i) __attribute__((always_inline))
+    {
+        const std::size_t begin = columns.begins[i];
+        const std::size_t end = begin + columns.lengths[i];
+        __builtin_prefetch(rows + begin);
+        __builtin_prefetch(rows + end);
+        from.prefetch(begin, end);
+    };
+    const std::size_t count = columns.count;
+    for (std::size_t i = 0; i < std::min(count, kAhead); ++i) {
+        prefetch(i);
     }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i + kAhead < count) {
+            prefetch(i + kAhead);
+        }
+        const std::size_t begin = columns.begins[i];
+        const std::size_t length = columns.lengths[i];
+        if (length > inPieces || begin > lastIn || at > lastOut) {
+            copyRun(toRows + at, rows + begin, length);
+            to.copyRun(at, from, begin, length);
+        } else {
+            const auto copy = [=](std::size_t piece) __attribute__((always_inline))
+            {
+                std::memcpy(toRows + at + piece, rows + begin + piece, kPiece * sizeof *rows);
+                to.template copyPiece<kPiece>(at + piece, from, begin + piece);
+            };
+            const std::size_t last = std::max(length, kPiece) - kPiece;
+            copy(0);
+            if (inPieces > 2 * kPiece) {
+                copy(std::min(kPiece, last));
+            }
+            if (inPieces > 3 * kPiece) {
+                copy(std::min(2 * kPiece, last));
+            }
+            copy(last);
+        }
+        at += length;
+    }
+}
+
+template <typename Values>
+void copyColumns(const Columns& a, Values from, const Subscript& columns, const Columns& out)
+{
+    unsigned* columnEnd = out.jc + 1;
+    ListedColumns listed;
+    IndexWalk walk(columns);
+    for (auto indices = walk.next(); !indices.empty(); indices = walk.next()) {
+        const unsigned at = columnEnd[-1];
+        listed.list(a.jc, indices, columnEnd);
+        columnEnd += indices.size();
+        copyListed(a, from, listed, out, at);
+    }
+}
+
+/// The same by runs: neighbouring columns are neighbours in ir, pr and pi as well, and move as one block.
+void copyRuns(const Columns& a, const Subscript& columns, const Columns& out)
+{
+    unsigned* columnEnd = out.jc + 1;
+    forEachColumnRun(a, columns, [&](unsigned first, unsigned length) {
+        const unsigned at = columnEnd[-1];
+        const unsigned* const starts = a.jc + first;
+        columnEnd = std::transform(starts + 1, starts + 1 + length, columnEnd,
+                                   [shift = at - starts[0]](unsigned end) { return end + shift; });
+        copyEntries(out, at, a, starts[0], columnEnd[-1] - at);
+    });
 }
 
 } // namespace
@@ -124,8 +160,20 @@ ArrayOwner gatherColumns(const Columns& a, const Subscript& columns)
     if (range != nullptr && range->isRun()) {
         return gatherNeighbours(a, range->first, range->count());
     }
-    ArrayOwner result = createLike(a, a.m, countOf(columns), checkedCount(entriesIn(a, columns)));
-    withStorage(a, [&](auto from) { copyColumns(a, from, columns, Columns(result.get())); });
+    constexpr unsigned kLongRun = 4; // columns
+    const unsigned count = countOf(columns);
+    const ColumnCount counted = countColumns(a, columns);
+    const bool haveLongRuns = counted.runs <= count / kLongRun;
+    ArrayOwner result = createLike(a, a.m, count, checkedCount(counted.entries));
+    const Columns out(result.get());
+    withStorage(a, [&](auto from) {
+        if constexpr (!std::is_same_v<decltype(from), GenericValues>) { // which has no plain moves
+            if (!haveLongRuns) {
+                return copyColumns(a, from, columns, out);
+            }
+        }
+        copyRuns(a, columns, out);
+    });
     return result;
 }
 

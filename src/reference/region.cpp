@@ -67,7 +67,7 @@ bool areFew(const Columns& a, unsigned k, const Subscript& columns)
 {
     constexpr unsigned kFew = 64;
     const std::uint64_t lookedFor = std::uint64_t{k} * countOf(columns);
-    return lookedFor <= kMostLookedFor && lookedFor <= kFew + expectedEntriesIn(a, columns);
+    return lookedFor > 0 && lookedFor <= kMostLookedFor && lookedFor <= kFew + expectedEntriesIn(a, columns);
 }
 
 ArrayOwner gatherRegion(const Columns& a, const Subscript& rows, const Subscript& columns)

@@ -51,7 +51,7 @@ struct RowCounts
 ArrayOwner gatherByInterval(const Columns& a, const IndexRange& rows, const Subscript& columns, Capacity capacity);
 
 /// Each row is looked for in each column, one after the other in the order of the subscripts, which leaves nothing to
-/// sort: at most kMostLookedFor times. The capacity is exact. No workspace.
+/// sort: once at least, and at most kMostLookedFor times. The capacity is exact. No workspace.
 constexpr unsigned kMostLookedFor = 256;
 ArrayOwner gatherFew(const Columns& a, const Subscript& rows, const Subscript& columns);
 

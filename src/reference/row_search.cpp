@@ -82,6 +82,7 @@ unsigned countRepeats(const Subscript& rows)
 {
     constexpr unsigned kTogether = 256; // entries whose values follow them
     const Numbers numbers(rows.form());
+    const unsigned k = rows.count();
     const Columns out = result != nullptr ? Columns(result) : a;
     std::array<unsigned, kTogether> found;
     std::uint64_t hits = 0;
@@ -102,7 +103,7 @@ unsigned countRepeats(const Subscript& rows)
         }
     };
     forEachColumn(a, columns, [&](unsigned j, unsigned) {
-        mergeHits(numbers, rows.count(), a, j, hit);
+        mergeHits(numbers, k, a, j, hit);
         if (result != nullptr) {
             *columnEnd++ = static_cast<unsigned>(hits);
         }
@@ -117,13 +118,14 @@ unsigned countRepeats(const Subscript& rows)
 
 ArrayOwner gatherFew(const Columns& a, const Subscript& rows, const Subscript& columns)
 {
-    const Numbers rowNumbers(rows);
-    const Numbers columnNumbers(columns);
     const unsigned k = countOf(rows);
     const unsigned n = countOf(columns);
-    std::array<unsigned, kMostLookedFor> ends;
+    std::array<unsigned, kMostLookedFor> wanted;
+    std::array<unsigned, kMostLookedFor> ends; // of the columns of the result; their numbers until they are known
     std::array<unsigned, kMostLookedFor + 1> newRows; // the last one that is looked for may be written and not there
     std::array<unsigned, kMostLookedFor + 1> sources;
+    writeIndices(rows, wanted.data());
+    writeIndices(columns, ends.data());
     unsigned found = 0;
     const auto see = [&](unsigned i, unsigned entry, bool isStored) __attribute__((always_inline))
     {
@@ -132,16 +134,16 @@ ArrayOwner gatherFew(const Columns& a, const Subscript& rows, const Subscript& c
         found += isStored ? 1U : 0U;
     };
     for (unsigned j = 0; j < n; ++j) {
-        const unsigned column = columnNumbers[j];
+        const unsigned column = ends[j];
         const unsigned begin = a.jc[column];
         const unsigned length = a.length(column);
         const bool isShort = length <= kComparedRows && canCompare(a, begin);
         for (unsigned i = 0; i < k && isShort; ++i) {
-            const unsigned same = whichAmong(a.ir + begin, length, rowNumbers[i]);
+            const unsigned same = whichAmong(a.ir + begin, length, wanted[i]);
             see(i, begin + static_cast<unsigned>(std::countr_zero(same | 1U << kComparedRows)), same != 0);
         }
         for (unsigned i = 0; i < k && !isShort; ++i) {
-            const Slot slot = findStored(a, {rowNumbers[i], column});
+            const Slot slot = findSlot(a, {wanted[i], column});
             see(i, slot.position, slot.stored);
         }
         ends[j] = found;

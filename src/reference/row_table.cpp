@@ -133,9 +133,8 @@ class SelectedRows
             do {
                 piece[1] += std::min(room(), end - piece[1]);
                 const unsigned size = piece[1] - piece[0];
-                if (size > out_.nzmax - written_) {
-                    const bool mayGrow = isExact_ && size <= UINT32_MAX - written_;
-                    makeRoom(mayGrow ? size : countSelected(a_, piece[0], piece[1], rows_));
+                if (isExact_ && size > out_.nzmax - written_) {
+                    makeRoom(size <= UINT32_MAX - written_ ? size : countSelected(a_, piece[0], piece[1], rows_));
                 }
                 written_ = kernels().moveSelected(entriesOf(a_), some == 1 ? piece.data() : a_.jc + first, some, rows_,
                                                   entriesOf(out_), written_, out_.jc + taken_ + 1);

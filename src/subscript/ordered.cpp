@@ -91,8 +91,7 @@ Numbers::Numbers(const Subscript& subscript)
         list = indices->begin();
     } else {
         written_ = Block<unsigned>::make(countOf(subscript));
-        unsigned* end = written_.get();
-        forEachIndex(subscript, [&end](unsigned number) { *end++ = number; });
+        writeIndices(subscript, written_.get());
         list = written_.get();
     }
 }

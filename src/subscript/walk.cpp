@@ -14,11 +14,21 @@ namespace zqsp {
     return std::visit([this](const auto& form) { return fill(form); }, subscript_);
 }
 
+[[gnu::noinline]] void writeIndices(const Subscript& subscript, unsigned* to)
+{
+    if (const auto* list = std::get_if<IndexList>(&subscript)) {
+        std::copy_n(list->begin(), list->count(), to);
+        return;
+    }
+    forEachIndex(subscript, [&to](unsigned index) { *to++ = index; });
+}
+
 std::span<const unsigned> IndexWalk::fill(const IndexRange& range)
 {
     const unsigned count = std::min(kBlock, range.size - done_);
-    for (unsigned i = 0; i < count; ++i) {
-        buffer_[i] = range[std::size_t{done_} + i];
+    unsigned index = range[done_];
+    for (unsigned i = 0; i < count; ++i, index += static_cast<unsigned>(range.stride)) {
+        buffer_[i] = index;
     }
     done_ += count;
     return {buffer_.data(), count};

@@ -6,7 +6,9 @@
 #include "core/row_set.hpp"
 #include "subscript/forms.hpp"
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <span>
 
 namespace zqsp {
@@ -47,6 +49,9 @@ void forEachIndex(const Subscript& subscript, F&& f)
         }
     }
 }
+
+/// Writes the indices of the subscript, in its order.
+void writeIndices(const Subscript& subscript, unsigned* to);
 
 /// The index that comes first, of a subscript that is not empty.
 inline unsigned firstOf(const Subscript& subscript)
@@ -94,6 +99,21 @@ template <typename F>
     for (auto runs = walk.next(); !runs.empty(); runs = walk.next()) {
         for (const Run run : runs) {
             f(run.first, run.length);
+        }
+    }
+}
+
+/// f(first, end) for the runs first .. end-1 of each 64 bytes of a mask. Where they begin and where they end is read
+/// off two words: in a random mask both are a surprise to the processor, the end of a block only is one here.
+template <typename F>
+[[gnu::always_inline]] inline void forEachTrueRun(const LogicalMask& mask, F&& f)
+{
+    for (unsigned block = 0; block < mask.length; block += std::min(kMaskBlock, mask.length - block)) {
+        const std::uint64_t bits = trueBlock(mask.values + block, mask.length - block);
+        std::uint64_t firsts = bits & ~(bits << 1U);
+        for (std::uint64_t lasts = bits & ~(bits >> 1U); firsts != 0; firsts &= firsts - 1, lasts &= lasts - 1) {
+            const std::size_t first = block + static_cast<std::size_t>(std::countr_zero(firsts));
+            f(first, block + static_cast<std::size_t>(std::countr_zero(lasts)) + 1);
         }
     }
 }

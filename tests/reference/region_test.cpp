@@ -64,6 +64,9 @@ TEST(RowReference, DenseColumnsInAnyOrder)
             a.entries[{0, row}] = row + 0.5;
         }
         a.entries[{2, row}] = row + 0.25; // a full one
+        if (row % 10 == 0) {
+            a.entries[{3, row}] = row + 0.75; // sorted, with more than what is sorted together
+        }
     }
     a.fit();
     std::vector<double> all;
