@@ -126,6 +126,7 @@ ZQSP_LOOPS inline __m256 wordsOf(const unsigned* rows, const RowWord* words)
 class Filter
 {
   public:
+    static constexpr unsigned kMost = 32; ///< rows; of a hundred, one group in two would pass
     ZQSP_LOOPS explicit Filter(const FewRows& few) : first_(folded(few.first())), second_(folded(few.second())) {}
 
     /// A bit for each of eight rows.
@@ -349,7 +350,6 @@ constinit const Kernels table = [] {
     Kernels wide = withEntriesBy<Lanes>(portable::table);
     wide.name = "avx2";
     wide.costs.mostRanked = 96;
-    wide.costs.mostFewRows = 32;
     wide.costs.rowsPerSifted = 64;
     wide.costs.entriesPerDeleted = 128;
     wide.stepsTo = stepsTo;

@@ -64,6 +64,8 @@ ZQSP_LOOPS inline __m512i wordsOf(const unsigned* rows, const RowWord* words)
 class Filter
 {
   public:
+    static constexpr unsigned kMost = 128; ///< rows
+
     ZQSP_LOOPS explicit Filter(const FewRows& few)
         : lowFirst_(_mm512_loadu_si512(few.first())),
           highFirst_(_mm512_loadu_si512(few.first() + kLanes)),

@@ -48,6 +48,14 @@ std::size_t firstAvailable()
 
 std::atomic<const Kernels*> inUse = nullptr; // until it is asked for
 
+/// (Apart, as callers have kernels() itself in their own text.)
+[[gnu::noinline, gnu::cold]] const Kernels& useFirst()
+{
+    const Kernels& first = *availableKernels().front();
+    useKernels(first);
+    return first;
+}
+
 } // namespace
 
 std::span<const Kernels* const> availableKernels()
@@ -62,10 +70,8 @@ void useKernels(const Kernels& table)
 
 const Kernels& kernels()
 {
-    if (inUse.load(std::memory_order_relaxed) == nullptr) {
-        useKernels(*availableKernels().front());
-    }
-    return *inUse.load(std::memory_order_relaxed);
+    const Kernels* const table = inUse.load(std::memory_order_relaxed);
+    return table != nullptr ? *table : useFirst();
 }
 
 } // namespace zqsp

@@ -15,7 +15,8 @@
 //     columnEnds(from, count, begin, size,     of `count` ascending column ends, the new ones of those that lie in the
 //                base, selection, ends)        block of `size` entries from `begin` on: `base` and what is selected
 //                                              of the block before them. Returns how many these are
-//     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass
+//     Filter(few)                              passing(rows): bits of those of kCount rows that a filter lets pass; of
+//                                              no more than Filter::kMost
 //     Lowered(positions, count, passed)        choice() of those that pass(position) is not called for, each lowered by
 //                                              `passed` and the calls for lower ones
 //
@@ -325,8 +326,11 @@ template <typename Lanes>
 unsigned siftRowsBy(const RowWord* rows, const FewRows* few, const unsigned* ir, unsigned begin, unsigned end,
                     unsigned* found)
 {
-    return few != nullptr ? siftFewBy<Lanes>(*few, rows, ir, begin, end, found)
-                          : siftBy<Lanes>(rows, ir, begin, end, found);
+    if (few == nullptr) {
+        return siftBy<Lanes>(rows, ir, begin, end, found);
+    }
+    return few->count() <= Lanes::Filter::kMost ? siftFewBy<Lanes>(*few, rows, ir, begin, end, found)
+                                                : portable::siftRows(rows, few, ir, begin, end, found);
 }
 
 template <typename Lanes, typename Word>

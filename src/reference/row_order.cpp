@@ -274,14 +274,10 @@ void RowOrder::readOff(const Columns& from, const Columns& to)
             const unsigned row = rows[p + found[i]];
             sources[i] = first + (isFull ? row : stored.ranked().newRow(row));
             __builtin_prefetch(source.pr + std::size_t{sources[i]} * to.elementSize);
+            to.ir[at + i] = p + found[i];
         }
-        withStorage(to, [&](auto values) {
-            const decltype(values) old(source);
-            for (unsigned i = 0; i < some; ++i, ++at) {
-                to.ir[at] = p + found[i];
-                values.copy(at, old, sources[i]);
-            }
-        });
+        gatherValues(to, at, source, sources.data(), some);
+        at += some;
     }
 }
 

@@ -134,7 +134,7 @@ class SelectedRows
                 piece[1] += std::min(room(), end - piece[1]);
                 const unsigned size = piece[1] - piece[0];
                 if (isExact_ && size > out_.nzmax - written_) {
-                    makeRoom(size);
+                    makeRoom(size <= UINT32_MAX - written_ ? size : countSelected(a_, piece[0], piece[1], rows_));
                 }
                 written_ = kernels().moveSelected(entriesOf(a_), some == 1 ? piece.data() : a_.jc + first, some, rows_,
                                                   entriesOf(out_), written_, out_.jc + taken_ + 1);
@@ -205,7 +205,7 @@ class SelectedRows
         return static_cast<unsigned>(std::min(known, expected + expected / 4 + kBlock));
     }
 
-    void makeRoom(unsigned count)
+    [[gnu::noinline]] void makeRoom(unsigned count)
     {
         if (const unsigned needed = checkedCount(std::uint64_t{written_} + count); needed > out_.nzmax) {
             const std::uint64_t twice = std::min(entries_, std::uint64_t{out_.nzmax} * 2);
