@@ -217,12 +217,14 @@ LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout
     for (unsigned i = 0, column = layout_.placeOf(ascending[0]).column; i < count; ++column) {
         const std::uint64_t base = std::uint64_t{column} * a_.m;
         const unsigned end = a_.jc[column + std::size_t{1}];
-        const auto rowOf = [&](unsigned number) { return static_cast<unsigned>(ascending[number] - base); };
         for (unsigned e = a_.jc[column]; e <= end && i < count; ++e) {
             const auto bound = static_cast<unsigned>(
                 std::min<std::uint64_t>(base + (e < end ? a_.ir[e] : a_.m), std::numeric_limits<std::uint32_t>::max()));
             const unsigned next = gallopNear(ascending, i, count, bound);
-            add({.column = column, .begin = e, .end = e, .length = next - i, .row = rowOf(i), .source = i});
+            if (next > i) {
+                const auto row = static_cast<unsigned>(ascending[i] - base);
+                add({.column = column, .begin = e, .end = e, .length = next - i, .row = row, .source = i});
+            }
             i = next;
             if (e < end && i < count && ascending[i] == bound) {
                 add({.column = column, .begin = e, .end = e + 1, .length = 1, .row = a_.ir[e], .source = i++});
