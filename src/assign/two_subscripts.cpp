@@ -69,7 +69,7 @@ bool isReadWhereItIs(const kxArray* B, const Region& region)
 {
     const auto isInOrder = [](const Ordered& numbers) { return numbers.sources() == nullptr && !numbers.isReversed(); };
     return !isSparse(B) && classOf(B) == kxDOUBLE_CLASS && !hasFlag(B, kxFLAG_COLON_OBJECT) && isInOrder(region.rows) &&
-           isInOrder(region.columns) && !RightSide::matrix(B).anyZero(kxGetNumNonZeroEl(B));
+           isInOrder(region.columns) && !RightSide::matrix(B).anyZero(static_cast<unsigned>(elementsOf(B)));
 }
 
 /// Grows a target without writing anything into it.
