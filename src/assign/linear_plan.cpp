@@ -218,7 +218,7 @@ LinearPlan LinearPlan::forPositions(const Columns& a, const LinearLayout& layout
         const std::uint64_t base = std::uint64_t{column} * a_.m;
         const unsigned end = a_.jc[column + std::size_t{1}];
         const auto rowOf = [&](unsigned number) { return static_cast<unsigned>(ascending[number] - base); };
-        for (unsigned e = a_.jc[column]; e <= end; ++e) {
+        for (unsigned e = a_.jc[column]; e <= end && i < count; ++e) {
             const auto bound = static_cast<unsigned>(
                 std::min<std::uint64_t>(base + (e < end ? a_.ir[e] : a_.m), std::numeric_limits<std::uint32_t>::max()));
             const unsigned next = gallopNear(ascending, i, count, bound);
