@@ -96,15 +96,7 @@ struct ColumnCount
 inline ColumnCount countColumns(const Columns& a, const Subscript& columns)
 {
     const unsigned* const jc = a.jc;
-    const auto* range = std::get_if<IndexRange>(&columns);
-    if (range != nullptr && range->isRun()) {
-        return {jc[std::size_t{range->last} + 1] - jc[range->first], 1};
-    }
     ColumnCount total;
-    const auto* range = std::get_if<IndexRange>(&columns);
-    if (range != nullptr && range->isRun()) {
-        return {jc[std::size_t{range->first} + range->count()] - jc[range->first], 1};
-    }
     if (const auto* mask = std::get_if<LogicalMask>(&columns)) {
         forEachTrueRun(*mask, [&](std::size_t first, std::size_t end) {
             total.entries += jc[end] - jc[first];
