@@ -221,8 +221,8 @@ unsigned siftByHalves(const FewRows& few, const RowWord* rows, const unsigned* i
 }
 #endif
 
-unsigned siftFew(const FewRows& few, const RowWord* rows, const unsigned* ir, unsigned& begin, unsigned end,
-                 unsigned* found)
+unsigned siftFew([[maybe_unused]] const FewRows& few, const RowWord* rows, const unsigned* ir, unsigned& begin,
+                 unsigned end, unsigned* found)
 {
 #ifdef __SSE2__
     if (few.count() <= FewRows::kCompared) {
