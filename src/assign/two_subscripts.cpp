@@ -264,8 +264,8 @@ spStatus assignNothing(Target& target, const kxArray* B)
     const unsigned most = kxGetMaxNumberOfElements() / 4;
     if (count == 0 || count > kFew || columnCount > most ||
         a.nnz() > most * std::uint64_t{4} / std::max(a.elementSize, 4U) ||
-        (b.isMatrix() && isSparse(B) && b.b.nnz() != count) || (b.isComplex() && a.pi == nullptr) ||
-        b.anyZero(static_cast<unsigned>(count))) {
+        (b.isMatrix() && (isSparse(B) ? b.b.nnz() != count : hasFlag(B, kxFLAG_COLON_OBJECT))) ||
+        (b.isComplex() && a.pi == nullptr) || b.anyZero(static_cast<unsigned>(count))) {
         return false;
     }
     std::array<unsigned, kFew> rows;

@@ -117,6 +117,9 @@ void callAll()
             }
         }
     }
+    const Array stored = matrix(kxREAL);
+    const Array lazy = range(1, 1, 3); // of the class asked for, but held nowhere
+    tell(stored, [&](kxArray**) { return spAss6(stored.get(), lazy.get(), row({3}).get(), row({1, 2, 3}).get()); });
     const Array a = matrix(kxCOMPLEX);
     const unsigned rows[] = {2, 0};
     print(own(kxSparseReference(a.get(), rows, 2, nullptr, 0)));

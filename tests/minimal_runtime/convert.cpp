@@ -82,7 +82,12 @@ kxArray* kxMustBe(const kxArray* array, kxClassID id)
 
 kxArray* kxMustBeSparse(const kxArray* array)
 {
-    return inStorage(array, true);
+    const kxArray* const values = (array->flags & kxFLAG_COLON_OBJECT) != 0 ? kxMustBeFull(array) : array;
+    kxArray* const sparse = inStorage(values, true);
+    if (values != array) {
+        kxDestroyArray(itself(values));
+    }
+    return sparse;
 }
 
 kxArray* kxMustBeFull(const kxArray* array)
