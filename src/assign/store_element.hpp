@@ -1,9 +1,11 @@
-// One value for one element, and the capacity that one entry more takes.
+// One value for one element, values for a few that are stored, and the capacity that one entry more takes.
 #ifndef ZQSP_ASSIGN_STORE_ELEMENT_HPP
 #define ZQSP_ASSIGN_STORE_ELEMENT_HPP
 
 #include "assign/right_side.hpp"
+#include "core/target.hpp"
 #include "lookup/place_search.hpp"
+#include "subscript/forms.hpp"
 
 namespace zqsp {
 
@@ -23,6 +25,11 @@ using GrownCapacity = unsigned (*)(unsigned nzmax, unsigned m, unsigned n);
 /// raises. Cost: n + the entries behind the element.
 void storeElement(kxArray* A, const Columns& before, Place place, unsigned m, unsigned n, const RightSide& b,
                   GrownCapacity grown);
+
+/// A few elements that are all stored, and get values other than zero, are overwritten in the order of the subscripts
+/// where they lie: nothing is sorted, B may be full, and the last of repeated ones wins by being last. False, with
+/// nothing changed, elsewhere, and where the number of elements may be beyond its maximum. B fits the region.
+bool overwriteFew(Target& target, const kxArray* B, const Subscript& rowForm, const Subscript& columnForm);
 
 } // namespace zqsp
 

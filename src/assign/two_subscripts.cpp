@@ -10,7 +10,6 @@
 #include <zqspmatrix.h>
 
 #include <algorithm>
-#include <array>
 
 namespace zqsp {
 
@@ -247,51 +246,6 @@ spStatus assignNothing(Target& target, const kxArray* B)
         target.become(ArrayOwner(kxCreateSparseNumericMatrix(0, 0, 1, classOf(B), kxREAL)));
     }
     return spOK;
-}
-
-/// A few elements that are all stored, and get values other than zero, are overwritten in the order of the subscripts
-/// where they lie: nothing is sorted, B may be full, and the last of repeated ones wins by being last. False, with
-/// nothing changed, elsewhere, and where the bound of writeRegion() may matter. B fits the region.
-[[gnu::noinline]] bool overwriteFew(Target& target, const kxArray* B, const Subscript& rowForm,
-                                    const Subscript& columnForm)
-{
-    constexpr unsigned kFew = 256;
-    const Columns a(target.get());
-    const unsigned rowCount = countOf(rowForm);
-    const unsigned columnCount = countOf(columnForm);
-    const std::uint64_t count = std::uint64_t{rowCount} * columnCount;
-    const RightSide b = kxIsScalar(B) ? RightSide::scalar(B) : RightSide::matrix(B);
-    const unsigned most = kxGetMaxNumberOfElements() / 4;
-    if (count == 0 || count > kFew || columnCount > most ||
-        a.nnz() > most * std::uint64_t{4} / std::max(a.elementSize, 4U) ||
-        (b.isMatrix() && (isSparse(B) ? b.b.nnz() != count : hasFlag(B, kxFLAG_COLON_OBJECT))) ||
-        (b.isComplex() && a.pi == nullptr) || b.anyZero(static_cast<unsigned>(count))) {
-        return false;
-    }
-    std::array<unsigned, kFew> rows;
-    std::array<unsigned, kFew> columns;
-    std::array<unsigned, kFew> entries;
-    writeIndices(rowForm, rows.data());
-    writeIndices(columnForm, columns.data());
-    for (unsigned t = 0, i = 0, j = 0; t < count; ++t) {
-        const Slot slot = findSlot(a, {rows[i], columns[j]});
-        if (!slot.stored) {
-            return false;
-        }
-        entries[t] = slot.position;
-        i = i + 1 == rowCount ? 0 : i + 1;
-        j += i == 0 ? 1 : 0;
-    }
-    const Columns own(target.own());
-    const auto overwrite = [&](unsigned t)
-        __attribute__((noinline)) // a loop for each kind of values is not worth while
-    {
-        GenericValues(own).copy(entries[t], GenericValues(b.b), b.source(t));
-    };
-    for (unsigned t = 0; t < count; ++t) {
-        overwrite(t);
-    }
-    return true;
 }
 
 /// Numbers of a dimension, which the target will have then: `extent` now, and enough to cover what is named.
