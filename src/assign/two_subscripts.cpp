@@ -3,7 +3,6 @@
 #include "assign/store_element.hpp"
 #include "core/entry_moves.hpp"
 #include "core/errors.hpp"
-#include "core/relay.hpp"
 #include "core/target.hpp"
 #include "subscript/convert.hpp"
 
